@@ -1,0 +1,28 @@
+#include "kesncd/activity/frequency.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd {
+
+double ToggleFrequency(int changes, double spanTicks) {
+  if (changes == 0) return 0.0;
+  const double cycles = (changes - 1) * 0.5;
+  if (cycles == 0.0) return 0.0;
+  const double periodNs = spanTicks * timeScale / cycles;
+  if (periodNs == 0.0) return 0.0;
+  return 1000.0 / periodNs;  // a negative span shows as a negative frequency
+}
+
+void ClearDebugLatch() {
+  if (onlyOnce == 1 && debug == 1) onlyOnce = 0;
+}
+
+void AddToCount(int& count, std::uint64_t added) {
+  const auto room = static_cast<std::uint64_t>(std::numeric_limits<int>::max() - std::max(count, 0));
+  count += static_cast<int>(std::min(added, room));
+}
+
+}  // namespace orsa::kesncd

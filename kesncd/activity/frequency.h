@@ -1,0 +1,22 @@
+// From a change count to a toggle frequency, and the limits of a count.
+#ifndef KESNCD_ACTIVITY_FREQUENCY_H_
+#define KESNCD_ACTIVITY_FREQUENCY_H_
+
+#include <cstdint>
+
+namespace orsa::kesncd {
+
+/// The toggle frequency in MHz of a signal with `changes` changes in a span of `spanTicks`, at
+/// `timeScale` nanoseconds a tick. The first change is the initial value and two changes make a
+/// cycle, so there is none (0.0) without a second change; nor without a span.
+double ToggleFrequency(int changes, double spanTicks);
+
+/// Clears the latch `onlyOnce` the first time a frequency is asked for under debug.
+void ClearDebugLatch();
+
+/// Adds to a change count, which stops at its largest value.
+void AddToCount(int& count, std::uint64_t added);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_FREQUENCY_H_

@@ -1,0 +1,78 @@
+// The analyser: construction, settings, and the operations that only call a stage.
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "kesncd/kesncd.h"
+#include "kesncd/text/file.h"
+#include "kesncd/vcd/flat_reader.h"
+#include "kesncd/vcd/header_probe.h"
+#include "kesncd/vcd/hierarchy_reader.h"
+#include "kesncd/vcd/timescale.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+// What topModName points to, if SetTopModule made it. Analysers come and go in any order and the
+// name is one for all of them, so it is released only when the next one is set or at unload.
+std::unique_ptr<char[]> ownedTopModName;
+
+}  // namespace
+
+KesNCD::KesNCD() : twrFileOn(false), hierRoot(nullptr) { topModName = nullptr; }
+
+KesNCD::~KesNCD() { DeleteHierarchy(); }
+
+void KesNCD::SetTopModule(const std::string& name) {
+  auto copy = std::make_unique<char[]>(name.size() + 1);
+  std::memcpy(copy.get(), name.c_str(), name.size() + 1);
+  topModName = copy.get();
+  ownedTopModName = std::move(copy);
+}
+
+void KesNCD::SetTWRFileOn(bool on) { twrFileOn = on; }
+
+void KesNCD::SetTWRFile(const std::string& path, int mode) {
+  if (path.empty()) return;
+  twrFile = path;
+  ReadTWR2(mode);
+}
+
+bool KesNCD::SetVCDFile(const std::string& path, const std::set<std::string>& signals,
+                        std::string& message) {
+  vcdFile = path;
+  return ReadVCD(signals, message);
+}
+
+bool KesNCD::SetVCDFileHier(std::string path, const std::set<std::string>& signals,
+                            std::string& message) {
+  vcdFile = std::move(path);
+  return ReadVCDHier(signals, message);
+}
+
+bool KesNCD::ParseVcdFile(std::FILE* file) { return FlatReader(file, UnfilteredRules()).Read(); }
+
+int KesNCD::ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals) {
+  FlatReader(file, FilteredRules(signals)).Read();
+  return 0;
+}
+
+bool KesNCD::ParseVcdFileHier(std::FILE* file, const std::set<std::string>& /*signals*/) {
+  return HierarchyReader(file, *this).Read();
+}
+
+bool KesNCD::GetTopModuleNameInVCD(std::string path, std::string& topModule,
+                                   std::string& message) {
+  const File dump = OpenForReading(path);
+  if (dump == nullptr) {
+    message = "ERROR: Can not open '" + path + "' to read.\n";
+    return false;
+  }
+  topModule = ProbeTopModule(dump.get());
+  return true;
+}
+
+double KesNCD::GetTimeInVCD(char** tokens, int count) { return ReadTimescale(tokens, count); }
+
+}  // namespace orsa::kesncd

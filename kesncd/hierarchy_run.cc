@@ -1,0 +1,42 @@
+// The hierarchical run: dump to module tree.
+#include "kesncd/kesncd.h"
+#include "kesncd/run_messages.h"
+#include "kesncd/text/file.h"
+
+namespace orsa::kesncd {
+
+/// Deletes the tree and what leads into it: the code index and the scopes that hang nowhere.
+void KesNCD::DeleteHierarchy() {
+  codeIndex.clear();
+  delete hierRoot;
+  hierRoot = nullptr;
+  for (VmodHier* scope : unlinkedScopes_) delete scope;
+  unlinkedScopes_.clear();
+}
+
+bool KesNCD::ReadVCDHier(const std::set<std::string>& signals, std::string& message) {
+  if (vcdFile.empty()) {
+    message = kNoDump;
+    return false;
+  }
+  const File dump = OpenForReading(vcdFile);
+  if (dump == nullptr) {
+    message = CannotOpen(vcdFile);
+    return false;
+  }
+  DeleteHierarchy();
+  ParseVcdFileHier(dump.get(), signals);
+  if (isTopModNameEverMatched == 0) {
+    message = kTopModuleNotMatched;
+    return false;
+  }
+  return true;
+}
+
+void KesNCD::IncreaseChangeForSymbol(const std::string& symbol) {
+  const auto declared = codeIndex.find(symbol);
+  if (declared == codeIndex.end()) return;
+  for (VmodHier* scope : declared->second) scope->AddChanges(symbol, 1);
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,20 @@
+// What the runs report. Hosts show these texts as they stand and compare them, so their uneven
+// blanks are part of them.
+#ifndef KESNCD_RUN_MESSAGES_H_
+#define KESNCD_RUN_MESSAGES_H_
+
+#include <string>
+
+namespace orsa::kesncd {
+
+inline constexpr char kNoDump[] = "ERROR: VCD file is not set.";
+inline constexpr char kTopModuleNotMatched[] = "ERROR : Not match top module name.";
+inline constexpr char kTooManyBits[] = "ERROR: Too many bus bits.";
+
+inline std::string CannotOpen(const std::string& path) {
+  return "ERROR: Cannot open '" + path + "'to read.";
+}
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_RUN_MESSAGES_H_

@@ -1,0 +1,192 @@
+// The splitter of the hand-written readers.
+//
+// The public counts follow rules of their own (they double once, or take a length for a count), so
+// they say when something visible happens but never how much memory there is: that is kept in the
+// held* fields, which only grow.
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr int kFirstSlots = 32;
+constexpr int kFirstLength = 256;
+
+enum class CharClass { Digit, Letter, Other };
+
+CharClass ClassOf(char c) {
+  if (c >= '0' && c <= '9') return CharClass::Digit;
+  if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')) return CharClass::Letter;
+  return CharClass::Other;
+}
+
+/// Length of the piece that starts at `text`, 0 at its end.
+std::size_t PieceLength(const char* text) {
+  std::size_t length = 0;
+  while (text[length] != '\0' && ClassOf(text[length]) == ClassOf(*text)) ++length;
+  return length;
+}
+
+int CountPieces(const char* text) {
+  int count = 0;
+  for (; *text != '\0'; text += PieceLength(text)) ++count;
+  return count;
+}
+
+int ToInt(std::size_t size) {
+  return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
+}
+
+int Doubled(int count) { return ToInt(2 * static_cast<std::size_t>(std::max(count, 0))); }
+
+/// Grows a zero-filled buffer, keeping its bytes; throws with the buffer as it was.
+void Grow(char*& buffer, std::size_t held, std::size_t wanted) {
+  void* grown = std::realloc(buffer, wanted);
+  if (grown == nullptr) throw std::bad_alloc();
+  buffer = static_cast<char*>(grown);
+  std::memset(buffer + held, 0, wanted - held);
+}
+
+}  // namespace
+
+Mem::Mem()
+    : slotCount(kFirstSlots),
+      slotLength(kFirstLength),
+      slots(nullptr),
+      workBuffer(nullptr),
+      heldSlots_(0),
+      heldBytes_(kFirstLength + 1),
+      workBytes_(0),
+      text_(nullptr),
+      textBytes_(0) {
+  try {
+    Grow(workBuffer, 0, kFirstLength + 1);
+    workBytes_ = kFirstLength + 1;
+    HoldSlots(kFirstSlots);
+  } catch (...) {
+    Release();
+    throw;
+  }
+}
+
+Mem::~Mem() { Release(); }
+
+void Mem::Release() {
+  for (std::size_t i = 0; i < heldSlots_; ++i) std::free(slots[i]);
+  std::free(slots);
+  std::free(workBuffer);
+  std::free(text_);
+}
+
+/// Makes sure that `count` slots exist; new ones are empty.
+void Mem::HoldSlots(std::size_t count) {
+  if (count <= heldSlots_) return;
+  void* grown = std::realloc(slots, count * sizeof *slots);
+  if (grown == nullptr) throw std::bad_alloc();
+  slots = static_cast<char**>(grown);
+  while (heldSlots_ < count) {
+    slots[heldSlots_] = nullptr;
+    Grow(slots[heldSlots_], 0, heldBytes_);
+    ++heldSlots_;
+  }
+}
+
+/// Makes sure that every slot has `bytes` bytes; what they hold stays.
+void Mem::HoldBytes(std::size_t bytes) {
+  if (bytes <= heldBytes_) return;
+  for (std::size_t i = 0; i < heldSlots_; ++i) Grow(slots[i], heldBytes_, bytes);
+  heldBytes_ = bytes;
+}
+
+/// Clears what lies behind the strings of the slots, as a move into fresh slots would.
+void Mem::KeepStrings() {
+  for (std::size_t i = 0; i < heldSlots_; ++i) {
+    const std::size_t length = std::strlen(slots[i]);
+    std::memset(slots[i] + length, 0, heldBytes_ - length);
+  }
+}
+
+/// Doubles the reported count: the strings move into fresh slots, and those beyond are empty.
+void Mem::DoubleSlots() {
+  const std::size_t kept = std::min<std::size_t>(static_cast<std::size_t>(slotCount), heldSlots_);
+  HoldSlots(static_cast<std::size_t>(Doubled(slotCount)));
+  for (std::size_t i = kept; i < heldSlots_; ++i) *slots[i] = '\0';
+  KeepStrings();
+  slotCount = Doubled(slotCount);
+}
+
+/// Copies the line that is to be cut into the work buffer. The line may lie in a slot or in the
+/// work buffer itself, so it is copied before anything moves.
+void Mem::HoldLine(const char* line, std::size_t length) {
+  if (length < workBytes_) {
+    std::memmove(workBuffer, line, length + 1);
+  } else {
+    auto* grown = static_cast<char*>(std::malloc(length + 1));
+    if (grown == nullptr) throw std::bad_alloc();
+    std::memcpy(grown, line, length + 1);
+    std::free(workBuffer);
+    workBuffer = grown;
+    workBytes_ = length + 1;
+  }
+  if (length > static_cast<std::size_t>(slotLength)) {
+    HoldBytes(length + 1);
+    slotLength = ToInt(length);
+  }
+}
+
+char** Mem::GetArrayOfTokens(const char* line, const char* delims, int* count) {
+  *count = 0;
+  HoldLine(line, std::strlen(line));
+  char* rest = nullptr;
+  for (char* token = strtok_r(workBuffer, delims, &rest); token != nullptr;
+       token = strtok_r(nullptr, delims, &rest)) {
+    std::size_t length = std::strlen(token);
+    if (token[length - 1] == '\n') token[--length] = '\0';
+    const auto index = static_cast<std::size_t>(*count);
+    if (index == heldSlots_) HoldSlots(2 * heldSlots_);
+    std::memcpy(slots[index], token, length + 1);
+    if (++*count == slotCount) DoubleSlots();
+  }
+  return slots;
+}
+
+/// Copies the text that is to be cut into pieces: it may lie in a slot that a piece overwrites.
+void Mem::HoldText(const char* text, std::size_t length) {
+  if (length >= textBytes_) {
+    Grow(text_, textBytes_, length + 1);
+    textBytes_ = length + 1;
+  }
+  std::memmove(text_, text, length + 1);
+}
+
+char** Mem::GetArrayOfPieces(const char* text, int* count) {
+  HoldText(text, std::strlen(text));
+  const int pieces = CountPieces(text_);
+  if (pieces > slotCount) {
+    HoldSlots(static_cast<std::size_t>(std::max(pieces, Doubled(slotCount))));
+    for (std::size_t i = 0; i < heldSlots_; ++i) std::memset(slots[i], 0, heldBytes_);
+    slotCount = Doubled(slotCount);
+  }
+  HoldSlots(static_cast<std::size_t>(pieces));
+  const char* piece = text_;
+  for (int i = 0; i < pieces; ++i) {
+    const std::size_t length = PieceLength(piece);
+    if (length > static_cast<std::size_t>(slotLength)) {
+      HoldBytes(2 * length + 1);
+      KeepStrings();
+      slotCount = ToInt(2 * length);
+    }
+    std::memcpy(slots[i], piece, length);  // no terminator: the slot's old tail stays
+    piece += length;
+  }
+  *count = pieces;
+  return slots;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,35 @@
+// Numbers in dumps and reports. A dump means the same under every locale of the host, so all of it
+// is read and written with a decimal point.
+#ifndef KESNCD_TEXT_NUMBER_H_
+#define KESNCD_TEXT_NUMBER_H_
+
+#include <clocale>
+#include <string>
+
+namespace orsa::kesncd {
+
+/// Puts the calling thread into the "C" locale for its lifetime.
+class CLocaleScope {
+ public:
+  CLocaleScope();
+  ~CLocaleScope();
+  CLocaleScope(const CLocaleScope&) = delete;
+  CLocaleScope& operator=(const CLocaleScope&) = delete;
+
+ private:
+  locale_t host_;
+};
+
+/// Scans a number at the start of `text` as scanf's "%lf" does. False, with `value` untouched,
+/// where there is none.
+bool ScanDouble(const char* text, double& value);
+
+/// The decimal integer at the start of `text`, cut to 32 bits; 0 where there is none.
+int ScanInt(const char* text);
+
+/// A double as an output stream with default formatting writes it: six significant digits.
+std::string DisplayText(double value);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_TEXT_NUMBER_H_

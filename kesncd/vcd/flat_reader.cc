@@ -1,0 +1,130 @@
+#include "kesncd/vcd/flat_reader.h"
+
+#include <cstring>
+
+#include "kesncd/vcd/dump_rules.h"
+#include "kesncd/vcd/timescale.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+bool IsModuleScope(const VcdLine& line, LineKind kind) {
+  return kind == LineKind::Scope && line.Is(1, "module");
+}
+
+}  // namespace
+
+FlatRules UnfilteredRules() {
+  return {.lineBytes = 1024,
+          .selection = nullptr,
+          .countsEarlierSignals = true,
+          .oneSplitter = false};
+}
+
+FlatRules FilteredRules(const std::set<std::string>& selection) {
+  return {.lineBytes = 4096,
+          .selection = &selection,
+          .countsEarlierSignals = false,
+          .oneSplitter = true};
+}
+
+FlatReader::FlatReader(std::FILE* dump, const FlatRules& rules)
+    : rules_(rules),
+      lines_(dump, rules.lineBytes),
+      stampSplitter_(rules.oneSplitter ? wordSplitter_ : ownStampSplitter_) {
+  if (rules_.selection != nullptr) {
+    for (const std::string& name : *rules_.selection) {
+      flatSelection_.insert(VmodHier::GetNameFlat(name));
+    }
+  }
+  if (rules_.countsEarlierSignals) {
+    for (int i = 0; i < topMod.GetSignalSize(); ++i) counts_.Add(topMod.GetSignalSymb(i));
+  }
+}
+
+bool FlatReader::Read() {
+  const bool complete = ReadLines();
+  WriteCounts();
+  return complete;
+}
+
+bool FlatReader::ReadLines() {
+  for (const char* text = lines_.Next(); text != nullptr; text = lines_.Next()) {
+    VcdLine line{};
+    line.words = wordSplitter_.GetArrayOfTokens(text, kVcdBlanks, &line.count);
+    if (line.count > 0 && !TakeLine(line)) return false;
+  }
+  return true;
+}
+
+/// Takes one line; false when the reader gives up.
+bool FlatReader::TakeLine(const VcdLine& line) {
+  const LineKind kind = line.Kind();
+  if (kind == LineKind::Timescale) {
+    state_ = State::Timescale;
+    return true;
+  }
+  if (SwitchRecording(kind)) return true;
+  switch (state_) {
+    case State::Searching:
+      return TakeHeaderLine(line, kind);
+    case State::Timescale:
+      return TakeTimescaleLine(line);
+    case State::TopModule:
+      return TakeTopModuleLine(line, kind);
+    case State::Body:
+      if (const char* code = TakeBodyLine(line, kind, stampSplitter_)) counts_.Count(code);
+      return true;
+  }
+  return true;
+}
+
+bool FlatReader::TakeHeaderLine(const VcdLine& line, LineKind kind) {
+  if (kind == LineKind::EndDefinitions) {
+    state_ = State::Body;
+    return !topMod.GetName().empty();
+  }
+  if (IsModuleScope(line, kind) && topModName != nullptr && line.Is(2, topModName)) {
+    topMod.SetName(topModName);
+    isTopModNameEverMatched = 1;
+    state_ = State::TopModule;
+  }
+  return true;
+}
+
+bool FlatReader::TakeTimescaleLine(const VcdLine& line) {
+  timeScale = ReadTimescale(line.words, line.count);
+  state_ = State::Searching;
+  return timeScale != -1.0;
+}
+
+bool FlatReader::TakeTopModuleLine(const VcdLine& line, LineKind kind) {
+  // A nested module ends the collection just as the scope's own end does: what the top module
+  // declares behind its first sub-module is not taken.
+  if (kind == LineKind::Upscope || IsModuleScope(line, kind)) {
+    state_ = State::Searching;
+    return topMod.GetSignalSize() > 0;
+  }
+  Declaration declaration;
+  if (ReadDeclaration(line, declaration) && Selects(declaration.name)) {
+    topMod.AddSignal(declaration.name, declaration.type, declaration.code, declaration.width);
+    counts_.Add(declaration.code);
+  }
+  return true;
+}
+
+/// Only names without a bit index or range are filtered.
+bool FlatReader::Selects(const std::string& name) const {
+  return rules_.selection == nullptr || name.find('[') != std::string::npos ||
+         rules_.selection->count(name) > 0 || flatSelection_.count(name) > 0;
+}
+
+/// Gives each code's changes to the first signal that has it.
+void FlatReader::WriteCounts() {
+  for (int i = 0; i < topMod.GetSignalSize(); ++i) {
+    topMod.AddChanges(i, counts_.Take(topMod.GetSignalSymb(i)));
+  }
+}
+
+}  // namespace orsa::kesncd

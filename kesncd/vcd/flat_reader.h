@@ -1,0 +1,63 @@
+// The flat readers: one machine that collects the variables declared directly in the top module
+// into `topMod` and counts their changes, under two sets of rules.
+#ifndef KESNCD_VCD_FLAT_READER_H_
+#define KESNCD_VCD_FLAT_READER_H_
+
+#include <cstddef>
+#include <cstdio>
+#include <set>
+#include <string>
+
+#include "kesncd/kesncd.h"
+#include "kesncd/text/line_source.h"
+#include "kesncd/vcd/code_counts.h"
+#include "kesncd/vcd/vcd_line.h"
+
+namespace orsa::kesncd {
+
+/// What sets the flat readers apart.
+struct FlatRules {
+  std::size_t lineBytes;                   // longer lines arrive in pieces
+  const std::set<std::string>* selection;  // names to take; null takes every variable
+  bool countsEarlierSignals;               // codes that topMod held before the reading count too
+  bool oneSplitter;                        // stamps are cut in the words' slots and keep their tails
+};
+
+/// Every variable of the top module.
+FlatRules UnfilteredRules();
+/// The selected variables, and every one with a bit index or a range.
+FlatRules FilteredRules(const std::set<std::string>& selection);
+
+class FlatReader {
+ public:
+  FlatReader(std::FILE* dump, const FlatRules& rules);
+
+  /// Reads to the end of the dump. False when it gives up before: a time scale that is not
+  /// understood, a top module without a variable before its first sub-module, or definitions that
+  /// end without the top module.
+  bool Read();
+
+ private:
+  enum class State { Searching, Timescale, TopModule, Body };
+
+  bool ReadLines();
+  bool TakeLine(const VcdLine& line);
+  bool TakeHeaderLine(const VcdLine& line, LineKind kind);
+  bool TakeTimescaleLine(const VcdLine& line);
+  bool TakeTopModuleLine(const VcdLine& line, LineKind kind);
+  bool Selects(const std::string& name) const;
+  void WriteCounts();
+
+  const FlatRules rules_;
+  std::set<std::string> flatSelection_;  // the selection with "/" turned into "_"
+  LineSource lines_;
+  Mem wordSplitter_;
+  Mem ownStampSplitter_;
+  Mem& stampSplitter_;
+  CodeCounts counts_;
+  State state_ = State::Searching;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_VCD_FLAT_READER_H_

@@ -1,0 +1,116 @@
+#include "kesncd/vcd/hierarchy_reader.h"
+
+#include <memory>
+
+#include "kesncd/vcd/dump_rules.h"
+#include "kesncd/vcd/timescale.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr std::size_t kLineBytes = 4096;
+
+/// Scopes of other kinds (begin, fork, ...) open no node: their signals land in the scope around
+/// them, and their end closes that one.
+bool OpensNode(const VcdLine& line, LineKind kind) {
+  return kind == LineKind::Scope &&
+         (line.Is(1, "module") || line.Is(1, "function") || line.Is(1, "task"));
+}
+
+}  // namespace
+
+HierarchyReader::HierarchyReader(std::FILE* dump, KesNCD& analyser)
+    : analyser_(analyser), lines_(dump, kLineBytes) {}
+
+bool HierarchyReader::Read() {
+  const bool complete = ReadLines();
+  for (const auto& entry : analyser_.codeIndex) WriteCounts(entry.first);
+  return complete;
+}
+
+bool HierarchyReader::ReadLines() {
+  for (const char* text = lines_.Next(); text != nullptr; text = lines_.Next()) {
+    VcdLine line{};
+    line.words = wordSplitter_.GetArrayOfTokens(text, kVcdBlanks, &line.count);
+    if (line.count > 0 && !TakeLine(line)) return false;
+  }
+  return true;
+}
+
+/// Takes one line; false when the reader stops.
+bool HierarchyReader::TakeLine(const VcdLine& line) {
+  const LineKind kind = line.Kind();
+  if (kind == LineKind::Timescale) {
+    state_ = State::Timescale;
+    return true;
+  }
+  if (SwitchRecording(kind)) return true;
+  if (OpensNode(line, kind)) {  // in every state, also after the definitions
+    OpenScope(line.words[2]);
+    return true;
+  }
+  switch (state_) {
+    case State::Idle:
+      return true;
+    case State::Timescale:
+      timeScale = ReadTimescale(line.words, line.count);
+      state_ = State::Idle;
+      return timeScale != -1.0;
+    case State::Definitions:
+      TakeDefinitionLine(line, kind);
+      return true;
+    case State::Body:
+      if (const char* code = TakeBodyLine(line, kind, stampSplitter_)) counts_.Count(code);
+      return true;
+  }
+  return true;
+}
+
+void HierarchyReader::TakeDefinitionLine(const VcdLine& line, LineKind kind) {
+  if (kind == LineKind::Upscope) {
+    if (current_ != nullptr) current_ = current_->parent;
+  } else if (kind == LineKind::EndDefinitions) {
+    state_ = State::Body;
+  } else {
+    Declare(line);
+  }
+}
+
+void HierarchyReader::OpenScope(const char* name) {
+  auto node = std::make_unique<VmodHier>(name);
+  node->parent = current_;
+  if (analyser_.hierRoot == nullptr) {
+    analyser_.hierRoot = node.get();
+  } else if (current_ != nullptr) {
+    current_->AddSubMod(node.get());
+  } else {
+    // A further top-level scope: its signals count, but nothing leads to it from the root.
+    analyser_.unlinkedScopes_.push_back(node.get());
+  }
+  current_ = node.release();
+  state_ = State::Definitions;
+  isTopModNameEverMatched = 1;
+}
+
+void HierarchyReader::Declare(const VcdLine& line) {
+  Declaration declaration;
+  if (current_ == nullptr || !ReadDeclaration(line, declaration)) return;
+  current_->AddSignal(declaration.name, declaration.type, declaration.code, declaration.width);
+  const auto [entry, isNew] = analyser_.codeIndex.try_emplace(declaration.code);
+  if (isNew) {
+    counts_.Add(declaration.code);
+  } else {
+    WriteCounts(declaration.code);  // the changes so far are not the new scope's
+  }
+  entry->second.push_back(current_);
+}
+
+/// Gives a code's changes to every scope that declared it, once for each declaration.
+void HierarchyReader::WriteCounts(const std::string& code) {
+  const std::uint64_t changes = counts_.Take(code);
+  if (changes == 0) return;
+  for (VmodHier* scope : analyser_.codeIndex[code]) scope->AddChanges(code, changes);
+}
+
+}  // namespace orsa::kesncd

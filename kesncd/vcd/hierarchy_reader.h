@@ -1,0 +1,45 @@
+// The hierarchical reader: scopes become the module tree, declarations their signals, and every
+// change counts in each scope that declared its code.
+#ifndef KESNCD_VCD_HIERARCHY_READER_H_
+#define KESNCD_VCD_HIERARCHY_READER_H_
+
+#include <cstdio>
+#include <string>
+
+#include "kesncd/kesncd.h"
+#include "kesncd/text/line_source.h"
+#include "kesncd/vcd/code_counts.h"
+#include "kesncd/vcd/vcd_line.h"
+
+namespace orsa::kesncd {
+
+class HierarchyReader {
+ public:
+  /// Fills the tree and the code index of `analyser`.
+  HierarchyReader(std::FILE* dump, KesNCD& analyser);
+
+  /// Reads to the end of the dump; false when it stops at a time scale that is not understood.
+  bool Read();
+
+ private:
+  enum class State { Idle, Timescale, Definitions, Body };
+
+  bool ReadLines();
+  bool TakeLine(const VcdLine& line);
+  void TakeDefinitionLine(const VcdLine& line, LineKind kind);
+  void OpenScope(const char* name);
+  void Declare(const VcdLine& line);
+  void WriteCounts(const std::string& code);
+
+  KesNCD& analyser_;
+  LineSource lines_;
+  Mem wordSplitter_;
+  Mem stampSplitter_;
+  CodeCounts counts_;  // of the codes that this reading brought into the index
+  VmodHier* current_ = nullptr;
+  State state_ = State::Idle;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_VCD_HIERARCHY_READER_H_

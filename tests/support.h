@@ -1,0 +1,64 @@
+// What the tests share: a process state as at load, files that remove themselves, and rows whose
+// failures say which row it was.
+#ifndef KESNCD_TESTS_SUPPORT_H_
+#define KESNCD_TESTS_SUPPORT_H_
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd {
+
+/// Each test starts from the reader state that loading the library gives.
+class FreshState : public ::testing::Test {
+ protected:
+  FreshState();
+  ~FreshState() override;
+};
+
+/// Puts the reader state back to its load values.
+void ResetReaderState();
+
+/// A folder for the test's files, removed with it.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  /// Path of `name` in the folder.
+  std::string Path(const std::string& name) const { return (path_ / name).string(); }
+  /// Writes a file and returns its path.
+  std::string Write(const std::string& name, const std::string& text) const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// An open stream over a text, closed with the object.
+class TextStream {
+ public:
+  explicit TextStream(const std::string& text);
+  ~TextStream();
+  TextStream(const TextStream&) = delete;
+  TextStream& operator=(const TextStream&) = delete;
+
+  operator std::FILE*() const { return file_; }
+
+ private:
+  std::FILE* file_;
+};
+
+std::string ReadAll(const std::string& path);
+
+/// "name=count name=count ..." of topMod's signals.
+std::string TopModCounts();
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_TESTS_SUPPORT_H_
