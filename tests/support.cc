@@ -25,15 +25,21 @@ void ResetReaderState() {
   yypv = yyv;
 }
 
-FreshState::FreshState() { ResetReaderState(); }
-FreshState::~FreshState() { ResetReaderState(); }
+FreshState::FreshState() {
+  ResetReaderState();
+}
+FreshState::~FreshState() {
+  ResetReaderState();
+}
 
 TempDir::TempDir() {
   std::string pattern = (std::filesystem::temp_directory_path() / "kesncd-XXXXXX").string();
   path_ = mkdtemp(pattern.data());
 }
 
-TempDir::~TempDir() { std::filesystem::remove_all(path_); }
+TempDir::~TempDir() {
+  std::filesystem::remove_all(path_);
+}
 
 std::string TempDir::Write(const std::string& name, const std::string& text) const {
   std::ofstream(Path(name), std::ios::binary) << text;
@@ -45,7 +51,9 @@ TextStream::TextStream(const std::string& text) : file_(std::tmpfile()) {
   std::rewind(file_);
 }
 
-TextStream::~TextStream() { std::fclose(file_); }
+TextStream::~TextStream() {
+  std::fclose(file_);
+}
 
 std::string ReadAll(const std::string& path) {
   std::ifstream file(path, std::ios::binary);

@@ -21,7 +21,8 @@ void ClearDebugLatch() {
 }
 
 void AddToCount(int& count, std::uint64_t added) {
-  const auto room = static_cast<std::uint64_t>(std::numeric_limits<int>::max() - std::max(count, 0));
+  const auto room =
+      static_cast<std::uint64_t>(std::numeric_limits<int>::max() - std::max(count, 0));
   count += static_cast<int>(std::min(added, room));
 }
 

@@ -92,7 +92,8 @@ bool IsIndexIn(std::string_view text, std::int64_t low, std::int64_t high) {
   if (digits.front() == '0' && text.size() > 1) return false;
   const std::int64_t value = ReadBound(text);
   // A bound of ten digits may lie beyond 32 bits and be clamped into the range.
-  if (digits.size() == 10 && digits > (digits.size() == text.size() ? "2147483647" : "2147483648")) {
+  if (digits.size() == 10 &&
+      digits > (digits.size() == text.size() ? "2147483647" : "2147483648")) {
     return false;
   }
   return low <= value && value <= high;
@@ -114,8 +115,7 @@ bool IsRangeMatch(std::string_view base, std::int64_t low, std::int64_t high,
   if (!bracketed && !rewritten) return false;
   if (!IsIndexIn(index, low, high)) return false;
   const bool flattened = rewritten && (open == '/' || close == '/');
-  return (!flattened && compare.Same(base, start)) ||
-         compare.SameFlat(base, start);
+  return (!flattened && compare.Same(base, start)) || compare.SameFlat(base, start);
 }
 
 }  // namespace

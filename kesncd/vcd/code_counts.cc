@@ -14,7 +14,9 @@ std::uint64_t Pack(std::string_view code) {
   return key;
 }
 
-bool HoldsNul(std::string_view code) { return code.find('\0') != std::string_view::npos; }
+bool HoldsNul(std::string_view code) {
+  return code.find('\0') != std::string_view::npos;
+}
 
 std::uint64_t Mix(std::uint64_t key) {
   key ^= key >> 32;

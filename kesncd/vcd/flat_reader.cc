@@ -16,10 +16,8 @@ bool IsModuleScope(const VcdLine& line, LineKind kind) {
 }  // namespace
 
 FlatRules UnfilteredRules() {
-  return {.lineBytes = 1024,
-          .selection = nullptr,
-          .countsEarlierSignals = true,
-          .oneSplitter = false};
+  return {
+      .lineBytes = 1024, .selection = nullptr, .countsEarlierSignals = true, .oneSplitter = false};
 }
 
 FlatRules FilteredRules(const std::set<std::string>& selection) {
@@ -117,7 +115,7 @@ bool FlatReader::TakeTopModuleLine(const VcdLine& line, LineKind kind) {
 /// Only names without a bit index or range are filtered.
 bool FlatReader::Selects(const std::string& name) const {
   return rules_.selection == nullptr || name.find('[') != std::string::npos ||
-         rules_.selection->count(name) > 0 || flatSelection_.count(name) > 0;
+         rules_.selection->contains(name) || flatSelection_.contains(name);
 }
 
 /// Gives each code's changes to the first signal that has it.

@@ -20,7 +20,7 @@ struct FlatRules {
   std::size_t lineBytes;                   // longer lines arrive in pieces
   const std::set<std::string>* selection;  // names to take; null takes every variable
   bool countsEarlierSignals;               // codes that topMod held before the reading count too
-  bool oneSplitter;                        // stamps are cut in the words' slots and keep their tails
+  bool oneSplitter;  // stamps are cut in the words' slots and keep their tails
 };
 
 /// Every variable of the top module.
