@@ -61,11 +61,13 @@ ExitStatus Run(const FlatOptions& options) {
   for (const auto& [name, frequency] : analyser.signalFreqs) {
     report.rows.push_back({name, frequency});
   }
-  SayWhyZero(options.dump);
+  if (report.rows.empty()) {
+    Say(options.dump, "no signal of " + top + " was selected");
+  } else {
+    SayWhyZero(options.dump);
+  }
   WriteReport(report, options.output);
-  if (!report.rows.empty()) return ExitStatus::Done;
-  Say(options.dump, "no signal of " + top + " was selected");
-  return ExitStatus::NothingMatched;
+  return report.rows.empty() ? ExitStatus::NothingMatched : ExitStatus::Done;
 }
 
 }  // namespace
