@@ -21,7 +21,7 @@ bool OpensNode(const VcdLine& line, LineKind kind) {
 }  // namespace
 
 HierarchyReader::HierarchyReader(std::FILE* dump, KesNCD& analyser)
-    : analyser_(analyser), lines_(dump, kLineBytes) {}
+    : analyser_(analyser), lines_(dump, kLineBytes, Splitters::Separate) {}
 
 bool HierarchyReader::Read() {
   const bool complete = ReadLines();
@@ -30,10 +30,9 @@ bool HierarchyReader::Read() {
 }
 
 bool HierarchyReader::ReadLines() {
-  for (const char* text = lines_.Next(); text != nullptr; text = lines_.Next()) {
-    VcdLine line{};
-    line.words = wordSplitter_.GetArrayOfTokens(text, kVcdBlanks, &line.count);
-    if (line.count > 0 && !TakeLine(line)) return false;
+  VcdLine line{};
+  while (lines_.Next(state_ == State::Body, line)) {
+    if (!TakeLine(line)) return false;
   }
   return true;
 }
@@ -61,7 +60,7 @@ bool HierarchyReader::TakeLine(const VcdLine& line) {
       TakeDefinitionLine(line, kind);
       return true;
     case State::Body:
-      if (const char* code = TakeBodyLine(line, kind, stampSplitter_)) counts_.Count(code);
+      lines_.TakeBodyLine(line, kind);
       return true;
   }
   return true;
@@ -99,7 +98,7 @@ void HierarchyReader::Declare(const VcdLine& line) {
   current_->AddSignal(declaration.name, declaration.type, declaration.code, declaration.width);
   const auto [entry, isNew] = analyser_.codeIndex.try_emplace(declaration.code);
   if (isNew) {
-    counts_.Add(declaration.code);
+    lines_.counts().Add(declaration.code);
   } else {
     WriteCounts(declaration.code);  // the changes so far are not the new scope's
   }
@@ -108,7 +107,7 @@ void HierarchyReader::Declare(const VcdLine& line) {
 
 /// Gives a code's changes to every scope that declared it, once for each declaration.
 void HierarchyReader::WriteCounts(const std::string& code) {
-  const std::uint64_t changes = counts_.Take(code);
+  const std::uint64_t changes = lines_.counts().Take(code);
   if (changes == 0) return;
   for (VmodHier* scope : analyser_.codeIndex[code]) scope->AddChanges(code, changes);
 }
