@@ -174,7 +174,7 @@ class KESNCD_API Vmod {
 
  private:
   friend class FlatReader;
-  KESNCD_LOCAL void AddChanges(int index, std::uint64_t count);
+  KESNCD_LOCAL void AddChanges(int index, std::uint32_t count);
   KESNCD_LOCAL void IndexSymbols();
   KESNCD_LOCAL void Remove(std::size_t index, bool widthToo);
 
@@ -281,7 +281,9 @@ class KESNCD_API VmodHier {
  private:
   friend class HierarchyReader;
   friend class KesNCD;
-  KESNCD_LOCAL void AddChanges(const std::string& symbol, std::uint64_t count);
+  KESNCD_LOCAL VmodSignal& Declare(std::string name, std::string type, std::string symbol,
+                                   int width);
+  KESNCD_LOCAL void AddChanges(const std::string& symbol, std::uint32_t count);
 };
 
 // ---------------------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 #include <limits>
 
 #include "kesncd/activity/frequency.h"
+#include "kesncd/vcd/change_count.h"
 #include "tests/support.h"
 
 namespace orsa::kesncd {
@@ -92,7 +93,7 @@ TEST_F(FlatModule, StopsCountingAtTheLargestCount) {
   AddToCount(count, 1);
   EXPECT_EQ(count, 2147483647);
   count = 5;
-  AddToCount(count, std::numeric_limits<std::uint64_t>::max());
+  AddToCount(count, std::numeric_limits<std::uint32_t>::max());
   EXPECT_EQ(count, 2147483647);
 }
 

@@ -6,6 +6,7 @@
 #include "kesncd/activity/frequency.h"
 #include "kesncd/kesncd.h"
 #include "kesncd/text/number.h"
+#include "kesncd/vcd/change_count.h"
 
 namespace orsa::kesncd {
 
@@ -87,7 +88,7 @@ void Vmod::IncreaseChangeForSymbol(const std::string& symbol) {
   if (found != firstOfSymbol_.end()) AddToCount(changes_[found->second], 1);
 }
 
-void Vmod::AddChanges(int index, std::uint64_t count) {
+void Vmod::AddChanges(int index, std::uint32_t count) {
   AddToCount(changes_[static_cast<std::size_t>(index)], count);
 }
 

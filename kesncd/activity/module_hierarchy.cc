@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "kesncd/activity/frequency.h"
 #include "kesncd/activity/tree_walk.h"
 #include "kesncd/kesncd.h"
+#include "kesncd/vcd/change_count.h"
 
 namespace orsa::kesncd {
 
@@ -43,18 +43,25 @@ void VmodHier::AddSubMod(VmodHier* child) {
 }
 
 void VmodHier::AddSignal(std::string signalName, std::string type, std::string symbol, int width) {
+  Declare(std::move(signalName), std::move(type), std::move(symbol), width);
+}
+
+/// Declares a signal; returns the one that the code has from now on.
+VmodSignal& VmodHier::Declare(std::string signalName, std::string type, std::string symbol,
+                              int width) {
   const auto [declared, isNewCode] = signals.try_emplace(symbol);
+  VmodSignal& signal = declared->second;
   if (isNewCode) {
-    VmodSignal& signal = declared->second;
     signal.name = signalName;
     signal.type = std::move(type);
     signal.symbol = symbol;
     signal.width = width;
   }
   names.emplace(std::move(signalName), std::move(symbol));
+  return signal;
 }
 
-void VmodHier::AddChanges(const std::string& symbol, std::uint64_t count) {
+void VmodHier::AddChanges(const std::string& symbol, std::uint32_t count) {
   const auto declared = signals.find(symbol);
   if (declared != signals.end()) AddToCount(declared->second.changes, count);
 }

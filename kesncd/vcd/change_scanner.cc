@@ -78,7 +78,12 @@ void ChangeScanner::TakeLines(LineSource& source) {
   const std::string_view block = source.Block();
   const char* const stop = Scan(block.data(), block.data() + block.size());
   ConvertStamp();
-  source.Skip(static_cast<std::size_t>(stop - block.data()));
+  const auto taken = static_cast<std::size_t>(stop - block.data());
+  source.Skip(taken);
+  unsettled_ += taken;  // at least two bytes a change, so this is soon enough
+  if (unsettled_ < CodeCounts::kMostBetween) return;
+  counts_.Settle();
+  unsettled_ = 0;
 }
 
 /// Takes lines up to the first one that is not plain or has no end in the block, and returns its

@@ -48,7 +48,8 @@ class ChangeScanner {
   Mem& stampSplitter_;
   const Mem* const wordSplitter_;
   const std::size_t longestLine_;
-  std::size_t tooLong_ = 0;  // lines of this many characters are not plain
+  std::size_t tooLong_ = 0;      // lines of this many characters are not plain
+  std::uint64_t unsettled_ = 0;  // bytes scanned since the counters were settled
   bool counting_ = false;
   bool spanOpen_ = false;
   std::string_view stamp_;  // the last stamp's digits, not yet converted

@@ -5,6 +5,8 @@
 #include <new>
 #include <utility>
 
+#include "kesncd/vcd/change_count.h"
+
 namespace orsa::kesncd {
 
 namespace {
@@ -27,12 +29,12 @@ bool IsPrintable(std::string_view code) {
 }  // namespace
 
 CodeCounts::CodeCounts()
-    : direct_(ZeroedArray<std::uint64_t>(kDirect)),
+    : direct_(ZeroedArray<std::uint32_t>(kDirect)),
       added_(ZeroedArray<bool>(kDirect)),
       table_(64) {}
 
 /// The counter of a code that was added; null for others.
-std::uint64_t* CodeCounts::Find(std::string_view code) {
+std::uint32_t* CodeCounts::Find(std::string_view code) {
   if (code.size() > kLongestPacked) {
     const auto found = longCodes_.find(code);
     return found == longCodes_.end() ? nullptr : &found->second;
@@ -45,14 +47,14 @@ std::uint64_t* CodeCounts::Find(std::string_view code) {
     return added_[index] ? &direct_[index] : nullptr;
   }
   Slot& slot = SlotOf(packed);
-  return slot.used ? &slot.count : nullptr;
+  return slot.key != 0 ? &slot.count : nullptr;
 }
 
 void CodeCounts::Grow() {
   std::vector<Slot> old(2 * table_.size());
   old.swap(table_);
   for (const Slot& slot : old) {
-    if (slot.used) SlotOf(slot.key) = slot;
+    if (slot.key != 0) SlotOf(slot.key) = slot;
   }
 }
 
@@ -72,17 +74,30 @@ void CodeCounts::Add(std::string_view code) {
     return;
   }
   if (2 * ++packedCodes_ > table_.size()) Grow();
-  SlotOf(packed) = {packed, 0, true};
+  SlotOf(packed) = {packed, 0};
 }
 
 void CodeCounts::Count(std::string_view code) {
-  std::uint64_t* const count = Find(code);
-  if (count != nullptr) ++*count;
+  std::uint32_t* const count = Find(code);
+  if (count != nullptr && *count < kMostCounted) ++*count;
 }
 
-std::uint64_t CodeCounts::Take(std::string_view code) {
-  std::uint64_t* const count = HoldsNul(code) ? nullptr : Find(code);
-  return count == nullptr ? 0 : std::exchange(*count, 0);
+std::uint32_t CodeCounts::Get(std::string_view code) {
+  const std::uint32_t* const count = HoldsNul(code) ? nullptr : Find(code);
+  return count == nullptr ? 0 : std::min(*count, kMostCounted);
+}
+
+std::uint32_t CodeCounts::Take(std::string_view code) {
+  const std::uint32_t count = Get(code);
+  if (count > 0) *Find(code) = 0;
+  return count;
+}
+
+void CodeCounts::Settle() {
+  for (std::size_t i = 0; i < kDirect; ++i) {
+    if (direct_[i] > kMostCounted) direct_[i] = kMostCounted;
+  }
+  for (Slot& slot : table_) slot.count = std::min(slot.count, kMostCounted);
 }
 
 }  // namespace orsa::kesncd

@@ -35,14 +35,19 @@ class CodeCounts {
   void Count(std::string_view code);
   /// The same for a code whose characters are all printable ASCII ('!' to '~').
   void CountPlain(const char* code, std::size_t length);
-  /// The changes of a code since they were last taken.
-  std::uint64_t Take(std::string_view code);
+  /// The changes of a code since they were last taken, 2147483647 at most.
+  std::uint32_t Get(std::string_view code);
+  /// The same, and takes them: the code starts again from 0.
+  std::uint32_t Take(std::string_view code);
+  /// To be called at least once in every kMostBetween calls of CountPlain, so that no counter
+  /// overflows.
+  void Settle();
+  static constexpr std::uint32_t kMostBetween = 1U << 31;
 
  private:
   struct Slot {
-    std::uint64_t key = 0;
-    std::uint64_t count = 0;
-    bool used = false;
+    std::uint64_t key = 0;  // 0: free; only the empty code packs to 0, and it is a direct one
+    std::uint32_t count = 0;
   };
   struct TextHash {
     using is_transparent = void;
@@ -64,16 +69,16 @@ class CodeCounts {
   static std::uint64_t Load(const char* code, std::size_t length);
   static std::size_t DirectIndex(std::uint64_t packed, std::size_t length);
   Slot& SlotOf(std::uint64_t key);
-  std::uint64_t* Find(std::string_view code);
+  std::uint32_t* Find(std::string_view code);
   void Grow();
 
   // Counters of codes of up to three printable characters, also of those that were not added: a
   // change is counted first and asked for later. Pages that no code touches take no memory.
-  Zeroed<std::uint64_t> direct_;
+  Zeroed<std::uint32_t> direct_;
   Zeroed<bool> added_;
   std::vector<Slot> table_;  // open addressing, a power of two, at most half full
   std::size_t packedCodes_ = 0;
-  std::unordered_map<std::string, std::uint64_t, TextHash, std::equal_to<>> longCodes_;
+  std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> longCodes_;
 };
 
 /// The bytes of a code of up to eight as one integer, the first one lowest, zeros behind the last.
@@ -97,7 +102,7 @@ inline CodeCounts::Slot& CodeCounts::SlotOf(std::uint64_t key) {
   mixed = (mixed ^ mixed >> 29) * 0xBF58476D1CE4E5B9U;
   const std::size_t mask = table_.size() - 1;
   std::size_t slot = (mixed ^ mixed >> 32) & mask;
-  while (table_[slot].used && table_[slot].key != key) slot = (slot + 1) & mask;
+  while (table_[slot].key != 0 && table_[slot].key != key) slot = (slot + 1) & mask;
   return table_[slot];
 }
 
@@ -106,7 +111,7 @@ inline void CodeCounts::CountPlain(const char* code, std::size_t length) {
     ++direct_[DirectIndex(Load(code, length), length)];
   } else if (length <= kLongestPacked) {
     Slot& slot = SlotOf(Load(code, length));
-    if (slot.used) ++slot.count;
+    if (slot.key != 0) ++slot.count;
   } else {
     Count({code, length});
   }
