@@ -1,0 +1,25 @@
+// Words of a text as views into it: nothing is copied or allocated, however long the text is.
+#ifndef KESNCD_TEXT_WORDS_H_
+#define KESNCD_TEXT_WORDS_H_
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+/// Takes the first word off `text`, words standing between runs of the characters of `delims`.
+/// Empty when there is none left.
+std::string_view TakeWord(std::string_view& text, std::string_view delims);
+
+/// The first `Most` words of `text`; empty where it has fewer.
+template <std::size_t Most>
+std::array<std::string_view, Most> FirstWords(std::string_view text, std::string_view delims) {
+  std::array<std::string_view, Most> words;
+  for (std::string_view& word : words) word = TakeWord(text, delims);
+  return words;
+}
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_TEXT_WORDS_H_
