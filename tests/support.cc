@@ -46,10 +46,9 @@ std::string TempDir::Write(const std::string& name, const std::string& text) con
   return Path(name);
 }
 
-TextStream::TextStream(const std::string& text) : file_(std::tmpfile()) {
-  std::fwrite(text.data(), 1, text.size(), file_);
-  std::rewind(file_);
-}
+TextStream::TextStream(const std::string& text)
+    : text_(text),
+      file_(text.empty() ? std::tmpfile() : fmemopen(text_.data(), text.size(), "r")) {}
 
 TextStream::~TextStream() {
   std::fclose(file_);
