@@ -1,9 +1,11 @@
 // Name matching against the plain walk over all indices that it stands for.
 #include <strings.h>
 
+#include <random>
 #include <sstream>
 #include <vector>
 
+#include "kesncd/activity/name_index.h"
 #include "tests/support.h"
 
 namespace orsa::kesncd {
@@ -139,6 +141,55 @@ TEST(NameMatch, AgreesWithThePlainWalk) {
     }
   }
   EXPECT_GT(matches, 1000U);
+}
+
+// Random trees of names made to collide, asked for names made to match.
+TEST(NameMatch, IndexFindsWhatTheSearchFinds) {
+  static const char* const kScopes[] = {"t", "T", "u:1", "u[1:0]", ""};
+  static const char* const kStems[] = {"a", "A", "a_b", "a/b", "aI", "", "x[2]"};
+  static const char* const kEnds[] = {"",       "I",      "_1_",   "[1]",    "/1/", "_1/",
+                                      "[0:3]",  "[3:1]",  "[7:7]", "[-1:1]", "[:]", "]",
+                                      "[1:0]:", "[1:0]]", "[01]",  "_-1_",   "_3_", "[07]"};
+  std::mt19937 random(11);
+  const auto name = [&random] {
+    std::string text = kStems[random() % std::size(kStems)];
+    text += kEnds[random() % std::size(kEnds)];
+    if (random() % 30 == 0) text.insert(text.size() / 2, 1, '\0');
+    return text;
+  };
+  int found = 0;
+  for (int tree = 0; tree < 400; ++tree) {
+    VmodHier root(kScopes[random() % std::size(kScopes)]);
+    std::vector<VmodHier*> scopes{&root};
+    for (std::size_t i = random() % 6; i > 0; --i) {
+      auto* child = new VmodHier(kScopes[random() % std::size(kScopes)]);
+      scopes[random() % scopes.size()]->AddSubMod(child);
+      scopes.push_back(child);
+    }
+    for (std::size_t i = random() % 30; i > 0; --i) {
+      VmodHier& scope = *scopes[random() % scopes.size()];
+      scope.AddSignal(name(), "wire", std::to_string(random() % 100), 1);
+      // Each count gives a frequency of its own, which tells the signals apart.
+      scope.signals.begin()->second.changes = static_cast<int>(2 + random() % 100000);
+    }
+    startCycle = 0;
+    endCycle = timeScale = 1;
+    for (const bool exact : {true, false}) {
+      const NameIndex index(root, exact);
+      for (int query = 0; query < 200; ++query) {
+        const std::string module = kScopes[random() % std::size(kScopes)];
+        const std::string signal = name();
+        double plain = -1;
+        double indexed = -1;
+        const bool isThere = root.FindSignalFreqHier(module, signal, plain, exact);
+        ASSERT_EQ(index.Find(module, signal, indexed), isThere) << module << " " << signal;
+        ASSERT_EQ(indexed, plain) << module << " " << signal << " " << exact;
+        found += isThere ? 1 : 0;
+      }
+    }
+  }
+  EXPECT_GT(found, 10000);
+  ResetReaderState();
 }
 
 }  // namespace
