@@ -48,7 +48,7 @@ std::set<std::string> Selection(const FlatOptions& options) {
 }
 
 ExitStatus Run(const FlatOptions& options) {
-  CheckDump(options.dump);
+  CheckInput(options.dump);
   const std::set<std::string> selection = Selection(options);
   orsa::kesncd::KesNCD analyser;
   const std::string top = options.top.empty() ? ProposedTop(analyser, options.dump) : options.top;

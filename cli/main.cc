@@ -44,6 +44,9 @@ ExitStatus RunProgram(int argc, char** argv) {
   AddTopCommand(app, chosen);
   AddTreeCommand(app, chosen);
   AddFindCommand(app, chosen);
+  AddClocksCommand(app, chosen);
+  AddPowerCommand(app, chosen);
+  AddExtractCommand(app, chosen);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
