@@ -20,9 +20,13 @@ std::unique_ptr<char[]> ownedTopModName;
 
 }  // namespace
 
-KesNCD::KesNCD() : twrFileOn(false), hierRoot(nullptr) { topModName = nullptr; }
+KesNCD::KesNCD() : twrFileOn(false), hierRoot(nullptr) {
+  topModName = nullptr;
+}
 
-KesNCD::~KesNCD() { DeleteHierarchy(); }
+KesNCD::~KesNCD() {
+  DeleteHierarchy();
+}
 
 void KesNCD::SetTopModule(const std::string& name) {
   auto copy = std::make_unique<char[]>(name.size() + 1);
@@ -31,7 +35,9 @@ void KesNCD::SetTopModule(const std::string& name) {
   ownedTopModName = std::move(copy);
 }
 
-void KesNCD::SetTWRFileOn(bool on) { twrFileOn = on; }
+void KesNCD::SetTWRFileOn(bool on) {
+  twrFileOn = on;
+}
 
 void KesNCD::SetTWRFile(const std::string& path, int mode) {
   if (path.empty()) return;
@@ -51,7 +57,9 @@ bool KesNCD::SetVCDFileHier(std::string path, const std::set<std::string>& signa
   return ReadVCDHier(signals, message);
 }
 
-bool KesNCD::ParseVcdFile(std::FILE* file) { return FlatReader(file, UnfilteredRules()).Read(); }
+bool KesNCD::ParseVcdFile(std::FILE* file) {
+  return FlatReader(file, UnfilteredRules()).Read();
+}
 
 int KesNCD::ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals) {
   FlatReader(file, FilteredRules(signals)).Read();
@@ -62,8 +70,7 @@ bool KesNCD::ParseVcdFileHier(std::FILE* file, const std::set<std::string>& /*si
   return HierarchyReader(file, *this).Read();
 }
 
-bool KesNCD::GetTopModuleNameInVCD(std::string path, std::string& topModule,
-                                   std::string& message) {
+bool KesNCD::GetTopModuleNameInVCD(std::string path, std::string& topModule, std::string& message) {
   const File dump = OpenForReading(path);
   if (dump == nullptr) {
     message = "ERROR: Can not open '" + path + "' to read.\n";
@@ -73,6 +80,8 @@ bool KesNCD::GetTopModuleNameInVCD(std::string path, std::string& topModule,
   return true;
 }
 
-double KesNCD::GetTimeInVCD(char** tokens, int count) { return ReadTimescale(tokens, count); }
+double KesNCD::GetTimeInVCD(char** tokens, int count) {
+  return ReadTimescale(tokens, count);
+}
 
 }  // namespace orsa::kesncd
