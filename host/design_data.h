@@ -62,7 +62,7 @@ class NCD_EXTRACTION {
   ~NCD_EXTRACTION();
 
  private:
-  void* state;
+  __attribute__((unused)) void* state;  // the host's
 
  public:
   /// Set before the run; its meaning is the host's.

@@ -148,6 +148,8 @@ class FrequencyLookup {
 
 }  // namespace
 
+// Hosts are linked against the operation as it stands, not const.
+// NOLINTNEXTLINE(readability-make-member-function-const)
 std::vector<KesSigFreq> KesNCD::CreateKesSigFreq(PD_DATA* data, double defaultFreq, bool exact) {
   PD_TABLE* const table = FindConnections(data);
   if (table == nullptr) return {};

@@ -9,14 +9,15 @@
 namespace orsa::kesncd {
 namespace {
 
-void Print(std::ostream& out, const std::vector<KesComp>& components) {
+std::ostream& operator<<(std::ostream& out, const std::vector<KesComp>& components) {
   for (const KesComp& component : components) {
     out << component.name << ":" << component.type << "@" << component.freq << "[";
-    for (const KesPort& port : component.outPorts) {
-      out << port.netName << "/" << port.portName << "@" << port.freq << " ";
+    for (const auto& port : component.outPorts) {
+      out << port.netName << "/" << port.portName << "@" << port.freq;
     }
     out << "]";
   }
+  return out;
 }
 
 class PowerTable : public FreshState {
@@ -38,10 +39,8 @@ class PowerTable : public FreshState {
     }
     std::ostringstream out;
     for (const KesSigFreq& record : analyser.CreateKesSigFreq(&data, defaultFreq, exact)) {
-      out << record.name << "@" << record.freq << "(";
-      Print(out, record.inputs);
-      Print(out << "|", record.outputs);
-      out << ")";
+      out << record.name << "@" << record.freq;
+      out << "(" << record.inputs << "|" << record.outputs << ")";
     }
     return out.str();
   }
@@ -63,14 +62,14 @@ class PowerTable : public FreshState {
 
 TEST_F(PowerTable, RowsBecomeRecords) {
   ExpectAll(
-      R"(SIGNAL a;INPUT c t;OUTPORT n z;SIGNAL b;OUTPUT d S => a@-1(c:t@-1[n/z@-1 ]|)b@-1(|d:S@-1[])
+      R"(SIGNAL a;INPUT c t;OUTPORT n z;SIGNAL b;OUTPUT d S => a@-1(c:t@-1[n/z@-1]|)b@-1(|d:S@-1[])
 SIGNAL a;INPUT c t;SIGNAL b => a@-1(c:t@-1[]|)
 SIGNAL a => 
 SIGNAL a;SIGNAL b;INPUT c t => a@-1(|)b@-1(c:t@-1[]|)
 INPUT c t;OUTPUT d t => @-1(c:t@-1[]|d:t@-1[])
 INPUT c t;SIGNAL a;OUTPUT d t => a@-1(|d:t@-1[])
 SIGNAL a;INPUT c t;SIGNAL b;OUTPORT n z;OUTPUT d t => a@-1(c:t@-1[]|)b@-1(|d:t@-1[])
-OUTPORT n z;SIGNAL a;INPUT c t;OUTPUT d t;OUTPORT n z => a@-1(c:t@-1[]|d:t@-1[n/z@-1 ])
+OUTPORT n z;SIGNAL a;INPUT c t;OUTPUT d t;OUTPORT n z => a@-1(c:t@-1[]|d:t@-1[n/z@-1])
 SIGNAL a;signal b;INPUTS c t;;INPUT d t => a@-1(d:t@-1[]|))");
   EXPECT_EQ(testHost.calls.rfind("GetSection Hierarchical Connections; ", 0), 0U);
   testHost.cell = [](PD_TABLE&, int row, int) { return row == 0 ? "SIGNAL" : "INPUT "; };
@@ -93,8 +92,8 @@ TEST_F(PowerTable, FrequenciesComeFromTheTree) {
   ExpectAll(R"(SIGNAL clk;OUTPUT x t => clk@10(|x:t@-1[])
 SIGNAL net;INPUT clk SLICE;INPUT clk FSLICE;INPUT clk slice => net@20(clk:SLICE@-1[]clk:FSLICE@-1[]clk:slice@10[]|)
 SIGNAL s;INPUT clk SLICE;OUTPUT clk SLICE => s@-1(clk:SLICE@-1[]|clk:SLICE@10[])
-SIGNAL s;INPUT top SLICE;OUTPORT net clk;OUTPORT x clk;OUTPORT x x => s@-1(top:SLICE@-1[net/clk@20 x/clk@10 x/x@-1 ]|)
-SIGNAL s;OUTPUT u1 t;OUTPORT x Q => s@-1(|u1:t@-1[x/Q@30 ])
+SIGNAL s;INPUT top SLICE;OUTPORT net clk;OUTPORT x clk;OUTPORT x x => s@-1(top:SLICE@-1[net/clk@20x/clk@10x/x@-1]|)
+SIGNAL s;OUTPUT u1 t;OUTPORT x Q => s@-1(|u1:t@-1[x/Q@30])
 SIGNAL s;INPUT net t;INPUT x t => s@12(net:t@20[]x:t@-1[]|)
 SIGNAL s;INPUT idle t;INPUT x t => s@2(idle:t@0[]x:t@-1[]|)
 SIGNAL s;INPUT x t;OUTPUT clk t => s@-1(x:t@-1[]|clk:t@10[])

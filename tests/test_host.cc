@@ -22,7 +22,7 @@ bool Called(const std::string& operation, const std::string& arguments = "") {
 
 FileData::~FileData() = default;
 int FileData::getIsSourceUpdated(int which) {
-  return Called("getIsSourceUpdated", " " + std::to_string(which)) ? 7 : 0;
+  return Called("getIsSourceUpdated", std::string(" ").append(std::to_string(which))) ? 7 : 0;
 }
 NC_DESIGN* NcdData::findData() {
   return Called("findData") ? &testHost.loaded : nullptr;
