@@ -173,6 +173,7 @@ class KESNCD_API Vmod {
   void DumpIntoFile(const std::string& path) const;
 
  private:
+  friend class CodeCounts;
   friend class FlatReader;
   KESNCD_LOCAL void AddChanges(int index, std::uint32_t count);
   KESNCD_LOCAL void IndexSymbols();
