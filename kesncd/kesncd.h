@@ -174,7 +174,6 @@ class KESNCD_API Vmod {
 
  private:
   friend class CodeCounts;
-  friend class FlatReader;
   KESNCD_LOCAL void AddChanges(int index, std::uint32_t count);
   KESNCD_LOCAL void IndexSymbols();
   KESNCD_LOCAL void Remove(std::size_t index, bool widthToo);

@@ -226,7 +226,13 @@ void DumpActions::CountChange(const char* code) {
     counts_.AddSymbols(topMod);
     gathering_ = true;
   }
-  counts_.Count(code);
+  std::size_t length = 0;
+  while (code[length] > ' ' && code[length] <= '~') ++length;
+  if (code[length] == '\0') {
+    counts_.CountPlain(code, length);
+  } else {
+    counts_.Count(code);
+  }
 }
 
 void DumpActions::WriteCounts() {

@@ -31,7 +31,9 @@ int ReadUncounted() {
 }
 
 /// Counts a line. More lines than an int holds wrap around.
-void CountLine() { yylineno = static_cast<int>(static_cast<unsigned>(yylineno) + 1); }
+void CountLine() {
+  yylineno = static_cast<int>(static_cast<unsigned>(yylineno) + 1);
+}
 
 /// Skips blanks and returns the first character behind them.
 int SkipBlanks() {
