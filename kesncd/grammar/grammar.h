@@ -37,7 +37,7 @@ inline constexpr int kFirstNonterminal = kStart;
 inline constexpr int kNonterminals = kValue - kStart + 1;
 
 /// What the reader does when a rule has been read (see actions.h).
-enum class Action : std::int8_t {
+enum class Action : std::uint8_t {
   None,
   OneWordTimescale,
   TwoWordTimescale,
@@ -56,7 +56,8 @@ enum class Action : std::int8_t {
 /// The symbols on the right of a rule.
 class RightSide {
  public:
-  constexpr RightSide(std::initializer_list<int> symbols) : size_(symbols.size()) {
+  constexpr RightSide(std::initializer_list<int> symbols)
+      : size_(static_cast<std::uint32_t>(symbols.size())) {
     std::copy(symbols.begin(), symbols.end(), symbols_.begin());
   }
   constexpr int operator[](std::size_t index) const { return symbols_[index]; }
@@ -64,7 +65,7 @@ class RightSide {
 
  private:
   std::array<int, 7> symbols_ = {};
-  std::size_t size_;
+  std::uint32_t size_;
 };
 
 struct Rule {

@@ -24,7 +24,6 @@ class TableBuilder {
   constexpr ParseTables Build() {
     StateOf({{0, 0}});
     for (std::size_t i = 0; i < starts_.size(); ++i) FillState(i);
-    tables_.stateCount = starts_.size();
     return tables_;
   }
 
@@ -67,11 +66,11 @@ class TableBuilder {
   }
 
   /// The state that begins with these items, a new one if there is none yet.
-  constexpr std::int8_t StateOf(const Items& start) {
+  constexpr std::uint8_t StateOf(const Items& start) {
     std::size_t state = 0;
     while (state < starts_.size() && starts_[state] != start) ++state;
     if (state == starts_.size()) starts_.push_back(start);
-    return static_cast<std::int8_t>(state);
+    return static_cast<std::uint8_t>(state);
   }
 
   constexpr void FillState(std::size_t index) {
@@ -103,9 +102,9 @@ class TableBuilder {
     }
     if (state.reduction.rule != kNoRule) ++tables_.conflicts;
     const RightSide& right = rules_[rule].right;
-    state.reduction = {.rule = static_cast<std::int8_t>(rule),
-                       .length = static_cast<std::int8_t>(right.size()),
-                       .left = static_cast<std::int8_t>(rules_[rule].left - kFirstNonterminal),
+    state.reduction = {.rule = static_cast<std::uint8_t>(rule),
+                       .length = static_cast<std::uint8_t>(right.size()),
+                       .left = static_cast<std::uint8_t>(rules_[rule].left - kFirstNonterminal),
                        .startsWithToken = right.size() > 0 && right[0] < kFirstNonterminal,
                        .action = rules_[rule].action};
   }

@@ -10,16 +10,15 @@
 #define KESNCD_GRAMMAR_TABLES_H_
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 
 #include "kesncd/grammar/grammar.h"
 
 namespace orsa::kesncd {
 
-inline constexpr int kNoState = -1;
-inline constexpr int kAccept = -2;
-inline constexpr int kNoRule = -1;
+inline constexpr std::uint8_t kNoState = 255;
+inline constexpr std::uint8_t kAccept = 254;
+inline constexpr std::uint8_t kNoRule = 255;
 
 /// The column of a token: the end of input, then the codes from the error token on.
 constexpr int ColumnOf(int token) {
@@ -28,23 +27,22 @@ constexpr int ColumnOf(int token) {
 inline constexpr int kColumns = ColumnOf(kVersion) + 1;
 
 struct Reduction {
-  std::int8_t rule = kNoRule;
-  std::int8_t length = 0;  // symbols on the rule's right
-  std::int8_t left = 0;    // column of its left side in `gotos`
+  std::uint8_t rule = kNoRule;
+  std::uint8_t length = 0;  // symbols on the rule's right
+  std::uint8_t left = 0;    // column of its left side in `gotos`
   bool startsWithToken = false;
   Action action = Action::None;
 };
 
 struct alignas(64) ParserState {
-  std::array<std::int8_t, kColumns> shifts = {};      // by token: the next state
-  std::array<std::int8_t, kNonterminals> gotos = {};  // by left side: the state after a reduction
+  std::array<std::uint8_t, kColumns> shifts = {};      // by token: the next state
+  std::array<std::uint8_t, kNonterminals> gotos = {};  // by left side: the state after a reduction
   Reduction reduction;
   bool looksAhead = false;  // whether the next token decides anything
 };
 
 struct ParseTables {
   std::array<ParserState, 64> states = {};
-  std::size_t stateCount = 0;
   int conflicts = 0;
 };
 
