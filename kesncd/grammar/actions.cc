@@ -124,6 +124,7 @@ void TakeStampText(const char* text) {
 void DumpActions::Run(Action action, const YYSTYPE* values) {
   switch (action) {
     case Action::None:
+    case Action::TakeValue:  // Reduce sees to them
       break;
     case Action::OneWordTimescale:
       TakeOneWordTimescale(values[1].text);
@@ -159,9 +160,6 @@ void DumpActions::Run(Action action, const YYSTYPE* values) {
       break;
     case Action::EndDump:
       if (debug != 0) std::printf("end of dumpall/vars/on/off\n");
-      break;
-    case Action::TakeValue:
-      TakeValue(values[0].text);
       break;
   }
 }
@@ -225,6 +223,10 @@ void DumpActions::CountChange(const char* code) {
   if (!gathering_) {
     counts_.AddSymbols(topMod);
     gathering_ = true;
+  }
+  if (++unsettled_ == CodeCounts::kMostBetween) {
+    counts_.Settle();
+    unsettled_ = 0;
   }
   std::size_t length = 0;
   while (code[length] > ' ' && code[length] <= '~') ++length;

@@ -2,6 +2,8 @@
 #ifndef KESNCD_GRAMMAR_ACTIONS_H_
 #define KESNCD_GRAMMAR_ACTIONS_H_
 
+#include <cstdint>
+
 #include "kesncd/grammar/tables.h"
 #include "kesncd/kesncd.h"
 #include "kesncd/vcd/code_counts.h"
@@ -12,7 +14,8 @@ namespace orsa::kesncd {
 /// pending while a declaration is read, so none is lost when a time scale ends the process.
 class DumpActions {
  public:
-  /// Runs the action of a rule with the values of its symbols.
+  /// Runs the action of a rule with the values of its symbols. Nearly all of a dump is values, so
+  /// their way is the shortest.
   void Reduce(const Reduction& reduction, const YYSTYPE* values) {
     if (reduction.action == Action::TakeValue) {
       TakeValue(values[0].text);
@@ -30,7 +33,8 @@ class DumpActions {
   void CountChange(const char* code);
 
   CodeCounts counts_;
-  bool gathering_ = false;  // counts_ knows the signals: no more are declared behind a change
+  std::uint32_t unsettled_ = 0;  // changes since the counters were last settled
+  bool gathering_ = false;       // counts_ knows the signals: no more are declared behind a change
 };
 
 }  // namespace orsa::kesncd
