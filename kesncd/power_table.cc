@@ -1,8 +1,10 @@
 // Frequency records for the host's power tables: the rows of its table of connections become
 // records, then the module tree is asked for their frequencies.
+#include <optional>
 #include <utility>
 
 #include "host/power_data.h"
+#include "kesncd/activity/name_index.h"
 #include "kesncd/kesncd.h"
 
 // Only the host has this type's run-time information. Weak, it may be missing, so that the library
@@ -98,13 +100,36 @@ std::vector<KesSigFreq> ReadRecords(PD_TABLE& table) {
   return records.Finish();
 }
 
+/// Looks frequencies up in the module tree: a few by searching it, many in an index of it.
+class TreeLookup {
+ public:
+  TreeLookup(const VmodHier& root, bool exact) : root_(root), exact_(exact) {}
+
+  bool Find(const std::string& module, const std::string& signal, double& freq) {
+    if (searches_ < kMostSearches) {
+      ++searches_;
+      return root_.FindSignalFreqHier(module, signal, freq, exact_);
+    }
+    if (!index_) index_.emplace(root_, exact_);
+    return index_->Find(module, signal, freq);
+  }
+
+ private:
+  static constexpr int kMostSearches = 4;  // about what the index costs
+
+  const VmodHier& root_;
+  const bool exact_;
+  int searches_ = 0;
+  std::optional<NameIndex> index_;
+};
+
 /// Enters the module tree's frequencies into records; what the tree does not know stays as it is.
 class FrequencyLookup {
  public:
   FrequencyLookup(const VmodHier& root, std::string topModule, bool exact)
-      : root_(root), topModule_(std::move(topModule)), exact_(exact) {}
+      : tree_(root, exact), topModule_(std::move(topModule)) {}
 
-  void Fill(KesSigFreq& signal, double defaultFreq) const {
+  void Fill(KesSigFreq& signal, double defaultFreq) {
     for (KesComp& input : signal.inputs) {
       // A slice that drives the signal says nothing of it under its own name.
       if (input.type != "FSLICE" && input.type != "SLICE") FindTop(input.name, input.freq);
@@ -118,13 +143,11 @@ class FrequencyLookup {
   }
 
  private:
-  bool FindTop(const std::string& name, double& freq) const {
-    return root_.FindSignalFreqHier(topModule_, name, freq, exact_);
-  }
+  bool FindTop(const std::string& name, double& freq) { return tree_.Find(topModule_, name, freq); }
 
-  void FillPorts(KesComp& component) const {
+  void FillPorts(KesComp& component) {
     for (KesPort& port : component.outPorts) {
-      root_.FindSignalFreqHier(component.name, port.portName, port.freq, exact_);
+      tree_.Find(component.name, port.portName, port.freq);
       FindTop(port.netName, port.freq);  // the net in the top module goes before the port
     }
   }
@@ -141,9 +164,8 @@ class FrequencyLookup {
     return anyKnown ? sum / static_cast<double>(components.size()) : kUnknown;
   }
 
-  const VmodHier& root_;
+  TreeLookup tree_;
   std::string topModule_;
-  bool exact_;
 };
 
 }  // namespace
@@ -155,7 +177,7 @@ std::vector<KesSigFreq> KesNCD::CreateKesSigFreq(PD_DATA* data, double defaultFr
   if (table == nullptr) return {};
   std::vector<KesSigFreq> records = ReadRecords(*table);
   if (hierRoot == nullptr || topModName == nullptr) return records;
-  const FrequencyLookup lookup(*hierRoot, topModName, exact);
+  FrequencyLookup lookup(*hierRoot, topModName, exact);
   for (KesSigFreq& record : records) lookup.Fill(record, defaultFreq);
   return records;
 }
