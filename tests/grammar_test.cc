@@ -17,9 +17,12 @@ long allocations = 0;
 }  // namespace
 
 // Kept out of line, so that the compiler sees no mismatch.
-[[gnu::noinline]] void* operator new(std::size_t bytes) {
+[[gnu::noinline]] void* operator new(std::size_t bytes, const std::nothrow_t& /*tag*/) noexcept {
   ++allocations;
-  void* memory = std::malloc(bytes > 0 ? bytes : 1);
+  return std::malloc(bytes > 0 ? bytes : 1);
+}
+[[gnu::noinline]] void* operator new(std::size_t bytes) {
+  void* memory = operator new(bytes, std::nothrow);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
