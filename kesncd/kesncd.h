@@ -105,7 +105,7 @@ class KESNCD_API Mem {
   KESNCD_LOCAL void HoldSlots(std::size_t count);
   KESNCD_LOCAL void HoldBytes(std::size_t bytes);
   KESNCD_LOCAL void DoubleSlots();
-  KESNCD_LOCAL void KeepStrings();
+  KESNCD_LOCAL void KeepStrings() const;
 
   std::size_t heldSlots_;  // slots that exist
   std::size_t heldBytes_;  // bytes of every one of them
@@ -174,7 +174,7 @@ class KESNCD_API Vmod {
 
  private:
   friend class FlatReader;
-  KESNCD_LOCAL void AddChanges(int index, std::uint64_t count);
+  KESNCD_LOCAL void AddChanges(int index, std::uint32_t count);
   KESNCD_LOCAL void IndexSymbols();
   KESNCD_LOCAL void Remove(std::size_t index, bool widthToo);
 
@@ -281,7 +281,9 @@ class KESNCD_API VmodHier {
  private:
   friend class HierarchyReader;
   friend class KesNCD;
-  KESNCD_LOCAL void AddChanges(const std::string& symbol, std::uint64_t count);
+  KESNCD_LOCAL VmodSignal& Declare(std::string name, std::string type, std::string symbol,
+                                   int width);
+  KESNCD_LOCAL void AddChanges(const std::string& symbol, std::uint32_t count);
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -335,8 +337,7 @@ class KESNCD_API KesNCD {
   bool SetVCDFile(const std::string& path, const std::set<std::string>& signals,
                   std::string& message);
   /// Names the dump and runs ReadVCDHier on it.
-  bool SetVCDFileHier(std::string path, const std::set<std::string>& signals,
-                      std::string& message);
+  bool SetVCDFileHier(std::string path, const std::set<std::string>& signals, std::string& message);
 
   /// The flat run: reads the dump's top module into `topMod` and fills `signalFreqs` (MHz by
   /// design-style name: "data[3]" becomes "data_3", "data[7:0]" becomes "data_0" to "data_7"), then
@@ -422,14 +423,14 @@ KESNCD_API extern int isReadingTopMod;          ///< 0; grammar reader: inside t
 KESNCD_API extern double timeScale;             ///< 0.0; nanoseconds a tick
 KESNCD_API extern int debug;                    ///< 0; set by the host: print traces
 KESNCD_API extern int recording;                ///< 1; whether changes count now
-KESNCD_API extern double startCycle;            ///< -1.0; first time stamp in ticks, if not negative
-KESNCD_API extern double endCycle;              ///< -1.0; latest time stamp in ticks
-KESNCD_API extern int onlyOnce;                 ///< 1; cleared by the first conversion under debug
-KESNCD_API extern int currentLevel;             ///< -1; unused
-KESNCD_API extern double cur_time;              ///< 0.0; grammar reader: latest time stamp
-KESNCD_API extern int isReal;                   ///< 0; grammar reader: a real value was read
-KESNCD_API extern int isBinary;                 ///< 0; grammar reader: a vector value was read
-KESNCD_API extern char vcdstr[1024];            ///< zero; grammar reader: the current value
+KESNCD_API extern double startCycle;  ///< -1.0; first time stamp in ticks, if not negative
+KESNCD_API extern double endCycle;    ///< -1.0; latest time stamp in ticks
+KESNCD_API extern int onlyOnce;       ///< 1; cleared by the first conversion under debug
+KESNCD_API extern int currentLevel;   ///< -1; unused
+KESNCD_API extern double cur_time;    ///< 0.0; grammar reader: latest time stamp
+KESNCD_API extern int isReal;         ///< 0; grammar reader: a real value was read
+KESNCD_API extern int isBinary;       ///< 0; grammar reader: a vector value was read
+KESNCD_API extern char vcdstr[1024];  ///< zero; grammar reader: the current value
 
 // ---------------------------------------------------------------------------------------------
 // Grammar-driven reader: a second, token-based way to read a dump into topMod.

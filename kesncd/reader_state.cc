@@ -7,7 +7,7 @@
 namespace orsa::kesncd {
 
 // The line readers and the activity model.
-Vmod topMod;
+Vmod topMod;  // NOLINT(cert-err58-cpp): constructing it allocates nothing
 char* topModName = nullptr;
 int isTopModNameEverMatched = 0;
 double timeScale = 0.0;

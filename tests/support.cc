@@ -25,27 +25,34 @@ void ResetReaderState() {
   yypv = yyv;
 }
 
-FreshState::FreshState() { ResetReaderState(); }
-FreshState::~FreshState() { ResetReaderState(); }
+FreshState::FreshState() {
+  ResetReaderState();
+}
+FreshState::~FreshState() {
+  ResetReaderState();
+}
 
 TempDir::TempDir() {
   std::string pattern = (std::filesystem::temp_directory_path() / "kesncd-XXXXXX").string();
   path_ = mkdtemp(pattern.data());
 }
 
-TempDir::~TempDir() { std::filesystem::remove_all(path_); }
+TempDir::~TempDir() {
+  std::filesystem::remove_all(path_);
+}
 
 std::string TempDir::Write(const std::string& name, const std::string& text) const {
   std::ofstream(Path(name), std::ios::binary) << text;
   return Path(name);
 }
 
-TextStream::TextStream(const std::string& text) : file_(std::tmpfile()) {
-  std::fwrite(text.data(), 1, text.size(), file_);
-  std::rewind(file_);
-}
+TextStream::TextStream(const std::string& text)
+    : text_(text),
+      file_(text.empty() ? std::tmpfile() : fmemopen(text_.data(), text.size(), "r")) {}
 
-TextStream::~TextStream() { std::fclose(file_); }
+TextStream::~TextStream() {
+  std::fclose(file_);
+}
 
 std::string ReadAll(const std::string& path) {
   std::ifstream file(path, std::ios::binary);

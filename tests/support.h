@@ -51,6 +51,7 @@ class TextStream {
   operator std::FILE*() const { return file_; }
 
  private:
+  std::string text_;
   std::FILE* file_;
 };
 

@@ -6,6 +6,7 @@
 #include "kesncd/activity/frequency.h"
 #include "kesncd/kesncd.h"
 #include "kesncd/text/number.h"
+#include "kesncd/vcd/change_count.h"
 
 namespace orsa::kesncd {
 
@@ -34,9 +35,13 @@ Vmod::Vmod(const std::string& name) : name_(name), indexed_(0) {}
 
 Vmod::~Vmod() = default;
 
-void Vmod::SetName(const std::string& name) { name_ = name; }
+void Vmod::SetName(const std::string& name) {
+  name_ = name;
+}
 
-std::string Vmod::GetName() const { return name_; }
+std::string Vmod::GetName() const {
+  return name_;
+}
 
 void Vmod::AddSignal(const std::string& name, const std::string& type, const std::string& symbol,
                      int nbit) {
@@ -48,13 +53,27 @@ void Vmod::AddSignal(const std::string& name, const std::string& type, const std
   states_.emplace_back();
 }
 
-int Vmod::GetSignalSize() const { return static_cast<int>(names_.size()); }
-std::string Vmod::GetSignalName(int index) const { return At(names_, index); }
-std::string Vmod::GetSignalType(int index) const { return At(types_, index); }
-std::string Vmod::GetSignalSymb(int index) const { return At(symbols_, index); }
-std::string Vmod::GetSignalState(int index) const { return At(states_, index); }
-int Vmod::GetSignalNbit(int index) const { return At(nbits_, index); }
-int Vmod::GetSignalChange(int index) const { return At(changes_, index); }
+int Vmod::GetSignalSize() const {
+  return static_cast<int>(names_.size());
+}
+std::string Vmod::GetSignalName(int index) const {
+  return At(names_, index);
+}
+std::string Vmod::GetSignalType(int index) const {
+  return At(types_, index);
+}
+std::string Vmod::GetSignalSymb(int index) const {
+  return At(symbols_, index);
+}
+std::string Vmod::GetSignalState(int index) const {
+  return At(states_, index);
+}
+int Vmod::GetSignalNbit(int index) const {
+  return At(nbits_, index);
+}
+int Vmod::GetSignalChange(int index) const {
+  return At(changes_, index);
+}
 
 /// Brings firstOfSymbol_ up to the signals added since the last count.
 void Vmod::IndexSymbols() {
@@ -69,7 +88,7 @@ void Vmod::IncreaseChangeForSymbol(const std::string& symbol) {
   if (found != firstOfSymbol_.end()) AddToCount(changes_[found->second], 1);
 }
 
-void Vmod::AddChanges(int index, std::uint64_t count) {
+void Vmod::AddChanges(int index, std::uint32_t count) {
   AddToCount(changes_[static_cast<std::size_t>(index)], count);
 }
 
@@ -91,9 +110,13 @@ void Vmod::Remove(std::size_t index, bool widthToo) {
   indexed_ = 0;
 }
 
-void Vmod::RemoveSignal(int index) { Remove(static_cast<std::size_t>(index), true); }
+void Vmod::RemoveSignal(int index) {
+  Remove(static_cast<std::size_t>(index), true);
+}
 
-void Vmod::RemoveSignal(const std::string& name) { Remove(FirstOf(names_, name), false); }
+void Vmod::RemoveSignal(const std::string& name) {
+  Remove(FirstOf(names_, name), false);
+}
 
 void Vmod::RemoveSignal(const std::string& name, const std::string& type) {
   std::size_t index = 0;
@@ -135,26 +158,34 @@ void Vmod::DumpIntoFile(const std::string& path) const {
   std::FILE* file = std::fopen(path.c_str(), "a");
   if (file == nullptr) return;
   const CLocaleScope scope;
-  std::fprintf(file, "module | %s\n", name_.c_str());
+  (void)std::fprintf(file, "module | %s\n", name_.c_str());
   for (int i = 0; i < GetSignalSize(); ++i) {
-    std::fprintf(file, "signal | %s | %f\n", GetSignalName(i).c_str(), GetSignalFreq(i));
+    (void)std::fprintf(file, "signal | %s | %f\n", GetSignalName(i).c_str(), GetSignalFreq(i));
   }
-  std::fclose(file);
+  (void)std::fclose(file);
 }
 
 Vsig::Vsig() : freq_(-1.0) {}
 
 Vsig::Vsig(const std::string& name) : name_(name), freq_(-1.0) {}
 
-void Vsig::SetSig(const std::string& name) { name_ = name; }
+void Vsig::SetSig(const std::string& name) {
+  name_ = name;
+}
 
 void Vsig::SetSig(const std::string& name, const std::string& /*type*/, double /*freq*/) {
   name_ = name;
 }
 
-std::string Vsig::GetSigName() const { return name_; }
-std::string Vsig::GetSigType() const { return type_; }
-double Vsig::GetSigFreq() const { return freq_; }
+std::string Vsig::GetSigName() const {
+  return name_;
+}
+std::string Vsig::GetSigType() const {
+  return type_;
+}
+double Vsig::GetSigFreq() const {
+  return freq_;
+}
 
 void Vsig::PrintSig() const {
   std::cout << "PrintSig: name=" << name_ << " type=" << type_ << " freq=" << DisplayText(freq_)

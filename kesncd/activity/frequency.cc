@@ -1,8 +1,5 @@
 #include "kesncd/activity/frequency.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd {
@@ -18,11 +15,6 @@ double ToggleFrequency(int changes, double spanTicks) {
 
 void ClearDebugLatch() {
   if (onlyOnce == 1 && debug == 1) onlyOnce = 0;
-}
-
-void AddToCount(int& count, std::uint64_t added) {
-  const auto room = static_cast<std::uint64_t>(std::numeric_limits<int>::max() - std::max(count, 0));
-  count += static_cast<int>(std::min(added, room));
 }
 
 }  // namespace orsa::kesncd

@@ -1,8 +1,6 @@
-// From a change count to a toggle frequency, and the limits of a count.
+// From a change count to a toggle frequency.
 #ifndef KESNCD_ACTIVITY_FREQUENCY_H_
 #define KESNCD_ACTIVITY_FREQUENCY_H_
-
-#include <cstdint>
 
 namespace orsa::kesncd {
 
@@ -13,9 +11,6 @@ double ToggleFrequency(int changes, double spanTicks);
 
 /// Clears the latch `onlyOnce` the first time a frequency is asked for under debug.
 void ClearDebugLatch();
-
-/// Adds to a change count, which stops at its largest value.
-void AddToCount(int& count, std::uint64_t added);
 
 }  // namespace orsa::kesncd
 

@@ -1,10 +1,62 @@
 #include "kesncd/text/line_source.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace orsa::kesncd {
+
+namespace {
+
+// Much larger than any line, small enough to stay in the processor's second cache.
+constexpr std::size_t kBlockBytes = 128 * 1024;
+
+}  // namespace
+
+LineSource::LineSource(std::FILE* stream, std::size_t bufferBytes)
+    : stream_(stream), line_(bufferBytes) {}
+
+LineSource::~LineSource() {
+  const auto ahead = static_cast<long>(held_ - taken_);
+  // A pipe cannot take anything back; its reader has then read ahead.
+  if (ahead > 0) (void)std::fseek(stream_, -ahead, SEEK_CUR);
+}
+
+void LineSource::ReadBlocks() {
+  if (block_.empty()) block_.resize(kBlockBytes + kPadding);
+}
 
 const char* LineSource::Next() {
   if (stream_ == nullptr) return nullptr;
-  return std::fgets(buffer_.data(), static_cast<int>(buffer_.size()), stream_);
+  if (!block_.empty()) return NextOfBlock();
+  return std::fgets(line_.data(), static_cast<int>(line_.size()), stream_);
+}
+
+/// Cuts a line from the block as fgets would from the stream.
+const char* LineSource::NextOfBlock() {
+  const std::size_t longest = line_.size() - 1;
+  std::size_t length = 0;
+  do {
+    const std::string_view text = Block().substr(0, longest);
+    const std::size_t newline = text.find('\n');
+    length = newline == std::string_view::npos ? text.size() : newline + 1;
+    if (newline != std::string_view::npos || length == longest) break;
+  } while (Refill());
+  if (length == 0) return nullptr;
+  std::memcpy(line_.data(), block_.data() + taken_, length);
+  line_[length] = '\0';
+  taken_ += length;
+  return line_.data();
+}
+
+/// Moves what is left of the block to its front and reads on behind it; false at the end.
+bool LineSource::Refill() {
+  std::copy(block_.begin() + static_cast<std::ptrdiff_t>(taken_),
+            block_.begin() + static_cast<std::ptrdiff_t>(held_), block_.begin());
+  held_ -= taken_;
+  taken_ = 0;
+  const std::size_t got = std::fread(block_.data() + held_, 1, kBlockBytes - held_, stream_);
+  held_ += got;
+  return got > 0;
 }
 
 }  // namespace orsa::kesncd

@@ -1,28 +1,52 @@
 // Lines of an open stream, cut as fgets cuts them.
 //
-// A line ends behind its newline or when the buffer is full; the rest of a longer line arrives as a
-// line of its own. A NUL byte ends the text of a line: what stands between it and the newline is
-// read but not seen. The stream belongs to the caller and stands right behind the last line taken.
+// A line ends behind its newline or when it is as long as lines may be; the rest of a longer line
+// arrives as a line of its own. A NUL byte ends the text of a line: what stands between it and the
+// newline is read but not seen.
+//
+// The stream belongs to the caller. It is read line by line until ReadBlocks is called, so that a
+// reader that stops leaves it right behind the last line taken; from then on it is read in blocks,
+// and what was read ahead is given back when the source goes, where the stream can seek.
 #ifndef KESNCD_TEXT_LINE_SOURCE_H_
 #define KESNCD_TEXT_LINE_SOURCE_H_
 
 #include <cstddef>
 #include <cstdio>
+#include <string_view>
 #include <vector>
 
 namespace orsa::kesncd {
 
 class LineSource {
  public:
+  /// Bytes that may be read, though not looked at, behind the end of a block.
+  static constexpr std::size_t kPadding = 64;
+
   /// Lines of up to `bufferBytes` - 1 characters.
-  LineSource(std::FILE* stream, std::size_t bufferBytes) : stream_(stream), buffer_(bufferBytes) {}
+  LineSource(std::FILE* stream, std::size_t bufferBytes);
+  ~LineSource();
+  LineSource(const LineSource&) = delete;
+  LineSource& operator=(const LineSource&) = delete;
 
   /// The next line, valid until the next call; null at the end of the stream or on a read error.
   const char* Next();
 
+  /// Reads the stream in blocks from now on.
+  void ReadBlocks();
+  /// What is left of the current block: whole lines, but for the last. Empty before ReadBlocks.
+  std::string_view Block() const { return {block_.data() + taken_, held_ - taken_}; }
+  /// Takes the first `bytes` of the block.
+  void Skip(std::size_t bytes) { taken_ += bytes; }
+
  private:
+  const char* NextOfBlock();
+  bool Refill();
+
   std::FILE* stream_;
-  std::vector<char> buffer_;
+  std::vector<char> line_;   // the line that Next returned
+  std::vector<char> block_;  // empty while the stream is read line by line
+  std::size_t taken_ = 0;    // bytes of the block that were taken
+  std::size_t held_ = 0;     // bytes of the block that were read
 };
 
 }  // namespace orsa::kesncd

@@ -43,7 +43,9 @@ int ToInt(std::size_t size) {
   return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
 }
 
-int Doubled(int count) { return ToInt(2 * static_cast<std::size_t>(std::max(count, 0))); }
+int Doubled(int count) {
+  return ToInt(2 * static_cast<std::size_t>(std::max(count, 0)));
+}
 
 /// Grows a zero-filled buffer, keeping its bytes; throws with the buffer as it was.
 void Grow(char*& buffer, std::size_t held, std::size_t wanted) {
@@ -75,7 +77,9 @@ Mem::Mem()
   }
 }
 
-Mem::~Mem() { Release(); }
+Mem::~Mem() {
+  Release();
+}
 
 void Mem::Release() {
   for (std::size_t i = 0; i < heldSlots_; ++i) std::free(slots[i]);
@@ -105,7 +109,7 @@ void Mem::HoldBytes(std::size_t bytes) {
 }
 
 /// Clears what lies behind the strings of the slots, as a move into fresh slots would.
-void Mem::KeepStrings() {
+void Mem::KeepStrings() const {
   for (std::size_t i = 0; i < heldSlots_; ++i) {
     const std::size_t length = std::strlen(slots[i]);
     std::memset(slots[i] + length, 0, heldBytes_ - length);

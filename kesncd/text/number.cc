@@ -19,7 +19,9 @@ locale_t CLocale() {
 
 CLocaleScope::CLocaleScope() : host_(uselocale(CLocale())) {}
 
-CLocaleScope::~CLocaleScope() { uselocale(host_); }
+CLocaleScope::~CLocaleScope() {
+  uselocale(host_);
+}
 
 bool ScanDouble(const char* text, double& value) {
   const CLocaleScope scope;
@@ -34,7 +36,7 @@ int ScanInt(const char* text) {
 std::string DisplayText(double value) {
   const CLocaleScope scope;
   std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%g", value);
+  (void)std::snprintf(text.data(), text.size(), "%g", value);
   return text.data();
 }
 

@@ -1,76 +1,103 @@
 #include "kesncd/vcd/code_counts.h"
 
-#include <cstring>
+#include <algorithm>
+#include <array>
+#include <new>
 #include <utility>
+
+#include "kesncd/vcd/change_count.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
-/// Codes hold no NUL, so padding with zeros keeps different codes different.
-std::uint64_t Pack(std::string_view code) {
-  std::uint64_t key = 0;
-  std::memcpy(&key, code.data(), code.size());
-  return key;
+template <class T>
+T* ZeroedArray(std::size_t size) {
+  auto* array = static_cast<T*>(std::calloc(size, sizeof(T)));
+  if (array == nullptr) throw std::bad_alloc();
+  return array;
 }
 
-bool HoldsNul(std::string_view code) { return code.find('\0') != std::string_view::npos; }
+bool HoldsNul(std::string_view code) {
+  return code.find('\0') != std::string_view::npos;
+}
 
-std::uint64_t Mix(std::uint64_t key) {
-  key ^= key >> 32;
-  key *= 0x9E3779B97F4A7C15U;
-  key ^= key >> 29;
-  key *= 0xBF58476D1CE4E5B9U;
-  return key ^ (key >> 32);
+bool IsPrintable(std::string_view code) {
+  return std::all_of(code.begin(), code.end(), [](char c) { return c > ' ' && c <= '~'; });
 }
 
 }  // namespace
 
-CodeCounts::CodeCounts() : table_(64) {}
+CodeCounts::CodeCounts()
+    : direct_(ZeroedArray<std::uint32_t>(kDirect)),
+      added_(ZeroedArray<bool>(kDirect)),
+      table_(64) {}
 
-/// The slot that holds `key`, or the free one where it belongs.
-std::size_t CodeCounts::SlotOf(std::uint64_t key) const {
-  const std::size_t mask = table_.size() - 1;
-  std::size_t slot = Mix(key) & mask;
-  while (table_[slot].number != kNone && table_[slot].key != key) slot = (slot + 1) & mask;
-  return slot;
-}
-
-std::uint32_t CodeCounts::Find(std::string_view code) const {
-  if (code.size() <= kShort) return table_[SlotOf(Pack(code))].number;
-  const auto found = longCodes_.find(code);
-  return found == longCodes_.end() ? kNone : found->second;
+/// The counter of a code that was added; null for others.
+std::uint32_t* CodeCounts::Find(std::string_view code) {
+  if (code.size() > kLongestPacked) {
+    const auto found = longCodes_.find(code);
+    return found == longCodes_.end() ? nullptr : &found->second;
+  }
+  std::array<char, kReadAhead> bytes{};
+  std::copy(code.begin(), code.end(), bytes.begin());
+  const std::uint64_t packed = Load(bytes.data(), code.size());
+  if (code.size() <= kLongestDirect && IsPrintable(code)) {
+    const std::size_t index = DirectIndex(packed, code.size());
+    return added_[index] ? &direct_[index] : nullptr;
+  }
+  Slot& slot = SlotOf(packed);
+  return slot.key != 0 ? &slot.count : nullptr;
 }
 
 void CodeCounts::Grow() {
   std::vector<Slot> old(2 * table_.size());
   old.swap(table_);
   for (const Slot& slot : old) {
-    if (slot.number != kNone) table_[SlotOf(slot.key)] = slot;
+    if (slot.key != 0) SlotOf(slot.key) = slot;
   }
 }
 
 void CodeCounts::Add(std::string_view code) {
-  if (HoldsNul(code) || Find(code) != kNone) return;
-  const auto number = static_cast<std::uint32_t>(counts_.size());
-  counts_.push_back(0);
-  if (code.size() > kShort) {
-    longCodes_.emplace(code, number);
+  if (HoldsNul(code) || Find(code) != nullptr) return;
+  if (code.size() > kLongestPacked) {
+    longCodes_.emplace(code, 0);
     return;
   }
-  if (2 * ++shortCodes_ > table_.size()) Grow();
-  const std::uint64_t key = Pack(code);
-  table_[SlotOf(key)] = {key, number};
+  std::array<char, kReadAhead> bytes{};
+  std::copy(code.begin(), code.end(), bytes.begin());
+  const std::uint64_t packed = Load(bytes.data(), code.size());
+  if (code.size() <= kLongestDirect && IsPrintable(code)) {
+    const std::size_t index = DirectIndex(packed, code.size());
+    added_[index] = true;
+    direct_[index] = 0;  // changes before the declaration count nothing
+    return;
+  }
+  if (2 * ++packedCodes_ > table_.size()) Grow();
+  SlotOf(packed) = {packed, 0};
 }
 
 void CodeCounts::Count(std::string_view code) {
-  const std::uint32_t number = Find(code);
-  if (number != kNone) ++counts_[number];
+  std::uint32_t* const count = Find(code);
+  if (count != nullptr && *count < kMostCounted) ++*count;
 }
 
-std::uint64_t CodeCounts::Take(std::string_view code) {
-  const std::uint32_t number = HoldsNul(code) ? kNone : Find(code);
-  return number == kNone ? 0 : std::exchange(counts_[number], 0);
+std::uint32_t CodeCounts::Get(std::string_view code) {
+  const std::uint32_t* const count = HoldsNul(code) ? nullptr : Find(code);
+  return count == nullptr ? 0 : std::min(*count, kMostCounted);
+}
+
+std::uint32_t CodeCounts::Take(std::string_view code) {
+  const std::uint32_t count = Get(code);
+  if (count > 0) *Find(code) = 0;
+  return count;
+}
+
+void CodeCounts::Settle() {
+  for (std::size_t i = 0; i < kDirect; ++i) {
+    if (direct_[i] > kMostCounted) direct_[i] = kMostCounted;
+  }
+  for (Slot& slot : table_) slot.count = std::min(slot.count, kMostCounted);
 }
 
 }  // namespace orsa::kesncd

@@ -1,14 +1,19 @@
 // Identifier codes and their counters.
 //
 // A dump names a code on every change, so finding its counter is constant time and allocates
-// nothing. Codes of up to eight bytes, which is all that simulators write, are looked up as one
-// integer; longer ones as strings.
+// nothing. Simulators number their codes through, and nearly always in up to three characters:
+// those index a table directly. Longer ones of up to eight bytes are looked up as one integer, the
+// rest as strings.
 #ifndef KESNCD_VCD_CODE_COUNTS_H_
 #define KESNCD_VCD_CODE_COUNTS_H_
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -18,6 +23,9 @@ namespace orsa::kesncd {
 
 class CodeCounts {
  public:
+  /// Bytes that CountPlain reads from the start of a code, however short that is.
+  static constexpr std::size_t kReadAhead = sizeof(std::uint64_t);
+
   CodeCounts();
 
   /// Gives a code a counter, unless it has one. A code that holds a NUL, which no dump can name,
@@ -25,13 +33,21 @@ class CodeCounts {
   void Add(std::string_view code);
   /// Adds one change to a code; nothing for a code without a counter.
   void Count(std::string_view code);
-  /// The changes of a code since they were last taken.
-  std::uint64_t Take(std::string_view code);
+  /// The same for a code whose characters are all printable ASCII ('!' to '~').
+  void CountPlain(const char* code, std::size_t length);
+  /// The changes of a code since they were last taken, 2147483647 at most.
+  std::uint32_t Get(std::string_view code);
+  /// The same, and takes them: the code starts again from 0.
+  std::uint32_t Take(std::string_view code);
+  /// To be called at least once in every kMostBetween calls of CountPlain, so that no counter
+  /// overflows.
+  void Settle();
+  static constexpr std::uint32_t kMostBetween = 1U << 31;
 
  private:
   struct Slot {
-    std::uint64_t key = 0;
-    std::uint32_t number = kNone;
+    std::uint64_t key = 0;  // 0: free; only the empty code packs to 0, and it is a direct one
+    std::uint32_t count = 0;
   };
   struct TextHash {
     using is_transparent = void;
@@ -39,18 +55,67 @@ class CodeCounts {
       return std::hash<std::string_view>{}(text);
     }
   };
-  static constexpr std::uint32_t kNone = UINT32_MAX;
-  static constexpr std::size_t kShort = sizeof(std::uint64_t);
+  struct Release {
+    void operator()(void* memory) const { std::free(memory); }
+  };
+  template <class T>
+  using Zeroed = std::unique_ptr<T[], Release>;
 
-  std::size_t SlotOf(std::uint64_t key) const;
-  std::uint32_t Find(std::string_view code) const;
+  static constexpr std::size_t kDigits = 95;  // '!' to '~', and none
+  static constexpr std::size_t kLongestDirect = 3;
+  static constexpr std::size_t kDirect = kDigits * kDigits * kDigits;
+  static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
+
+  static std::uint64_t Load(const char* code, std::size_t length);
+  static std::size_t DirectIndex(std::uint64_t packed, std::size_t length);
+  Slot& SlotOf(std::uint64_t key);
+  std::uint32_t* Find(std::string_view code);
   void Grow();
 
+  // Counters of codes of up to three printable characters, also of those that were not added: a
+  // change is counted first and asked for later. Pages that no code touches take no memory.
+  Zeroed<std::uint32_t> direct_;
+  Zeroed<bool> added_;
   std::vector<Slot> table_;  // open addressing, a power of two, at most half full
-  std::size_t shortCodes_ = 0;
+  std::size_t packedCodes_ = 0;
   std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> longCodes_;
-  std::vector<std::uint64_t> counts_;
 };
+
+/// The bytes of a code of up to eight as one integer, the first one lowest, zeros behind the last.
+/// Codes hold no NUL, so different codes stay different.
+inline std::uint64_t CodeCounts::Load(const char* code, std::size_t length) {
+  std::uint64_t bytes = 0;
+  std::memcpy(&bytes, code, sizeof bytes);
+  if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
+  return length < kLongestPacked ? bytes & ((std::uint64_t{1} << 8 * length) - 1) : bytes;
+}
+
+/// The place of a code of up to three printable characters: they are the digits of a number, the
+/// first counting least, as simulators number their codes.
+inline std::size_t CodeCounts::DirectIndex(std::uint64_t packed, std::size_t length) {
+  const std::uint64_t digits = packed - (0x202020U & ((1U << 8 * length) - 1));
+  return (digits & 0xFF) + kDigits * ((digits >> 8 & 0xFF) + kDigits * (digits >> 16));
+}
+
+inline CodeCounts::Slot& CodeCounts::SlotOf(std::uint64_t key) {
+  std::uint64_t mixed = (key ^ key >> 32) * 0x9E3779B97F4A7C15U;
+  mixed = (mixed ^ mixed >> 29) * 0xBF58476D1CE4E5B9U;
+  const std::size_t mask = table_.size() - 1;
+  std::size_t slot = (mixed ^ mixed >> 32) & mask;
+  while (table_[slot].key != 0 && table_[slot].key != key) slot = (slot + 1) & mask;
+  return table_[slot];
+}
+
+inline void CodeCounts::CountPlain(const char* code, std::size_t length) {
+  if (length <= kLongestDirect) {
+    ++direct_[DirectIndex(Load(code, length), length)];
+  } else if (length <= kLongestPacked) {
+    Slot& slot = SlotOf(Load(code, length));
+    if (slot.key != 0) ++slot.count;
+  } else {
+    Count({code, length});
+  }
+}
 
 }  // namespace orsa::kesncd
 

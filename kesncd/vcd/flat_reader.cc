@@ -19,27 +19,25 @@ FlatRules UnfilteredRules() {
   return {.lineBytes = 1024,
           .selection = nullptr,
           .countsEarlierSignals = true,
-          .oneSplitter = false};
+          .splitters = Splitters::Separate};
 }
 
 FlatRules FilteredRules(const std::set<std::string>& selection) {
   return {.lineBytes = 4096,
           .selection = &selection,
           .countsEarlierSignals = false,
-          .oneSplitter = true};
+          .splitters = Splitters::Shared};
 }
 
 FlatReader::FlatReader(std::FILE* dump, const FlatRules& rules)
-    : rules_(rules),
-      lines_(dump, rules.lineBytes),
-      stampSplitter_(rules.oneSplitter ? wordSplitter_ : ownStampSplitter_) {
+    : rules_(rules), lines_(dump, rules.lineBytes, rules.splitters) {
   if (rules_.selection != nullptr) {
     for (const std::string& name : *rules_.selection) {
       flatSelection_.insert(VmodHier::GetNameFlat(name));
     }
   }
   if (rules_.countsEarlierSignals) {
-    for (int i = 0; i < topMod.GetSignalSize(); ++i) counts_.Add(topMod.GetSignalSymb(i));
+    for (int i = 0; i < topMod.GetSignalSize(); ++i) lines_.counts().Add(topMod.GetSignalSymb(i));
   }
 }
 
@@ -50,10 +48,9 @@ bool FlatReader::Read() {
 }
 
 bool FlatReader::ReadLines() {
-  for (const char* text = lines_.Next(); text != nullptr; text = lines_.Next()) {
-    VcdLine line{};
-    line.words = wordSplitter_.GetArrayOfTokens(text, kVcdBlanks, &line.count);
-    if (line.count > 0 && !TakeLine(line)) return false;
+  VcdLine line{};
+  while (lines_.Next(state_ == State::Body, line)) {
+    if (!TakeLine(line)) return false;
   }
   return true;
 }
@@ -74,7 +71,7 @@ bool FlatReader::TakeLine(const VcdLine& line) {
     case State::TopModule:
       return TakeTopModuleLine(line, kind);
     case State::Body:
-      if (const char* code = TakeBodyLine(line, kind, stampSplitter_)) counts_.Count(code);
+      lines_.TakeBodyLine(line, kind);
       return true;
   }
   return true;
@@ -109,7 +106,7 @@ bool FlatReader::TakeTopModuleLine(const VcdLine& line, LineKind kind) {
   Declaration declaration;
   if (ReadDeclaration(line, declaration) && Selects(declaration.name)) {
     topMod.AddSignal(declaration.name, declaration.type, declaration.code, declaration.width);
-    counts_.Add(declaration.code);
+    lines_.counts().Add(declaration.code);
   }
   return true;
 }
@@ -117,13 +114,13 @@ bool FlatReader::TakeTopModuleLine(const VcdLine& line, LineKind kind) {
 /// Only names without a bit index or range are filtered.
 bool FlatReader::Selects(const std::string& name) const {
   return rules_.selection == nullptr || name.find('[') != std::string::npos ||
-         rules_.selection->count(name) > 0 || flatSelection_.count(name) > 0;
+         rules_.selection->contains(name) || flatSelection_.contains(name);
 }
 
 /// Gives each code's changes to the first signal that has it.
 void FlatReader::WriteCounts() {
   for (int i = 0; i < topMod.GetSignalSize(); ++i) {
-    topMod.AddChanges(i, counts_.Take(topMod.GetSignalSymb(i)));
+    topMod.AddChanges(i, lines_.counts().Take(topMod.GetSignalSymb(i)));
   }
 }
 

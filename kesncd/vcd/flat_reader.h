@@ -9,8 +9,7 @@
 #include <string>
 
 #include "kesncd/kesncd.h"
-#include "kesncd/text/line_source.h"
-#include "kesncd/vcd/code_counts.h"
+#include "kesncd/vcd/dump_lines.h"
 #include "kesncd/vcd/vcd_line.h"
 
 namespace orsa::kesncd {
@@ -20,7 +19,7 @@ struct FlatRules {
   std::size_t lineBytes;                   // longer lines arrive in pieces
   const std::set<std::string>* selection;  // names to take; null takes every variable
   bool countsEarlierSignals;               // codes that topMod held before the reading count too
-  bool oneSplitter;                        // stamps are cut in the words' slots and keep their tails
+  Splitters splitters;                     // of words and of stamps
 };
 
 /// Every variable of the top module.
@@ -50,11 +49,7 @@ class FlatReader {
 
   const FlatRules rules_;
   std::set<std::string> flatSelection_;  // the selection with "/" turned into "_"
-  LineSource lines_;
-  Mem wordSplitter_;
-  Mem ownStampSplitter_;
-  Mem& stampSplitter_;
-  CodeCounts counts_;
+  DumpLines lines_;
   State state_ = State::Searching;
 };
 

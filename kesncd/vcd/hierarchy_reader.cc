@@ -1,7 +1,9 @@
 #include "kesncd/vcd/hierarchy_reader.h"
 
 #include <memory>
+#include <utility>
 
+#include "kesncd/vcd/change_count.h"
 #include "kesncd/vcd/dump_rules.h"
 #include "kesncd/vcd/timescale.h"
 
@@ -21,19 +23,21 @@ bool OpensNode(const VcdLine& line, LineKind kind) {
 }  // namespace
 
 HierarchyReader::HierarchyReader(std::FILE* dump, KesNCD& analyser)
-    : analyser_(analyser), lines_(dump, kLineBytes) {}
+    : analyser_(analyser), lines_(dump, kLineBytes, Splitters::Separate) {}
 
 bool HierarchyReader::Read() {
   const bool complete = ReadLines();
-  for (const auto& entry : analyser_.codeIndex) WriteCounts(entry.first);
+  IndexDeclarations();
+  for (const ScopeSignal& declared : declarations_.indexed()) {
+    AddToCount(declared.signal->changes, lines_.counts().Get(declared.signal->symbol));
+  }
   return complete;
 }
 
 bool HierarchyReader::ReadLines() {
-  for (const char* text = lines_.Next(); text != nullptr; text = lines_.Next()) {
-    VcdLine line{};
-    line.words = wordSplitter_.GetArrayOfTokens(text, kVcdBlanks, &line.count);
-    if (line.count > 0 && !TakeLine(line)) return false;
+  VcdLine line{};
+  while (lines_.Next(state_ == State::Body, line)) {
+    if (!TakeLine(line)) return false;
   }
   return true;
 }
@@ -61,7 +65,7 @@ bool HierarchyReader::TakeLine(const VcdLine& line) {
       TakeDefinitionLine(line, kind);
       return true;
     case State::Body:
-      if (const char* code = TakeBodyLine(line, kind, stampSplitter_)) counts_.Count(code);
+      lines_.TakeBodyLine(line, kind);
       return true;
   }
   return true;
@@ -72,6 +76,7 @@ void HierarchyReader::TakeDefinitionLine(const VcdLine& line, LineKind kind) {
     if (current_ != nullptr) current_ = current_->parent;
   } else if (kind == LineKind::EndDefinitions) {
     state_ = State::Body;
+    IndexDeclarations();
   } else {
     Declare(line);
   }
@@ -96,19 +101,21 @@ void HierarchyReader::OpenScope(const char* name) {
 void HierarchyReader::Declare(const VcdLine& line) {
   Declaration declaration;
   if (current_ == nullptr || !ReadDeclaration(line, declaration)) return;
-  current_->AddSignal(declaration.name, declaration.type, declaration.code, declaration.width);
-  const auto [entry, isNew] = analyser_.codeIndex.try_emplace(declaration.code);
-  if (isNew) {
-    counts_.Add(declaration.code);
-  } else {
-    WriteCounts(declaration.code);  // the changes so far are not the new scope's
-  }
-  entry->second.push_back(current_);
+  WriteCounts(declaration.code);
+  VmodSignal& signal = current_->Declare(std::move(declaration.name), std::move(declaration.type),
+                                         std::move(declaration.code), declaration.width);
+  declarations_.Append(current_, signal);
 }
 
-/// Gives a code's changes to every scope that declared it, once for each declaration.
+/// Brings the code index up to the declarations so far, before changes are read.
+void HierarchyReader::IndexDeclarations() {
+  declarations_.Index(analyser_.codeIndex, lines_.counts());
+}
+
+/// Gives a code's changes so far to the scopes that declared it: they are not those of a scope that
+/// declares it now.
 void HierarchyReader::WriteCounts(const std::string& code) {
-  const std::uint64_t changes = counts_.Take(code);
+  const std::uint32_t changes = lines_.counts().Take(code);
   if (changes == 0) return;
   for (VmodHier* scope : analyser_.codeIndex[code]) scope->AddChanges(code, changes);
 }

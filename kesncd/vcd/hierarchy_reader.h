@@ -7,8 +7,8 @@
 #include <string>
 
 #include "kesncd/kesncd.h"
-#include "kesncd/text/line_source.h"
-#include "kesncd/vcd/code_counts.h"
+#include "kesncd/vcd/code_index.h"
+#include "kesncd/vcd/dump_lines.h"
 #include "kesncd/vcd/vcd_line.h"
 
 namespace orsa::kesncd {
@@ -29,13 +29,12 @@ class HierarchyReader {
   void TakeDefinitionLine(const VcdLine& line, LineKind kind);
   void OpenScope(const char* name);
   void Declare(const VcdLine& line);
+  void IndexDeclarations();
   void WriteCounts(const std::string& code);
 
   KesNCD& analyser_;
-  LineSource lines_;
-  Mem wordSplitter_;
-  Mem stampSplitter_;
-  CodeCounts counts_;  // of the codes that this reading brought into the index
+  DumpLines lines_;  // counts the codes that this reading brought into the index
+  DeclarationList declarations_;
   VmodHier* current_ = nullptr;
   State state_ = State::Idle;
 };

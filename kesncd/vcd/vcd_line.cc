@@ -23,7 +23,9 @@ LineKind KindOfPair(const VcdLine& line) {
 
 }  // namespace
 
-bool VcdLine::Is(int index, const char* text) const { return std::strcmp(words[index], text) == 0; }
+bool VcdLine::Is(int index, const char* text) const {
+  return std::strcmp(words[index], text) == 0;
+}
 
 LineKind VcdLine::Kind() const {
   switch (count) {

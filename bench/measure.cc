@@ -1,0 +1,100 @@
+// Times one way through a file, best of several:
+//
+//   measure WAY FILE [TIMES]
+//
+// Ways: the yardsticks "lines" (fgets_unlocked, nothing done with the lines) and "newlines" (fread
+// and memchr), and the library's readers "flat", "unfiltered", "tree" and "grammar". Prints seconds.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <string_view>
+#include <vector>
+
+#include "kesncd/kesncd.h"
+
+namespace {
+
+using namespace orsa::kesncd;
+
+void Lines(std::FILE* file) {
+  static char line[4096];
+  while (fgets_unlocked(line, sizeof line, file) != nullptr) {
+  }
+}
+
+void Newlines(std::FILE* file) {
+  static std::vector<char> block(256 * 1024);
+  std::size_t lines = 0;
+  while (const std::size_t got = std::fread(block.data(), 1, block.size(), file)) {
+    const char* at = block.data();
+    const char* const end = at + got;
+    while ((at = static_cast<const char*>(
+                std::memchr(at, '\n', static_cast<std::size_t>(end - at)))) != nullptr) {
+      ++lines;
+      ++at;
+    }
+  }
+  if (lines == 0) std::fprintf(stderr, "measure: no lines\n");
+}
+
+struct Way {
+  std::string_view name;
+  std::function<void(std::FILE*)> run;
+};
+
+const Way kWays[] = {
+    {"lines", Lines},
+    {"newlines", Newlines},
+    {"flat",
+     [](std::FILE* file) {
+       KesNCD analyser;
+       analyser.SetTopModule("top");
+       topMod.Clear();
+       analyser.ParseVcdFile2(file, {});
+     }},
+    {"unfiltered",
+     [](std::FILE* file) {
+       KesNCD analyser;
+       analyser.SetTopModule("top");
+       topMod.Clear();
+       analyser.ParseVcdFile(file);
+     }},
+    {"tree", [](std::FILE* file) { KesNCD().ParseVcdFileHier(file, {}); }},
+    {"grammar",
+     [](std::FILE* file) {
+       KesNCD analyser;
+       analyser.SetTopModule("top");
+       topMod.Clear();
+       ParseVcdFile(file);
+     }},
+};
+
+double BestSeconds(const Way& way, const char* path, int times) {
+  double best = std::numeric_limits<double>::infinity();
+  for (int i = 0; i < times; ++i) {
+    std::FILE* file = std::fopen(path, "r");
+    if (file == nullptr) std::exit(2);
+    const auto start = std::chrono::steady_clock::now();
+    way.run(file);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    best = std::min(best, taken.count());
+    (void)std::fclose(file);
+  }
+  return best;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (const Way& way : kWays) {
+    if (argc < 3 || way.name != argv[1]) continue;
+    std::printf("%.4f\n", BestSeconds(way, argv[2], argc > 3 ? std::atoi(argv[3]) : 3));
+    return 0;
+  }
+  std::fprintf(stderr, "measure: lines|newlines|flat|unfiltered|tree|grammar FILE [TIMES]\n");
+  return 2;
+}

@@ -1,0 +1,27 @@
+#include "cli/tree_path.h"
+
+#include <algorithm>
+
+namespace kesncd_cli {
+
+namespace {
+
+// More scopes than a design nests; a damaged dump must not make paths that fill the memory.
+constexpr std::size_t kPartsShown = 64;
+
+}  // namespace
+
+std::string PathOf(const orsa::kesncd::VmodHier& scope) {
+  std::vector<const std::string*> parts;
+  const orsa::kesncd::VmodHier* node = &scope;
+  for (; node != nullptr && parts.size() < kPartsShown; node = node->parent) {
+    parts.push_back(&node->name);
+  }
+  std::string path = node != nullptr ? ".../" : "";
+  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+    path += (part == parts.rbegin() ? "" : "/") + **part;
+  }
+  return path;
+}
+
+}  // namespace kesncd_cli

@@ -1,0 +1,174 @@
+#include "kesncd/vcd/change_scanner.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+
+#include "kesncd/text/number.h"
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace orsa::kesncd {
+
+namespace {
+
+// Slots hold at least this many characters from the start.
+constexpr std::size_t kLongestText = 255;
+
+// The second piece of a stamp and the second word of a line.
+constexpr int kSecond = 1;
+
+static_assert(LineSource::kPadding >= 64, "the last bytes of a block are looked at 64 at a time");
+static_assert(LineSource::kPadding >= CodeCounts::kReadAhead, "and codes are read ahead");
+
+bool AllDigits(const char* text, std::size_t length) {
+  return std::all_of(text, text + length, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+}  // namespace
+
+bool useChangeScanner = true;
+
+std::uint64_t MarkOddBytesPlainly(const char* bytes) {
+  std::uint64_t marks = 0;
+  for (int i = 0; i < 64; ++i) {
+    marks |= static_cast<std::uint64_t>(bytes[i] <= ' ' || bytes[i] > '~' || bytes[i] < 0) << i;
+  }
+  return marks;
+}
+
+#ifdef __SSE2__
+std::uint64_t MarkOddBytes(const char* bytes) {
+  const __m128i below = _mm_set1_epi8(' ');
+  const __m128i above = _mm_set1_epi8('~' + 1);
+  std::uint64_t marks = 0;
+  for (int i = 0; i < 4; ++i) {
+    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * i));
+    // Signed comparisons: bytes from 128 on are negative, so not above a blank.
+    const __m128i plain = _mm_and_si128(_mm_cmpgt_epi8(part, below), _mm_cmplt_epi8(part, above));
+    const auto odd = static_cast<std::uint16_t>(~_mm_movemask_epi8(plain));
+    marks |= static_cast<std::uint64_t>(odd) << 16 * i;
+  }
+  return marks;
+}
+#else
+std::uint64_t MarkOddBytes(const char* bytes) {
+  return MarkOddBytesPlainly(bytes);
+}
+#endif
+
+ChangeScanner::ChangeScanner(CodeCounts& counts, Mem& stampSplitter, const Mem* wordSplitter,
+                             std::size_t longestLine)
+    : counts_(counts),
+      stampSplitter_(stampSplitter),
+      wordSplitter_(wordSplitter),
+      longestLine_(longestLine) {}
+
+void ChangeScanner::TakeLines(LineSource& source) {
+  counting_ = recording == 1;
+  spanOpen_ = startCycle >= 0 && endCycle >= 0;
+  tooLong_ = longestLine_;
+  if (wordSplitter_ != nullptr) {
+    // A line longer than any before it changes the splitter that stamps are read from.
+    tooLong_ = std::min(tooLong_, static_cast<std::size_t>(wordSplitter_->slotLength));
+  }
+  const std::string_view block = source.Block();
+  const char* const stop = Scan(block.data(), block.data() + block.size());
+  ConvertStamp();
+  const auto taken = static_cast<std::size_t>(stop - block.data());
+  source.Skip(taken);
+  unsettled_ += taken;  // at least two bytes a change, so this is soon enough
+  if (unsettled_ < CodeCounts::kMostBetween) return;
+  counts_.Settle();
+  unsettled_ = 0;
+}
+
+/// Takes lines up to the first one that is not plain or has no end in the block, and returns its
+/// start.
+const char* ChangeScanner::Scan(const char* begin, const char* end) {
+  const char* line = begin;
+  const char* blank = nullptr;  // the one blank of the line so far
+  for (const char* chunk = begin; chunk < end; chunk += 64) {
+    for (std::uint64_t marks = MarkOddBytes(chunk); marks != 0; marks &= marks - 1) {
+      const char* const odd = chunk + std::countr_zero(marks);
+      if (odd >= end) return line;
+      if (*odd == '\n') {
+        if (!TakeLine(line, blank, odd)) return line;
+        line = odd + 1;
+        blank = nullptr;
+      } else if (*odd == ' ' && blank == nullptr) {
+        blank = odd;
+      } else {
+        return line;
+      }
+    }
+  }
+  return line;
+}
+
+/// Takes one line of printable characters but for a blank, if any; false when it is not plain.
+inline bool ChangeScanner::TakeLine(const char* line, const char* blank, const char* end) {
+  if (static_cast<std::size_t>(end - line) >= tooLong_) return false;
+  if (blank != nullptr) return TakeChangeWithCode(line, blank, end);
+  switch (*line) {
+    case '0':
+    case '1':
+      if (counting_) counts_.CountPlain(line + 1, static_cast<std::size_t>(end - line - 1));
+      return true;
+    case '#':
+      return TakeStampLine(line, end);
+    case 'x':
+    case 'X':
+    case 'z':
+    case 'Z':
+    case '\n':
+      return true;
+    default:
+      return false;
+  }
+}
+
+inline bool ChangeScanner::TakeChangeWithCode(const char* line, const char* blank,
+                                              const char* end) {
+  const char first = *line;
+  if (first != 'b' && first != 'B' && first != 'r' && first != 'R') return false;
+  const char* const code = blank + 1;
+  const auto length = static_cast<std::size_t>(end - code);
+  if (length == 0) return false;
+  if (wordSplitter_ != nullptr) {
+    // The code lands in the slot from which stamps are read.
+    char* const slot = wordSplitter_->slots[kSecond];
+    std::memcpy(slot, code, length);
+    slot[length] = '\0';
+  }
+  if (counting_) counts_.CountPlain(code, length);
+  return true;
+}
+
+/// Takes a stamp that only moves the end of the span. Its digits go to their slot; they are
+/// converted when no later stamp of the block has replaced them.
+inline bool ChangeScanner::TakeStampLine(const char* line, const char* end) {
+  const char* const digits = line + 1;
+  const auto length = static_cast<std::size_t>(end - digits);
+  if (!spanOpen_ || length == 0 || length > kLongestText || !AllDigits(digits, length)) {
+    return false;
+  }
+  char* const slot = stampSplitter_.slots[kSecond];
+  if (slot[length] != '\0') return false;  // a longer text's tail would show behind the digits
+  std::memcpy(slot, digits, length);
+  stamp_ = {digits, length};
+  return true;
+}
+
+void ChangeScanner::ConvertStamp() {
+  if (stamp_.empty()) return;
+  std::array<char, kLongestText + 1> text{};
+  std::copy(stamp_.begin(), stamp_.end(), text.begin());
+  ScanDouble(text.data(), endCycle);
+  stamp_ = {};
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,42 @@
+// A dump as a reader takes it: its lines, cut into words, and the counters of its codes. In the
+// body the fast path takes the plain lines, and the reader sees what it leaves.
+#ifndef KESNCD_VCD_DUMP_LINES_H_
+#define KESNCD_VCD_DUMP_LINES_H_
+
+#include <cstddef>
+#include <cstdio>
+
+#include "kesncd/kesncd.h"
+#include "kesncd/text/line_source.h"
+#include "kesncd/vcd/change_scanner.h"
+#include "kesncd/vcd/code_counts.h"
+#include "kesncd/vcd/vcd_line.h"
+
+namespace orsa::kesncd {
+
+/// Whether stamps are cut in slots of their own, or in those of the words, whose tails they keep.
+enum class Splitters { Separate, Shared };
+
+class DumpLines {
+ public:
+  DumpLines(std::FILE* dump, std::size_t lineBytes, Splitters splitters);
+
+  /// The next line with words for the reader; false at the end. `inBody`: value changes are read.
+  bool Next(bool inBody, VcdLine& line);
+  /// Takes a line of the body: a stamp, or a change that counts if recording is on.
+  void TakeBodyLine(const VcdLine& line, LineKind kind);
+
+  CodeCounts& counts() { return counts_; }
+
+ private:
+  LineSource source_;
+  Mem wordSplitter_;
+  Mem ownStampSplitter_;
+  Mem& stampSplitter_;
+  CodeCounts counts_;
+  ChangeScanner scanner_;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_VCD_DUMP_LINES_H_

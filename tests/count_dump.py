@@ -1,0 +1,62 @@
+#!/usr/bin/env python3
+"""Counts a dump by a way of its own, for the table of real dumps in real_dumps_test.cc.
+
+Words are taken freely, wherever lines end, so it agrees with the line readers on well-formed dumps
+only. Prints for each dump: scopes, signals (codes by scope) and changes of the module tree; then
+signals and changes of the top module (the scope of the first variable), as far as its first inner
+scope.
+"""
+import sys
+from collections import Counter, defaultdict
+
+
+def words_of(path):
+    with open(path, encoding="latin-1") as dump:
+        return dump.read().split()
+
+
+def count(path):
+    words = iter(words_of(path))
+    stack, scopes, signals = [], 0, defaultdict(list)
+    top, top_signals, top_open = None, [], True
+    changes, recording, vector = Counter(), True, False
+    for word in words:
+        if word == "$scope":
+            kind, name = next(words), next(words)
+            stack.append((scopes, name))
+            scopes += 1
+            if top is not None:
+                top_open = False
+        elif word == "$upscope":
+            if top is not None and stack[-1] == top:
+                top_open = False
+            stack.pop()
+        elif word == "$var":
+            _type, _width, code = next(words), next(words), next(words)
+            signals[code].append(stack[-1][0])
+            if top is None:
+                top = stack[-1]
+            if top_open:
+                top_signals.append(code)
+        elif word in ("$comment", "$date", "$version", "$timescale"):
+            while next(words) != "$end":
+                pass
+        elif word == "$dumpoff":
+            recording = False
+        elif word in ("$dumpon", "$dumpall", "$dumpvars"):
+            recording = True
+        elif vector:
+            vector = False
+            changes[word] += recording
+        elif word[0] in "bBrR":
+            vector = True
+        elif word[0] in "01":
+            changes[word[1:]] += recording
+    tree_signals = sum(len(set(nodes)) for nodes in signals.values())
+    tree_changes = sum(len(nodes) * changes[code] for code, nodes in signals.items())
+    top_changes = sum(changes[code] for code in set(top_signals))
+    return scopes, tree_signals, tree_changes, len(top_signals), top_changes
+
+
+for dump in sys.argv[1:]:
+    print(dump.rsplit("/", 1)[-1], *count(dump))

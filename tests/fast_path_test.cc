@@ -1,0 +1,208 @@
+// The fast path against the plain one: whatever the lines are, both leave the same counts, span and
+// stream position.
+#include <random>
+#include <sstream>
+
+#include "kesncd/vcd/change_scanner.h"
+#include "tests/support.h"
+
+namespace orsa::kesncd {
+namespace {
+
+enum class Reader { Unfiltered, Filtered, Hierarchical };
+constexpr Reader kReaders[] = {Reader::Unfiltered, Reader::Filtered, Reader::Hierarchical};
+
+std::string ReadDump(Reader reader, bool fast, const std::string& dump) {
+  ResetReaderState();
+  useChangeScanner = fast;
+  KesNCD analyser;
+  analyser.SetTopModule("t");
+  const TextStream stream(dump);
+  bool complete = true;
+  std::ostringstream text;
+  switch (reader) {
+    case Reader::Unfiltered:
+      complete = analyser.ParseVcdFile(stream);
+      break;
+    case Reader::Filtered:
+      analyser.ParseVcdFile2(stream, {});
+      break;
+    case Reader::Hierarchical:
+      complete = analyser.ParseVcdFileHier(stream, {});
+      for (const auto& [code, scopes] : analyser.codeIndex) {
+        for (VmodHier* scope : scopes) text << code << scope->signals[code].changes << " ";
+      }
+      break;
+  }
+  useChangeScanner = true;
+  text << TopModCounts() << " " << complete << " " << timeScale << " " << startCycle << " "
+       << endCycle << " " << recording << " " << std::ftell(stream);
+  return text.str();
+}
+
+void Compare(Reader reader, const std::string& dump) {
+  ASSERT_EQ(ReadDump(reader, true, dump), ReadDump(reader, false, dump))
+      << "reader " << static_cast<int>(reader) << "\n"
+      << ::testing::PrintToString(dump.substr(0, 3000));
+}
+
+const std::string kScale = "$timescale\n1ns\n$end\n";
+const std::string kScope = "$scope module t $end\n";
+const std::string kVars =
+    "$var wire 1 ! a[0] $end\n$var wire 1 !! b[0] $end\n$var wire 1 0! c[0] $end\n"
+    "$var wire 1 1234 d[0] $end\n$var wire 1 long-code-1 e[0] $end\n$var wire 1 \xC3\xA4 f[0] "
+    "$end\n";
+const std::string kEnd = "$upscope $end\n$enddefinitions $end\n";
+const std::string kHeader = kScale + kScope + kVars + kEnd;
+const std::string kStamps = "#0\nb1 1234\n#123456\n";
+
+constexpr char kBytes[] = {'0', '1', 'b', 'x', '#', '$', '!', ' ', '\t', '\0', '\n'};
+
+/// All strings of `length` of the bytes, in order.
+template <class Take>
+void EachString(std::size_t length, Take take) {
+  std::string text(length, kBytes[0]);
+  std::vector<std::size_t> digits(length, 0);
+  for (;;) {
+    take(text);
+    std::size_t at = length;
+    while (at > 0 && ++digits[at - 1] == std::size(kBytes)) digits[--at] = 0;
+    if (at == 0) return;
+    for (std::size_t i = at - 1; i < length; ++i) text[i] = kBytes[digits[i]];
+  }
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr int kShare = 10;  // a sanitizer makes each reading ten times as dear
+#else
+constexpr int kShare = 1;
+#endif
+
+using FastPath = FreshState;
+
+TEST_F(FastPath, TakesEveryShortLineAsThePlainPathDoes) {
+  for (std::size_t length = 1; length <= 4; ++length) {
+    int number = 0;
+    EachString(length, [&](const std::string& line) {
+      if (++number % kShare != 0) return;
+      Compare(kReaders[number % 3], kHeader + line);
+      for (const Reader reader : kReaders) Compare(reader, kHeader + kStamps + line + "\n#77\n");
+    });
+  }
+  // Longer ones share a dump with all that differ in the last byte or two.
+  for (const std::size_t length : {5U, 6U}) {
+    std::string bundle;
+    std::size_t held = 0;
+    int number = 0;
+    EachString(length, [&](const std::string& line) {
+      bundle += line + "\n" + (held % 4 == 0 ? "#9\n" : held % 7 == 0 ? "b1 !\n" : "");
+      if (++held < std::size(kBytes) * std::size(kBytes) * (length == 6 ? 11 : 1)) return;
+      if (++number % kShare == 0) {
+        Compare(kReaders[number % 3], kHeader + bundle);
+        Compare(kReaders[(number + 1) % 3], kHeader + kStamps + bundle);
+      }
+      bundle.clear();
+      held = 0;
+    });
+  }
+}
+
+TEST_F(FastPath, LeavesTheOtherStatesAlone) {
+  const std::string body = "#0\n1!\n#10\n0!\nb1 !!\n";
+  for (std::size_t length = 1; length <= 2; ++length) {
+    EachString(length, [&](const std::string& line) {
+      for (const Reader reader : kReaders) {
+        Compare(reader, line + "\n" + kHeader + body);
+        Compare(reader, "$timescale\n" + line + "\n" + kHeader + body);
+        Compare(reader, kScale + kScope + line + "\n" + kVars + kEnd + body);
+        Compare(reader, kHeader + body + "$timescale\n" + line + "\n" + body);
+        Compare(reader, kHeader + body + "$timescale\n1ps\n" + line + "\n" + kScope + kVars +
+                            "$enddefinitions $end\n" + body);
+        Compare(reader, kHeader + "$dumpoff\n" + line + "\n" + body + "$dumpon\n" + body);
+      }
+    });
+  }
+}
+
+/// A body of `lines` lines, mostly plain, some odd.
+std::string RandomBody(std::mt19937& random, int lines) {
+  static const char* const kCodes[] = {"!", "!!", "0!", "1234", "long-code-1", "\xC3\xA4", "?", ""};
+  static const char* const kOdd[] = {"$dumpoff",
+                                     "$dumpon",
+                                     "$end",
+                                     "$dumpvars",
+                                     "",
+                                     " ",
+                                     "#",
+                                     "# 5",
+                                     "#-3",
+                                     "#1e3",
+                                     "#12 1!",
+                                     "b1",
+                                     "b 1!",
+                                     "b1  !",
+                                     "b1\t!",
+                                     "b1 ! x",
+                                     "1! 0!!",
+                                     " 1!",
+                                     "1!\r",
+                                     "b1 !\r",
+                                     "1!\x7F",
+                                     "r1.5 !",
+                                     "$timescale",
+                                     "1 ns",
+                                     "$scope module t $end",
+                                     "$enddefinitions $end",
+                                     "$var wire 1 ! z[0] $end",
+                                     "Z!",
+                                     "B1 0!"};
+  std::string body;
+  std::uint64_t time = random() % 3 == 0 ? 0 : random() % 100000;
+  for (int i = 0; i < lines; ++i) {
+    const char* const code = kCodes[random() % std::size(kCodes)];
+    switch (random() % 12) {
+      case 0:
+        time += random() % 50;
+        if (random() % 20 == 0) time /= 10;
+        body += "#" + std::to_string(time);
+        break;
+      case 1:
+        body += kOdd[random() % std::size(kOdd)];
+        break;
+      case 2:
+        body += std::string("b") +
+                std::string(random() % 40 == 0 ? random() % 5000 : random() % 70, '1') + " " + code;
+        break;
+      case 3:
+        body += std::string(random() % 2 == 0 ? "x" : "r0.5 ") + code;
+        break;
+      default:
+        body += (random() % 2 == 0 ? "0" : "1") + std::string(code);
+    }
+    if (random() % 500 == 0) body.push_back('\0');
+    body += '\n';
+  }
+  if (!body.empty() && random() % 4 == 0) body.pop_back();
+  return body;
+}
+
+TEST_F(FastPath, AgreesOnGeneratedDumps) {
+  std::mt19937 random(7);
+  for (int i = 0; i < 100000 / kShare; ++i) {
+    Compare(kReaders[i % 3], kHeader + RandomBody(random, static_cast<int>(random() % 30)));
+  }
+  // Longer than several blocks, so that lines are cut at their ends.
+  for (int i = 0; i < 30; ++i) Compare(kReaders[i % 3], kHeader + RandomBody(random, 40000));
+}
+
+TEST_F(FastPath, MarksTheSameBytes) {
+  std::mt19937 random(8);
+  for (int i = 0; i < 10000; ++i) {
+    char bytes[64];
+    for (char& byte : bytes) byte = static_cast<char>(random() % (i % 2 == 0 ? 256 : 130));
+    ASSERT_EQ(MarkOddBytes(bytes), MarkOddBytesPlainly(bytes));
+  }
+}
+
+}  // namespace
+}  // namespace orsa::kesncd

@@ -1,0 +1,172 @@
+// The program from the outside: exit statuses, what goes to which stream, formats, and that every
+// console block of the pages shows what really happens.
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+#include "tests/support.h"
+
+namespace orsa::kesncd {
+namespace {
+
+struct Outcome {
+  int status;
+  std::string out;
+};
+
+/// Runs a shell command in `folder`, with the built programs in the path.
+Outcome Shell(const std::string& folder, const std::string& command) {
+  const std::string line =
+      "cd '" + folder + "' && export PATH=\"" KESNCD_TEST_PROGRAMS ":$PATH\" && " + command;
+  std::FILE* pipe = popen(line.c_str(), "r");
+  Outcome outcome{-1, ""};
+  std::array<char, 4096> buffer{};
+  while (const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), pipe)) {
+    outcome.out.append(buffer.data(), got);
+  }
+  outcome.status = WEXITSTATUS(pclose(pipe));
+  return outcome;
+}
+
+const char kDump[] =
+    "$timescale\n1ns\n$end\n$scope module tb $end\n$var wire 1 ! clk $end\n"
+    "$var wire 2 # d [1:0] $end\n$scope module u1 $end\n$var wire 1 \" a,\"b $end\n$upscope $end\n"
+    "$upscope $end\n$enddefinitions $end\n#0\n1!\n0!\nb1 #\n1\"\n1!\n#30\n";
+
+TEST(Program, EndsAsItSays) {
+  const TempDir dir;
+  dir.Write("d.vcd", kDump);
+  dir.Write("flat.vcd", std::string(kDump).replace(0, 19, ""));
+  dir.Write("names", "# nets\n\n  clk \r\nnone\n");
+  const struct {
+    const char* arguments;
+    int status;
+    const char* out;    // a regular expression for standard output
+    const char* error;  // and for standard error
+  } rows[] = {
+      {"top d.vcd", 0, "tb\n", ""},
+      {"flat d.vcd", 0, "signal +freq_mhz\nclk +33\\.3+\\d*\nd_0 +0\nd_1 +0\n",
+       "kesncd: d.vcd: top module is tb; .*\n"},
+      {"flat d.vcd --top tb --signal none --format csv", 0, "signal,freq_mhz\r\nd_0,0\r\nd_1,0\r\n",
+       ""},
+      {"flat d.vcd --top tb --signals-from names --format json", 0,
+       "\\{\n  \"dump\": \"d.vcd\",\n  \"top\": \"tb\",\n  \"timescale_ns\": 1.0,\n"
+       "  \"start_tick\": 0.0,\n  \"end_tick\": 30.0,\n  \"signals\": \\[\n"
+       "    \\{\"signal\":\"clk\",\"freq_mhz\":33.3+\\d*\\},\n    "
+       "\\{\"signal\":\"d_0\",\"freq_mhz\":0.0\\},\n"
+       "    \\{\"signal\":\"d_1\",\"freq_mhz\":0.0\\}\n  \\]\n\\}\n",
+       ""},
+      {"flat flat.vcd --top tb", 0, "(.|\n)*clk +0\n(.|\n)*",
+       "(.|\n)*no time scale was read(.|\n)*"},
+      {"flat d.vcd --top u1 --signal none", 1, "signal +freq_mhz\n", ".*no signal of u1 .*\n"},
+      {"flat d.vcd --top no", 1, "",
+       "kesncd: d.vcd: ERROR : Not match top module name.\n"
+       "kesncd: d.vcd: its modules are tb, tb/u1; .*\n"},
+      {"flat no.vcd --top tb", 2, "", "kesncd: no.vcd: ERROR: Cannot open 'no.vcd'to read.\n"},
+      {"flat . --top tb", 2, "", "kesncd: .: is a directory\n"},
+      {"flat d.vcd --top tb --signals-from no", 2, "", "kesncd: no: cannot be read\n"},
+      {"flat", 2, "", "kesncd: DUMP is required\nkesncd: --help .*\n"},
+      {"", 2, "", "kesncd: .*\n.*\n"},
+      {"flat d.vcd --format xml", 2, "", "(.|\n)*xml not in (.|\n)*"},
+      {"top d.vcd > /dev/full", 3, "", "kesncd: standard output: .*\n"},
+      {"flat d.vcd --top tb > /dev/full", 3, "", "kesncd: standard output: .*No space.*\n"},
+      {"flat d.vcd --top tb -o no/such/file", 3, "", "kesncd: no/such/file: .*\n"},
+      {"tree d.vcd --format csv", 0,
+       "path,kind,signals,changes,mean_freq_mhz,max_freq_mhz,tree_signals,tree_changes,"
+       "tree_mean_freq_mhz,tree_max_freq_mhz\r\n"
+       "tb,module,2,4,16\\.6+\\d*,33\\.3+\\d*,3,5,11\\.1+\\d*,33\\.3+\\d*\r\n"
+       "tb/u1,module,1,1,0,0,1,1,0,0\r\n",
+       ""},
+      {"tree d.vcd --top tb/u1 --signals --format csv", 0,
+       ".*\r\ntb/u1,module,1,1,.*\r\n\"tb/u1/a,\"\"b\",signal,,1,0,0,,,,\r\n", ""},
+      {"tree d.vcd --depth 0", 0, "path .*\ntb .*\n", ""},
+      {"tree d.vcd --top none", 1, "path .*\n", ".*no scope none .*\n"},
+      {"find d.vcd --names-from names d_1_ CLK", 0,
+       "name +scope +signal +freq_mhz\nd_1_ +tb +d\\[1:0\\] +0\nCLK +not found +- +-\n"
+       "clk +tb +clk +33\\.3+\\d*\nnone +not found +- +-\n2 of 4 found\n",
+       ""},
+      {"find d.vcd CLK --ignore-case --module TB --format csv", 0, ".*\r\nCLK,tb,clk,.*\r\n", ""},
+      {"find d.vcd clk --module u1", 1, "(.|\n)*0 of 1 found\n", ""},
+      {"find d.vcd", 2, "", "kesncd: no names to find\n"},
+      {"--version", 0, "kesncd \\d+\\.\\d+\\.\\d+\n", ""},
+      {"tree --help", 0, "[^\n]*\n\nExamples:\n(.|\n)*", ""},
+  };
+  for (const auto& row : rows) {
+    const Outcome run = Shell(dir.Path("."), "kesncd " + std::string(row.arguments) + " 2>errors");
+    EXPECT_EQ(run.status, row.status) << row.arguments;
+    EXPECT_TRUE(std::regex_match(run.out, std::regex(row.out))) << row.arguments << "\n" << run.out;
+    const std::string errors = ReadAll(dir.Path("errors"));
+    EXPECT_TRUE(std::regex_match(errors, std::regex(row.error))) << row.arguments << "\n" << errors;
+  }
+}
+
+TEST(Program, ReplacesAFileOnlyByACompleteOne) {
+  const TempDir dir;
+  dir.Write("d.vcd", kDump);
+  dir.Write("out", "earlier");
+  EXPECT_EQ(Shell(dir.Path("."), "kesncd flat d.vcd --top no -o out 2>&1").status, 1);
+  EXPECT_EQ(ReadAll(dir.Path("out")), "earlier");
+  EXPECT_EQ(Shell(dir.Path("."), "kesncd find d.vcd d[0] -o out 2>&1").out, "");
+  EXPECT_EQ(ReadAll(dir.Path("out")),
+            "name  scope  signal  freq_mhz\nd[0]  tb     d[1:0]         0\n1 of 1 found\n");
+  EXPECT_EQ(Shell(dir.Path("."), "ls").out, "d.vcd\nout\n");
+}
+
+/// The commands of a page's console blocks with what the page shows for each.
+std::vector<std::pair<std::string, std::string>> ConsoleBlocks(const std::string& page) {
+  std::vector<std::pair<std::string, std::string>> shown;
+  std::istringstream lines(ReadAll(page));
+  bool inside = false;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind("```", 0) == 0) {
+      inside = line == "```console";
+    } else if (inside && line.rfind("$ ", 0) == 0) {
+      shown.emplace_back(line.substr(2), "");
+    } else if (inside && !shown.empty()) {
+      shown.back().second += line + "\n";
+    }
+  }
+  return shown;
+}
+
+/// Whether a text is what a page shows, where a line "..." stands for any lines.
+bool IsShown(const std::string& text, const std::string& shown) {
+  std::istringstream have(text);
+  std::istringstream want(shown);
+  std::string got;
+  bool skips = false;
+  for (std::string line; std::getline(want, line);) {
+    if (line == "...") {
+      skips = true;
+      continue;
+    }
+    while (std::getline(have, got) && skips && got != line) {
+    }
+    if (!have || got != line) return false;
+    skips = false;
+  }
+  return skips || !std::getline(have, got);
+}
+
+TEST(Pages, ShowTrueOutput) {
+  const std::filesystem::path root = KESNCD_TEST_SOURCE;
+  std::size_t commands = 0;
+  for (const char* page : {"README.md"}) {
+    const TempDir dir;
+    std::filesystem::copy(root / "examples", dir.Path("examples"),
+                          std::filesystem::copy_options::recursive);
+    for (const auto& [command, shown] : ConsoleBlocks((root / page).string())) {
+      const Outcome run = Shell(dir.Path("."), "(" + command + ") 2>&1");
+      EXPECT_TRUE(IsShown(run.out, shown)) << page << ": " << command << "\n" << run.out;
+      ++commands;
+    }
+  }
+  EXPECT_GE(commands, 3U);
+}
+
+}  // namespace
+}  // namespace orsa::kesncd
