@@ -71,6 +71,7 @@ TEST_F(TimingReport, Tables) {
        "pin=45.2 /c" + std::string(44, '-') + "=45.2 "},
       {kOpen + kClk + kPin + kBlank, "pin=45.2 /clk=100 pin=45.2 "},
       {kOpen + kClk, "-/clk=100 "},
+      {kOpen + std::string(kClk).insert(kClk.size() - 2, 1000, ' ') + kBlank, "-/clk=100 "},
       {kOpen + kClk + std::string("\0| | |\n", 7) + kBlank, "-/clk=100 "},
   };
   for (const auto& [report, clocks] : cases) EXPECT_EQ(Read(report), clocks) << report;
@@ -100,6 +101,7 @@ TEST_F(TimingReport, Rows) {
       // Numbers that are none, or not wholly.
       {"\"a\" x MHz ;| x MHz| 7 MHz| 1\n", 0, "-/a=-1 "},
       {"\"a\" 5 MHz ;| 6end MHz| -7 MHz| 1\n", 0, "a=6 /a=-7 "},
+      {"\"a\" 5 MHz ;| 0 MHz| 0x8 MHz| 1\n", 1, "a=0 /a=0 "},
       {"\"a\" nan MHz ;| | 7 MHz| 1\n", 1, "-/a=-1 "},
       // Columns: four, or none of it.
       {"\"a\" 5 MHz ;| 6 MHz| 7 MHz\n", 0, "-/a=6 "},
