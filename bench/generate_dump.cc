@@ -74,7 +74,9 @@ class Dump {
   }
 
  private:
-  int WidthOf(std::size_t signal) const { return width_ > 1 && signal % 2 != 0 ? width_ / 2 : width_; }
+  int WidthOf(std::size_t signal) const {
+    return width_ > 1 && signal % 2 != 0 ? width_ / 2 : width_;
+  }
 
   void WriteVariable(std::size_t signal, std::size_t name) const {
     const char* code = codes_[signal].c_str();

@@ -3,7 +3,8 @@
 //   measure WAY FILE [TIMES]
 //
 // Ways: the yardsticks "lines" (fgets_unlocked, nothing done with the lines) and "newlines" (fread
-// and memchr), and the library's readers "flat", "unfiltered", "tree" and "grammar". Prints seconds.
+// and memchr), and the library's readers "flat", "unfiltered", "tree" and "grammar". Prints
+// seconds.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>

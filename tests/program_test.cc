@@ -41,6 +41,14 @@ TEST(Program, EndsAsItSays) {
   const TempDir dir;
   dir.Write("d.vcd", kDump);
   dir.Write("flat.vcd", std::string(kDump).replace(0, 19, ""));
+  dir.Write("odd.vcd", std::string(kDump).replace(11, 3, "1sec"));
+  dir.Write("late.vcd", "1!\n$scope module tb $end\n");
+  dir.Write("nets", "d_1\nclk\n\nnone\n");
+  dir.Write("rows.csv", "SIGNAL,clk\nINPUT,d_1_,PIO\nOUTPORT,clk,pin\nOUTPUT,gone,SLICE\n");
+  dir.Write("twr", "Preference | Constraint | Actual | Levels\n" + std::string(60, '-') +
+                       "\n | | | \nFREQUENCY NET \"clk\" 50.0 MHz ; | 50.0 MHz | 112.5 MHz | 3\n"
+                       " | | | \n" +
+                       std::string(60, '-') + "\n");
   dir.Write("names", "# nets\n\n  clk \r\nnone\n");
   const struct {
     const char* arguments;
@@ -92,6 +100,28 @@ TEST(Program, EndsAsItSays) {
       {"find d.vcd CLK --ignore-case --module TB --format csv", 0, ".*\r\nCLK,tb,clk,.*\r\n", ""},
       {"find d.vcd clk --module u1", 1, "(.|\n)*0 of 1 found\n", ""},
       {"find d.vcd", 2, "", "kesncd: no names to find\n"},
+      {"flat d.vcd --top tb --reader grammar --format csv", 0,
+       "signal,freq_mhz\r\nclk,33\\.3+\\d*\r\nd\\[1:0\\],0\r\n", ""},
+      {"flat odd.vcd --top tb --reader grammar", 2, "", "kesncd: odd.vcd: its time scale is .*\n"},
+      {"flat names --top tb --reader grammar", 1, "", "(.|\n)*tb is not in it\n(.|\n)*"},
+      {"flat late.vcd --top tb --reader grammar", 2, "",
+       "ERROR: syntax error at (.|\n)*kesncd: late.vcd: the grammar reader does not accept it\n"},
+      {"clocks twr --format csv", 0, "clock,freq_mhz\r\nclk,50\r\n", ""},
+      {"clocks twr --mode 2 --earlier-reader", 0, "clock +freq_mhz\nclk +112.5\n", ""},
+      {"clocks d.vcd", 1, "clock +freq_mhz\n", ".*no clock frequencies.*\n"},
+      {"clocks no", 2, "", "kesncd: no: cannot be read\n"},
+      {"clocks twr --mode 3", 2, "", "(.|\n)*"},
+      {"power d.vcd rows.csv --top tb --default-freq 10 --format csv", 0,
+       "kind,signal,component,type,port,net,freq_mhz\r\nsignal,clk,,,,,33\\.3+\\d*\r\n"
+       "input,clk,d_1_,PIO,,,0\r\nport,clk,d_1_,PIO,pin,clk,33\\.3+\\d*\r\n"
+       "output,clk,gone,SLICE,,,\r\n",
+       ""},
+      {"power d.vcd rows.csv --top tb", 0, "(.|\n)*output .* unknown\n", ""},
+      {"power d.vcd names --top tb", 2, "", "kesncd: names:\\d+: .*\n"},
+      {"extract d.vcd --top tb --nets nets --timing twr --format csv", 0,
+       "net,freq_mhz,source\r\nd_1,0,dump\r\nclk,33\\.3+\\d*,dump\r\nnone,,\r\n", ""},
+      {"extract d.vcd --top tb --nets nets", 0, "(.|\n)*\n2 of 3 nets reached, 2 from .*\n", ""},
+      {"extract d.vcd --top tb --nets no", 2, "", "kesncd: no: .*\n"},
       {"--version", 0, "kesncd \\d+\\.\\d+\\.\\d+\n", ""},
       {"tree --help", 0, "[^\n]*\n\nExamples:\n(.|\n)*", ""},
   };
