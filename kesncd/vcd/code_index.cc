@@ -1,6 +1,7 @@
 #include "kesncd/vcd/code_index.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace orsa::kesncd {
 
@@ -18,26 +19,38 @@ std::uint64_t StartOf(const std::string& code) {
 }  // namespace
 
 void DeclarationList::Append(VmodHier* scope, VmodSignal& signal) {
-  new_.push_back({StartOf(signal.symbol), &signal, scope});
+  list_.push_back({scope, &signal});
 }
 
 void DeclarationList::Index(CodeIndex& index, CodeCounts& counts) {
-  std::stable_sort(new_.begin(), new_.end(), [](const ScopeSignal& a, const ScopeSignal& b) {
-    return a.codeStart != b.codeStart ? a.codeStart < b.codeStart
-                                      : a.signal->symbol < b.signal->symbol;
+  // What is sorted is small and lies together; the signals themselves lie far apart.
+  struct Key {
+    std::uint64_t start;
+    std::size_t position;
+  };
+  std::vector<Key> keys;
+  keys.reserve(list_.size() - indexed_);
+  for (; indexed_ < list_.size(); ++indexed_) {
+    keys.push_back({StartOf(list_[indexed_].signal->symbol), indexed_});
+  }
+  const auto codeOf = [this](const Key& key) -> const std::string& {
+    return list_[key.position].signal->symbol;
+  };
+  std::sort(keys.begin(), keys.end(), [&codeOf](const Key& a, const Key& b) {
+    if (a.start != b.start) return a.start < b.start;
+    const int order = codeOf(a).compare(codeOf(b));
+    return order != 0 ? order < 0 : a.position < b.position;
   });
   auto entry = index.end();
-  for (const ScopeSignal& declared : new_) {
-    const std::string& code = declared.signal->symbol;
+  for (const Key& key : keys) {
+    const std::string& code = codeOf(key);
     if (entry == index.end() || entry->first != code) {
       const std::size_t held = index.size();
       entry = index.try_emplace(index.end(), code);
       if (index.size() > held) counts.Add(code);
     }
-    entry->second.push_back(declared.scope);
+    entry->second.push_back(list_[key.position].scope);
   }
-  indexed_.insert(indexed_.end(), new_.begin(), new_.end());
-  new_.clear();
 }
 
 }  // namespace orsa::kesncd

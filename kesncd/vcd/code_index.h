@@ -5,7 +5,7 @@
 #ifndef KESNCD_VCD_CODE_INDEX_H_
 #define KESNCD_VCD_CODE_INDEX_H_
 
-#include <cstdint>
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -18,9 +18,8 @@ namespace orsa::kesncd {
 using CodeIndex = std::map<std::string, std::vector<VmodHier*>>;
 
 struct ScopeSignal {
-  std::uint64_t codeStart;  // first bytes of the code, which order most codes
-  VmodSignal* signal;       // that the scope has for the code
   VmodHier* scope;
+  VmodSignal* signal;  // that the scope has for the code
 };
 
 class DeclarationList {
@@ -31,12 +30,12 @@ class DeclarationList {
   /// the index did not hold get a counter.
   void Index(CodeIndex& index, CodeCounts& counts);
 
-  /// All declarations that went into the index.
-  const std::vector<ScopeSignal>& indexed() const { return indexed_; }
+  /// All declarations in their order.
+  const std::vector<ScopeSignal>& all() const { return list_; }
 
  private:
-  std::vector<ScopeSignal> new_;
-  std::vector<ScopeSignal> indexed_;
+  std::vector<ScopeSignal> list_;
+  std::size_t indexed_ = 0;  // declarations that are in the index
 };
 
 }  // namespace orsa::kesncd

@@ -28,7 +28,7 @@ HierarchyReader::HierarchyReader(std::FILE* dump, KesNCD& analyser)
 bool HierarchyReader::Read() {
   const bool complete = ReadLines();
   IndexDeclarations();
-  for (const ScopeSignal& declared : declarations_.indexed()) {
+  for (const ScopeSignal& declared : declarations_.all()) {
     AddToCount(declared.signal->changes, lines_.counts().Get(declared.signal->symbol));
   }
   return complete;
