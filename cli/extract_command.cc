@@ -41,7 +41,7 @@ Report NetReport(const KesNCD& analyser, const ExtractOptions& options) {
       report.rows.push_back({net.name, Cell(), Cell()});
       continue;
     }
-    const bool inDump = analyser.signalFreqs.count(net.name) > 0;
+    const bool inDump = analyser.signalFreqs.contains(net.name);
     ++(inDump ? ofDump : ofReport);
     report.rows.push_back({net.name, net.frequency, inDump ? "dump" : "timing report"});
   }

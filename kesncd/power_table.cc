@@ -1,6 +1,7 @@
 // Frequency records for the host's power tables: the rows of its table of connections become
 // records, then the module tree is asked for their frequencies.
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "host/power_data.h"
@@ -103,22 +104,39 @@ std::vector<KesSigFreq> ReadRecords(PD_TABLE& table) {
 /// Looks frequencies up in the module tree: a few by searching it, many in an index of it.
 class TreeLookup {
  public:
-  TreeLookup(const VmodHier& root, bool exact) : root_(root), exact_(exact) {}
+  /// For the names that stand in `records`, which must stay there.
+  TreeLookup(const VmodHier& root, const std::vector<KesSigFreq>& records, bool exact)
+      : root_(root), exact_(exact) {
+    for (const KesSigFreq& signal : records) {
+      names_.emplace_back(signal.name);
+      for (const KesComp& component : signal.inputs) Note(component);
+      for (const KesComp& component : signal.outputs) Note(component);
+    }
+  }
 
   bool Find(const std::string& module, const std::string& signal, double& freq) {
     if (searches_ < kMostSearches) {
       ++searches_;
       return root_.FindSignalFreqHier(module, signal, freq, exact_);
     }
-    if (!index_) index_.emplace(root_, exact_);
+    if (!index_) index_.emplace(root_, exact_, names_);
     return index_->Find(module, signal, freq);
   }
 
  private:
   static constexpr int kMostSearches = 4;  // about what the index costs
 
+  void Note(const KesComp& component) {
+    names_.emplace_back(component.name);
+    for (const KesPort& port : component.outPorts) {
+      names_.emplace_back(port.portName);
+      names_.emplace_back(port.netName);
+    }
+  }
+
   const VmodHier& root_;
   const bool exact_;
+  std::vector<std::string_view> names_;
   int searches_ = 0;
   std::optional<NameIndex> index_;
 };
@@ -126,8 +144,9 @@ class TreeLookup {
 /// Enters the module tree's frequencies into records; what the tree does not know stays as it is.
 class FrequencyLookup {
  public:
-  FrequencyLookup(const VmodHier& root, std::string topModule, bool exact)
-      : tree_(root, exact), topModule_(std::move(topModule)) {}
+  FrequencyLookup(const VmodHier& root, const std::vector<KesSigFreq>& records,
+                  std::string topModule, bool exact)
+      : tree_(root, records, exact), topModule_(std::move(topModule)) {}
 
   void Fill(KesSigFreq& signal, double defaultFreq) {
     for (KesComp& input : signal.inputs) {
@@ -177,7 +196,7 @@ std::vector<KesSigFreq> KesNCD::CreateKesSigFreq(PD_DATA* data, double defaultFr
   if (table == nullptr) return {};
   std::vector<KesSigFreq> records = ReadRecords(*table);
   if (hierRoot == nullptr || topModName == nullptr) return records;
-  FrequencyLookup lookup(*hierRoot, topModName, exact);
+  FrequencyLookup lookup(*hierRoot, records, topModName, exact);
   for (KesSigFreq& record : records) lookup.Fill(record, defaultFreq);
   return records;
 }

@@ -175,10 +175,11 @@ TEST(NameMatch, IndexFindsWhatTheSearchFinds) {
     startCycle = 0;
     endCycle = timeScale = 1;
     for (const bool exact : {true, false}) {
-      const NameIndex index(root, exact);
-      for (int query = 0; query < 200; ++query) {
+      std::vector<std::string> asked;
+      for (int i = 0; i < 200; ++i) asked.push_back(name());
+      const NameIndex index(root, exact, {asked.begin(), asked.end()});
+      for (const std::string& signal : asked) {
         const std::string module = kScopes[random() % std::size(kScopes)];
-        const std::string signal = name();
         double plain = -1;
         double indexed = -1;
         const bool isThere = root.FindSignalFreqHier(module, signal, plain, exact);

@@ -1,7 +1,9 @@
 #include "kesncd/activity/name_index.h"
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
+#include <functional>
 #include <set>
 
 #include "kesncd/activity/frequency.h"
@@ -9,8 +11,21 @@
 
 namespace orsa::kesncd {
 
-NameIndex::NameIndex(const VmodHier& root, bool exact)
+NameIndex::NameIndex(const VmodHier& root, bool exact, const std::vector<std::string_view>& asked)
     : root_(root), exact_(exact), texts_(&memory_), ranges_(&memory_) {
+  for (std::size_t c = 0; c < folds_.size(); ++c) {
+    folds_[c] = static_cast<char>(exact ? static_cast<int>(c) : std::tolower(static_cast<int>(c)));
+  }
+  constexpr std::size_t kBitsOfName = 128;  // for about eight keys: few that are no key look so
+  expected_.resize(std::bit_ceil(kBitsOfName * (asked.size() + 1)));
+  for (const std::string_view signal : asked) {
+    Keys keys = KeysOf(signal);
+    for (std::string& form : keys) {
+      Expect(form);
+      if (const auto bit = SplitIndex(form, Slashes::Kept)) Expect(bit->base);
+      if (keys.hasLetter) Expect(form += folds_[kExtraLetter]);
+    }
+  }
   WalkTree(root, [this](const VmodHier& scope) {
     // Whether the root takes part depends on what is asked; a scope below it must match itself.
     if (&scope != &root_ && !VmodHier::IsNameEqual(scope.name, scope.name, exact_)) return false;
@@ -18,9 +33,32 @@ NameIndex::NameIndex(const VmodHier& root, bool exact)
     if (&scope == &root_) ofRoot_ = signals_.size();
     return false;
   });
-  texts_.reserve(2 * signals_.size());
   for (Place place = 0; place < signals_.size(); ++place) Enter(place);
   for (const auto& [base, ranges] : ranges_) segments_.emplace(base, Segments(ranges));
+}
+
+/// A design name may be meant as it stands or flattened, with or without the extra letter.
+NameIndex::Keys NameIndex::KeysOf(std::string_view signal) const {
+  const std::string_view seen = SeenPart(signal, exact_);
+  Keys keys;
+  keys.forms[0] = Folded(seen);
+  keys.count = seen.find('/') == std::string_view::npos ? 1 : 2;
+  if (keys.count == 2) keys.forms[1] = VmodHier::GetNameFlat(keys.forms[0]);
+  keys.hasLetter = seen.size() == signal.size();  // behind a NUL the letter is out of sight
+  return keys;
+}
+
+std::size_t NameIndex::BitOf(std::string_view text) const {
+  return std::hash<std::string_view>{}(text) & (expected_.size() - 1);
+}
+
+void NameIndex::Expect(std::string_view text) {
+  expected_[BitOf(text)] = true;
+}
+
+/// False for a text that no asked name is looked up by.
+bool NameIndex::IsExpected(std::string_view text) const {
+  return expected_[BitOf(text)];
 }
 
 void NameIndex::Enter(Place place) {
@@ -36,7 +74,10 @@ void NameIndex::Enter(Place place) {
       if (SeenPart(name.text, exact_).size() < name.text.size()) {  // the index is out of sight
         EnterText(name.text, place);
       } else {
-        ranges_[Kept(Folded(name.text))].push_back({name.low, name.high, place});
+        const std::string folded = Folded(name.text);
+        if (IsExpected(folded)) {
+          ranges_[Kept(folded)].push_back({name.low, name.high, place});
+        }
       }
       break;
   }
@@ -44,6 +85,7 @@ void NameIndex::Enter(Place place) {
 
 void NameIndex::EnterText(std::string_view text, Place place) {
   const std::string folded = Folded(text);
+  if (!IsExpected(folded)) return;
   auto entry = texts_.find(folded);
   if (entry == texts_.end()) entry = texts_.emplace(Kept(folded), First()).first;
   entry->second.Take(FirstAt(place));
@@ -84,7 +126,7 @@ std::vector<NameIndex::Segment> NameIndex::Segments(const std::pmr::vector<Range
 std::string NameIndex::Folded(std::string_view text) const {
   std::string folded(SeenPart(text, exact_));
   if (exact_) return folded;
-  for (char& c : folded) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (char& c : folded) c = folds_[static_cast<unsigned char>(c)];
   return folded;
 }
 
@@ -123,12 +165,11 @@ NameIndex::First NameIndex::FindBit(const std::string& design) const {
 
 bool NameIndex::Find(const std::string& module, const std::string& signal, double& freq) const {
   First first;
-  for (const std::string& name : {signal, VmodHier::GetNameFlat(signal)}) {
-    const std::string folded = Folded(name);
-    first.Take(FindText(folded));
-    first.Take(FindBit(folded));
-    // Behind a NUL the extra letter is out of sight.
-    if (folded.size() == name.size()) first.Take(FindText(Folded(name + kExtraLetter)));
+  Keys keys = KeysOf(signal);
+  for (std::string& form : keys) {
+    first.Take(FindText(form));
+    first.Take(FindBit(form));
+    if (keys.hasLetter) first.Take(FindText(form += folds_[kExtraLetter]));
   }
   const bool withRoot = VmodHier::IsNameEqual(root_.name, module, exact_);
   const Place place = withRoot ? first.ofAll : first.below;

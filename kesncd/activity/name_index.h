@@ -1,10 +1,12 @@
 // An index of a tree's signals by the design names that they match.
 //
 // It answers what VmodHier::FindSignalFreqHier answers, in constant time, for the length of one
-// export; building it costs a few walks over the tree. The tree must stay as it is meanwhile.
+// export. It is built for the names that will be asked, so that the many signals of the tree that
+// none of them can mean cost a look each and no memory. The tree must stay as it is meanwhile.
 #ifndef KESNCD_ACTIVITY_NAME_INDEX_H_
 #define KESNCD_ACTIVITY_NAME_INDEX_H_
 
+#include <array>
 #include <cstdint>
 #include <memory_resource>
 #include <string>
@@ -19,9 +21,11 @@ namespace orsa::kesncd {
 
 class NameIndex {
  public:
-  NameIndex(const VmodHier& root, bool exact);
+  /// An index of the tree below `root` for the signals named `asked`.
+  NameIndex(const VmodHier& root, bool exact, const std::vector<std::string_view>& asked);
 
-  /// The same as root.FindSignalFreqHier(module, signal, freq, exact).
+  /// The same as root.FindSignalFreqHier(module, signal, freq, exact), for a signal that was given
+  /// to the constructor.
   bool Find(const std::string& module, const std::string& signal, double& freq) const;
 
  private:
@@ -46,6 +50,19 @@ class NameIndex {
     Place place;
   };
 
+  /// What an asked name is looked up by: its forms, each also with the extra letter if that shows.
+  struct Keys {
+    std::array<std::string, 2> forms;
+    std::size_t count = 0;
+    bool hasLetter = false;
+
+    std::string* begin() { return forms.data(); }
+    std::string* end() { return forms.data() + count; }
+  };
+
+  Keys KeysOf(std::string_view signal) const;
+  void Expect(std::string_view text);
+  bool IsExpected(std::string_view text) const;
   void Enter(Place place);
   void EnterText(std::string_view text, Place place);
   std::vector<Segment> Segments(const std::pmr::vector<Range>& ranges) const;
@@ -54,10 +71,13 @@ class NameIndex {
   First FirstAt(Place place) const;
   First FindText(const std::string& text) const;
   First FindBit(const std::string& design) const;
+  std::size_t BitOf(std::string_view text) const;
 
   const VmodHier& root_;
   const bool exact_;
   std::pmr::monotonic_buffer_resource memory_;
+  std::array<char, 256> folds_{};           // characters as they are compared
+  std::vector<bool> expected_;              // by hash: texts that an asked name may be looked up by
   std::vector<const VmodSignal*> signals_;  // by place
   std::size_t ofRoot_ = 0;
   std::pmr::unordered_map<std::string_view, First> texts_;
