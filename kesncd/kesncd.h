@@ -105,10 +105,13 @@ class KESNCD_API Mem {
   KESNCD_LOCAL void HoldSlots(std::size_t count);
   KESNCD_LOCAL void HoldBytes(std::size_t bytes);
   KESNCD_LOCAL void DoubleSlots();
-  KESNCD_LOCAL void KeepStrings() const;
+  KESNCD_LOCAL void Store(std::size_t slot, const char* text, std::size_t bytes);
+  KESNCD_LOCAL void ClearSlot(std::size_t slot, std::size_t from);
+  KESNCD_LOCAL void KeepStrings();
 
   std::size_t heldSlots_;  // slots that exist
   std::size_t heldBytes_;  // bytes of every one of them
+  std::size_t* written_;   // bytes of each that may not be zero
   std::size_t workBytes_;  // bytes of workBuffer
   char* text_;             // copy of the text being cut into pieces
   std::size_t textBytes_;
@@ -355,7 +358,8 @@ class KESNCD_API KesNCD {
   /// Reads an open dump into `topMod`, which the caller has emptied: every variable of the top
   /// module, lines of up to 1023 characters. False when the time scale is not understood, the top
   /// module's scope ends without a variable, or the definitions end without the top module. The
-  /// stream stays the caller's, right behind the last line handled.
+  /// stream stays the caller's, right behind the last line handled if it can seek (the values
+  /// behind the definitions are read in blocks).
   bool ParseVcdFile(std::FILE* file);
   /// The same for the selected variables (see ReadVCD), lines of up to 4095 characters. Always 0.
   int ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals);

@@ -17,6 +17,8 @@ namespace {
 
 constexpr int kFirstSlots = 32;
 constexpr int kFirstLength = 256;
+// So much of a slot always counts as written: the fast path writes there too.
+constexpr std::size_t kLeastWritten = kFirstLength + 1;
 
 enum class CharClass { Digit, Letter, Other };
 
@@ -55,6 +57,14 @@ void Grow(char*& buffer, std::size_t held, std::size_t wanted) {
   std::memset(buffer + held, 0, wanted - held);
 }
 
+/// Makes room for more elements, whose values are not set; throws with the array as it was.
+template <class T>
+T* Resized(T* array, std::size_t count) {
+  void* grown = std::realloc(array, count * sizeof(T));
+  if (grown == nullptr) throw std::bad_alloc();
+  return static_cast<T*>(grown);
+}
+
 }  // namespace
 
 Mem::Mem()
@@ -64,6 +74,7 @@ Mem::Mem()
       workBuffer(nullptr),
       heldSlots_(0),
       heldBytes_(kFirstLength + 1),
+      written_(nullptr),
       workBytes_(0),
       text_(nullptr),
       textBytes_(0) {
@@ -84,6 +95,7 @@ Mem::~Mem() {
 void Mem::Release() {
   for (std::size_t i = 0; i < heldSlots_; ++i) std::free(slots[i]);
   std::free(slots);
+  std::free(written_);
   std::free(workBuffer);
   std::free(text_);
 }
@@ -91,12 +103,12 @@ void Mem::Release() {
 /// Makes sure that `count` slots exist; new ones are empty.
 void Mem::HoldSlots(std::size_t count) {
   if (count <= heldSlots_) return;
-  void* grown = std::realloc(slots, count * sizeof *slots);
-  if (grown == nullptr) throw std::bad_alloc();
-  slots = static_cast<char**>(grown);
+  slots = Resized(slots, count);
+  written_ = Resized(written_, count);
   while (heldSlots_ < count) {
     slots[heldSlots_] = nullptr;
     Grow(slots[heldSlots_], 0, heldBytes_);
+    written_[heldSlots_] = kLeastWritten;
     ++heldSlots_;
   }
 }
@@ -108,12 +120,22 @@ void Mem::HoldBytes(std::size_t bytes) {
   heldBytes_ = bytes;
 }
 
+/// Writes to the start of a slot.
+void Mem::Store(std::size_t slot, const char* text, std::size_t bytes) {
+  std::memcpy(slots[slot], text, bytes);
+  written_[slot] = std::max(written_[slot], bytes);
+}
+
+/// Clears a slot from a byte on. Only what was written is cleared: slots may be many and long, and
+/// a dump can ask for this on every line.
+void Mem::ClearSlot(std::size_t slot, std::size_t from) {
+  if (from < written_[slot]) std::memset(slots[slot] + from, 0, written_[slot] - from);
+  written_[slot] = std::max(from, kLeastWritten);
+}
+
 /// Clears what lies behind the strings of the slots, as a move into fresh slots would.
-void Mem::KeepStrings() const {
-  for (std::size_t i = 0; i < heldSlots_; ++i) {
-    const std::size_t length = std::strlen(slots[i]);
-    std::memset(slots[i] + length, 0, heldBytes_ - length);
-  }
+void Mem::KeepStrings() {
+  for (std::size_t i = 0; i < heldSlots_; ++i) ClearSlot(i, std::strlen(slots[i]));
 }
 
 /// Doubles the reported count: the strings move into fresh slots, and those beyond are empty.
@@ -154,7 +176,7 @@ char** Mem::GetArrayOfTokens(const char* line, const char* delims, int* count) {
     if (token[length - 1] == '\n') token[--length] = '\0';
     const auto index = static_cast<std::size_t>(*count);
     if (index == heldSlots_) HoldSlots(2 * heldSlots_);
-    std::memcpy(slots[index], token, length + 1);
+    Store(index, token, length + 1);
     if (++*count == slotCount) DoubleSlots();
   }
   return slots;
@@ -174,7 +196,7 @@ char** Mem::GetArrayOfPieces(const char* text, int* count) {
   const int pieces = CountPieces(text_);
   if (pieces > slotCount) {
     HoldSlots(static_cast<std::size_t>(std::max(pieces, Doubled(slotCount))));
-    for (std::size_t i = 0; i < heldSlots_; ++i) std::memset(slots[i], 0, heldBytes_);
+    for (std::size_t i = 0; i < heldSlots_; ++i) ClearSlot(i, 0);
     slotCount = Doubled(slotCount);
   }
   HoldSlots(static_cast<std::size_t>(pieces));
@@ -186,7 +208,7 @@ char** Mem::GetArrayOfPieces(const char* text, int* count) {
       KeepStrings();
       slotCount = ToInt(2 * length);
     }
-    std::memcpy(slots[i], piece, length);  // no terminator: the slot's old tail stays
+    Store(static_cast<std::size_t>(i), piece, length);  // no terminator: the slot's old tail stays
     piece += length;
   }
   *count = pieces;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <new>
 #include <utility>
 
@@ -22,6 +23,14 @@ bool HoldsNul(std::string_view code) {
   return code.find('\0') != std::string_view::npos;
 }
 
+/// Differs from process to process and from table to table.
+std::uint64_t Salt() {
+  static const int anchor = 0;
+  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+  return (reinterpret_cast<std::uintptr_t>(&anchor) ^ static_cast<std::uint64_t>(now)) *
+         0xD6E8FEB86659FD93U;
+}
+
 bool IsPrintable(std::string_view code) {
   return std::all_of(code.begin(), code.end(), [](char c) { return c > ' ' && c <= '~'; });
 }
@@ -31,6 +40,7 @@ bool IsPrintable(std::string_view code) {
 CodeCounts::CodeCounts()
     : direct_(ZeroedArray<std::uint32_t>(kDirect)),
       added_(ZeroedArray<bool>(kDirect)),
+      salt_(Salt()),
       table_(64) {}
 
 /// The counter of a code that was added; null for others.

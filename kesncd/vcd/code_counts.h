@@ -83,7 +83,8 @@ class CodeCounts {
   // change is counted first and asked for later. Pages that no code touches take no memory.
   Zeroed<std::uint32_t> direct_;
   Zeroed<bool> added_;
-  std::vector<Slot> table_;  // open addressing, a power of two, at most half full
+  const std::uint64_t salt_;  // nobody who writes a dump knows where its codes fall
+  std::vector<Slot> table_;   // open addressing, a power of two, at most half full
   std::size_t packedCodes_ = 0;
   std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> longCodes_;
 };
@@ -105,7 +106,8 @@ inline std::size_t CodeCounts::DirectIndex(std::uint64_t packed, std::size_t len
 }
 
 inline CodeCounts::Slot& CodeCounts::SlotOf(std::uint64_t key) {
-  std::uint64_t mixed = (key ^ key >> 32) * 0x9E3779B97F4A7C15U;
+  const std::uint64_t salted = key ^ salt_;
+  std::uint64_t mixed = (salted ^ salted >> 32) * 0x9E3779B97F4A7C15U;
   mixed = (mixed ^ mixed >> 29) * 0xBF58476D1CE4E5B9U;
   const std::size_t mask = table_.size() - 1;
   std::size_t slot = (mixed ^ mixed >> 32) & mask;
