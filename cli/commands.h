@@ -19,6 +19,7 @@ void AddFlatCommand(CLI::App& app, Action& chosen);
 void AddTopCommand(CLI::App& app, Action& chosen);
 void AddTreeCommand(CLI::App& app, Action& chosen);
 void AddFindCommand(CLI::App& app, Action& chosen);
+void AddPrepareCommand(CLI::App& app, Action& chosen);
 
 /// Adds --format and -o.
 void AddOutputOptions(CLI::App& command, OutputOptions& options);

@@ -44,6 +44,7 @@ ExitStatus RunProgram(int argc, char** argv) {
   AddTopCommand(app, chosen);
   AddTreeCommand(app, chosen);
   AddFindCommand(app, chosen);
+  AddPrepareCommand(app, chosen);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
