@@ -1,5 +1,6 @@
 #include "cli/dump_writer.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string>
@@ -115,7 +116,9 @@ void DumpWriter::OpenScope(std::uint32_t scope, std::string_view name) {
     const DumpVariable& variable = declarations_.variables[index];
     Put("$var ");
     Put(TypeText(variable.type));
-    Put(" " + std::to_string(variable.width) + " ");
+    Put(" ");
+    Put(std::to_string(variable.width));
+    Put(" ");
     Put(codes_.CodeOf(variable, shares_[index]));
     Put(" ");
     Put(variable.name);
@@ -148,12 +151,15 @@ void DumpWriter::WriteStamp(std::uint64_t ticks) {
   Put("\n");
 }
 
+void DumpWriter::PutVector(std::string_view text, const char* code) {
+  Put(text);
+  PutScalar(' ', code);
+}
+
 void DumpWriter::WriteVector(std::string_view text, std::uint32_t code) {
-  for (std::size_t name = 0; name < codes_.NamesOf(code); ++name) {
-    Put(text);
-    Put(" ");
-    Put(codes_.Code(code, name));
-    Put("\n");
+  PutVector(text, codes_.First(code));
+  for (std::uint32_t name = 0; name < codes_.FurtherNames(code); ++name) {
+    PutVector(text, codes_.Further(code, name));
   }
 }
 

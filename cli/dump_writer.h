@@ -2,9 +2,9 @@
 #ifndef KESNCD_CLI_DUMP_WRITER_H_
 #define KESNCD_CLI_DUMP_WRITER_H_
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -37,6 +37,8 @@ class DumpWriter {
 
  private:
   void Put(std::string_view text);
+  void PutScalar(char value, const char* code);
+  void PutVector(std::string_view text, const char* code);
   void WriteScopes(std::uint32_t top);
   void OpenScope(std::uint32_t scope, std::string_view name);
   std::string RootName() const;
@@ -53,19 +55,23 @@ class DumpWriter {
 
 inline void DumpWriter::Put(std::string_view text) {
   if (held_.size() - used_ < text.size()) Flush();
-  std::copy(text.begin(), text.end(), held_.begin() + static_cast<std::ptrdiff_t>(used_));
+  std::memcpy(held_.data() + used_, text.data(), text.size());
   used_ += text.size();
 }
 
+inline void DumpWriter::PutScalar(char value, const char* code) {
+  if (held_.size() - used_ < codes_.kReadAhead + 2) Flush();
+  char* const at = held_.data() + used_;
+  at[0] = value;
+  std::memcpy(at + 1, code, codes_.kReadAhead);
+  at[1 + codes_.length()] = '\n';
+  used_ += codes_.length() + 2;
+}
+
 inline void DumpWriter::WriteScalar(char value, std::uint32_t code) {
-  for (std::size_t name = 0; name < codes_.NamesOf(code); ++name) {
-    const std::string_view text = codes_.Code(code, name);
-    if (held_.size() - used_ < text.size() + 2) Flush();
-    char* at = held_.data() + used_;
-    *at++ = value;
-    for (const char letter : text) *at++ = letter;
-    *at = '\n';
-    used_ += text.size() + 2;
+  PutScalar(value, codes_.First(code));
+  for (std::uint32_t name = 0; name < codes_.FurtherNames(code); ++name) {
+    PutScalar(value, codes_.Further(code, name));
   }
 }
 

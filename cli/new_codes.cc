@@ -63,24 +63,24 @@ std::vector<CodeShare> ShareCodes(const Declarations& declarations) {
 }
 
 NewCodes::NewCodes(const Declarations& declarations, const std::vector<CodeShare>& shares)
-    : starts_(declarations.codes.size() + std::size_t{1}) {
-  std::vector<std::size_t> names(declarations.codes.size());
+    : entries_(declarations.codes.size()) {
   for (std::size_t i = 0; i < shares.size(); ++i) {
-    std::size_t& most = names[declarations.variables[i].code];
-    most = std::max<std::size_t>(most, shares[i].name + std::size_t{1});
+    std::uint32_t& further = entries_[declarations.variables[i].code].further;
+    further = std::max(further, shares[i].name);
   }
-  for (std::size_t i = 0; i < names.size(); ++i) starts_[i + 1] = starts_[i] + names[i];
-  texts_.resize(starts_.back());
-  std::size_t room = 1;
-  while (room < texts_.size()) {
-    room *= kLetters.size();
-    ++length_;
+  std::uint32_t start = 0;
+  for (Entry& entry : entries_) {
+    entry.start = start;
+    start += entry.further;
   }
-  length_ = std::max<std::size_t>(length_, 1);
+  further_.resize(start);
+  const std::size_t all = entries_.size() + further_.size();
+  for (std::size_t room = kLetters.size(); room < all; room *= kLetters.size()) ++length_;
 }
 
 std::string_view NewCodes::CodeOf(const DumpVariable& variable, const CodeShare& share) {
-  Text& text = texts_[starts_[variable.code] + share.name];
+  Entry& entry = entries_[variable.code];
+  Text& text = share.name == 0 ? entry.first : further_[entry.start + share.name - 1];
   if (text[0] == '\0') {
     std::uint64_t number = given_++;
     for (std::size_t i = length_; i-- > 0; number /= kLetters.size()) {

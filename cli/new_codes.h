@@ -10,7 +10,6 @@
 
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -35,18 +34,28 @@ class NewCodes {
   /// The code of a variable; its number is given out when it is first asked for.
   std::string_view CodeOf(const DumpVariable& variable, const CodeShare& share);
 
-  /// How many names the dump's code has, and the code of each.
-  std::size_t NamesOf(std::uint32_t code) const { return starts_[code + 1] - starts_[code]; }
-  std::string_view Code(std::uint32_t code, std::size_t name) const {
-    return {texts_[starts_[code] + name].data(), length_};
+  /// Bytes that may be read from the start of a code.
+  static constexpr std::size_t kReadAhead = 8;
+  std::size_t length() const { return length_; }
+  /// The code of the first name that a dump's code has in a scope, and how many more it has.
+  const char* First(std::uint32_t code) const { return entries_[code].first.data(); }
+  std::uint32_t FurtherNames(std::uint32_t code) const { return entries_[code].further; }
+  /// The code of a further name, from 0 on.
+  const char* Further(std::uint32_t code, std::uint32_t name) const {
+    return further_[entries_[code].start + name].data();
   }
 
  private:
-  using Text = std::array<char, 8>;
+  using Text = std::array<char, kReadAhead>;
+  struct Entry {
+    Text first{};
+    std::uint32_t further = 0;
+    std::uint32_t start = 0;  // of the others in further_
+  };
 
-  std::vector<std::size_t> starts_;  // of each code's names in texts_
-  std::vector<Text> texts_;
-  std::size_t length_ = 0;
+  std::vector<Entry> entries_;  // by the dump's codes
+  std::vector<Text> further_;
+  std::size_t length_ = 1;
   std::uint64_t given_ = 0;
 };
 
