@@ -5,7 +5,7 @@
 //   short    many short changes: 20,000 scalars drawn evenly, a stamp each 40 changes
 //   vectors  32- and 64-bit vectors
 //   tree     200,000 scalars in 5,000 scopes
-//   names    1,000,000 scalars in 5,000 scopes, for looking names up
+//   names    1,000,000 scalars of different names in 5,000 scopes, for looking names up
 //
 // BYTES is about how long the dump gets; SCALE multiplies the numbers of signals and scopes. The
 // same arguments give the same dump.
@@ -45,7 +45,9 @@ std::string Code(int number) {
 class Dump {
  public:
   Dump(const Shape& shape, int scale)
-      : scopes_(shape.scopes > 1 ? shape.scopes * scale : 1), width_(shape.width) {
+      : scopes_(shape.scopes > 1 ? shape.scopes * scale : 1),
+        width_(shape.width),
+        sameNames_(shape.kind == "tree") {
     for (int i = 0; i < shape.signals * scale; ++i) codes_.push_back(Code(i));
   }
 
@@ -57,7 +59,7 @@ class Dump {
         if (i > 0) std::printf("$upscope $end\n");
         std::printf("$scope module u%zu $end\n", i / perScope);
       }
-      WriteVariable(i, scopes_ > 1 ? i % perScope : i);
+      WriteVariable(i, sameNames_ ? i % perScope : i);
     }
     if (scopes_ > 1) std::printf("$upscope $end\n");
     std::printf("$upscope $end\n$enddefinitions $end\n");
@@ -98,6 +100,7 @@ class Dump {
 
   int scopes_;
   int width_;
+  bool sameNames_;  // in all scopes
   std::vector<std::string> codes_;
   std::mt19937_64 random_{20261121};
 };

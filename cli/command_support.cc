@@ -53,11 +53,17 @@ void AddOutputOptions(CLI::App& command, OutputOptions& options) {
   command.add_option("-o,--output", options.path, "write the result to FILE")->type_name("FILE");
 }
 
-void CheckDump(const std::string& dump) {
+void CheckInput(const std::string& path) {
   std::error_code ignored;
-  if (std::filesystem::is_directory(dump, ignored)) {
-    throw Failure(ExitStatus::Unusable, dump + ": is a directory");
+  if (std::filesystem::is_directory(path, ignored)) {
+    throw Failure(ExitStatus::Unusable, path + ": is a directory");
   }
+}
+
+void CheckReadable(const std::string& path) {
+  CheckInput(path);
+  if (!std::ifstream(path).is_open())
+    throw Failure(ExitStatus::Unusable, path + ": cannot be read");
 }
 
 void SayWhyZero(const std::string& dump) {

@@ -20,12 +20,19 @@ void AddTopCommand(CLI::App& app, Action& chosen);
 void AddTreeCommand(CLI::App& app, Action& chosen);
 void AddFindCommand(CLI::App& app, Action& chosen);
 void AddPrepareCommand(CLI::App& app, Action& chosen);
+void AddClocksCommand(CLI::App& app, Action& chosen);
+void AddPowerCommand(CLI::App& app, Action& chosen);
+void AddExtractCommand(CLI::App& app, Action& chosen);
 
+/// Adds --mode of the timing report.
+void AddModeOption(CLI::App& command, int& mode);
 /// Adds --format and -o.
 void AddOutputOptions(CLI::App& command, OutputOptions& options);
 
-/// Throws Failure for a dump that no command can use: a directory.
-void CheckDump(const std::string& dump);
+/// Throws Failure for an input that no command can use: a directory. The library reports the rest.
+void CheckInput(const std::string& path);
+/// Throws Failure for a file that cannot be opened, where the library would not say so.
+void CheckReadable(const std::string& path);
 
 /// Says what keeps all frequencies of a run at 0.
 void SayWhyZero(const std::string& dump);

@@ -58,7 +58,7 @@ std::vector<Cell> Find(const VmodHier& root, const std::string& name, const Find
 }
 
 ExitStatus Run(const FindOptions& options) {
-  CheckDump(options.dump);
+  CheckInput(options.dump);
   std::vector<std::string> names = options.names;
   if (!options.namesFrom.empty()) {
     for (std::string& name : ReadNames(options.namesFrom)) names.push_back(std::move(name));

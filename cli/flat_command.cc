@@ -3,6 +3,7 @@
 
 #include "cli/commands.h"
 #include "cli/dump_header.h"
+#include "cli/grammar_run.h"
 #include "kesncd/kesncd.h"
 
 namespace kesncd_cli {
@@ -14,6 +15,7 @@ struct FlatOptions {
   std::string top;
   std::vector<std::string> signals;
   std::string signalsFrom;
+  std::string reader = "lines";
   OutputOptions output;
 };
 
@@ -47,20 +49,7 @@ std::set<std::string> Selection(const FlatOptions& options) {
   return asked ? names : ReadDumpHeader(options.dump).names;
 }
 
-ExitStatus Run(const FlatOptions& options) {
-  CheckDump(options.dump);
-  const std::set<std::string> selection = Selection(options);
-  orsa::kesncd::KesNCD analyser;
-  const std::string top = options.top.empty() ? ProposedTop(analyser, options.dump) : options.top;
-  analyser.SetTopModule(top);
-  std::string message;
-  if (!analyser.SetVCDFile(options.dump, selection, message)) {
-    throw RunFailure(options.dump, message);
-  }
-  Report report{RunFacts(options.dump, top), "signals", {"signal", "freq_mhz"}, {}, ""};
-  for (const auto& [name, frequency] : analyser.signalFreqs) {
-    report.rows.push_back({name, frequency});
-  }
+ExitStatus Finish(const Report& report, const FlatOptions& options, const std::string& top) {
   if (report.rows.empty()) {
     Say(options.dump, "no signal of " + top + " was selected");
   } else {
@@ -68,6 +57,48 @@ ExitStatus Run(const FlatOptions& options) {
   }
   WriteReport(report, options.output);
   return report.rows.empty() ? ExitStatus::NothingMatched : ExitStatus::Done;
+}
+
+Report EmptyReport(const FlatOptions& options, const std::string& top) {
+  return {RunFacts(options.dump, top), "signals", {"signal", "freq_mhz"}, {}, ""};
+}
+
+ExitStatus RunLines(orsa::kesncd::KesNCD& analyser, const FlatOptions& options,
+                    const std::string& top) {
+  const std::set<std::string> selection = Selection(options);
+  analyser.SetTopModule(top);
+  std::string message;
+  if (!analyser.SetVCDFile(options.dump, selection, message)) {
+    throw RunFailure(options.dump, message);
+  }
+  Report report = EmptyReport(options, top);
+  for (const auto& [name, frequency] : analyser.signalFreqs) {
+    report.rows.push_back({name, frequency});
+  }
+  return Finish(report, options, top);
+}
+
+/// The grammar reader knows no selection and keeps names as they are declared.
+ExitStatus RunGrammar(const FlatOptions& options, const std::string& top) {
+  return RunGrammarReader(options.dump, top, [&] {
+    using orsa::kesncd::topMod;
+    if (orsa::kesncd::isTopModNameEverMatched == 0) {
+      throw RunFailure(options.dump, "the top module " + top + " is not in it");
+    }
+    Report report = EmptyReport(options, top);
+    for (int i = 0; i < topMod.GetSignalSize(); ++i) {
+      report.rows.push_back({topMod.GetSignalName(i), topMod.GetSignalFreq(i)});
+    }
+    return Finish(report, options, top);
+  });
+}
+
+ExitStatus Run(const FlatOptions& options) {
+  CheckInput(options.dump);
+  orsa::kesncd::KesNCD analyser;
+  const std::string top = options.top.empty() ? ProposedTop(analyser, options.dump) : options.top;
+  if (options.reader == "grammar") return RunGrammar(options, top);
+  return RunLines(analyser, options, top);
 }
 
 }  // namespace
@@ -82,6 +113,9 @@ void AddFlatCommand(CLI::App& app, Action& chosen) {
       ->type_name("NAME");
   command->add_option("--signals-from", options->signalsFrom, "take the signals that FILE lists")
       ->type_name("FILE");
+  command->add_option("--reader", options->reader, "lines, or grammar: all signals, as declared")
+      ->check(CLI::IsMember(std::vector<std::string>{"lines", "grammar"}))
+      ->type_name("");
   AddOutputOptions(*command, options->output);
   command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
 }

@@ -45,6 +45,9 @@ ExitStatus RunProgram(int argc, char** argv) {
   AddTreeCommand(app, chosen);
   AddFindCommand(app, chosen);
   AddPrepareCommand(app, chosen);
+  AddClocksCommand(app, chosen);
+  AddPowerCommand(app, chosen);
+  AddExtractCommand(app, chosen);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

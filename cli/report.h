@@ -19,13 +19,14 @@ struct Report {
   std::string listName;                             // JSON key of the rows
   std::vector<std::string> columns;                 // names with their units: "freq_mhz"
   std::vector<std::vector<Cell>> rows;
-  std::string lastLine;  // closes the table format
+  std::string lastLine;       // closes the table format
+  std::string unknown = "-";  // stands for a cell of which nothing is known, in the table format
 };
 
 /// The shortest text that reads back to the same value.
 std::string NumberText(double value);
 
-/// Aligned columns for reading. What is not known shows as "-", control characters as "?".
+/// Aligned columns for reading. Control characters show as "?".
 void WriteTable(const Report& report, std::ostream& out);
 /// RFC 4180. What is not known is an empty field.
 void WriteCsv(const Report& report, std::ostream& out);

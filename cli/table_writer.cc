@@ -17,11 +17,11 @@ std::string Printable(std::string text) {
   return text;
 }
 
-std::string TableText(const Cell& cell) {
+std::string TableText(const Cell& cell, const std::string& unknown) {
   if (const auto* text = std::get_if<std::string>(&cell)) return Printable(*text);
   if (const auto* count = std::get_if<std::int64_t>(&cell)) return std::to_string(*count);
   if (const auto* value = std::get_if<double>(&cell)) return NumberText(*value);
-  return "-";
+  return unknown;
 }
 
 /// Writes a cell filled up to `width`; texts stand left, numbers right, the last text unfilled.
@@ -50,7 +50,7 @@ void WriteTable(const Report& report, std::ostream& out) {
   for (std::size_t c = 0; c < columns; ++c) widths[c] = report.columns[c].size();
   for (const auto& row : report.rows) {
     for (std::size_t c = 0; c < columns; ++c) {
-      widths[c] = std::max(widths[c], TableText(row[c]).size());
+      widths[c] = std::max(widths[c], TableText(row[c], report.unknown).size());
       if (row[c].index() > 1) left[c] = false;
     }
   }
@@ -59,7 +59,7 @@ void WriteTable(const Report& report, std::ostream& out) {
   }
   for (const auto& row : report.rows) {
     for (std::size_t c = 0; c < columns; ++c) {
-      Put(out, TableText(row[c]), widths[c], left[c], c + 1 == columns);
+      Put(out, TableText(row[c], report.unknown), widths[c], left[c], c + 1 == columns);
     }
   }
   if (!report.lastLine.empty()) out << report.lastLine << "\n";

@@ -19,7 +19,7 @@ constexpr char kHelp[] =
     "encloses the first declaration.\n";
 
 ExitStatus Run(const std::string& dump) {
-  CheckDump(dump);
+  CheckInput(dump);
   orsa::kesncd::KesNCD analyser;
   std::string top;
   std::string message;

@@ -140,7 +140,7 @@ std::vector<const VmodHier*> Starts(const VmodHier& root, const std::string& top
 }
 
 ExitStatus Run(const TreeOptions& options) {
-  CheckDump(options.dump);
+  CheckInput(options.dump);
   orsa::kesncd::KesNCD analyser;
   ReadTree(analyser, options.dump);
   Report report{RunFacts(options.dump, options.top),

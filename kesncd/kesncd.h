@@ -173,7 +173,7 @@ class KESNCD_API Vmod {
   void DumpIntoFile(const std::string& path) const;
 
  private:
-  friend class FlatReader;
+  friend class CodeCounts;
   KESNCD_LOCAL void AddChanges(int index, std::uint32_t count);
   KESNCD_LOCAL void IndexSymbols();
   KESNCD_LOCAL void Remove(std::size_t index, bool widthToo);

@@ -177,6 +177,12 @@ TEST_F(FlatRun, IgnoresTheHostsLocale) {
   testing::internal::CaptureStdout();
   topMod.PrintModSimple();
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "name=top\n  clk  freq: 3.33333\n");
+  debug = 1;
+  testing::internal::CaptureStdout();
+  const TextStream grammarDump("$timescale 2.5 ns $end #0.5");
+  EXPECT_EQ(::orsa::kesncd::ParseVcdFile(grammarDump), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "$timescale2 2.5 ns $end=2.500000\n#0\n");
+  EXPECT_EQ(cur_time, 0.5);
   char text[8];
   std::snprintf(text, sizeof text, "%.1f", 1.5);
   EXPECT_STREQ(text, "1,5") << "the host's locale is left as it was";

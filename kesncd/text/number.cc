@@ -15,6 +15,19 @@ locale_t CLocale() {
   return locale;
 }
 
+/// Takes a text of digits only, as time stamps are, so few that each step is exact.
+bool ScanDigits(const char* text, double& value) {
+  constexpr int kExactDigits = 15;
+  std::int64_t number = 0;
+  int count = 0;
+  for (; text[count] >= '0' && text[count] <= '9' && count < kExactDigits; ++count) {
+    number = 10 * number + (text[count] - '0');
+  }
+  if (count == 0 || text[count] != '\0') return false;
+  value = static_cast<double>(number);
+  return true;
+}
+
 }  // namespace
 
 CLocaleScope::CLocaleScope() : host_(uselocale(CLocale())) {}
@@ -24,6 +37,7 @@ CLocaleScope::~CLocaleScope() {
 }
 
 bool ScanDouble(const char* text, double& value) {
+  if (ScanDigits(text, value)) return true;
   const CLocaleScope scope;
   // Dumps are read by what scanf takes for a number, prefixes and all, so scanf itself decides.
   return std::sscanf(text, "%lf", &value) == 1;  // NOLINT(cert-err34-c)

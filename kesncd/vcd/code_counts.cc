@@ -100,4 +100,14 @@ void CodeCounts::Settle() {
   for (Slot& slot : table_) slot.count = std::min(slot.count, kMostCounted);
 }
 
+void CodeCounts::AddSymbols(const Vmod& module) {
+  for (int i = 0; i < module.GetSignalSize(); ++i) Add(module.GetSignalSymb(i));
+}
+
+void CodeCounts::WriteTo(Vmod& module) {
+  for (int i = 0; i < module.GetSignalSize(); ++i) {
+    module.AddChanges(i, Take(module.GetSignalSymb(i)));
+  }
+}
+
 }  // namespace orsa::kesncd

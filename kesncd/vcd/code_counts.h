@@ -19,6 +19,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "kesncd/kesncd.h"
+
 namespace orsa::kesncd {
 
 class CodeCounts {
@@ -43,6 +45,11 @@ class CodeCounts {
   /// overflows.
   void Settle();
   static constexpr std::uint32_t kMostBetween = 1U << 31;
+
+  /// Gives the codes of all signals of a module a counter.
+  void AddSymbols(const Vmod& module);
+  /// Moves each code's changes to the first signal of the module that has it.
+  void WriteTo(Vmod& module);
 
  private:
   struct Slot {

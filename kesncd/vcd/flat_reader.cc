@@ -36,14 +36,12 @@ FlatReader::FlatReader(std::FILE* dump, const FlatRules& rules)
       flatSelection_.insert(VmodHier::GetNameFlat(name));
     }
   }
-  if (rules_.countsEarlierSignals) {
-    for (int i = 0; i < topMod.GetSignalSize(); ++i) lines_.counts().Add(topMod.GetSignalSymb(i));
-  }
+  if (rules_.countsEarlierSignals) lines_.counts().AddSymbols(topMod);
 }
 
 bool FlatReader::Read() {
   const bool complete = ReadLines();
-  WriteCounts();
+  lines_.counts().WriteTo(topMod);
   return complete;
 }
 
@@ -115,13 +113,6 @@ bool FlatReader::TakeTopModuleLine(const VcdLine& line, LineKind kind) {
 bool FlatReader::Selects(const std::string& name) const {
   return rules_.selection == nullptr || name.find('[') != std::string::npos ||
          rules_.selection->contains(name) || flatSelection_.contains(name);
-}
-
-/// Gives each code's changes to the first signal that has it.
-void FlatReader::WriteCounts() {
-  for (int i = 0; i < topMod.GetSignalSize(); ++i) {
-    topMod.AddChanges(i, lines_.counts().Take(topMod.GetSignalSymb(i)));
-  }
 }
 
 }  // namespace orsa::kesncd

@@ -45,7 +45,6 @@ class FlatReader {
   bool TakeTimescaleLine(const VcdLine& line);
   bool TakeTopModuleLine(const VcdLine& line, LineKind kind);
   bool Selects(const std::string& name) const;
-  void WriteCounts();
 
   const FlatRules rules_;
   std::set<std::string> flatSelection_;  // the selection with "/" turned into "_"

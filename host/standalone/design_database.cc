@@ -1,0 +1,110 @@
+#include "host/standalone/design_database.h"
+
+#include <filesystem>
+#include <fstream>
+#include <utility>
+
+#include "host/standalone/standalone_host.h"
+
+namespace orsa::kesncd::standalone {
+
+namespace {
+
+constexpr char kNoPreferences[] = ".";
+constexpr char kBlanks[] = " \t\r";
+/// The one state of its sources that the library asks for: loaded from them as they are now.
+constexpr int kSourceIsCurrent = 0x200;
+
+bool CanRead(const std::string& path) {
+  std::ifstream file(path);
+  file.peek();  // a folder opens, but nothing can be read from it
+  return file.is_open() && !file.bad();
+}
+
+std::unique_ptr<NC_DESIGN> ReadDesign(const std::string& path) {
+  auto design = std::make_unique<NC_DESIGN>();
+  std::ifstream file(path, std::ios::binary);
+  for (std::string line; std::getline(file, line);) {
+    const std::size_t start = line.find_first_not_of(kBlanks);
+    if (start == std::string::npos) continue;
+    const std::size_t end = line.find_last_not_of(kBlanks) + 1;
+    design->nets.push_back(line.substr(start, end - start));
+  }
+  return design;
+}
+
+}  // namespace
+
+DesignDatabase& Database() {
+  static DesignDatabase database;
+  return database;
+}
+
+void DesignDatabase::SetSource(const std::string& database, const std::string& preferences) {
+  database_ = database;
+  preferences_ = preferences;
+  isCurrent_ = false;
+}
+
+bool DesignDatabase::Load() {
+  message_.clear();
+  if (!CanRead(database_)) {
+    message_ = database_ + ": cannot be read";
+  } else if (preferences_ != kNoPreferences && !CanRead(preferences_)) {
+    message_ = preferences_ + ": cannot be read";
+  }
+  if (!message_.empty()) return false;
+  design_ = ReadDesign(database_);
+  designName_ = std::filesystem::path(database_).stem().string();
+  name = designName_.c_str();
+  isCurrent_ = true;
+  return true;
+}
+
+const std::string& DesignMessage() {
+  return Database().Message();
+}
+
+}  // namespace orsa::kesncd::standalone
+
+using orsa::kesncd::standalone::Database;
+
+FileData::~FileData() = default;
+
+int FileData::getIsSourceUpdated(int which) {
+  return which == orsa::kesncd::standalone::kSourceIsCurrent && Database().IsCurrent() ? 1 : 0;
+}
+
+NC_DESIGN* NcdData::findData() {
+  return Database().Design();
+}
+
+int NcdData::releaseData() {
+  Database().Release();
+  return 1;
+}
+
+int NcdData::loadData() {
+  return Database().Load() ? 1 : 0;
+}
+
+CommonData* CommonData::getGlobalInstance() {
+  static CommonData registry;
+  return &registry;
+}
+
+int CommonData::isNcdAvailable() {
+  return Database().Design() != nullptr ? 1 : 0;
+}
+
+NcdData* CommonData::findNcdObject() {
+  return &Database();
+}
+
+NC_DESIGN* CommonData::findNcdPtr() {
+  return Database().Design();
+}
+
+void CommonData::setNcdSource(const char* database, const char* preferences) {
+  Database().SetSource(database, preferences);
+}

@@ -1,0 +1,30 @@
+// The grammar reader's entry points.
+#include "kesncd/grammar/actions.h"
+#include "kesncd/grammar/grammar.h"
+#include "kesncd/grammar/parser.h"
+#include "kesncd/grammar/table_builder.h"
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr ParseTables kTables = BuildTables(kGrammar);
+static_assert(kTables.conflicts == 0, "the rules need more than one token of look-ahead");
+
+}  // namespace
+
+int yyparse() {
+  DumpActions actions;
+  const bool accepted = Parser(kTables, actions).Parse();
+  actions.WriteCounts();
+  return accepted ? 0 : 1;
+}
+
+int ParseVcdFile(std::FILE* stream) {
+  constexpr int kGivenUp = 2;
+  yyin = stream;
+  return yyparse() == 0 ? 0 : kGivenUp;
+}
+
+}  // namespace orsa::kesncd

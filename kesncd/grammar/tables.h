@@ -1,0 +1,51 @@
+// Parse tables: what the parser does in each state.
+//
+// A state is a set of rules with a mark in each that shows how far they have been read. Its shifts
+// are the tokens that may come next; where a rule has been read to its end, the state reduces by
+// it. A state has one reduction at most and takes it whenever no shift fits, whatever the token is:
+// a wrong token is found by the state where nothing is left to reduce, in front of the same token.
+// Where there is nothing to shift, the token is not even read, so that the action of a change runs
+// before the word behind it is looked at.
+#ifndef KESNCD_GRAMMAR_TABLES_H_
+#define KESNCD_GRAMMAR_TABLES_H_
+
+#include <array>
+#include <cstdint>
+
+#include "kesncd/grammar/grammar.h"
+
+namespace orsa::kesncd {
+
+inline constexpr std::uint8_t kNoState = 255;
+inline constexpr std::uint8_t kAccept = 254;
+inline constexpr std::uint8_t kNoRule = 255;
+
+/// The column of a token: the end of input, then the codes from the error token on.
+constexpr int ColumnOf(int token) {
+  return token == kEndOfInput ? 0 : token - kErrorToken + 1;
+}
+inline constexpr int kColumns = ColumnOf(kVersion) + 1;
+
+struct Reduction {
+  std::uint8_t rule = kNoRule;
+  std::uint8_t length = 0;  // symbols on the rule's right
+  std::uint8_t left = 0;    // column of its left side in `gotos`
+  bool startsWithToken = false;
+  Action action = Action::None;
+};
+
+struct alignas(64) ParserState {
+  std::array<std::uint8_t, kColumns> shifts = {};      // by token: the next state
+  std::array<std::uint8_t, kNonterminals> gotos = {};  // by left side: the state after a reduction
+  Reduction reduction;
+  bool looksAhead = false;  // whether the next token decides anything
+};
+
+struct ParseTables {
+  std::array<ParserState, 64> states = {};
+  int conflicts = 0;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_GRAMMAR_TABLES_H_

@@ -1,0 +1,54 @@
+// Tokens of a dump: words, and the keywords that the lexer tells from them.
+#ifndef KESNCD_GRAMMAR_TOKENS_H_
+#define KESNCD_GRAMMAR_TOKENS_H_
+
+#include <string_view>
+
+namespace orsa::kesncd {
+
+/// What yylex returns; the error token exists inside the parser only.
+enum Token : int {
+  kEndOfInput = 0,
+  kErrorToken = 256,
+  kWord,
+  kComment,
+  kDate,
+  kDumpall,
+  kDumpon,
+  kDumpoff,
+  kDumpvars,
+  kEnd,
+  kEnddefinitions,
+  kScope,
+  kTimescale,
+  kUpscope,
+  kVar,
+  kVersion,
+};
+
+struct Keyword {
+  std::string_view text;
+  Token token;
+  bool skipped;  // swallowed together with all that stands before its "$end"
+};
+
+/// Every keyword but "$end", which is told from words before them. Letter case does not matter.
+inline constexpr Keyword kKeywords[] = {
+    {"$comment", kComment, true},
+    {"$date", kDate, true},
+    {"$dumpall", kDumpall, false},
+    {"$dumpon", kDumpon, false},
+    {"$dumpoff", kDumpoff, false},
+    {"$dumpvars", kDumpvars, false},
+    {"$enddefinitions", kEnddefinitions, true},
+    {"$scope", kScope, false},
+    {"$timescale", kTimescale, false},
+    {"$upscope", kUpscope, false},
+    {"$var", kVar, false},
+    {"$version", kVersion, true},
+};
+inline constexpr std::string_view kEndKeyword = "$end";
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_GRAMMAR_TOKENS_H_

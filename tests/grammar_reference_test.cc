@@ -1,0 +1,143 @@
+// The table-driven parser against the one that bison makes from the same rules: both must accept
+// the same files, reduce in the same order, and read their look-aheads at the same points.
+#include <algorithm>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kesncd/grammar/parser.h"
+#include "kesncd/grammar/table_builder.h"
+#include "tests/support.h"
+
+using namespace orsa::kesncd;
+
+int referenceparse();
+extern int referencelval;
+
+namespace {
+
+// For each reduction its rule, the line that the lexer has reached and the numbers of its words;
+// for an error -1 and the line.
+std::vector<int> parserLog;
+
+}  // namespace
+
+void LogRule(int rule, const std::vector<int>& words = {}) {
+  parserLog.insert(parserLog.end(), {rule, yylineno});
+  parserLog.insert(parserLog.end(), words.begin(), words.end());
+}
+
+int referencelex() {
+  const int token = yylex();
+  referencelval = std::atoi(yylval.text);
+  return token;
+}
+
+void referenceerror(const char* /*message*/) {
+  LogRule(-1);
+}
+
+namespace {
+
+using Tokens = std::vector<std::string>;
+
+constexpr ParseTables kTables = BuildTables(kGrammar);
+const Tokens kAlphabet = {"w",    "$dumpall", "$dumpvars",  "$dumpon",  "$dumpoff",
+                          "$end", "$scope",   "$timescale", "$upscope", "$var"};
+
+struct Logger {
+  static void Reduce(const Reduction& reduction, const YYSTYPE* values) {
+    const RightSide& right = kGrammar[reduction.rule].right;
+    std::vector<int> words;
+    for (std::size_t i = 0; i < right.size(); ++i) {
+      if (right[i] == kWord) words.push_back(std::atoi(values[i].text));
+    }
+    LogRule(reduction.rule, words);
+  }
+};
+
+/// Lets the lexer find the tokens among its characters read ahead, each on a line of its own, words
+/// numbered through.
+void Supply(const Tokens& tokens) {
+  std::string text;
+  int number = 0;
+  for (const std::string& token : tokens) {
+    text += token == "w" ? std::to_string(++number) : token;
+    text += '\n';
+  }
+  ASSERT_LT(text.size(), sizeof yysbuf);
+  yysptr = std::copy(text.rbegin(), text.rend(), yysbuf);
+  yylineno = 1;
+  yyerrflag = 0;
+  parserLog.clear();
+}
+
+/// Runs both parsers; whether the tokens can begin a file.
+bool Compare(const Tokens& tokens) {
+  Supply(tokens);
+  const bool accepted = referenceparse() == 0;
+  const std::vector<int> expected = parserLog;
+  Supply(tokens);
+  Logger logger;
+  EXPECT_EQ(Parser(kTables, logger).Parse(), accepted);
+  if (yynerrs > 0) LogRule(-1);
+  const bool agrees = parserLog == expected;
+  EXPECT_TRUE(agrees) << testing::PrintToString(tokens);
+  return agrees && yychar == kEndOfInput;
+}
+
+/// Compares every continuation of `tokens` up to a length, wrong ones up to their wrong token.
+int CompareAll(Tokens& tokens, std::size_t length) {
+  int compared = 1;
+  if (!Compare(tokens) || tokens.size() == length) return compared;
+  for (const std::string& token : kAlphabet) {
+    tokens.push_back(token);
+    compared += CompareAll(tokens, length);
+    tokens.pop_back();
+  }
+  return compared;
+}
+
+class GrammarReference : public FreshState {
+ protected:
+  GrammarReference() { testing::internal::CaptureStderr(); }
+  ~GrammarReference() override { testing::internal::GetCapturedStderr(); }
+};
+
+TEST_F(GrammarReference, AgreesOnEveryShortFile) {
+  Tokens tokens;
+  EXPECT_EQ(CompareAll(tokens, 8), 60231);
+}
+
+TEST_F(GrammarReference, AgreesOnLongFiles) {
+  const std::vector<Tokens> declarations = {
+      {"$scope", "w", "w", "$end"},         {"$timescale", "w", "$end"},
+      {"$timescale", "w", "w", "$end"},     {"$upscope", "$end"},
+      {"$var", "w", "w", "w", "w", "$end"}, {"$var", "w", "w", "w", "w", "w", "$end"}};
+  const std::vector<Tokens> dumps = {{"w"},
+                                     {"$dumpall", "w", "w", "$end"},
+                                     {"$dumpvars", "$end"},
+                                     {"$dumpon", "w", "$end"},
+                                     {"$dumpoff", "w", "w", "w", "$end"}};
+  std::mt19937 random(20240229);
+  int accepted = 0;
+  for (int file = 0; file < 5000; ++file) {
+    Tokens tokens;
+    for (const auto* kinds : {&declarations, &dumps}) {
+      for (std::size_t count = random() % 8; count > 0; --count) {
+        const Tokens& command = (*kinds)[random() % kinds->size()];
+        tokens.insert(tokens.end(), command.begin(), command.end());
+      }
+    }
+    if (file % 2 == 0) {
+      const auto place = tokens.begin() + static_cast<int>(random() % (tokens.size() + 1));
+      tokens.insert(place, kAlphabet[random() % kAlphabet.size()]);
+    }
+    accepted += Compare(tokens) && yynerrs == 0 ? 1 : 0;
+  }
+  EXPECT_GT(accepted, 2500);
+  EXPECT_LT(accepted, 4000);
+}
+
+}  // namespace

@@ -1,0 +1,92 @@
+// The hand-over to the host's design: its calls in order, and what is left on each way out.
+#include <stdexcept>
+
+#include "tests/support.h"
+#include "tests/test_host.h"
+
+namespace orsa::kesncd {
+namespace {
+
+class Handoff : public FreshState {
+ protected:
+  Handoff() {
+    testHost = {};
+    analyser.signalFreqs = {{"a", 1.0}, {"b", 2.0}};
+    analyser.clockFreqs = {{"b", 20.0}, {"c", 30.0}};
+    analyser.extractName = "scope";
+    analyser.extractOption = "option";
+  }
+
+  /// Calls, result and design name of an extraction whose earlier design was called "old".
+  std::string Extract(const std::string& source, const std::string& preferences) {
+    analyser.ncdFile = source;
+    analyser.prfFile = preferences;
+    analyser.ncdName = "old";
+    const std::intptr_t result = analyser.ExtractNCD();
+    return testHost.calls + std::to_string(result) + " " + analyser.ncdName;
+  }
+
+  KesNCD analyser;
+};
+
+TEST_F(Handoff, CallsTheHostInOrder) {
+  const std::string begin = "NCD_EXTRACTION; getGlobalInstance; ";
+  const std::string loaded = "releaseData; loadData; findData; extractNCD loaded soc scope option";
+  const std::string given = " a=1 b=2; -42 soc";
+  const std::string reload = "setNcdSource '' '.'; findNcdObject; " + loaded + given;
+  const std::string asked = "isNcdAvailable; findNcdObject; findData; getIsSourceUpdated 512; ";
+  const std::string current =
+      asked + "findData; findNcdObject; findNcdPtr; extractNCD current soc scope option a=1 b=2; ";
+  const std::string fromA = "setNcdSource 'a' '.'; findNcdObject; ";
+  const std::string cases[][4] = {
+      {"", "", "nothing", current + "-42 soc"},
+      {"", "", "extractNCD", current + "0 soc"},
+      {"a", "", "nothing", fromA + loaded + given},
+      {"a", "p", "nothing", "setNcdSource 'a' 'p'; findNcdObject; " + loaded + given},
+      {"", "p", "nothing", "setNcdSource '' 'p'; findNcdObject; " + loaded + given},
+      {"a", "", "getGlobalInstance", "0 old"},
+      {"a", "", "findNcdObject", fromA + "0 old"},
+      {"a", "", "releaseData", fromA + "releaseData; 0 old"},
+      {"a", "", "loadData", fromA + "releaseData; loadData; 0 old"},
+      // Nothing current: without a path there is still a source to ask for.
+      {"", "", "isNcdAvailable", "isNcdAvailable; " + reload},
+      {"", "", "findNcdObject",
+       "isNcdAvailable; findNcdObject; setNcdSource '' '.'; findNcdObject; 0 old"},
+      {"", "", "getIsSourceUpdated", asked + reload},
+  };
+  for (const auto& [source, preferences, failing, expected] : cases) {
+    testHost = {};
+    testHost.failing = failing;
+    EXPECT_EQ(Extract(source, preferences), begin + expected);
+    EXPECT_EQ(testHost.extractions, 0);
+  }
+}
+
+TEST_F(Handoff, ExceptionsPassAndLeaveNothingBehind) {
+  for (const char* source : {"", "a"}) {
+    for (const std::string operation :
+         {"NCD_EXTRACTION", "getGlobalInstance", "findNcdObject", "findData",
+          *source == 'a' ? "setNcdSource" : "isNcdAvailable",
+          *source == 'a' ? "releaseData" : "getIsSourceUpdated",
+          *source == 'a' ? "loadData" : "findNcdPtr"}) {
+      testHost = {};
+      testHost.throwing = operation;
+      EXPECT_THROW(Extract(source, ""), std::runtime_error) << operation;
+      EXPECT_EQ(testHost.extractions, 0) << operation;
+      EXPECT_EQ(analyser.ncdName, "old") << operation;
+    }
+  }
+}
+
+TEST_F(Handoff, ClocksFillTheGapsWhenTheReportIsOn) {
+  analyser.SetTWRFileOn(true);
+  testHost.designName = nullptr;
+  const std::string calls = Extract("", "");
+  EXPECT_EQ(calls.substr(calls.find("extractNCD")),
+            "extractNCD current  scope option a=1 b=2 c=30; -42 ");
+  EXPECT_EQ(analyser.signalFreqs.size(), 2U);
+  EXPECT_EQ(analyser.isNcdAvailable(CommonData::getGlobalInstance()), &testHost.loaded);
+}
+
+}  // namespace
+}  // namespace orsa::kesncd
