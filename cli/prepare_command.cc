@@ -42,7 +42,7 @@ CLI::Option* AddTime(CLI::App& command, const std::string& name, std::optional<s
 }
 
 ExitStatus Run(const Options& options) {
-  CheckDump(options.prepare.dump);
+  CheckInput(options.prepare.dump);
   FileSource in(options.prepare.dump);
   ResultFile out(options.output);
   const PrepareReport report = PrepareDump(in, out, options.prepare);
