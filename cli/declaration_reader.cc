@@ -15,7 +15,10 @@ constexpr std::size_t kWordsKept = 16;  // of a section; a declaration has eight
 constexpr std::size_t kLongestName = 800;
 constexpr std::size_t kLongestType = 20;
 
-std::string Cut(std::string name, std::uint32_t number) {
+/// A name as every reader can take it: not too long for a line, and no keyword.
+std::string Fitting(std::string name, std::uint32_t number) {
+  const Keyword keyword = KeywordOf(name);
+  if (StartsSection(keyword) || keyword == Keyword::End) name.insert(0, "_");
   if (name.size() <= kLongestName) return name;
   return name.substr(0, kLongestName) + "_" + std::to_string(number);
 }
@@ -170,7 +173,7 @@ void DeclarationReader::OpenScope() {
 /// The scope of that name in the current one. Every scope without a name is one of its own.
 std::uint32_t DeclarationReader::ScopeOf(const std::string& name, bool& isNew) {
   const auto number = static_cast<std::uint32_t>(result_.scopes.size());
-  std::string given = Cut(name, number);
+  std::string given = Fitting(name, number);
   if (given.empty()) given = "unnamed_" + std::to_string(++unnamed_);
   const auto [place, added] =
       scopeByPath_.try_emplace(std::to_string(current_) + "/" + given, number);
@@ -203,7 +206,7 @@ void DeclarationReader::Declare() {
   variable.name = Glued(words, 3);
   if (variable.name.empty()) variable.name = "unnamed_" + std::to_string(++unnamed_);
   if (words[1].front() == '[' && variable.name.back() != ']') variable.name += words[1];
-  variable.name = Cut(std::move(variable.name), number);
+  variable.name = Fitting(std::move(variable.name), number);
   variable.type = words[0].substr(0, kLongestType);
   variable.width = WidthOf(words[1]);
   variable.code = result_.codes.Add(words[2]);
@@ -214,7 +217,7 @@ void DeclarationReader::Declare() {
     result_.scopes[scope].populated = true;
   }
   CheckLine(result_.lines.overlooked, count == 4 || count == 5, variable.name);
-  FollowVariable(variable);
+  FollowVariable(variable, words[2].front());
   result_.scopes[current_].variables.push_back(number);
   result_.variables.push_back(std::move(variable));
 }
@@ -254,13 +257,15 @@ void DeclarationReader::FollowScope(std::uint32_t scope, const std::string& kind
   lineRoot_ = true;
 }
 
-void DeclarationReader::FollowVariable(const DumpVariable& variable) {
+void DeclarationReader::FollowVariable(const DumpVariable& variable, char codeStart) {
   LineReading& lines = result_.lines;
   const auto add = [&](Tally& tally, bool applies) {
     if (applies) tally.Add(variable.line, tally ? "" : result_.PathOf(variable));
   };
   add(lines.unreachable, lineScopes_.empty() || !lineScopes_.back().reachable);
   add(lines.wrongScope, lineScopes_.empty() || lineScopes_.back().scope != variable.scope);
+  const bool isWord = variable.width > 1 || variable.type == "real";
+  add(lines.grammarCodes, isWord && std::string_view("#bBrR").find(codeStart) != std::string::npos);
   add(lines.late, !result_.scopes[variable.scope].scopes.empty());
 }
 

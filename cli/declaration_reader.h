@@ -50,7 +50,7 @@ class DeclarationReader {
   void EndDefinitions();
   std::uint32_t ScopeOf(const std::string& name, bool& isNew);
   void FollowScope(std::uint32_t scope, const std::string& kind);
-  void FollowVariable(const DumpVariable& variable);
+  void FollowVariable(const DumpVariable& variable, char codeStart);
   void CheckLine(Tally& tally, bool fits, const std::string& what);
 
   DumpWords& words_;

@@ -42,6 +42,7 @@ struct LineReading {
   Tally unreachable;       // variables that no way leads to from the tree's root
   Tally late;              // variables declared behind a sub-scope: no flat run takes them
   Tally split;             // scopes opened again under the same path
+  Tally grammarCodes;      // vectors whose code the grammar reader takes for a time or a value
 };
 
 struct Declarations {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "cli/byte_stream.h"
+#include "cli/slot_watch.h"
 
 namespace kesncd_cli {
 
@@ -27,6 +28,8 @@ class DumpWords {
 
   /// The dump's first bytes, until a word is taken.
   std::string_view FirstBytes() const;
+  /// Shows every word to come to a watch too.
+  void Show(SlotWatch& watch) { watch_ = &watch; }
   /// Takes the next word; false at the end of the dump.
   bool Next();
 
@@ -51,6 +54,7 @@ class DumpWords {
   std::size_t length_ = 0;
   std::uint64_t line_ = 1;
   std::uint64_t previousLine_ = 0;
+  SlotWatch* watch_ = nullptr;
 };
 
 /// How many of the eight bytes at `word` stand before the first blank. Nearly all words are that
@@ -77,6 +81,7 @@ inline bool DumpWords::Next() {
   for (; step == kReadAhead; at_ += step) step = ShortLength(at_);
   length_ = static_cast<std::size_t>(at_ - word_);
   if (at_ == end_) FinishWord();
+  if (watch_ != nullptr) watch_->Take(Word(), StartsLine());
   return true;
 }
 

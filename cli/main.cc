@@ -45,6 +45,7 @@ ExitStatus RunProgram(int argc, char** argv) {
   AddTreeCommand(app, chosen);
   AddFindCommand(app, chosen);
   AddPrepareCommand(app, chosen);
+  AddCheckCommand(app, chosen);
   AddClocksCommand(app, chosen);
   AddPowerCommand(app, chosen);
   AddExtractCommand(app, chosen);
