@@ -122,8 +122,7 @@ class BodyCheck {
       const Counts& counts = counts_[variable.code];
       const auto unknown = static_cast<double>(counts.unknown);
       const double all = unknown + static_cast<double>(counts.counted);
-      // The x that a signal has before its first value says nothing about its activity.
-      if (counts.unknown < 2 || unknown <= kUnknownShare * all) continue;
+      if (unknown <= kUnknownShare * all) continue;
       shares.Add(variable.line, shares ? "" : declarations_.PathOf(variable));
     }
     return shares;

@@ -112,12 +112,27 @@ void DeclarationReader::TakeSection(Keyword keyword) {
   if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
   lineTally_ = nullptr;
   section_ = {std::move(section_.words), words_.Line(), 0, 0, 0, words_.StartsLine()};
-  if (keyword == Keyword::EndDefinitions) return EndDefinitions();
-  ReadSection(keyword);
+  if (keyword == Keyword::EndDefinitions || keyword == Keyword::Upscope) {
+    ReadEnd();
+  } else {
+    ReadSection(keyword);
+  }
   if (keyword == Keyword::Timescale) TakeTimescale();
   if (keyword == Keyword::Scope) OpenScope();
   if (keyword == Keyword::Upscope) CloseScope();
   if (keyword == Keyword::Var) Declare();
+  if (keyword == Keyword::EndDefinitions) EndDefinitions();
+}
+
+/// Takes the $end of a section without words only where it follows at once.
+void DeclarationReader::ReadEnd() {
+  section_.words.clear();
+  if (!Advance()) return;
+  if (KeywordOf(words_.Word()) == Keyword::End) {
+    section_.endLine = words_.Line();
+  } else {
+    repeat_ = true;
+  }
 }
 
 void DeclarationReader::ReadSection(Keyword keyword) {
@@ -131,7 +146,9 @@ void DeclarationReader::ReadSection(Keyword keyword) {
       return;
     }
     // What a comment holds is a comment's, be it a commented-out declaration.
-    if (keyword != Keyword::Comment && section_.words.size() >= plain && StartsSection(next)) {
+    const bool isBody = plain > 0 && words_.StartsLine() && IsStamp(words_.Word());
+    if (keyword != Keyword::Comment && section_.words.size() >= plain &&
+        (StartsSection(next) || isBody)) {
       repeat_ = true;
       return;
     }
@@ -187,7 +204,7 @@ std::uint32_t DeclarationReader::ScopeOf(const std::string& name, bool& isNew) {
 }
 
 void DeclarationReader::CloseScope() {
-  CheckLine(result_.lines.scopeLines, section_.words.empty(), result_.PathOf(current_));
+  CheckLine(result_.lines.scopeLines, true, result_.PathOf(current_));
   if (current_ == Declarations::kDump) result_.unbalanced.Add(section_.line, "$upscope");
   current_ = result_.scopes[current_].parent;
   if (!lineScopes_.empty()) lineScopes_.pop_back();
@@ -222,16 +239,8 @@ void DeclarationReader::Declare() {
   result_.variables.push_back(std::move(variable));
 }
 
-/// The $end is taken only where it follows at once: where it is missing, the body does.
 void DeclarationReader::EndDefinitions() {
   result_.ended = true;
-  section_.words.clear();
-  if (!Advance()) return;
-  if (KeywordOf(words_.Word()) == Keyword::End) {
-    section_.endLine = words_.Line();
-  } else {
-    repeat_ = true;
-  }
   CheckLine(result_.lines.scopeLines, true, "$enddefinitions");
 }
 

@@ -43,6 +43,7 @@ class DeclarationReader {
   bool TakeWord();
   void TakeSection(Keyword keyword);
   void ReadSection(Keyword keyword);
+  void ReadEnd();
   void TakeTimescale();
   void OpenScope();
   void CloseScope();

@@ -4,8 +4,8 @@
 Words are taken freely, wherever lines end, so it agrees with the line readers on well-formed dumps
 only. Prints for each dump: scopes, signals (codes by scope) and changes of the module tree; then
 signals and changes of the top module (the scope of the first variable), as far as its first inner
-scope. With --paths it prints a line for each signal instead, "SCOPE PATH<tab>NAME<tab>CHANGES", and
-takes scalars of H and L for 1 and 0, as `kesncd prepare` does; prepare_test.cc compares the two.
+scope. With --paths it prints a line for each signal instead, "SCOPE PATH<tab>NAME<tab>CHANGES", a
+first one "<tab>FIRST<tab>LAST" with the time stamps, and takes scalars of H and L for 1 and 0, as `kesncd prepare` does; prepare_test.cc compares the two.
 """
 import sys
 from collections import Counter, defaultdict
@@ -61,7 +61,7 @@ def count(path):
 
 def count_paths(path):
     words = iter(words_of(path))
-    scopes, signals, changes, recording = [], {}, Counter(), True
+    scopes, signals, changes, recording, stamps = [], {}, Counter(), True, []
     for word in words:
         if word == "$scope":
             scopes.append((next(words), next(words))[1])
@@ -79,6 +79,9 @@ def count_paths(path):
             changes[next(words)] += recording
         elif word[0] in "01hHlL":
             changes[word[1:]] += recording
+        elif word[0] == "#":
+            stamps.append(int(word[1:]))
+    print("", stamps[0], stamps[-1], sep="\t")
     for (scope, name), code in sorted(signals.items()):
         print(scope, name, changes[code], sep="\t")
 
