@@ -19,6 +19,8 @@ void AddFlatCommand(CLI::App& app, Action& chosen);
 void AddTopCommand(CLI::App& app, Action& chosen);
 void AddTreeCommand(CLI::App& app, Action& chosen);
 void AddFindCommand(CLI::App& app, Action& chosen);
+void AddPrepareCommand(CLI::App& app, Action& chosen);
+void AddCheckCommand(CLI::App& app, Action& chosen);
 void AddClocksCommand(CLI::App& app, Action& chosen);
 void AddPowerCommand(CLI::App& app, Action& chosen);
 void AddExtractCommand(CLI::App& app, Action& chosen);

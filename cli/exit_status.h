@@ -10,6 +10,7 @@ namespace kesncd_cli {
 enum class ExitStatus {
   Done = 0,
   NothingMatched = 1,  // the work was done, but nothing of what was asked for is in the input
+  Findings = 1,        // of `check`
   Unusable = 2,        // wrong use, or an input that cannot be read
   OutputFailed = 3,    // the result could not be written
 };

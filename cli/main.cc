@@ -44,6 +44,8 @@ ExitStatus RunProgram(int argc, char** argv) {
   AddTopCommand(app, chosen);
   AddTreeCommand(app, chosen);
   AddFindCommand(app, chosen);
+  AddPrepareCommand(app, chosen);
+  AddCheckCommand(app, chosen);
   AddClocksCommand(app, chosen);
   AddPowerCommand(app, chosen);
   AddExtractCommand(app, chosen);

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Counts a dump by a way of its own, for the table of real dumps in real_dumps_test.cc.
+"""Counts a dump by a way of its own, for the tests of real dumps.
 
 Words are taken freely, wherever lines end, so it agrees with the line readers on well-formed dumps
 only. Prints for each dump: scopes, signals (codes by scope) and changes of the module tree; then
 signals and changes of the top module (the scope of the first variable), as far as its first inner
-scope.
+scope. With --paths it prints a line for each signal instead, "SCOPE PATH<tab>NAME<tab>CHANGES", a
+first one "<tab>FIRST<tab>LAST" with the time stamps, and takes scalars of H and L for 1 and 0, as `kesncd prepare` does; prepare_test.cc compares the two.
 """
 import sys
 from collections import Counter, defaultdict
@@ -58,5 +59,35 @@ def count(path):
     return scopes, tree_signals, tree_changes, len(top_signals), top_changes
 
 
+def count_paths(path):
+    words = iter(words_of(path))
+    scopes, signals, changes, recording, stamps = [], {}, Counter(), True, []
+    for word in words:
+        if word == "$scope":
+            scopes.append((next(words), next(words))[1])
+        elif word == "$upscope":
+            scopes.pop()
+        elif word == "$var":
+            _type, _width, code, *name = iter(words.__next__, "$end")
+            signals["/".join(scopes), "".join(name)] = code
+        elif word in ("$comment", "$date", "$version", "$timescale"):
+            while next(words) != "$end":
+                pass
+        elif word in ("$dumpon", "$dumpall", "$dumpvars", "$dumpoff"):
+            recording = word != "$dumpoff"
+        elif word[0] in "bBrR":
+            changes[next(words)] += recording
+        elif word[0] in "01hHlL":
+            changes[word[1:]] += recording
+        elif word[0] == "#":
+            stamps.append(int(word[1:]))
+    print("", stamps[0], stamps[-1], sep="\t")
+    for (scope, name), code in sorted(signals.items()):
+        print(scope, name, changes[code], sep="\t")
+
+
+if sys.argv[1:2] == ["--paths"]:
+    count_paths(sys.argv[2])
+    sys.exit()
 for dump in sys.argv[1:]:
     print(dump.rsplit("/", 1)[-1], *count(dump))

@@ -1,0 +1,137 @@
+// kesncd check: what the library's readers would get wrong in a dump.
+#include <memory>
+
+#include "cli/byte_stream.h"
+#include "cli/commands.h"
+#include "cli/declaration_reader.h"
+#include "cli/dump_findings.h"
+#include "cli/dump_format.h"
+
+namespace kesncd_cli {
+
+namespace {
+
+struct Options {
+  std::string dump;
+  OutputOptions output;
+};
+
+constexpr char kHelp[] =
+    "What the readers would get wrong in a dump, the most harmful first\n"
+    "\n"
+    "Examples:\n"
+    "  kesncd check sim.vcd\n"
+    "  kesncd check sim.vcd --format json -o findings.json\n"
+    "\n"
+    "The dump is read once. The exit status is 0 when nothing was found, 1 when something was.\n";
+
+constexpr std::size_t kModulesShown = 12;
+constexpr double kFemtosecondsPerNanosecond = 1e6;
+
+/// The modules that a flat run can take, from the outermost on.
+std::string ModulesWithVariables(const Declarations& declarations) {
+  std::string text;
+  std::size_t shown = 0;
+  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
+    const DumpScope& scope = declarations.scopes[i];
+    if (scope.kind != "module" || scope.variables.empty()) continue;
+    if (shown++ == kModulesShown) return text + ", ...";
+    text += (text.empty() ? "" : ", ") + declarations.PathOf(i);
+  }
+  return text;
+}
+
+std::string NameOfTop(const Declarations& declarations) {
+  const std::uint32_t top = OutermostWithVariables(declarations);
+  return declarations.scopes[top].name;
+}
+
+std::vector<std::pair<std::string, Cell>> Facts(const std::string& dump,
+                                                const Declarations& declarations,
+                                                const BodyFacts& body) {
+  const double ticks = static_cast<double>(body.lastTick) - static_cast<double>(body.firstTick);
+  Cell tick;
+  Cell span;
+  if (declarations.tick) {
+    const double nanoseconds = static_cast<double>(*declarations.tick) / kFemtosecondsPerNanosecond;
+    tick = nanoseconds;
+    span = ticks * nanoseconds;
+  }
+  return {{"dump", dump},
+          {"timescale_ns", tick},
+          {"start_tick", static_cast<double>(body.firstTick)},
+          {"end_tick", static_cast<double>(body.lastTick)},
+          {"span_ns", span},
+          {"signals", static_cast<std::int64_t>(declarations.variables.size())},
+          {"changes", static_cast<std::int64_t>(body.changes)},
+          {"unknown_changes", static_cast<std::int64_t>(body.unknown)},
+          {"top", NameOfTop(declarations)},
+          {"modules", ModulesWithVariables(declarations)}};
+}
+
+std::vector<Cell> RowOf(const Finding& finding) {
+  const FindingText& text = TextOf(finding.kind);
+  const auto number = [](std::uint64_t value) { return static_cast<std::int64_t>(value); };
+  return {std::string(text.finding),
+          number(finding.tally.count),
+          std::string(text.of),
+          finding.tally.line > 0 ? Cell(number(finding.tally.line)) : Cell(),
+          finding.tally.example.empty() ? Cell() : Cell(finding.tally.example),
+          std::string(text.remedy)};
+}
+
+std::string LastLine(std::size_t findings, const Declarations& declarations,
+                     const BodyFacts& body) {
+  const std::string span =
+      declarations.tick && body.lastTick > body.firstTick
+          ? NumberText(static_cast<double>(body.lastTick - body.firstTick) *
+                       static_cast<double>(*declarations.tick) / kFemtosecondsPerNanosecond) +
+                " ns"
+          : "no time";
+  return std::to_string(findings) + " findings; " + std::to_string(declarations.variables.size()) +
+         " signals with " + std::to_string(body.changes) + " changes in " + span +
+         "; a good top module is " + NameOfTop(declarations);
+}
+
+ExitStatus Run(const Options& options) {
+  CheckInput(options.dump);
+  FileSource source(options.dump);
+  DumpWords words(source);
+  const ForeignFormat format = ForeignFormatOf(words.FirstBytes());
+  if (!format.name.empty()) {
+    throw Failure(ExitStatus::Unusable, options.dump + ": " + ForeignText(format));
+  }
+  SlotWatch watch;
+  words.Show(watch);
+  const Declarations declarations = DeclarationReader(words).Read();
+  if (declarations.variables.empty()) {
+    throw Failure(ExitStatus::Unusable, options.dump + ": declares no variable; is it a VCD file?");
+  }
+  Findings findings;
+  FindInDeclarations(declarations, findings);
+  FindInNames(declarations, findings);
+  const BodyFacts body = FindInBody(words, watch, declarations, findings);
+  Report report{Facts(options.dump, declarations, body),
+                "findings",
+                {"finding", "count", "of", "line", "example", "remedy"},
+                {},
+                ""};
+  for (const Finding& finding : std::move(findings).Sorted()) {
+    report.rows.push_back(RowOf(finding));
+  }
+  report.lastLine = LastLine(report.rows.size(), declarations, body);
+  WriteReport(report, options.output);
+  return report.rows.empty() ? ExitStatus::Done : ExitStatus::Findings;
+}
+
+}  // namespace
+
+void AddCheckCommand(CLI::App& app, Action& chosen) {
+  CLI::App* command = app.add_subcommand("check", kHelp);
+  const auto options = std::make_shared<Options>();
+  command->add_option("DUMP", options->dump, "value change dump")->required();
+  AddOutputOptions(*command, options->output);
+  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+}
+
+}  // namespace kesncd_cli

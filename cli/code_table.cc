@@ -1,0 +1,35 @@
+#include "cli/code_table.h"
+
+#include <array>
+#include <utility>
+
+namespace kesncd_cli {
+
+std::uint32_t CodeTable::Add(std::string_view code) {
+  if (code.size() > kPacked) {
+    const auto [place, isNew] = longCodes_.try_emplace(std::string(code), size_);
+    if (isNew) ++size_;
+    return place->second;
+  }
+  std::array<char, kPacked> bytes{};
+  code.copy(bytes.data(), bytes.size());
+  std::uint64_t key = 0;
+  std::memcpy(&key, bytes.data(), sizeof key);
+  if constexpr (std::endian::native == std::endian::big) key = __builtin_bswap64(key);
+  return AddPacked(key);
+}
+
+std::uint32_t CodeTable::AddPacked(std::uint64_t key) {
+  Slot& slot = slots_[SlotOf(key)];
+  if (slot.key != 0) return slot.number;
+  slot = {key, size_};
+  if (2U * ++packed_ > slots_.size()) {
+    const std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(2 * slots_.size()));
+    for (const Slot& held : old) {
+      if (held.key != 0) slots_[SlotOf(held.key)] = held;
+    }
+  }
+  return size_++;
+}
+
+}  // namespace kesncd_cli

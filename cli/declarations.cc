@@ -1,0 +1,43 @@
+#include "cli/declarations.h"
+
+namespace kesncd_cli {
+
+namespace {
+
+// More scopes than a design nests; a damaged dump must not make paths that fill the memory.
+constexpr std::size_t kPartsShown = 64;
+
+}  // namespace
+
+std::string Declarations::PathOf(std::uint32_t scope) const {
+  std::vector<const std::string*> parts;
+  for (; scope != kDump && parts.size() < kPartsShown; scope = scopes[scope].parent) {
+    parts.push_back(&scopes[scope].name);
+  }
+  std::string path = scope != kDump ? ".../" : "";
+  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+    path += (part == parts.rbegin() ? "" : "/") + **part;
+  }
+  return path;
+}
+
+std::string Declarations::PathOf(const DumpVariable& variable) const {
+  const std::string scope = PathOf(variable.scope);
+  return scope.empty() ? variable.name : scope + "/" + variable.name;
+}
+
+std::uint32_t OutermostWithVariables(const Declarations& declarations) {
+  std::vector<std::uint32_t> level = declarations.scopes[Declarations::kDump].scopes;
+  while (!level.empty()) {
+    std::vector<std::uint32_t> below;
+    for (const std::uint32_t index : level) {
+      const DumpScope& scope = declarations.scopes[index];
+      if (!scope.variables.empty()) return index;
+      below.insert(below.end(), scope.scopes.begin(), scope.scopes.end());
+    }
+    level = std::move(below);
+  }
+  return Declarations::kDump;
+}
+
+}  // namespace kesncd_cli

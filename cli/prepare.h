@@ -1,0 +1,58 @@
+// Rewrites a dump into the shape that every reader understands.
+//
+// The body streams through: memory is in proportion to the declarations. Signals keep their
+// changes, scope by scope and name by name, and the dump its time span; where that cannot be, the
+// report says so.
+#ifndef KESNCD_CLI_PREPARE_H_
+#define KESNCD_CLI_PREPARE_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/byte_stream.h"
+#include "cli/declarations.h"
+#include "cli/dump_items.h"
+
+namespace kesncd_cli {
+
+struct PrepareOptions {
+  std::string dump;                    // what messages call it
+  std::string top;                     // the scope that goes first, a name or a path; may be empty
+  std::optional<std::uint64_t> tick;   // femtoseconds, for a dump without a time scale
+  std::optional<std::uint64_t> begin;  // of the window to keep, in femtoseconds
+  std::optional<std::uint64_t> end;
+};
+
+struct PrepareReport {
+  std::optional<std::uint64_t> tick;  // femtoseconds
+  std::string timescale;              // as the dump has it
+  bool tickNotNeeded = false;         // a time scale was supplied, but the dump has one
+  std::uint64_t changes = 0;          // those that were written, before they were written by name
+  std::uint64_t unknown = 0;          // scalars among them that became x or z
+  std::uint64_t stamps = 0;           // written ones
+  std::uint64_t firstTick = 0;
+  std::uint64_t lastTick = 0;
+  std::uint64_t backward = 0;  // stamps earlier than the one before
+  bool isTorn = false;         // the dump ends before its declarations do
+  Tally malformed;
+  Tally unbalanced;
+  ItemTallies items;
+
+  /// What a user of the figures must know, most important first: what is missing, and what the
+  /// prepared dump says otherwise than the dump.
+  std::vector<std::string> Remarks() const;
+};
+
+/// Throws Failure with Unusable for what is no VCD file or declares no variable, with
+/// NothingMatched where the top scope does not exist or the window holds nothing.
+PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& options);
+
+/// Whether the library's readers count a dump of these declarations otherwise than its prepared
+/// form. What only the body shows, such as several changes on a line, is not known from them.
+bool WouldChangeFigures(const Declarations& declarations);
+
+}  // namespace kesncd_cli
+
+#endif  // KESNCD_CLI_PREPARE_H_

@@ -1,0 +1,20 @@
+#include "cli/slot_watch.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace kesncd_cli {
+
+void SlotWatch::Put(std::string_view word, bool isEnded) {
+  if (slot_.size() <= word.size()) slot_.resize(word.size() + 1);
+  std::copy(word.begin(), word.end(), slot_.begin());
+  if (isEnded) slot_[word.size()] = '\0';
+}
+
+double SlotWatch::Stamp() const {
+  double ticks = 0;
+  (void)std::from_chars(slot_.data(), slot_.data() + slot_.size(), ticks);
+  return ticks;
+}
+
+}  // namespace kesncd_cli
