@@ -57,6 +57,7 @@ class BodyCheck {
   struct Counts {
     std::uint64_t counted = 0;
     std::uint64_t unknown = 0;
+    bool isSet = false;
   };
 
   /// What stands before on the same line hides an item from the line readers, and the item hides a
@@ -111,7 +112,9 @@ class BodyCheck {
   void TakeChange(bool isUnknown) {
     if (!isDumping_) return;
     Counts& counts = counts_[items_.code()];
-    ++(isUnknown ? counts.unknown : counts.counted);
+    // The x that a signal starts from says nothing about its activity.
+    if (!isUnknown || counts.isSet) ++(isUnknown ? counts.unknown : counts.counted);
+    counts.isSet = true;
     ++(isUnknown ? facts_.unknown : facts_.changes);
     if (facts_.stamps == 0 && !isUnknown) before_.Add(items_.place().line, "");
   }

@@ -3,9 +3,7 @@
 
 #include "cli/byte_stream.h"
 #include "cli/commands.h"
-#include "cli/declaration_reader.h"
 #include "cli/dump_findings.h"
-#include "cli/dump_format.h"
 
 namespace kesncd_cli {
 
@@ -96,27 +94,13 @@ std::string LastLine(std::size_t findings, const Declarations& declarations,
 ExitStatus Run(const Options& options) {
   CheckInput(options.dump);
   FileSource source(options.dump);
-  DumpWords words(source);
-  const ForeignFormat format = ForeignFormatOf(words.FirstBytes());
-  if (!format.name.empty()) {
-    throw Failure(ExitStatus::Unusable, options.dump + ": " + ForeignText(format));
-  }
-  SlotWatch watch;
-  words.Show(watch);
-  const Declarations declarations = DeclarationReader(words).Read();
-  if (declarations.variables.empty()) {
-    throw Failure(ExitStatus::Unusable, options.dump + ": declares no variable; is it a VCD file?");
-  }
-  Findings findings;
-  FindInDeclarations(declarations, findings);
-  FindInNames(declarations, findings);
-  const BodyFacts body = FindInBody(words, watch, declarations, findings);
+  const auto [declarations, body, findings] = CheckDump(source, options.dump);
   Report report{Facts(options.dump, declarations, body),
                 "findings",
                 {"finding", "count", "of", "line", "example", "remedy"},
                 {},
                 ""};
-  for (const Finding& finding : std::move(findings).Sorted()) {
+  for (const Finding& finding : findings) {
     report.rows.push_back(RowOf(finding));
   }
   report.lastLine = LastLine(report.rows.size(), declarations, body);

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "cli/dump_format.h"
+#include "cli/exit_status.h"
 #include "cli/time_text.h"
 
 namespace kesncd_cli {
@@ -276,6 +278,18 @@ void DeclarationReader::FollowVariable(const DumpVariable& variable, char codeSt
   const bool isWord = variable.width > 1 || variable.type == "real";
   add(lines.grammarCodes, isWord && std::string_view("#bBrR").find(codeStart) != std::string::npos);
   add(lines.late, !result_.scopes[variable.scope].scopes.empty());
+}
+
+Declarations ReadDeclarations(DumpWords& words, const std::string& name) {
+  const ForeignFormat format = ForeignFormatOf(words.FirstBytes());
+  if (!format.name.empty()) {
+    throw Failure(ExitStatus::Unusable, name + ": " + ForeignText(format));
+  }
+  Declarations declarations = DeclarationReader(words).Read();
+  if (declarations.variables.empty()) {
+    throw Failure(ExitStatus::Unusable, name + ": declares no variable; is it a VCD file?");
+  }
+  return declarations;
 }
 
 }  // namespace kesncd_cli

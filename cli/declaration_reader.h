@@ -69,6 +69,10 @@ class DeclarationReader {
   std::string lineWhat_;
 };
 
+/// Reads the declarations from a dump's start. Throws Failure with Unusable for what is no VCD file
+/// or declares no variable; messages call the dump `name`.
+Declarations ReadDeclarations(DumpWords& words, const std::string& name);
+
 }  // namespace kesncd_cli
 
 #endif  // KESNCD_CLI_DECLARATION_READER_H_

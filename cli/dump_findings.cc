@@ -1,7 +1,8 @@
 #include "cli/dump_findings.h"
 
 #include <algorithm>
-#include <array>
+
+#include "cli/declaration_reader.h"
 
 namespace kesncd_cli {
 
@@ -73,6 +74,19 @@ std::vector<Finding> Findings::Sorted() && {
   std::sort(found_.begin(), found_.end(),
             [](const Finding& a, const Finding& b) { return a.kind < b.kind; });
   return std::move(found_);
+}
+
+DumpCheck CheckDump(ByteSource& in, const std::string& name) {
+  DumpWords words(in);
+  SlotWatch watch;
+  words.Show(watch);
+  DumpCheck check{ReadDeclarations(words, name), {}, {}};
+  Findings findings;
+  FindInDeclarations(check.declarations, findings);
+  FindInNames(check.declarations, findings);
+  check.body = FindInBody(words, watch, check.declarations, findings);
+  check.findings = std::move(findings).Sorted();
+  return check;
 }
 
 }  // namespace kesncd_cli

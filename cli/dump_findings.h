@@ -101,6 +101,17 @@ struct BodyFacts {
 BodyFacts FindInBody(DumpWords& words, const SlotWatch& watch, const Declarations& declarations,
                      Findings& findings);
 
+/// All that one reading of a dump shows.
+struct DumpCheck {
+  Declarations declarations;
+  BodyFacts body;
+  std::vector<Finding> findings;  // the most harmful first
+};
+
+/// Throws Failure with Unusable for what is no VCD file or declares no variable; messages call the
+/// dump `name`.
+DumpCheck CheckDump(ByteSource& in, const std::string& name);
+
 }  // namespace kesncd_cli
 
 #endif  // KESNCD_CLI_DUMP_FINDINGS_H_

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 namespace kesncd_cli {
 
@@ -32,6 +33,24 @@ constexpr Alphabet kAsTheyAre = [] {
 
 char In(const Alphabet& alphabet, char c) {
   return alphabet[static_cast<unsigned char>(c)];
+}
+
+/// Writes what a value's characters become. Every alphabet leaves 0 and 1 as they are, and most of
+/// what is dumped is nothing else: that is copied eight at a time.
+void Translate(std::string_view value, char* to, const Alphabet& alphabet) {
+  constexpr std::uint64_t kZeros = 0x3030303030303030U;
+  constexpr std::uint64_t kOneBits = 0x0101010101010101U;
+  std::size_t i = 0;
+  for (; i + sizeof kZeros <= value.size(); i += sizeof kZeros) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, value.data() + i, sizeof bytes);
+    if (((bytes ^ kZeros) & ~kOneBits) == 0) {
+      std::memcpy(to + i, &bytes, sizeof bytes);
+    } else {
+      for (std::size_t at = i; at < i + sizeof bytes; ++at) to[at] = In(alphabet, value[at]);
+    }
+  }
+  for (; i < value.size(); ++i) to[i] = In(alphabet, value[i]);
 }
 
 constexpr int kStrengths = 2;  // words between a port's states and its code
@@ -98,8 +117,7 @@ void DumpItems::HoldText(char letter, std::string_view value, const Alphabet& al
     value.remove_prefix(value.size() - kLongestValue);
   }
   text_[0] = letter;
-  std::transform(value.begin(), value.end(), text_.begin() + 1,
-                 [&alphabet](char c) { return In(alphabet, c); });
+  Translate(value, text_.data() + 1, alphabet);
   length_ = value.size() + 1;
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "cli/declaration_reader.h"
-#include "cli/dump_format.h"
 #include "cli/dump_writer.h"
 #include "cli/exit_status.h"
 #include "cli/new_codes.h"
@@ -162,14 +161,7 @@ void MoveToFront(Declarations& declarations, std::uint32_t scope) {
 }
 
 Declarations ReadHeader(DumpWords& words, const PrepareOptions& options) {
-  const ForeignFormat format = ForeignFormatOf(words.FirstBytes());
-  if (!format.name.empty()) {
-    throw Failure(ExitStatus::Unusable, options.dump + ": " + ForeignText(format));
-  }
-  Declarations declarations = DeclarationReader(words).Read();
-  if (declarations.variables.empty()) {
-    throw Failure(ExitStatus::Unusable, options.dump + ": declares no variable; is it a VCD file?");
-  }
+  Declarations declarations = ReadDeclarations(words, options.dump);
   if (options.top.empty()) return declarations;
   const std::uint32_t top = FindScope(declarations, options.top);
   if (top == Declarations::kDump) {

@@ -5,6 +5,10 @@
 
 namespace kesncd_cli {
 
+void SlotWatch::PutDigits(std::string_view stamp) {
+  Put(stamp.substr(0, stamp.find_first_not_of("0123456789")), false);
+}
+
 void SlotWatch::Put(std::string_view word, bool isEnded) {
   if (slot_.size() <= word.size()) slot_.resize(word.size() + 1);
   std::copy(word.begin(), word.end(), slot_.begin());

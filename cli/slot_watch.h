@@ -15,13 +15,14 @@ class SlotWatch {
   /// Every word of the dump, in order.
   void Take(std::string_view word, bool startsLine) {
     index_ = startsLine ? 0 : index_ + 1;
-    if (index_ == 0 && word.size() > 1 && word.front() == '#') Put(word.substr(1), false);
+    if (index_ == 0 && word.front() == '#') PutDigits(word.substr(1));
     if (index_ == 1) Put(word, true);
   }
   /// The stamp that was the last word taken.
   double Stamp() const;
 
  private:
+  void PutDigits(std::string_view stamp);
   void Put(std::string_view word, bool isEnded);
 
   std::size_t index_ = 0;

@@ -12,32 +12,12 @@
 #include "cli/prepare.h"
 #include "cli/time_text.h"
 #include "tests/support.h"
+#include "tests/text_stream.h"
 
 namespace orsa::kesncd {
 namespace {
 
 using namespace kesncd_cli;
-
-class TextSource : public ByteSource {
- public:
-  TextSource(const std::string& text, std::size_t chunk) : text_(text), chunk_(chunk) {}
-  std::size_t Read(char* to, std::size_t most) override {
-    const std::size_t got = text_.copy(to, std::min(most, chunk_), at_);
-    at_ += got;
-    return got;
-  }
-
- private:
-  const std::string text_;
-  const std::size_t chunk_;
-  std::size_t at_ = 0;
-};
-
-class TextSink : public ByteSink {
- public:
-  void Write(std::string_view bytes) override { text += bytes; }
-  std::string text;
-};
 
 struct Prepared {
   std::string text;
