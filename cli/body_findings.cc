@@ -14,8 +14,7 @@ constexpr double kUnknownShare = 0.01;  // of a signal's changes
 class BodyCheck {
  public:
   BodyCheck(DumpWords& words, const SlotWatch& watch, const Declarations& declarations)
-      : words_(words),
-        watch_(watch),
+      : watch_(watch),
         declarations_(declarations),
         items_(words, declarations),
         counts_(declarations.codes.size()) {}
@@ -137,7 +136,6 @@ class BodyCheck {
     return {text.data(), end.ptr};
   }
 
-  DumpWords& words_;
   const SlotWatch& watch_;
   const Declarations& declarations_;
   DumpItems items_;
