@@ -20,7 +20,7 @@ constexpr std::size_t kLongestType = 20;
 /// A name as every reader can take it: not too long for a line, and no keyword.
 std::string Fitting(std::string name, std::uint32_t number) {
   const Keyword keyword = KeywordOf(name);
-  if (StartsSection(keyword) || keyword == Keyword::End) name.insert(0, "_");
+  if (StartsSection(keyword) || keyword == Keyword::End) name.insert(name.begin(), '_');
   if (name.size() <= kLongestName) return name;
   return name.substr(0, kLongestName) + "_" + std::to_string(number);
 }
