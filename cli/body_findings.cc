@@ -64,7 +64,7 @@ class BodyCheck {
   void CheckLine() {
     const ItemPlace& place = items_.place();
     if (!place.startsLine) {
-      if (last_ == ItemKind::Stamp) sharedStamps_.Add(place.line, "#" + std::to_string(lastTick_));
+      if (last_ == ItemKind::Stamp) sharedStamps_.Add(place.line, StampText(lastTick_));
       if (last_ == ItemKind::Command) sharedCommands_.Add(place.line, "");
     }
     last_ = items_.kind();
@@ -97,7 +97,7 @@ class BodyCheck {
   void TakeStamp() {
     const std::uint64_t ticks = items_.ticks();
     if (facts_.stamps > 0 && ticks < lastTick_) {
-      backward_.Add(items_.place().line, "#" + std::to_string(ticks));
+      backward_.Add(items_.place().line, StampText(ticks));
     }
     readLast_ = watch_.Stamp();
     if (facts_.stamps++ == 0) {
@@ -128,6 +128,11 @@ class BodyCheck {
       shares.Add(variable.line, shares ? "" : declarations_.PathOf(variable));
     }
     return shares;
+  }
+
+  static std::string StampText(std::uint64_t ticks) {
+    std::string text(1, '#');
+    return text += std::to_string(ticks);
   }
 
   static std::string TickText(double ticks) {

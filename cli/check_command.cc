@@ -86,9 +86,10 @@ std::string LastLine(std::size_t findings, const Declarations& declarations,
                        static_cast<double>(*declarations.tick) / kFemtosecondsPerNanosecond) +
                 " ns"
           : "no time";
-  return std::to_string(findings) + " findings; " + std::to_string(declarations.variables.size()) +
-         " signals with " + std::to_string(body.changes) + " changes in " + span +
-         "; a good top module is " + NameOfTop(declarations);
+  return std::to_string(findings) + (findings == 1 ? " finding; " : " findings; ") +
+         std::to_string(declarations.variables.size()) + " signals with " +
+         std::to_string(body.changes) + " changes in " + span + "; a good top module is " +
+         NameOfTop(declarations);
 }
 
 ExitStatus Run(const Options& options) {

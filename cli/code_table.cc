@@ -23,7 +23,7 @@ std::uint32_t CodeTable::AddPacked(std::uint64_t key) {
   Slot& slot = slots_[SlotOf(key)];
   if (slot.key != 0) return slot.number;
   slot = {key, size_};
-  if (2U * ++packed_ > slots_.size()) {
+  if (std::size_t{2} * ++packed_ > slots_.size()) {
     const std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(2 * slots_.size()));
     for (const Slot& held : old) {
       if (held.key != 0) slots_[SlotOf(held.key)] = held;

@@ -1,8 +1,10 @@
 #include "cli/declaration_reader.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <limits>
+#include <string_view>
 
 #include "cli/dump_format.h"
 #include "cli/exit_status.h"
@@ -20,7 +22,7 @@ constexpr std::size_t kLongestType = 20;
 /// A name as every reader can take it: not too long for a line, and no keyword.
 std::string Fitting(std::string name, std::uint32_t number) {
   const Keyword keyword = KeywordOf(name);
-  if (StartsSection(keyword) || keyword == Keyword::End) name.insert(0, "_");
+  if (StartsSection(keyword) || keyword == Keyword::End) name.insert(name.begin(), '_');
   if (name.size() <= kLongestName) return name;
   return name.substr(0, kLongestName) + "_" + std::to_string(number);
 }
@@ -55,11 +57,10 @@ void JoinSize(std::vector<std::string>& words) {
 }
 
 bool IsScopeKind(const std::string& word) {
-  for (const char* kind : {"module", "task", "function", "begin", "fork", "generate", "struct",
-                           "union", "class", "interface", "package", "program"}) {
-    if (word == kind) return true;
-  }
-  return false;
+  static constexpr std::array<std::string_view, 12> kKinds{
+      "module", "task",  "function", "begin",     "fork",    "generate",
+      "struct", "union", "class",    "interface", "package", "program"};
+  return std::find(kKinds.begin(), kKinds.end(), word) != kKinds.end();
 }
 
 /// Whether the line readers take the scope for one of the tree.

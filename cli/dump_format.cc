@@ -42,7 +42,7 @@ ForeignFormat ForeignFormatOf(std::string_view firstBytes) {
   }
   // A text has no NULs; a dump that a crash left with a hole does, but not without a keyword first.
   const std::string_view head = firstBytes.substr(0, kLooked);
-  if (head.find('\0') != head.npos && head.find('$') > head.find('\0')) {
+  if (head.find('\0') != std::string_view::npos && head.find('$') > head.find('\0')) {
     return {"a binary file", "have the simulator write VCD"};
   }
   return {};

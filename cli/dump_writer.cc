@@ -81,7 +81,7 @@ std::string DumpWriter::RootName() const {
   std::unordered_set<std::string_view> names;
   for (const DumpScope& scope : declarations_.scopes) names.insert(scope.name);
   std::string name = "all_scopes";
-  while (names.count(name) > 0) name += '_';
+  while (names.contains(name)) name += '_';
   return name;
 }
 

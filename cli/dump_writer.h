@@ -60,10 +60,10 @@ inline void DumpWriter::Put(std::string_view text) {
 }
 
 inline void DumpWriter::PutScalar(char value, const char* code) {
-  if (held_.size() - used_ < codes_.kReadAhead + 2) Flush();
+  if (held_.size() - used_ < NewCodes::kReadAhead + 2) Flush();
   char* const at = held_.data() + used_;
   at[0] = value;
-  std::memcpy(at + 1, code, codes_.kReadAhead);
+  std::memcpy(at + 1, code, NewCodes::kReadAhead);
   at[1 + codes_.length()] = '\n';
   used_ += codes_.length() + 2;
 }

@@ -173,7 +173,7 @@ TEST(Check, FindsWhatIsKnownOfRealDumps) {
         {WrongScope, 14},
         {Foreign, 24},
         {GrammarCodes, 12},
-        {Unknown, 84}}},
+        {Unknown, 81}}},
       {"verilator-structs.vcd",
        {{UnreadTimescale, 1, 2},
         {Unreachable, 45},

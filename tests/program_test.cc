@@ -122,6 +122,24 @@ TEST(Program, EndsAsItSays) {
        "net,freq_mhz,source\r\nd_1,0,dump\r\nclk,33\\.3+\\d*,dump\r\nnone,,\r\n", ""},
       {"extract d.vcd --top tb --nets nets", 0, "(.|\n)*\n2 of 3 nets reached, 2 from .*\n", ""},
       {"extract d.vcd --top tb --nets no", 2, "", "kesncd: no: .*\n"},
+      {"prepare d.vcd", 0, "\\$timescale\n1ns\n\\$end\n\\$scope module tb \\$end\n(.|\n)*", ""},
+      {"prepare flat.vcd --timescale 1ns -o p.vcd && kesncd check p.vcd && rm p.vcd", 0,
+       "finding .*\n0 findings; 3 signals with 5 changes in 30 ns; a good top module is tb\n", ""},
+      {"prepare flat.vcd -o /dev/null", 0, "", "kesncd: flat.vcd: it has no time scale, .*\n"},
+      {"prepare d.vcd --begin 1us", 1, "", "kesncd: d.vcd: nothing lies in the window\n"},
+      {"prepare d.vcd --begin 1.5", 2, "", "kesncd: .*1.5 is no time such as 1.5us or 10ps\n.*\n"},
+      {"prepare d.vcd --begin 2ns --end 1ns", 2, "", "kesncd: .*lies before --begin\n.*\n"},
+      {"prepare d.vcd --top none", 1, "", "kesncd: d.vcd: has no scope none\n"},
+      {"prepare names", 2, "", "kesncd: names: declares no variable; is it a VCD file\\?\n"},
+      {"prepare .", 2, "", "kesncd: .: is a directory\n"},
+      {"prepare d.vcd > /dev/full", 3, "", "kesncd: standard output: .*No space.*\n"},
+      {"check flat.vcd --format csv", 1,
+       "finding,count,of,line,example,remedy\r\nno time scale: all (.|\r|\n)*", ""},
+      {"check d.vcd --format json", 1,
+       "\\{\n  \"dump\": \"d.vcd\",\n  \"timescale_ns\": 1.0,(.|\n)*\"span_ns\": 30.0,(.|\n)*"
+       "\"modules\": \"tb, tb/u1\",(.|\n)*",
+       ""},
+      {"check no.vcd", 2, "", "kesncd: no.vcd: .*\n"},
       {"--version", 0, "kesncd \\d+\\.\\d+\\.\\d+\n", ""},
       {"tree --help", 0, "[^\n]*\n\nExamples:\n(.|\n)*", ""},
   };
@@ -139,6 +157,7 @@ TEST(Program, ReplacesAFileOnlyByACompleteOne) {
   dir.Write("d.vcd", kDump);
   dir.Write("out", "earlier");
   EXPECT_EQ(Shell(dir.Path("."), "kesncd flat d.vcd --top no -o out 2>&1").status, 1);
+  EXPECT_EQ(Shell(dir.Path("."), "kesncd prepare d.vcd --begin 1s -o out 2>&1").status, 1);
   EXPECT_EQ(ReadAll(dir.Path("out")), "earlier");
   EXPECT_EQ(Shell(dir.Path("."), "kesncd find d.vcd d[0] -o out 2>&1").out, "");
   EXPECT_EQ(ReadAll(dir.Path("out")),
