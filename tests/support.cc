@@ -59,6 +59,16 @@ std::string ReadAll(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+std::vector<std::string> Cut(const std::string& text, const std::string& separator) {
+  std::vector<std::string> parts;
+  std::size_t start = 0;
+  for (std::size_t end = 0; end != std::string::npos; start = end + separator.size()) {
+    end = text.find(separator, start);
+    parts.push_back(text.substr(start, end - start));
+  }
+  return parts;
+}
+
 std::string TopModCounts() {
   std::string text;
   for (int i = 0; i < topMod.GetSignalSize(); ++i) {

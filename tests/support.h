@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "kesncd/kesncd.h"
 
@@ -56,6 +57,9 @@ class TextStream {
 };
 
 std::string ReadAll(const std::string& path);
+
+/// The parts of a text between separators.
+std::vector<std::string> Cut(const std::string& text, const std::string& separator);
 
 /// "name=count name=count ..." of topMod's signals.
 std::string TopModCounts();

@@ -12,8 +12,9 @@ CommonData registry;
 NcdData database;
 
 /// Writes a call down; false when it is to fail.
-bool Called(const std::string& operation, const std::string& arguments = "") {
-  testHost.calls += operation + arguments + "; ";
+bool Called(const std::string& call) {
+  testHost.calls += call + "; ";
+  const std::string operation = call.substr(0, call.find(' '));
   if (testHost.throwing == operation) throw std::runtime_error(operation);
   return testHost.failing != operation;
 }
@@ -22,7 +23,7 @@ bool Called(const std::string& operation, const std::string& arguments = "") {
 
 FileData::~FileData() = default;
 int FileData::getIsSourceUpdated(int which) {
-  return Called("getIsSourceUpdated", std::string(" ").append(std::to_string(which))) ? 7 : 0;
+  return Called("getIsSourceUpdated " + std::to_string(which)) ? 7 : 0;
 }
 NC_DESIGN* NcdData::findData() {
   return Called("findData") ? &testHost.loaded : nullptr;
@@ -47,7 +48,7 @@ NC_DESIGN* CommonData::findNcdPtr() {
   return Called("findNcdPtr") ? &testHost.current : nullptr;
 }
 void CommonData::setNcdSource(const char* source, const char* preferences) {
-  Called("setNcdSource", std::string(" '") + source + "' '" + preferences + "'");
+  Called(std::string("setNcdSource '") + source + "' '" + preferences + "'");
 }
 
 NCD_EXTRACTION::NCD_EXTRACTION() : state(&testHost) {
@@ -61,15 +62,14 @@ std::intptr_t NCD_EXTRACTION::extractNCD(NC_DESIGN* design, std::string designNa
                                          std::string scope,
                                          std::map<std::string, double> frequencies) {
   std::ostringstream given;
-  given << ' ' << (design == nullptr ? "null" : design->name) << ' ' << designName << ' ' << scope
-        << ' ' << option;
+  given << "extractNCD " << design->name << ' ' << designName << ' ' << scope << ' ' << option;
   for (const auto& [net, frequency] : frequencies) given << ' ' << net << '=' << frequency;
-  return Called("extractNCD", given.str()) ? std::intptr_t{-42} : 0;
+  return Called(given.str()) ? std::intptr_t{-42} : 0;
 }
 
 PD_SECTION::~PD_SECTION() = default;
 PD_SECTION* PD_DATA::GetSection(const char* name) {
-  return Called("GetSection", std::string(" ") + name) ? testHost.section : nullptr;
+  return Called(std::string("GetSection ") + name) ? testHost.section : nullptr;
 }
 const char* PD_TABLE::GetValueAt(int row, int column) {
   if (testHost.cell) return testHost.cell(*this, row, column);
