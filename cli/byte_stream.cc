@@ -1,6 +1,7 @@
 #include "cli/byte_stream.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -16,10 +17,14 @@ namespace {
   throw Failure(ExitStatus::Unusable, path + ": " + std::strerror(errno));
 }
 
+int Open(const std::string& path) {
+  if (path == "-") return fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+  return open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
+
 }  // namespace
 
-FileSource::FileSource(const std::string& path)
-    : path_(path), file_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+FileSource::FileSource(const std::string& path) : path_(path), file_(Open(path)) {
   if (file_ < 0) Fail(path);
 }
 
@@ -34,6 +39,33 @@ std::size_t FileSource::Read(char* to, std::size_t most) {
   } while (got < 0 && errno == EINTR);
   if (got < 0) Fail(path_);
   return static_cast<std::size_t>(got);
+}
+
+std::uint64_t FileSource::size() const {
+  struct stat status {};
+  const bool isFile = fstat(file_, &status) == 0 && S_ISREG(status.st_mode);
+  return isFile ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::size_t ResumedSource::Read(char* to, std::size_t most) {
+  if (given_ == start_.size()) return rest_->Read(to, most);
+  const std::size_t got = start_.copy(to, most, given_);
+  given_ += got;
+  if (given_ == start_.size()) {
+    start_ = {};
+    given_ = 0;
+  }
+  return got;
+}
+
+std::size_t ReadFully(ByteSource& source, char* to, std::size_t most) {
+  std::size_t held = 0;
+  while (held < most) {
+    const std::size_t got = source.Read(to + held, most - held);
+    if (got == 0) break;
+    held += got;
+  }
+  return held;
 }
 
 }  // namespace kesncd_cli

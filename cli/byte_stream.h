@@ -4,6 +4,8 @@
 #define KESNCD_CLI_BYTE_STREAM_H_
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -32,7 +34,7 @@ class ByteSink {
   virtual void Write(std::string_view bytes) = 0;
 };
 
-/// A file, read as it is.
+/// A file, read as it is; "-" is standard input.
 class FileSource : public ByteSource {
  public:
   /// Throws Failure for what cannot be opened.
@@ -40,11 +42,30 @@ class FileSource : public ByteSource {
   ~FileSource() override;
 
   std::size_t Read(char* to, std::size_t most) override;
+  /// Its bytes; 0 where that is not known, as of a pipe.
+  std::uint64_t size() const;
 
  private:
   const std::string path_;
   const int file_;
 };
+
+/// Bytes that were read before, then the rest of what they came from.
+class ResumedSource : public ByteSource {
+ public:
+  ResumedSource(std::string start, std::unique_ptr<ByteSource> rest)
+      : start_(std::move(start)), rest_(std::move(rest)) {}
+
+  std::size_t Read(char* to, std::size_t most) override;
+
+ private:
+  std::string start_;
+  std::size_t given_ = 0;
+  const std::unique_ptr<ByteSource> rest_;
+};
+
+/// Fills `to` as far as the source goes.
+std::size_t ReadFully(ByteSource& source, char* to, std::size_t most);
 
 }  // namespace kesncd_cli
 

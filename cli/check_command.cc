@@ -1,7 +1,6 @@
 // kesncd check: what the library's readers would get wrong in a dump.
 #include <memory>
 
-#include "cli/byte_stream.h"
 #include "cli/commands.h"
 #include "cli/dump_findings.h"
 
@@ -10,7 +9,7 @@ namespace kesncd_cli {
 namespace {
 
 struct Options {
-  std::string dump;
+  InputOptions input;
   OutputOptions output;
 };
 
@@ -93,10 +92,11 @@ std::string LastLine(std::size_t findings, const Declarations& declarations,
 }
 
 ExitStatus Run(const Options& options) {
-  CheckInput(options.dump);
-  FileSource source(options.dump);
-  const auto [declarations, body, findings] = CheckDump(source, options.dump);
-  Report report{Facts(options.dump, declarations, body),
+  const std::string name = NameOf(options.input);
+  UnpackedSource dump = OpenDump(options.input);
+  const auto [declarations, body, findings] = CheckDump(*dump.bytes, name, dump.packing);
+  dump.bytes.reset();
+  Report report{Facts(name, declarations, body),
                 "findings",
                 {"finding", "count", "of", "line", "example", "remedy"},
                 {},
@@ -114,7 +114,7 @@ ExitStatus Run(const Options& options) {
 void AddCheckCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("check", kHelp);
   const auto options = std::make_shared<Options>();
-  command->add_option("DUMP", options->dump, "value change dump")->required();
+  AddDumpOptions(*command, options->input);
   AddOutputOptions(*command, options->output);
   command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
 }

@@ -1,7 +1,9 @@
 // kesncd clocks: the clock frequencies of a timing report.
-#include <fstream>
+#include <map>
 #include <memory>
+#include <optional>
 
+#include "cli/clock_comparison.h"
 #include "cli/commands.h"
 #include "kesncd/kesncd.h"
 
@@ -10,6 +12,7 @@ namespace kesncd_cli {
 namespace {
 
 struct ClocksOptions {
+  InputOptions input;  // the dump to compare with, if any
   std::string report;
   int mode = 0;
   bool earlierReader = false;
@@ -21,24 +24,58 @@ constexpr char kHelp[] =
     "\n"
     "Examples:\n"
     "  kesncd clocks soc.twr             the lower of constraint and achieved frequency\n"
-    "  kesncd clocks soc.twr --mode 2    the achieved frequency\n";
+    "  kesncd clocks soc.twr --mode 2    the achieved frequency\n"
+    "  kesncd clocks soc.twr --dump sim.vcd    beside what ran in the simulation\n"
+    "\n"
+    "With a dump, clocks that run at a frequency more than 10 % off the report's are named.\n";
 
-ExitStatus Run(const ClocksOptions& options) {
+void ReadClocks(orsa::kesncd::KesNCD& analyser, const ClocksOptions& options) {
   CheckReadable(options.report);
-  orsa::kesncd::KesNCD analyser;
   analyser.twrFile = options.report;
   if (options.earlierReader) {
     analyser.ReadTWR(options.mode);
   } else {
     analyser.ReadTWR2(options.mode);
   }
+}
+
+/// Reads the dump and gives the frequency of each clock that it holds.
+std::map<std::string, double> ClocksOfDump(orsa::kesncd::KesNCD& analyser,
+                                           const ClocksOptions& options) {
+  std::map<std::string, double> found;
+  DumpInput input(options.input);
+  ReadTree(analyser, input);
+  const orsa::kesncd::VmodHier& root = *analyser.hierRoot;
+  for (const auto& [name, promised] : analyser.clockFreqs) {
+    double frequency = 0.0;
+    if (root.FindSignalFreqHier(root.name, name, frequency, true)) found.emplace(name, frequency);
+  }
+  SayWrongClocks(input.name(), analyser.clockFreqs, [&](const std::string& name) {
+    const auto place = found.find(name);
+    return place == found.end() ? std::nullopt : std::optional<double>(place->second);
+  });
+  return found;
+}
+
+ExitStatus Run(const ClocksOptions& options) {
+  orsa::kesncd::KesNCD analyser;
+  ReadClocks(analyser, options);
+  const bool compares = !options.input.dump.empty();
   Report report{{{"report", options.report}, {"mode", std::int64_t{options.mode}}},
                 "clocks",
                 {"clock", "freq_mhz"},
                 {},
                 ""};
+  std::map<std::string, double> found;
+  if (compares) {
+    report.columns.emplace_back("dump_freq_mhz");
+    found = ClocksOfDump(analyser, options);
+  }
   for (const auto& [name, frequency] : analyser.clockFreqs) {
     report.rows.push_back({name, frequency});
+    if (!compares) continue;
+    const auto place = found.find(name);
+    report.rows.back().push_back(place == found.end() ? Cell() : Cell(place->second));
   }
   WriteReport(report, options.output);
   if (!report.rows.empty()) return ExitStatus::Done;
@@ -61,6 +98,9 @@ void AddClocksCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("clocks", kHelp);
   const auto options = std::make_shared<ClocksOptions>();
   command->add_option("REPORT", options->report, "timing report")->required();
+  command->add_option("--dump", options->input.dump, "compare with the clocks of a dump")
+      ->type_name("DUMP");
+  AddReadingFlags(*command, options->input);
   AddModeOption(*command, options->mode);
   command->add_flag("--earlier-reader", options->earlierReader,
                     "close a row at its \";\", as older versions did");

@@ -1,11 +1,14 @@
 // What several commands do alike.
+#include <unistd.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 
 #include "cli/commands.h"
-#include "cli/dump_header.h"
+#include "cli/terminal.h"
 #include "kesncd/kesncd.h"
 
 namespace kesncd_cli {
@@ -14,16 +17,31 @@ namespace {
 
 constexpr std::size_t kModulesShown = 12;
 
-std::string ModulesText(const DumpHeader& header) {
-  if (header.modules.empty()) return "it declares no module; is it a VCD file?";
-  std::string text = "its modules are ";
-  for (std::size_t i = 0; i < header.modules.size() && i < kModulesShown; ++i) {
-    text += (i > 0 ? ", " : "") + header.modules[i];
+/// The modules that --top can name.
+std::string ModulesText(const DumpInput& input) {
+  const Declarations& declarations = input.declarations();
+  std::string text;
+  std::size_t modules = 0;
+  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
+    const DumpScope& scope = declarations.scopes[i];
+    if (scope.kind != "module" && !input.isPrepared()) continue;
+    if (modules++ < kModulesShown) text += (text.empty() ? "" : ", ") + declarations.PathOf(i);
   }
-  if (header.modules.size() > kModulesShown) {
-    text += " and " + std::to_string(header.modules.size() - kModulesShown) + " more";
-  }
-  return text + "; --top takes the last part of such a path";
+  if (modules > kModulesShown) text += " and " + std::to_string(modules - kModulesShown) + " more";
+  return "its modules are " + text + "; --top takes the last part of such a path";
+}
+
+/// The flat run goes by the name alone.
+void SayWhetherAmbiguous(const DumpInput& input, const std::string& top) {
+  const auto& scopes = input.declarations().scopes;
+  const auto isMeant = [&](const DumpScope& scope) {
+    return scope.name == top && !scope.variables.empty() &&
+           (scope.kind == "module" || input.isPrepared());
+  };
+  const auto meant = std::count_if(scopes.begin(), scopes.end(), isMeant);
+  if (meant < 2) return;
+  Say(input.name(),
+      std::to_string(meant) + " modules are called " + top + "; their signals are taken together");
 }
 
 std::string WithoutLastNewline(std::string text) {
@@ -31,12 +49,23 @@ std::string WithoutLastNewline(std::string text) {
   return text;
 }
 
+void AddDump(CLI::App& command, InputOptions& options) {
+  command
+      .add_option("DUMP", options.dump, "value change dump, plain or packed; - for standard input")
+      ->required();
+}
+
+void AddQuiet(CLI::App& command, InputOptions& options) {
+  command.add_flag("-q,--quiet", options.quiet, "show no progress");
+}
+
 }  // namespace
 
 void Say(const std::string& subject, const std::string& text) {
+  const std::string program = Bold(STDERR_FILENO, "kesncd:");
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    std::cerr << "kesncd: " << (subject.empty() ? "" : subject + ": ") << line << "\n";
+    std::cerr << program << " " << (subject.empty() ? "" : subject + ": ") << line << "\n";
   }
 }
 
@@ -53,34 +82,47 @@ void AddOutputOptions(CLI::App& command, OutputOptions& options) {
   command.add_option("-o,--output", options.path, "write the result to FILE")->type_name("FILE");
 }
 
-void CheckInput(const std::string& path) {
+void AddDumpOptions(CLI::App& command, InputOptions& options) {
+  AddDump(command, options);
+  AddQuiet(command, options);
+}
+
+void AddReadingFlags(CLI::App& command, InputOptions& options) {
+  command.add_flag("--as-is", options.asIs,
+                   "read the dump untouched, as a host does, also where that gives wrong figures");
+  AddQuiet(command, options);
+}
+
+void AddInputOptions(CLI::App& command, InputOptions& options) {
+  AddDump(command, options);
+  AddReadingFlags(command, options);
+}
+
+void CheckReadable(const std::string& path) {
   std::error_code ignored;
   if (std::filesystem::is_directory(path, ignored)) {
     throw Failure(ExitStatus::Unusable, path + ": is a directory");
   }
-}
-
-void CheckReadable(const std::string& path) {
-  CheckInput(path);
   if (!std::ifstream(path).is_open())
     throw Failure(ExitStatus::Unusable, path + ": cannot be read");
 }
 
-void SayWhyZero(const std::string& dump) {
+void SayWhyZero(const DumpInput& input) {
   using namespace orsa::kesncd;
   if (timeScale == 0.0) {
-    Say(dump,
-        "no time scale was read, so all frequencies are 0: it must stand on a line of its own "
-        "behind a line that holds \"$timescale\" alone");
+    Say(input.name(),
+        "no time scale was read, so all frequencies are 0; kesncd prepare supplies one");
   } else if (endCycle == startCycle) {
-    Say(dump, "the dump spans no time, so all frequencies are 0");
+    Say(input.name(), "the dump spans no time, so all frequencies are 0");
   }
 }
 
-void ReadTree(orsa::kesncd::KesNCD& analyser, const std::string& dump) {
+void ReadTree(orsa::kesncd::KesNCD& analyser, DumpInput& input) {
   std::string message;
-  if (!analyser.SetVCDFileHier(dump, {}, message)) throw RunFailure(dump, message);
-  SayWhyZero(dump);
+  const bool isRead = input.Read(
+      [&](const std::string& path) { return analyser.SetVCDFileHier(path, {}, message); });
+  if (!isRead) throw RunFailure(input, message);
+  SayWhyZero(input);
   std::set<const orsa::kesncd::VmodHier*> unreachable;
   for (const auto& [code, scopes] : analyser.codeIndex) {
     for (const orsa::kesncd::VmodHier* scope : scopes) {
@@ -88,18 +130,31 @@ void ReadTree(orsa::kesncd::KesNCD& analyser, const std::string& dump) {
     }
   }
   if (unreachable.empty()) return;
-  Say(dump, std::to_string(unreachable.size()) +
-                " further top-level scopes with signals cannot be reached from the root " +
-                analyser.hierRoot->name);
+  Say(input.name(), std::to_string(unreachable.size()) +
+                        " further top-level scopes with signals cannot be reached from the root " +
+                        analyser.hierRoot->name);
 }
 
-Failure RunFailure(const std::string& dump, const std::string& libraryMessage) {
-  const std::string message = dump + ": " + WithoutLastNewline(libraryMessage);
-  if (orsa::kesncd::isTopModNameEverMatched == 0 && std::ifstream(dump).is_open()) {
-    return {ExitStatus::NothingMatched,
-            message + "\n" + dump + ": " + ModulesText(ReadDumpHeader(dump))};
-  }
-  return {ExitStatus::Unusable, message};
+void ReadFlat(orsa::kesncd::KesNCD& analyser, DumpInput& input,
+              const std::set<std::string>& signals, const std::string& top) {
+  SayWhetherAmbiguous(input, top);
+  analyser.SetTopModule(top);
+  std::string message;
+  const bool isRead = input.Read(
+      [&](const std::string& path) { return analyser.SetVCDFile(path, signals, message); });
+  if (!isRead) throw RunFailure(input, message);
+}
+
+std::set<std::string> AllNames(const DumpInput& input) {
+  std::set<std::string> names;
+  for (const DumpVariable& variable : input.declarations().variables) names.insert(variable.name);
+  return names;
+}
+
+Failure RunFailure(const DumpInput& input, const std::string& libraryMessage) {
+  const std::string message = input.name() + ": " + WithoutLastNewline(libraryMessage);
+  if (orsa::kesncd::isTopModNameEverMatched != 0) return {ExitStatus::Unusable, message};
+  return {ExitStatus::NothingMatched, message + "\n" + input.name() + ": " + ModulesText(input)};
 }
 
 std::vector<std::string> ReadNames(const std::string& path) {

@@ -4,8 +4,10 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <set>
 #include <string>
 
+#include "cli/dump_input.h"
 #include "cli/exit_status.h"
 #include "cli/output.h"
 #include "kesncd/kesncd.h"
@@ -27,22 +29,33 @@ void AddExtractCommand(CLI::App& app, Action& chosen);
 
 /// Adds --mode of the timing report.
 void AddModeOption(CLI::App& command, int& mode);
+/// Adds the dump and --quiet.
+void AddDumpOptions(CLI::App& command, InputOptions& options);
+/// Adds --as-is and --quiet, of commands whose figures are the library's.
+void AddReadingFlags(CLI::App& command, InputOptions& options);
+/// Adds the dump with these.
+void AddInputOptions(CLI::App& command, InputOptions& options);
 /// Adds --format and -o.
 void AddOutputOptions(CLI::App& command, OutputOptions& options);
 
-/// Throws Failure for an input that no command can use: a directory. The library reports the rest.
-void CheckInput(const std::string& path);
 /// Throws Failure for a file that cannot be opened, where the library would not say so.
 void CheckReadable(const std::string& path);
 
 /// Says what keeps all frequencies of a run at 0.
-void SayWhyZero(const std::string& dump);
+void SayWhyZero(const DumpInput& input);
 
 /// Reads the module tree, which then has a root. Says how much of the dump cannot be reached in it.
-void ReadTree(orsa::kesncd::KesNCD& analyser, const std::string& dump);
+void ReadTree(orsa::kesncd::KesNCD& analyser, DumpInput& input);
+
+/// Does the flat run of a module.
+void ReadFlat(orsa::kesncd::KesNCD& analyser, DumpInput& input,
+              const std::set<std::string>& signals, const std::string& top);
+
+/// All names that a dump declares.
+std::set<std::string> AllNames(const DumpInput& input);
 
 /// The library's message for a dump, with what helps behind it.
-Failure RunFailure(const std::string& dump, const std::string& libraryMessage);
+Failure RunFailure(const DumpInput& input, const std::string& libraryMessage);
 
 /// Reads a file of names, one a line, blank lines and those that start with "#" left out.
 std::vector<std::string> ReadNames(const std::string& path);

@@ -54,7 +54,9 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
   findings.Add(FindingKind::ScopeLines, lines.scopeLines);
   findings.Add(FindingKind::Split, lines.split);
   findings.Add(FindingKind::Late, lines.late);
+  findings.Add(FindingKind::Comments, lines.comments);
   findings.Add(FindingKind::GrammarCodes, lines.grammarCodes);
+  findings.Add(FindingKind::Attributes, lines.attributes);
   findings.Add(FindingKind::Malformed, declarations.malformed);
   FindEmptyTop(declarations, findings);
   FindAliases(declarations, findings);

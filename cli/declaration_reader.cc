@@ -68,6 +68,11 @@ bool IsTreeKind(const std::string& kind) {
   return kind == "module" || kind == "function" || kind == "task";
 }
 
+/// A section that changes what the declarations after it mean.
+bool IsDeclaring(Keyword keyword) {
+  return keyword >= Keyword::Timescale && keyword <= Keyword::EndDefinitions;
+}
+
 bool IsStamp(std::string_view word) {
   return word.size() > 1 && word[0] == '#' && word[1] >= '0' && word[1] <= '9';
 }
@@ -114,7 +119,12 @@ bool DeclarationReader::TakeWord() {
 void DeclarationReader::TakeSection(Keyword keyword) {
   if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
   lineTally_ = nullptr;
-  section_ = {std::move(section_.words), words_.Line(), 0, 0, 0, words_.StartsLine()};
+  const bool isPlain = std::none_of(words_.Word().begin(), words_.Word().end(),
+                                    [](char c) { return c >= 'A' && c <= 'Z'; });
+  section_ = {std::move(section_.words), words_.Line(), 0, 0, 0, words_.StartsLine(), isPlain};
+  if (keyword == Keyword::Section || keyword == Keyword::Close) {
+    result_.lines.attributes.Add(section_.line, words_.Word());
+  }
   if (keyword == Keyword::EndDefinitions || keyword == Keyword::Upscope) {
     ReadEnd();
   } else {
@@ -155,6 +165,9 @@ void DeclarationReader::ReadSection(Keyword keyword) {
       repeat_ = true;
       return;
     }
+    if (words_.StartsLine() && (IsDeclaring(next) || IsDumpCommand(next))) {
+      result_.lines.comments.Add(words_.Line(), words_.Word());
+    }
     if (section_.words.empty()) section_.firstLine = words_.Line();
     section_.lastLine = words_.Line();
     if (section_.words.size() < kWordsKept) section_.words.emplace_back(words_.Word());
@@ -166,10 +179,10 @@ void DeclarationReader::TakeTimescale() {
   result_.timescaleLine = section_.line;
   result_.tick = Femtoseconds(result_.timescale);
   if (result_.tick == 0U) result_.tick.reset();
-  result_.lines.timescale = section_.startsLine && section_.firstLine > section_.line &&
-                            section_.firstLine == section_.lastLine &&
-                            section_.endLine != section_.lastLine && section_.words.size() <= 2 &&
-                            IsPlainTimescale(result_.timescale);
+  result_.lines.timescale =
+      section_.startsLine && section_.isPlain && section_.firstLine > section_.line &&
+      section_.firstLine == section_.lastLine && section_.endLine != section_.lastLine &&
+      section_.words.size() <= 2 && IsPlainTimescale(result_.timescale);
 }
 
 void DeclarationReader::OpenScope() {
@@ -230,13 +243,15 @@ void DeclarationReader::Declare() {
   variable.type = words[0].substr(0, kLongestType);
   variable.width = WidthOf(words[1]);
   variable.code = result_.codes.Add(words[2]);
+  result_.longestCode = std::max(result_.longestCode, words[2].size());
   variable.scope = current_;
   variable.line = section_.line;
   for (std::uint32_t scope = current_; !result_.scopes[scope].populated;
        scope = result_.scopes[scope].parent) {
     result_.scopes[scope].populated = true;
   }
-  CheckLine(result_.lines.overlooked, count == 4 || count == 5, variable.name);
+  const bool fits = (count == 4 || count == 5) && variable.name.size() <= kLongestName;
+  CheckLine(result_.lines.overlooked, fits, variable.name);
   FollowVariable(variable, words[2].front());
   result_.scopes[current_].variables.push_back(number);
   result_.variables.push_back(std::move(variable));
@@ -250,7 +265,7 @@ void DeclarationReader::EndDefinitions() {
 /// Counts a section that does not stand alone on one line, as far as that is known before the next
 /// section begins.
 void DeclarationReader::CheckLine(Tally& tally, bool fits, const std::string& what) {
-  if (!fits || !section_.startsLine || section_.endLine != section_.line) {
+  if (!fits || !section_.isPlain || !section_.startsLine || section_.endLine != section_.line) {
     tally.Add(section_.line, what);
     return;
   }

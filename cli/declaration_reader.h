@@ -32,6 +32,7 @@ class DeclarationReader {
     std::uint64_t lastLine = 0;
     std::uint64_t endLine = 0;  // 0: it has no $end
     bool startsLine = false;
+    bool isPlain = false;  // the keyword is in small letters
   };
   /// A scope as the hierarchical reader follows it.
   struct LineScope {

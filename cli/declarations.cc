@@ -26,18 +26,31 @@ std::string Declarations::PathOf(const DumpVariable& variable) const {
   return scope.empty() ? variable.name : scope + "/" + variable.name;
 }
 
-std::uint32_t OutermostWithVariables(const Declarations& declarations) {
+namespace {
+
+template <class Fits>
+std::uint32_t Outermost(const Declarations& declarations, Fits fits) {
   std::vector<std::uint32_t> level = declarations.scopes[Declarations::kDump].scopes;
   while (!level.empty()) {
     std::vector<std::uint32_t> below;
     for (const std::uint32_t index : level) {
       const DumpScope& scope = declarations.scopes[index];
-      if (!scope.variables.empty()) return index;
+      if (fits(scope)) return index;
       below.insert(below.end(), scope.scopes.begin(), scope.scopes.end());
     }
     level = std::move(below);
   }
   return Declarations::kDump;
+}
+
+}  // namespace
+
+std::uint32_t OutermostWithVariables(const Declarations& declarations) {
+  const auto hasVariables = [](const DumpScope& scope) { return !scope.variables.empty(); };
+  const std::uint32_t module = Outermost(declarations, [&](const DumpScope& scope) {
+    return scope.kind == "module" && hasVariables(scope);
+  });
+  return module != Declarations::kDump ? module : Outermost(declarations, hasVariables);
 }
 
 }  // namespace kesncd_cli

@@ -42,7 +42,9 @@ struct LineReading {
   Tally unreachable;       // variables that no way leads to from the tree's root
   Tally late;              // variables declared behind a sub-scope: no flat run takes them
   Tally split;             // scopes opened again under the same path
+  Tally comments;          // lines of comments that they take for declarations
   Tally grammarCodes;      // vectors whose code the grammar reader takes for a time or a value
+  Tally attributes;        // sections that the grammar reader does not know
 };
 
 struct Declarations {
@@ -54,6 +56,7 @@ struct Declarations {
   std::optional<std::uint64_t> tick;  // femtoseconds
   std::string timescale;              // as it stands in the dump; empty for none
   std::uint64_t timescaleLine = 0;
+  std::size_t longestCode = 0;
   Tally malformed;       // $var without a code
   Tally unbalanced;      // $upscope with nothing open
   bool ended = false;    // by $enddefinitions
@@ -66,7 +69,8 @@ struct Declarations {
   std::string PathOf(const DumpVariable& variable) const;
 };
 
-/// The outermost scope that declares variables, the first such one; kDump when there is none.
+/// The outermost module that declares variables, the first such one; where no module does, the
+/// same of all scopes. kDump when there is none.
 std::uint32_t OutermostWithVariables(const Declarations& declarations);
 
 }  // namespace kesncd_cli

@@ -12,6 +12,7 @@ constexpr std::string_view kPrepare = "kesncd prepare";
 
 // In the order of the kinds.
 constexpr FindingText kTexts[] = {
+    {"packed: no reader but this program's unpacks it", "dump", "gunzip, unzstd or kesncd prepare"},
     {"no time scale: all frequencies are 0", "dump", "kesncd prepare --timescale TIME"},
     {"time scale not understood", "dump", "kesncd prepare --timescale TIME"},
     {"time scale not read: all frequencies are 0", "dump", kPrepare},
@@ -22,6 +23,7 @@ constexpr FindingText kTexts[] = {
     {"time stamps that share their lines are not read", "stamps", kPrepare},
     {"changes behind another word on their lines are not counted", "changes", kPrepare},
     {"dump commands that share their lines are not obeyed", "commands", kPrepare},
+    {"lines of comments are read as declarations or changes", "lines", kPrepare},
     {"values of port dumps are not counted", "changes", kPrepare},
     {"flat run misreads the time span", "dump", kPrepare},
     {"time stamps go back: the span is not the simulation's", "stamps", "mend the dump"},
@@ -36,6 +38,7 @@ constexpr FindingText kTexts[] = {
      "give --top a module that does"},
     {"changes to H or L are not counted", "changes", kPrepare},
     {"codes that the grammar reader takes for times or values", "signals", kPrepare},
+    {"sections that the grammar reader does not know", "sections", kPrepare},
     {"values too long for a line of every reader", "changes", kPrepare},
     {"changes before the first time stamp, where the span begins", "changes",
      "none needed if they are initial values"},
@@ -63,6 +66,10 @@ const FindingText& TextOf(FindingKind kind) {
   return kTexts[static_cast<std::size_t>(kind)];
 }
 
+bool IsMended(FindingKind kind) {
+  return TextOf(kind).remedy == kPrepare;
+}
+
 void Findings::Add(FindingKind kind, bool isSo, std::uint64_t line, std::string_view example) {
   if (!isSo) return;
   Tally tally;
@@ -76,12 +83,13 @@ std::vector<Finding> Findings::Sorted() && {
   return std::move(found_);
 }
 
-DumpCheck CheckDump(ByteSource& in, const std::string& name) {
+DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing) {
   DumpWords words(in);
   SlotWatch watch;
   words.Show(watch);
   DumpCheck check{ReadDeclarations(words, name), {}, {}};
   Findings findings;
+  findings.Add(FindingKind::Packed, !packing.empty(), 0, packing);
   FindInDeclarations(check.declarations, findings);
   FindInNames(check.declarations, findings);
   check.body = FindInBody(words, watch, check.declarations, findings);

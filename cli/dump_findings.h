@@ -15,6 +15,7 @@ namespace kesncd_cli {
 
 /// The most harmful first.
 enum class FindingKind {
+  Packed,
   NoTimescale,
   OddTimescale,
   UnreadTimescale,
@@ -25,6 +26,7 @@ enum class FindingKind {
   StampsNotAlone,
   ChangesInLine,
   CommandsNotAlone,
+  Comments,
   Ports,
   MisreadSpan,
   Backward,
@@ -38,6 +40,7 @@ enum class FindingKind {
   EmptyTop,
   Weak,
   GrammarCodes,
+  Attributes,
   LongValues,
   BeforeFirstStamp,
   Unknown,
@@ -67,6 +70,8 @@ struct FindingText {
   std::string_view remedy;
 };
 const FindingText& TextOf(FindingKind kind);
+/// Whether preparing the dump mends it.
+bool IsMended(FindingKind kind);
 
 /// What is found so far; kinds that were not met are left out.
 class Findings {
@@ -109,8 +114,8 @@ struct DumpCheck {
 };
 
 /// Throws Failure with Unusable for what is no VCD file or declares no variable; messages call the
-/// dump `name`.
-DumpCheck CheckDump(ByteSource& in, const std::string& name);
+/// dump `name`. `packing` is what the bytes were unpacked from, if they were.
+DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing = "");
 
 }  // namespace kesncd_cli
 

@@ -105,6 +105,7 @@ bool DumpItems::TakeScalar(std::string_view word, char value) {
   kind_ = ItemKind::Scalar;
   value_ = value;
   const bool isWeak = (value == '0' || value == '1') && value != word.front();
+  if (word.size() == 1) place_.oneLine = false;
   const bool found = word.size() > 1 ? FindCode(word.substr(1)) : TakeCode();
   if (found && isWeak) tallies_.weak.Add(place_.line, words_.Word());
   return found;
@@ -210,12 +211,21 @@ bool DumpItems::TakeKeyword(std::string_view word) {
   return false;
 }
 
+bool DumpItems::LooksLikeItem(std::string_view word, Keyword keyword) const {
+  const bool isScalar = word.front() == '0' || word.front() == '1';
+  return IsDumpCommand(keyword) || word.front() == '#' ||
+         (isScalar && codes_.Find(word.substr(1)) != CodeTable::kNone);
+}
+
 /// Passes over a section. Only a comment may hold anything at all; a stamp is the end of others.
 void DumpItems::SkipSection(Keyword keyword) {
   const std::uint64_t line = words_.Line();
   while (words_.Next()) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) return;
+    if (words_.StartsLine() && LooksLikeItem(words_.Word(), next)) {
+      tallies_.commented.Add(words_.Line(), words_.Word());
+    }
     const bool isStamp = words_.Word().front() == '#' && words_.StartsLine();
     if (keyword != Keyword::Comment && (isStamp || StartsSection(next))) {
       repeat_ = true;

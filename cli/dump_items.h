@@ -28,7 +28,7 @@ enum class ItemKind {
 struct ItemPlace {
   std::uint64_t line = 0;
   bool startsLine = false;
-  bool oneLine = true;  // all its words are on this line
+  bool oneLine = true;  // its words are on this line, a scalar's value and code in one
 };
 
 /// What is passed over, or not said as the dump says it.
@@ -41,6 +41,7 @@ struct ItemTallies {
   Tally cut;         // values that were cut to kLongestValue
   Tally fractions;   // of stamps
   Tally late;        // declarations in the body
+  Tally commented;   // lines of comments that look like changes
   Tally unended;     // a comment or the like that the dump ends in
   Tally torn;        // a value whose code the dump ends before
 };
@@ -78,6 +79,7 @@ class DumpItems {
   bool TakeKeyword(std::string_view word);
   bool TakeCode();
   bool FindCode(std::string_view code);
+  bool LooksLikeItem(std::string_view word, Keyword keyword) const;
   void SkipSection(Keyword keyword);
   void HoldText(char letter, std::string_view value, const std::array<char, 256>& alphabet);
 

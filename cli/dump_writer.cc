@@ -50,6 +50,19 @@ std::string_view CommandText(Keyword command) {
 
 }  // namespace
 
+std::string AddedRootOf(const Declarations& declarations) {
+  const DumpScope& dump = declarations.scopes[Declarations::kDump];
+  const auto tops = std::count_if(dump.scopes.begin(), dump.scopes.end(), [&](std::uint32_t scope) {
+    return declarations.scopes[scope].populated;
+  });
+  if (tops == 1 && dump.variables.empty()) return "";
+  std::unordered_set<std::string_view> names;
+  for (const DumpScope& scope : declarations.scopes) names.insert(scope.name);
+  std::string name = "all_scopes";
+  while (names.contains(name)) name += '_';
+  return name;
+}
+
 DumpWriter::DumpWriter(ByteSink& sink, const Declarations& declarations)
     : sink_(sink),
       declarations_(declarations),
@@ -64,25 +77,13 @@ void DumpWriter::Flush() {
 
 void DumpWriter::WriteHeader(std::optional<std::uint64_t> tick) {
   if (tick) Put("$timescale\n" + TimeText(*tick) + "\n$end\n");
-  const DumpScope& dump = declarations_.scopes[Declarations::kDump];
-  std::vector<std::uint32_t> tops;
-  for (const std::uint32_t scope : dump.scopes) {
-    if (declarations_.scopes[scope].populated) tops.push_back(scope);
+  const std::string root = AddedRootOf(declarations_);
+  if (!root.empty()) OpenScope(Declarations::kDump, root);
+  for (const std::uint32_t top : declarations_.scopes[Declarations::kDump].scopes) {
+    if (declarations_.scopes[top].populated) WriteScopes(top);
   }
-  const bool isWrapped = tops.size() != 1 || !dump.variables.empty();
-  if (isWrapped) OpenScope(Declarations::kDump, RootName());
-  for (const std::uint32_t top : tops) WriteScopes(top);
-  if (isWrapped) Put("$upscope $end\n");
+  if (!root.empty()) Put("$upscope $end\n");
   Put("$enddefinitions $end\n");
-}
-
-/// A name that no scope has, for the one around several top-level scopes.
-std::string DumpWriter::RootName() const {
-  std::unordered_set<std::string_view> names;
-  for (const DumpScope& scope : declarations_.scopes) names.insert(scope.name);
-  std::string name = "all_scopes";
-  while (names.contains(name)) name += '_';
-  return name;
 }
 
 /// Writes a scope and those below it. They may nest deeper than calls can.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -15,6 +16,10 @@
 #include "cli/new_codes.h"
 
 namespace kesncd_cli {
+
+/// The name of the scope that a prepared dump has around several top-level ones; empty where it
+/// needs none. No other scope has that name.
+std::string AddedRootOf(const Declarations& declarations);
 
 class DumpWriter {
  public:
@@ -41,7 +46,6 @@ class DumpWriter {
   void PutVector(std::string_view text, const char* code);
   void WriteScopes(std::uint32_t top);
   void OpenScope(std::uint32_t scope, std::string_view name);
-  std::string RootName() const;
 
   ByteSink& sink_;
   const Declarations& declarations_;

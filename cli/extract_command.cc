@@ -1,8 +1,10 @@
 // kesncd extract: the flat run's frequencies handed over to a design's nets.
+#include <algorithm>
 #include <memory>
 
+#include "cli/clock_comparison.h"
 #include "cli/commands.h"
-#include "cli/dump_header.h"
+#include "cli/result_file.h"
 #include "host/standalone/standalone_host.h"
 #include "kesncd/kesncd.h"
 
@@ -14,13 +16,16 @@ using orsa::kesncd::KesNCD;
 namespace standalone = orsa::kesncd::standalone;
 
 struct ExtractOptions {
-  std::string dump;
+  InputOptions input;
   std::string top;
   std::string nets;
   std::string timing;
+  std::string unmatched;
   int mode = 0;
   OutputOptions output;
 };
+
+constexpr std::size_t kFrequency = 1;  // the column
 
 constexpr char kHelp[] =
     "Frequencies for the nets of a design, from a dump and a timing report\n"
@@ -30,10 +35,11 @@ constexpr char kHelp[] =
     "  kesncd extract sim.vcd --top soc --nets nets.txt --timing soc.twr --mode 2\n"
     "\n"
     "FILE of --nets lists the design's nets, one a line, bits as data_0, data_1. The timing\n"
-    "report gives the frequencies of nets that the dump does not hold.\n";
+    "report gives the frequencies of nets that the dump does not hold; clocks that run at another\n"
+    "frequency in the dump are named.\n";
 
-Report NetReport(const KesNCD& analyser, const ExtractOptions& options) {
-  Report report{RunFacts(options.dump, options.top), "nets", {"net", "freq_mhz", "source"}, {}, ""};
+Report NetReport(const KesNCD& analyser, const std::string& dump, const std::string& top) {
+  Report report{RunFacts(dump, top), "nets", {"net", "freq_mhz", "source"}, {}, ""};
   std::int64_t ofDump = 0;
   std::int64_t ofReport = 0;
   for (const standalone::NetFrequency& net : standalone::LastExtraction().nets) {
@@ -54,28 +60,55 @@ Report NetReport(const KesNCD& analyser, const ExtractOptions& options) {
   return report;
 }
 
+/// Lists the nets that nothing reached: of these nothing is known, while 0 MHz is a net at rest.
+void TellUnmatched(const Report& report, const ExtractOptions& options) {
+  std::string names;
+  std::size_t count = 0;
+  for (const auto& row : report.rows) {
+    if (row[kFrequency].index() != 0) continue;
+    names += std::get<std::string>(row.front()) + "\n";
+    ++count;
+  }
+  if (!options.unmatched.empty()) {
+    ResultFile file(options.unmatched);
+    file.Write(names);
+    file.Commit();
+  }
+  if (count == 0) return;
+  Say(options.nets, std::to_string(count) + " of " + std::to_string(report.rows.size()) +
+                        " nets have no frequency: nothing reached them" +
+                        (options.unmatched.empty() ? "; --unmatched FILE lists them" : ""));
+}
+
+void CompareClocks(const KesNCD& analyser, const DumpInput& input) {
+  if (!analyser.twrFileOn) return;
+  SayWrongClocks(input.name(), analyser.clockFreqs, [&](const std::string& name) {
+    const auto found = analyser.signalFreqs.find(name);
+    const bool isThere = found != analyser.signalFreqs.end();
+    return isThere ? std::optional<double>(found->second) : std::nullopt;
+  });
+}
+
 ExitStatus Run(const ExtractOptions& options) {
-  CheckInput(options.dump);
   KesNCD analyser;
-  analyser.SetTopModule(options.top);
   if (!options.timing.empty()) {
     CheckReadable(options.timing);
     analyser.SetTWRFileOn(true);
     analyser.SetTWRFile(options.timing, options.mode);
   }
-  std::string message;
-  if (!analyser.SetVCDFile(options.dump, ReadDumpHeader(options.dump).names, message)) {
-    throw RunFailure(options.dump, message);
-  }
-  SayWhyZero(options.dump);
+  DumpInput input(options.input);
+  const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
+  ReadFlat(analyser, input, AllNames(input), top);
+  SayWhyZero(input);
+  CompareClocks(analyser, input);
   analyser.ncdFile = options.nets;
   if (analyser.ExtractNCD() == 0) throw Failure(ExitStatus::Unusable, standalone::DesignMessage());
-  const Report report = NetReport(analyser, options);
+  const Report report = NetReport(analyser, input.name(), top);
+  TellUnmatched(report, options);
   WriteReport(report, options.output);
-  for (const auto& row : report.rows) {
-    if (row[1].index() != 0) return ExitStatus::Done;
-  }
-  return ExitStatus::NothingMatched;
+  const bool isReached = std::any_of(report.rows.begin(), report.rows.end(),
+                                     [](const auto& row) { return row[kFrequency].index() != 0; });
+  return isReached ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
 
 }  // namespace
@@ -83,12 +116,13 @@ ExitStatus Run(const ExtractOptions& options) {
 void AddExtractCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("extract", kHelp);
   const auto options = std::make_shared<ExtractOptions>();
-  command->add_option("DUMP", options->dump, "value change dump")->required();
-  command->add_option("--top", options->top, "module whose signals are taken")
-      ->required()
-      ->type_name("NAME");
+  AddInputOptions(*command, options->input);
+  command->add_option("--top", options->top, "module whose signals are taken")->type_name("NAME");
   command->add_option("--nets", options->nets, "nets of the design")->required()->type_name("FILE");
   command->add_option("--timing", options->timing, "timing report")->type_name("REPORT");
+  command
+      ->add_option("--unmatched", options->unmatched, "list the nets that nothing reached in FILE")
+      ->type_name("FILE");
   AddModeOption(*command, options->mode);
   AddOutputOptions(*command, options->output);
   command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });

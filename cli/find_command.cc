@@ -12,7 +12,7 @@ namespace {
 using orsa::kesncd::VmodHier;
 
 struct FindOptions {
-  std::string dump;
+  InputOptions input;
   std::vector<std::string> names;
   std::string namesFrom;
   std::string module;
@@ -32,7 +32,8 @@ constexpr char kHelp[] =
     "(without --module they always do), all scopes below it do in any case.\n";
 
 /// The row of one name: found where, under which name, with which frequency.
-std::vector<Cell> Find(const VmodHier& root, const std::string& name, const FindOptions& options) {
+std::vector<Cell> Find(const VmodHier& root, const std::string& name, const FindOptions& options,
+                       const std::string& addedRoot) {
   const bool exact = !options.ignoreCase;
   const std::string& module = options.module.empty() ? root.name : options.module;
   double frequency = 0.0;
@@ -48,7 +49,7 @@ std::vector<Cell> Find(const VmodHier& root, const std::string& name, const Find
         }
         for (const auto& [code, signal] : scope.signals) {
           if (!VmodHier::IsNameEqual(signal.name, name, exact)) continue;
-          row = {name, PathOf(scope), signal.name, frequency};
+          row = {name, PathOf(scope, addedRoot), signal.name, frequency};
           return true;
         }
         return false;
@@ -58,22 +59,22 @@ std::vector<Cell> Find(const VmodHier& root, const std::string& name, const Find
 }
 
 ExitStatus Run(const FindOptions& options) {
-  CheckInput(options.dump);
   std::vector<std::string> names = options.names;
   if (!options.namesFrom.empty()) {
     for (std::string& name : ReadNames(options.namesFrom)) names.push_back(std::move(name));
   }
   if (names.empty()) throw Failure(ExitStatus::Unusable, "no names to find");
+  DumpInput input(options.input);
   orsa::kesncd::KesNCD analyser;
-  ReadTree(analyser, options.dump);
-  Report report{RunFacts(options.dump, options.module),
+  ReadTree(analyser, input);
+  Report report{RunFacts(input.name(), options.module),
                 "names",
                 {"name", "scope", "signal", "freq_mhz"},
                 {},
                 ""};
   std::int64_t found = 0;
   for (const std::string& name : names) {
-    report.rows.push_back(Find(*analyser.hierRoot, name, options));
+    report.rows.push_back(Find(*analyser.hierRoot, name, options, input.AddedRoot()));
     if (report.rows.back()[3].index() != 0) ++found;
   }
   report.facts.emplace_back("found", found);
@@ -87,7 +88,7 @@ ExitStatus Run(const FindOptions& options) {
 void AddFindCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("find", kHelp);
   const auto options = std::make_shared<FindOptions>();
-  command->add_option("DUMP", options->dump, "value change dump")->required();
+  AddInputOptions(*command, options->input);
   command->add_option("NAME", options->names, "names in the design");
   command->add_option("--names-from", options->namesFrom, "find the names that FILE lists too")
       ->type_name("FILE");

@@ -1,8 +1,8 @@
 // kesncd flat: the toggle frequencies of one module.
 #include <memory>
 
+#include "cli/activity_file.h"
 #include "cli/commands.h"
-#include "cli/dump_header.h"
 #include "cli/grammar_run.h"
 #include "kesncd/kesncd.h"
 
@@ -11,11 +11,12 @@ namespace kesncd_cli {
 namespace {
 
 struct FlatOptions {
-  std::string dump;
+  InputOptions input;
   std::string top;
   std::vector<std::string> signals;
   std::string signalsFrom;
   std::string reader = "lines";
+  std::string activity;
   OutputOptions output;
 };
 
@@ -23,82 +24,91 @@ constexpr char kHelp[] =
     "Toggle frequencies of the signals declared in one module\n"
     "\n"
     "Examples:\n"
-    "  kesncd flat sim.vcd                          all signals of the proposed top module\n"
+    "  kesncd flat sim.vcd                          all signals of the outermost module\n"
     "  kesncd flat sim.vcd --top soc                all signals of module soc\n"
     "  kesncd flat sim.vcd --top soc --signal clk   clk, and every name with an index\n"
     "  kesncd flat sim.vcd --format csv -o soc.csv\n"
+    "  simulator | kesncd flat - --activity soc.txt\n"
     "\n"
-    "The activity is also written to DUMP.txt, beside the dump.\n";
+    "The activity is also written to DUMP.txt, beside the dump; that of a pipe only where\n"
+    "--activity says.\n";
 
-std::string ProposedTop(orsa::kesncd::KesNCD& analyser, const std::string& dump) {
-  std::string top;
-  std::string message;
-  if (!analyser.GetTopModuleNameInVCD(dump, top, message)) throw RunFailure(dump, message);
-  Say(dump, top.empty() ? "no module to propose as top module"
-                        : "top module is " + top + "; --top chooses another");
+std::string ChosenTop(const DumpInput& input, const FlatOptions& options) {
+  if (!options.top.empty()) return options.top;
+  const std::string top = input.ProposedTop();
+  Say(input.name(), "top module is " + top + "; --top chooses another");
   return top;
 }
 
 /// The names to take: those asked for, else all that the dump declares.
-std::set<std::string> Selection(const FlatOptions& options) {
+std::set<std::string> Selection(const DumpInput& input, const FlatOptions& options) {
   std::set<std::string> names(options.signals.begin(), options.signals.end());
   if (!options.signalsFrom.empty()) {
     for (const std::string& name : ReadNames(options.signalsFrom)) names.insert(name);
   }
   const bool asked = !options.signals.empty() || !options.signalsFrom.empty();
-  return asked ? names : ReadDumpHeader(options.dump).names;
+  return asked ? names : AllNames(input);
 }
 
-ExitStatus Finish(const Report& report, const FlatOptions& options, const std::string& top) {
+/// Writes the activity where it was asked for. Beside the dump it is a gift: a folder that takes
+/// none is passed over.
+void LeaveActivity(const FlatOptions& options) {
+  if (!options.activity.empty()) return WriteActivity(options.activity);
+  const std::string beside = ActivityPathOf(options.input.dump);
+  if (beside.empty()) return;
+  try {
+    WriteActivity(beside);
+  } catch (const Failure&) {
+  }
+}
+
+ExitStatus Finish(const Report& report, const DumpInput& input, const FlatOptions& options,
+                  const std::string& top) {
   if (report.rows.empty()) {
-    Say(options.dump, "no signal of " + top + " was selected");
+    Say(input.name(), "no signal of " + top + " was selected");
   } else {
-    SayWhyZero(options.dump);
+    SayWhyZero(input);
   }
   WriteReport(report, options.output);
   return report.rows.empty() ? ExitStatus::NothingMatched : ExitStatus::Done;
 }
 
-Report EmptyReport(const FlatOptions& options, const std::string& top) {
-  return {RunFacts(options.dump, top), "signals", {"signal", "freq_mhz"}, {}, ""};
+Report EmptyReport(const DumpInput& input, const std::string& top) {
+  return {RunFacts(input.name(), top), "signals", {"signal", "freq_mhz"}, {}, ""};
 }
 
-ExitStatus RunLines(orsa::kesncd::KesNCD& analyser, const FlatOptions& options,
-                    const std::string& top) {
-  const std::set<std::string> selection = Selection(options);
-  analyser.SetTopModule(top);
-  std::string message;
-  if (!analyser.SetVCDFile(options.dump, selection, message)) {
-    throw RunFailure(options.dump, message);
-  }
-  Report report = EmptyReport(options, top);
+ExitStatus RunLines(DumpInput& input, const FlatOptions& options, const std::string& top) {
+  orsa::kesncd::KesNCD analyser;
+  ReadFlat(analyser, input, Selection(input, options), top);
+  LeaveActivity(options);
+  Report report = EmptyReport(input, top);
   for (const auto& [name, frequency] : analyser.signalFreqs) {
     report.rows.push_back({name, frequency});
   }
-  return Finish(report, options, top);
+  return Finish(report, input, options, top);
 }
 
 /// The grammar reader knows no selection and keeps names as they are declared.
-ExitStatus RunGrammar(const FlatOptions& options, const std::string& top) {
-  return RunGrammarReader(options.dump, top, [&] {
+ExitStatus RunGrammar(DumpInput& input, const FlatOptions& options, const std::string& top) {
+  return RunGrammarReader(input, top, [&] {
     using orsa::kesncd::topMod;
     if (orsa::kesncd::isTopModNameEverMatched == 0) {
-      throw RunFailure(options.dump, "the top module " + top + " is not in it");
+      throw RunFailure(input, "the top module " + top + " is not in it");
     }
-    Report report = EmptyReport(options, top);
+    if (!options.activity.empty()) WriteActivity(options.activity);
+    Report report = EmptyReport(input, top);
     for (int i = 0; i < topMod.GetSignalSize(); ++i) {
       report.rows.push_back({topMod.GetSignalName(i), topMod.GetSignalFreq(i)});
     }
-    return Finish(report, options, top);
+    return Finish(report, input, options, top);
   });
 }
 
 ExitStatus Run(const FlatOptions& options) {
-  CheckInput(options.dump);
-  orsa::kesncd::KesNCD analyser;
-  const std::string top = options.top.empty() ? ProposedTop(analyser, options.dump) : options.top;
-  if (options.reader == "grammar") return RunGrammar(options, top);
-  return RunLines(analyser, options, top);
+  const bool isGrammar = options.reader == "grammar";
+  DumpInput input(options.input, isGrammar ? Reader::Grammar : Reader::Lines);
+  const std::string top = ChosenTop(input, options);
+  return isGrammar ? RunGrammar(input, options, top) : RunLines(input, options, top);
 }
 
 }  // namespace
@@ -106,7 +116,7 @@ ExitStatus Run(const FlatOptions& options) {
 void AddFlatCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("flat", kHelp);
   const auto options = std::make_shared<FlatOptions>();
-  command->add_option("DUMP", options->dump, "value change dump")->required();
+  AddInputOptions(*command, options->input);
   command->add_option("--top", options->top, "module whose signals are taken")->type_name("NAME");
   command->add_option("--signal", options->signals, "take this signal (again for more)")
       ->allow_extra_args(false)
@@ -116,6 +126,10 @@ void AddFlatCommand(CLI::App& app, Action& chosen) {
   command->add_option("--reader", options->reader, "lines, or grammar: all signals, as declared")
       ->check(CLI::IsMember(std::vector<std::string>{"lines", "grammar"}))
       ->type_name("");
+  command
+      ->add_option("--activity", options->activity,
+                   "write the activity to FILE instead of beside the dump")
+      ->type_name("FILE");
   AddOutputOptions(*command, options->output);
   command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
 }

@@ -41,21 +41,22 @@ class SilentOutput {
   int kept_;
 };
 
-void Parse(const std::string& dump, const std::string& top) {
-  const std::unique_ptr<std::FILE, Closer> file(std::fopen(dump.c_str(), "r"));
-  if (file == nullptr) throw Failure(ExitStatus::Unusable, dump + ": cannot be read");
+void Parse(DumpInput& input, const std::string& top) {
   orsa::kesncd::KesNCD analyser;
   analyser.SetTopModule(top);
   const SilentOutput silent;
-  if (orsa::kesncd::ParseVcdFile(file.get()) != 0) {
-    throw Failure(ExitStatus::Unusable, dump + ": the grammar reader does not accept it");
+  const bool isAccepted = input.Read([](const std::string& path) {
+    const std::unique_ptr<std::FILE, Closer> file(std::fopen(path.c_str(), "r"));
+    return orsa::kesncd::ParseVcdFile(file.get()) == 0;
+  });
+  if (!isAccepted) {
+    throw Failure(ExitStatus::Unusable, input.name() + ": the grammar reader does not accept it");
   }
 }
 
-int RunChild(const std::string& dump, const std::string& top,
-             const std::function<ExitStatus()>& print) {
+int RunChild(DumpInput& input, const std::string& top, const std::function<ExitStatus()>& print) {
   try {
-    Parse(dump, top);
+    Parse(input, top);
     return static_cast<int>(print());
   } catch (const Failure& failure) {
     Say("", failure.what());
@@ -68,17 +69,18 @@ int RunChild(const std::string& dump, const std::string& top,
 
 }  // namespace
 
-ExitStatus RunGrammarReader(const std::string& dump, const std::string& top,
+ExitStatus RunGrammarReader(DumpInput& input, const std::string& top,
                             const std::function<ExitStatus()>& print) {
   const pid_t child = fork();
   if (child < 0) throw Failure(ExitStatus::Unusable, "cannot start the grammar reader");
-  if (child == 0) _exit(RunChild(dump, top, print));
+  if (child == 0) _exit(RunChild(input, top, print));
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  if (!WIFEXITED(status)) throw Failure(ExitStatus::Unusable, dump + ": the reading was ended");
+  if (!WIFEXITED(status))
+    throw Failure(ExitStatus::Unusable, input.name() + ": the reading was ended");
   if (WEXITSTATUS(status) == kBadTimeScale) {
-    throw Failure(ExitStatus::Unusable, dump + ": its time scale is not understood");
+    throw Failure(ExitStatus::Unusable, input.name() + ": its time scale is not understood");
   }
   return static_cast<ExitStatus>(WEXITSTATUS(status));
 }

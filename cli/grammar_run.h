@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "cli/dump_input.h"
 #include "cli/exit_status.h"
 
 namespace kesncd_cli {
@@ -12,7 +13,7 @@ namespace kesncd_cli {
 /// Reads a dump into topMod with the grammar reader, then does `print`; both in a child process,
 /// because the reader ends its process at a time scale that it does not understand. Throws Failure
 /// for what the reader does not accept.
-ExitStatus RunGrammarReader(const std::string& dump, const std::string& top,
+ExitStatus RunGrammarReader(DumpInput& input, const std::string& top,
                             const std::function<ExitStatus()>& print);
 
 }  // namespace kesncd_cli

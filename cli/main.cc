@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "cli/commands.h"
+#include "cli/interrupt.h"
 
 namespace kesncd_cli {
 
@@ -20,7 +21,7 @@ constexpr char kHelp[] =
     "  kesncd COMMAND --help                more of a command\n"
     "\n"
     "Exit status: 0 done; 1 done, but nothing matched; 2 wrong use or unreadable input;\n"
-    "3 the result could not be written.\n";
+    "3 the result could not be written; 130 interrupted.\n";
 
 /// Lists a command with the first line of its help; the rest shows when the command is asked.
 class HelpFormatter : public CLI::Formatter {
@@ -66,6 +67,7 @@ ExitStatus RunProgram(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace kesncd_cli;
+  EndWhenInterrupted();
   (void)std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a failed output like any other
   ExitStatus status = ExitStatus::Unusable;
   try {

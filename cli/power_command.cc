@@ -14,7 +14,7 @@ using orsa::kesncd::KesPort;
 using orsa::kesncd::KesSigFreq;
 
 struct PowerOptions {
-  std::string dump;
+  InputOptions input;
   std::string table;
   std::string top;
   double defaultFrequency = 0.0;
@@ -63,16 +63,17 @@ class PowerRows {
 };
 
 ExitStatus Run(const PowerOptions& options) {
-  CheckInput(options.dump);
   orsa::kesncd::standalone::PowerDocument document;
   std::string message;
   if (!document.ReadConnections(options.table, message)) {
     throw Failure(ExitStatus::Unusable, message);
   }
+  DumpInput input(options.input);
   orsa::kesncd::KesNCD analyser;
-  ReadTree(analyser, options.dump);
-  analyser.SetTopModule(options.top);
-  Report report{RunFacts(options.dump, options.top),
+  ReadTree(analyser, input);
+  const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
+  analyser.SetTopModule(top);
+  Report report{RunFacts(input.name(), top),
                 "records",
                 {"kind", "signal", "component", "type", "port", "net", "freq_mhz"},
                 {},
@@ -95,10 +96,9 @@ ExitStatus Run(const PowerOptions& options) {
 void AddPowerCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("power", kHelp);
   const auto options = std::make_shared<PowerOptions>();
-  command->add_option("DUMP", options->dump, "value change dump")->required();
+  AddInputOptions(*command, options->input);
   command->add_option("TABLE", options->table, "table of connections (CSV)")->required();
   command->add_option("--top", options->top, "top module, the dump's outermost scope")
-      ->required()
       ->type_name("NAME");
   command
       ->add_option("--default-freq", options->defaultFrequency,

@@ -5,7 +5,6 @@
 #include "cli/declaration_reader.h"
 #include "cli/dump_writer.h"
 #include "cli/exit_status.h"
-#include "cli/new_codes.h"
 
 namespace kesncd_cli {
 
@@ -209,19 +208,6 @@ PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& o
   }
   writer.Flush();
   return report;
-}
-
-bool WouldChangeFigures(const Declarations& declarations) {
-  const LineReading& lines = declarations.lines;
-  if ((declarations.tick && !lines.timescale) || lines.overlooked || lines.scopeLines ||
-      lines.foreign || lines.wrongScope || lines.unreachable || lines.late || lines.split) {
-    return true;
-  }
-  const auto shares = ShareCodes(declarations);
-  return std::any_of(shares.begin(), shares.end(),
-                     [](const CodeShare& share) { return share.name > 0 || share.isRepeated; }) ||
-         std::any_of(declarations.variables.begin(), declarations.variables.end(),
-                     [](const DumpVariable& variable) { return variable.type == "port"; });
 }
 
 }  // namespace kesncd_cli

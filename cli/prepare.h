@@ -49,10 +49,6 @@ struct PrepareReport {
 /// NothingMatched where the top scope does not exist or the window holds nothing.
 PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& options);
 
-/// Whether the library's readers count a dump of these declarations otherwise than its prepared
-/// form. What only the body shows, such as several changes on a line, is not known from them.
-bool WouldChangeFigures(const Declarations& declarations);
-
 }  // namespace kesncd_cli
 
 #endif  // KESNCD_CLI_PREPARE_H_

@@ -1,7 +1,6 @@
 // kesncd prepare: a dump rewritten so that every reader understands it.
 #include <memory>
 
-#include "cli/byte_stream.h"
 #include "cli/commands.h"
 #include "cli/prepare.h"
 #include "cli/result_file.h"
@@ -12,6 +11,7 @@ namespace kesncd_cli {
 namespace {
 
 struct Options {
+  InputOptions input;
   PrepareOptions prepare;
   std::string output;
 };
@@ -42,10 +42,10 @@ CLI::Option* AddTime(CLI::App& command, const std::string& name, std::optional<s
 }
 
 ExitStatus Run(const Options& options) {
-  CheckInput(options.prepare.dump);
-  FileSource in(options.prepare.dump);
+  UnpackedSource in = OpenDump(options.input);
   ResultFile out(options.output);
-  const PrepareReport report = PrepareDump(in, out, options.prepare);
+  const PrepareReport report = PrepareDump(*in.bytes, out, options.prepare);
+  in.bytes.reset();
   out.Commit();
   for (const std::string& remark : report.Remarks()) Say(options.prepare.dump, remark);
   return ExitStatus::Done;
@@ -57,7 +57,7 @@ void AddPrepareCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("prepare", kHelp);
   const auto options = std::make_shared<Options>();
   PrepareOptions& prepare = options->prepare;
-  command->add_option("DUMP", prepare.dump, "value change dump")->required();
+  AddDumpOptions(*command, options->input);
   command->add_option("-o,--output", options->output, "write the prepared dump to FILE")
       ->type_name("FILE");
   command->add_option("--top", prepare.top, "put this scope first, a name or a path")
@@ -66,6 +66,7 @@ void AddPrepareCommand(CLI::App& app, Action& chosen) {
   AddTime(*command, "--begin", prepare.begin, "leave out what happens before");
   AddTime(*command, "--end", prepare.end, "leave out what happens after");
   command->callback([options, &chosen] {
+    options->prepare.dump = NameOf(options->input);
     const PrepareOptions& given = options->prepare;
     if (given.tick == 0U) throw CLI::ValidationError("--timescale", "must not be 0");
     if (given.begin && given.end && *given.begin > *given.end) {

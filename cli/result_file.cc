@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "cli/exit_status.h"
+#include "cli/interrupt.h"
 
 namespace kesncd_cli {
 
@@ -30,6 +31,7 @@ ResultFile::ResultFile(const std::string& path) : path_(path) {
     return;
   }
   if (!IsDirect(path)) beside_ = path + ".part" + std::to_string(getpid());
+  RemoveWhenInterrupted(beside_);
   const std::string& name = beside_.empty() ? path : beside_;
   file_ = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kMode);
   if (file_ < 0) Fail(errno);
@@ -38,6 +40,7 @@ ResultFile::ResultFile(const std::string& path) : path_(path) {
 ResultFile::~ResultFile() {
   if (!path_.empty() && file_ >= 0) (void)close(file_);
   if (!beside_.empty()) (void)std::remove(beside_.c_str());
+  RemoveWhenInterrupted("");
 }
 
 void ResultFile::Fail(int reason) const {

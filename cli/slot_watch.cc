@@ -21,4 +21,16 @@ double SlotWatch::Stamp() const {
   return ticks;
 }
 
+bool SlotWatch::MayMislead(std::uint64_t lastStamp, std::size_t longestCode) const {
+  std::size_t digits = std::to_string(lastStamp).size();
+  if (longestCode > digits) return true;
+  for (; digits < slot_.size(); ++digits) {
+    const std::string text = std::string(digits, '1') + slot_.substr(digits);
+    double ticks = 0;
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), ticks).ptr;
+    if (end != text.data() + digits) return true;
+  }
+  return false;
+}
+
 }  // namespace kesncd_cli

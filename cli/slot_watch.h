@@ -5,6 +5,7 @@
 #define KESNCD_CLI_SLOT_WATCH_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,9 @@ class SlotWatch {
   }
   /// The stamp that was the last word taken.
   double Stamp() const;
+  /// Whether stamps to come, no shorter than the last one, might be misread. Codes of vectors, the
+  /// second words of their lines, have up to `longestCode` characters.
+  bool MayMislead(std::uint64_t lastStamp, std::size_t longestCode) const;
 
  private:
   void PutDigits(std::string_view stamp);

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/dump_feed.h"
 #include "kesncd/kesncd.h"
 
 namespace kesncd_cli {
@@ -16,15 +17,20 @@ constexpr char kHelp[] =
     "  kesncd top sim.vcd\n"
     "\n"
     "It is the innermost module of the first unbroken run of nested modules: the one that\n"
-    "encloses the first declaration.\n";
+    "encloses the first declaration. Runs without --top take the outermost module that declares\n"
+    "signals.\n";
 
-ExitStatus Run(const std::string& dump) {
-  CheckInput(dump);
+ExitStatus Run(const InputOptions& options) {
+  const std::string name = NameOf(options);
+  const UnpackedSource dump = OpenDump(options);
+  DumpFeed feed([&dump](ByteSink& to) { CopyBytes(*dump.bytes, to); });
   orsa::kesncd::KesNCD analyser;
   std::string top;
   std::string message;
-  if (!analyser.GetTopModuleNameInVCD(dump, top, message)) throw RunFailure(dump, message);
-  if (top.empty()) throw Failure(ExitStatus::NothingMatched, dump + ": no module to propose");
+  const bool isRead = analyser.GetTopModuleNameInVCD(feed.path(), top, message);
+  feed.Finish();
+  if (!isRead) throw Failure(ExitStatus::Unusable, name + ": " + message);
+  if (top.empty()) throw Failure(ExitStatus::NothingMatched, name + ": no module to propose");
   std::cout << top << std::endl;
   if (!std::cout) throw Failure(ExitStatus::OutputFailed, "standard output: cannot write");
   return ExitStatus::Done;
@@ -34,9 +40,9 @@ ExitStatus Run(const std::string& dump) {
 
 void AddTopCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("top", kHelp);
-  const auto dump = std::make_shared<std::string>();
-  command->add_option("DUMP", *dump, "value change dump")->required();
-  command->callback([dump, &chosen] { chosen = [dump] { return Run(*dump); }; });
+  const auto options = std::make_shared<InputOptions>();
+  AddDumpOptions(*command, *options);
+  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
 }
 
 }  // namespace kesncd_cli

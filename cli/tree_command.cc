@@ -17,7 +17,7 @@ using orsa::kesncd::VmodHier;
 using orsa::kesncd::VmodSignal;
 
 struct TreeOptions {
-  std::string dump;
+  InputOptions input;
   std::string top;
   int depth = std::numeric_limits<int>::max();
   bool signals = false;
@@ -106,12 +106,13 @@ void AppendSignals(const VmodHier& scope, const std::string& path, Report& repor
   }
 }
 
-void AppendScopes(const VmodHier& start, const TreeOptions& options, Report& report) {
+void AppendScopes(const VmodHier& start, const TreeOptions& options, const std::string& addedRoot,
+                  Report& report) {
   const Totals totals = SumUp(start);
   WalkScopes(
       start,
       [&](const VmodHier& scope, int) {
-        const std::string path = PathOf(scope);
+        const std::string path = PathOf(scope, addedRoot);
         std::vector<Cell> row{path, "module"};
         OwnActivity(scope).AppendTo(row);
         totals.at(&scope).AppendTo(row);
@@ -122,12 +123,15 @@ void AppendScopes(const VmodHier& start, const TreeOptions& options, Report& rep
       [&options](const VmodHier&, int depth) { return depth < options.depth; });
 }
 
-/// The scopes that the user named, by name or by path; the root when none was named.
-std::vector<const VmodHier*> Starts(const VmodHier& root, const std::string& top) {
-  if (top.empty()) return {&root};
+/// The scopes that the user named, by name or by path; the outermost when none was named.
+std::vector<const VmodHier*> Starts(const VmodHier& root, const std::string& top,
+                                    const std::string& addedRoot) {
+  if (top.empty() && (root.name != addedRoot || !root.signals.empty())) return {&root};
+  if (top.empty()) return {root.subMods.begin(), root.subMods.end()};
   std::vector<const VmodHier*> starts;
-  const auto isStart = [&top](const VmodHier& scope) {
-    return scope.name == top || (top.find('/') != std::string::npos && PathOf(scope) == top);
+  const bool isPath = top.find('/') != std::string::npos;
+  const auto isStart = [&](const VmodHier& scope) {
+    return scope.name == top || (isPath && PathOf(scope, addedRoot) == top);
   };
   WalkScopes(
       root,
@@ -140,21 +144,22 @@ std::vector<const VmodHier*> Starts(const VmodHier& root, const std::string& top
 }
 
 ExitStatus Run(const TreeOptions& options) {
-  CheckInput(options.dump);
+  DumpInput input(options.input);
   orsa::kesncd::KesNCD analyser;
-  ReadTree(analyser, options.dump);
-  Report report{RunFacts(options.dump, options.top),
+  ReadTree(analyser, input);
+  const std::string addedRoot = input.AddedRoot();
+  Report report{RunFacts(input.name(), options.top),
                 "scopes",
                 {"path", "kind", "signals", "changes", "mean_freq_mhz", "max_freq_mhz",
                  "tree_signals", "tree_changes", "tree_mean_freq_mhz", "tree_max_freq_mhz"},
                 {},
                 ""};
-  for (const VmodHier* start : Starts(*analyser.hierRoot, options.top)) {
-    AppendScopes(*start, options, report);
+  for (const VmodHier* start : Starts(*analyser.hierRoot, options.top, addedRoot)) {
+    AppendScopes(*start, options, addedRoot, report);
   }
   WriteReport(report, options.output);
   if (!report.rows.empty()) return ExitStatus::Done;
-  Say(options.dump, "no scope " + options.top + " can be reached from the root");
+  Say(input.name(), "no scope " + options.top + " can be reached from the root");
   return ExitStatus::NothingMatched;
 }
 
@@ -163,7 +168,7 @@ ExitStatus Run(const TreeOptions& options) {
 void AddTreeCommand(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("tree", kHelp);
   const auto options = std::make_shared<TreeOptions>();
-  command->add_option("DUMP", options->dump, "value change dump")->required();
+  AddInputOptions(*command, options->input);
   command->add_option("--top", options->top, "start at this scope, a name or a path")
       ->type_name("NAME");
   command->add_option("--depth", options->depth, "levels below the start to show")

@@ -9,8 +9,9 @@
 
 namespace kesncd_cli {
 
-/// The scope's path from the root: "tb/dut/u1". The middle of a very deep one is left out.
-std::string PathOf(const orsa::kesncd::VmodHier& scope);
+/// The scope's path from the root: "tb/dut/u1". The middle of a very deep one is left out, and so
+/// is a root of the name `addedRoot` around others: it stands in no dump.
+std::string PathOf(const orsa::kesncd::VmodHier& scope, const std::string& addedRoot);
 
 /// Visits a scope and those below it, each before its children and those in their order.
 /// `visit(scope, depth)` returns true to end the walk; `enter(scope, depth)` whether its children

@@ -1,0 +1,55 @@
+#include "cli/activity_file.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "cli/byte_stream.h"
+#include "cli/dump_feed.h"
+#include "cli/exit_status.h"
+#include "cli/result_file.h"
+#include "kesncd/kesncd.h"
+
+namespace kesncd_cli {
+
+namespace {
+
+/// A file in memory that the library can write by a path. What the library writes says nothing of a
+/// full disk; what is then passed on does.
+class MemoryFile {
+ public:
+  MemoryFile() : file_(memfd_create("activity", MFD_CLOEXEC)) {
+    if (file_ < 0) {
+      throw Failure(ExitStatus::OutputFailed, std::string("activity: ") + std::strerror(errno));
+    }
+  }
+  ~MemoryFile() { (void)close(file_); }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  std::string path() const { return "/proc/self/fd/" + std::to_string(file_); }
+
+ private:
+  const int file_;
+};
+
+}  // namespace
+
+std::string ActivityPathOf(const std::string& dump) {
+  std::error_code ignored;
+  return std::filesystem::is_regular_file(dump, ignored) ? dump + ".txt" : "";
+}
+
+void WriteActivity(const std::string& path) {
+  const MemoryFile memory;
+  orsa::kesncd::topMod.DumpIntoFile(memory.path());
+  FileSource text(memory.path());
+  ResultFile file(path);
+  CopyBytes(text, file);
+  file.Commit();
+}
+
+}  // namespace kesncd_cli
