@@ -42,6 +42,8 @@ class FileSource : public ByteSource {
   ~FileSource() override;
 
   std::size_t Read(char* to, std::size_t most) override;
+  /// A path under which the file can be opened once more, and no other file can be made.
+  std::string SecondPath() const { return "/proc/self/fd/" + std::to_string(file_); }
   /// Its bytes; 0 where that is not known, as of a pipe.
   std::uint64_t size() const;
 

@@ -1,6 +1,7 @@
 #include "cli/dump_input.h"
 
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 #include "cli/dump_feed.h"
@@ -15,6 +16,10 @@ namespace kesncd_cli {
 namespace {
 
 constexpr int kErrors = 2;  // the stream of messages
+
+bool ShowsProgress(const InputOptions& options) {
+  return !options.quiet && IsTerminal(kErrors);
+}
 
 std::string ReasonText(const std::vector<Finding>& reasons) {
   std::string text(TextOf(reasons.front().kind).finding);
@@ -37,14 +42,17 @@ UnpackedSource OpenDump(const InputOptions& options) {
   auto file = std::make_unique<FileSource>(options.dump);
   const std::uint64_t size = file->size();
   std::unique_ptr<ByteSource> bytes = std::move(file);
-  if (!options.quiet && IsTerminal(kErrors)) {
+  if (ShowsProgress(options)) {
     bytes = std::make_unique<ShownSource>(std::move(bytes), NameOf(options), size);
   }
   return Unpack(std::move(bytes), NameOf(options));
 }
 
 DumpInput::DumpInput(const InputOptions& options, Reader reader)
-    : name_(NameOf(options)), bytes_(OpenDump(options).bytes) {
+    : options_(options), name_(NameOf(options)) {
+  UnpackedSource dump = OpenDump(options);
+  bytes_ = std::move(dump.bytes);
+  packing_ = dump.packing;
   Look(reader);
   if (options.asIs) return;
   if (!lookFailure_.empty()) throw Failure(ExitStatus::Unusable, lookFailure_);
@@ -88,7 +96,23 @@ void DumpInput::Pass(ByteSink& to) {
   }
 }
 
+/// A file that can be opened twice. Standard input cannot: it may stand behind its file's start.
+bool DumpInput::IsPlainFile() const {
+  std::error_code ignored;
+  return packing_.empty() && options_.dump != "-" &&
+         std::filesystem::is_regular_file(options_.dump, ignored);
+}
+
+bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run) {
+  bytes_.reset();
+  const FileSource file(options_.dump);
+  std::optional<ReadingWatch> watch;
+  if (ShowsProgress(options_)) watch.emplace(name_, file.size());
+  return run(file.SecondPath());
+}
+
 bool DumpInput::Read(const std::function<bool(const std::string& path)>& run) {
+  if (!isPrepared_ && IsPlainFile()) return ReadFile(run);
   DumpFeed feed([this](ByteSink& to) { Pass(to); });
   const bool outcome = run(feed.path());
   feed.Finish();

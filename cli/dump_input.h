@@ -1,8 +1,9 @@
 // A dump on its way to the library.
 //
-// Whatever the dump is -- a file, standard input, packed or plain -- the library reads it from a
-// pipe: untouched where its readers understand it, else as `kesncd prepare` would write it. Nothing
-// is stored on the way.
+// Whatever the dump is -- a file, standard input, packed or plain -- the library reads it untouched
+// where its readers understand it, else as `kesncd prepare` would write it. A plain file that needs
+// no preparing is opened by the library itself, all else comes through a pipe; nothing is stored on
+// the way.
 #ifndef KESNCD_CLI_DUMP_INPUT_H_
 #define KESNCD_CLI_DUMP_INPUT_H_
 
@@ -27,8 +28,8 @@ struct InputOptions {
 /// What messages and reports call the dump.
 std::string NameOf(const InputOptions& options);
 
-/// Opens a dump and shows on a terminal how far it was read. Throws Failure with Unusable for what
-/// cannot be opened.
+/// Opens a dump, unpacks it and shows on a terminal how far it was read. Throws Failure with
+/// Unusable for what cannot be opened.
 UnpackedSource OpenDump(const InputOptions& options);
 
 class DumpInput {
@@ -53,9 +54,13 @@ class DumpInput {
 
  private:
   void Look(Reader reader);
+  bool IsPlainFile() const;
+  bool ReadFile(const std::function<bool(const std::string& path)>& run);
   void Pass(ByteSink& to);
 
+  const InputOptions options_;
   const std::string name_;
+  std::string_view packing_;
   std::unique_ptr<ByteSource> bytes_;
   DumpLook look_;
   std::string lookFailure_;

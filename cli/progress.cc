@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 
 namespace kesncd_cli {
 
@@ -13,11 +14,22 @@ using namespace std::chrono_literals;
 
 constexpr auto kPatience = 500ms;
 constexpr auto kBetween = 200ms;
+constexpr std::size_t kNameShown = 40;  // its end
 constexpr double kMega = 1e6;
 constexpr double kPercent = 100;
 
 std::string Whole(double value) {
   return std::to_string(std::llround(value));
+}
+
+/// All bytes that the process has read so far, whoever read them.
+std::uint64_t BytesRead() {
+  std::ifstream counters("/proc/self/io");
+  std::string name;
+  std::uint64_t value = 0;
+  while (counters >> name >> value && name != "rchar:") {
+  }
+  return value;
 }
 
 }  // namespace
@@ -34,35 +46,57 @@ std::string ProgressText(std::uint64_t done, std::uint64_t total, double seconds
          Whole(std::ceil(left)) + " s left";
 }
 
-ShownSource::ShownSource(std::unique_ptr<ByteSource> source, std::string name, std::uint64_t total)
-    : source_(std::move(source)),
-      name_(std::move(name)),
+ProgressLine::ProgressLine(const std::string& name, std::uint64_t total)
+    : name_(name.substr(name.size() - std::min(name.size(), kNameShown))),
       total_(total),
       next_(start_ + kPatience) {}
 
-ShownSource::~ShownSource() {
-  if (shown_ > 0) Show("");
+ProgressLine::~ProgressLine() {
+  if (columns_ > 0) Replace("");
+}
+
+void ProgressLine::Show(std::uint64_t done) {
+  const auto now = Clock::now();
+  if (now < next_) return;
+  next_ = now + kBetween;
+  const std::chrono::duration<double> gone = now - start_;
+  Replace(name_ + ": " + ProgressText(done, total_, gone.count()));
+}
+
+/// Blanks take a text back on every terminal.
+void ProgressLine::Replace(const std::string& text) {
+  std::string line = "\r" + text;
+  if (columns_ > text.size()) line.append(columns_ - text.size(), ' ');
+  if (text.empty()) line += '\r';
+  columns_ = text.size();
+  (void)!write(STDERR_FILENO, line.data(), line.size());
 }
 
 std::size_t ShownSource::Read(char* to, std::size_t most) {
   const std::size_t got = source_->Read(to, most);
   done_ += got;
-  const auto now = Clock::now();
-  if (now >= next_) {
-    next_ = now + kBetween;
-    const std::chrono::duration<double> gone = now - start_;
-    Show(name_ + ": " + ProgressText(done_, total_, gone.count()));
-  }
+  line_.Show(done_);
   return got;
 }
 
-/// Replaces the line. Blanks do it on every terminal.
-void ShownSource::Show(const std::string& text) {
-  std::string line = "\r" + text;
-  if (shown_ > text.size()) line.append(shown_ - text.size(), ' ');
-  if (text.empty()) line += '\r';
-  shown_ = text.size();
-  (void)!write(STDERR_FILENO, line.data(), line.size());
+ReadingWatch::ReadingWatch(const std::string& name, std::uint64_t total)
+    : line_(name, total), thread_([this] { Run(); }) {}
+
+ReadingWatch::~ReadingWatch() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    isOver_ = true;
+  }
+  over_.notify_one();
+  thread_.join();
+}
+
+void ReadingWatch::Run() {
+  const std::uint64_t before = BytesRead();
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (!over_.wait_for(lock, kBetween, [this] { return isOver_; })) {
+    line_.Show(BytesRead() - before);
+  }
 }
 
 }  // namespace kesncd_cli
