@@ -1,9 +1,10 @@
 #include "cli/clock_comparison.h"
 
+#include <array>
+#include <charconv>
 #include <cmath>
 
 #include "cli/exit_status.h"
-#include "cli/report.h"
 #include "kesncd/kesncd.h"
 
 namespace kesncd_cli {
@@ -11,6 +12,14 @@ namespace kesncd_cli {
 namespace {
 
 constexpr double kTolerance = 0.1;
+
+std::string Megahertz(double frequency) {
+  constexpr int kDigits = 6;
+  std::array<char, 32> text{};
+  const auto end =
+      std::to_chars(text.begin(), text.end(), frequency, std::chars_format::general, kDigits);
+  return std::string(text.data(), end.ptr) + " MHz";
+}
 
 }  // namespace
 
@@ -21,9 +30,9 @@ void SayWrongClocks(const std::string& dump, const std::map<std::string, double>
   for (const auto& [name, promised] : clocks) {
     const std::optional<double> found = inDump(name);
     if (!found || promised < 0 || std::abs(*found - promised) <= kTolerance * promised) continue;
-    Say(dump, "clock " + name + " runs at " + NumberText(*found) + " MHz here, but at " +
-                  NumberText(promised) +
-                  " MHz in the timing report: is its period in the test bench right?");
+    Say(dump, "clock " + name + " runs at " + Megahertz(*found) + " here, but at " +
+                  Megahertz(promised) +
+                  " in the timing report: is its period in the test bench right?");
   }
 }
 

@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t kWordsKept = 16;  // of a section; a declaration has eight at most
 // Longer names do not fit on a line that every reader takes whole.
 constexpr std::size_t kLongestName = 800;
+constexpr std::size_t kLongestRead = 4000;  // on a line of the readers that take whole dumps
 constexpr std::size_t kLongestType = 20;
 
 /// A name as every reader can take it: not too long for a line, and no keyword.
@@ -239,6 +240,7 @@ void DeclarationReader::Declare() {
   variable.name = Glued(words, 3);
   if (variable.name.empty()) variable.name = "unnamed_" + std::to_string(++unnamed_);
   if (words[1].front() == '[' && variable.name.back() != ']') variable.name += words[1];
+  const bool isOneLine = (count == 4 || count == 5) && variable.name.size() <= kLongestRead;
   variable.name = Fitting(std::move(variable.name), number);
   variable.type = words[0].substr(0, kLongestType);
   variable.width = WidthOf(words[1]);
@@ -250,8 +252,7 @@ void DeclarationReader::Declare() {
        scope = result_.scopes[scope].parent) {
     result_.scopes[scope].populated = true;
   }
-  const bool fits = (count == 4 || count == 5) && variable.name.size() <= kLongestName;
-  CheckLine(result_.lines.overlooked, fits, variable.name);
+  CheckLine(result_.lines.overlooked, isOneLine, variable.name);
   FollowVariable(variable, words[2].front());
   result_.scopes[current_].variables.push_back(number);
   result_.variables.push_back(std::move(variable));
