@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kesncd/text/stream.h"
+
 namespace orsa::kesncd {
 
 namespace {
@@ -28,7 +30,20 @@ void LineSource::ReadBlocks() {
 const char* LineSource::Next() {
   if (stream_ == nullptr) return nullptr;
   if (!block_.empty()) return NextOfBlock();
-  return std::fgets(line_.data(), static_cast<int>(line_.size()), stream_);
+  return NextOfStream();
+}
+
+/// As fgets, but nothing is lost when a signal interrupts the reading.
+const char* LineSource::NextOfStream() {
+  std::size_t length = 0;
+  for (int c = 0; c != '\n' && length + 1 < line_.size();) {
+    c = ReadCharacter(stream_);
+    if (c == EOF) break;
+    line_[length++] = static_cast<char>(c);
+  }
+  if (length == 0) return nullptr;
+  line_[length] = '\0';
+  return line_.data();
 }
 
 /// Cuts a line from the block as fgets would from the stream.
@@ -54,7 +69,10 @@ bool LineSource::Refill() {
             block_.begin() + static_cast<std::ptrdiff_t>(held_), block_.begin());
   held_ -= taken_;
   taken_ = 0;
-  const std::size_t got = std::fread(block_.data() + held_, 1, kBlockBytes - held_, stream_);
+  std::size_t got = 0;
+  do {
+    got = std::fread(block_.data() + held_, 1, kBlockBytes - held_, stream_);
+  } while (WasInterrupted(stream_) && got == 0);
   held_ += got;
   return got > 0;
 }
