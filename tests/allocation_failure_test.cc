@@ -1,6 +1,6 @@
 // Memory that runs out: every operation is made to fail at its first allocation, its second, and so
-// on until it succeeds. It throws bad_alloc or says that it failed, keeps nothing, leaves results of
-// earlier runs as they were or complete, and works the next time.
+// on until it succeeds. It throws bad_alloc or says that it failed, keeps nothing, leaves results
+// of earlier runs as they were or complete, and works the next time.
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -170,9 +170,8 @@ TEST_F(AllocationFailure, IsSaidAndForgotten) {
   FailEach("flat run", [&] {
     return analyser.SetVCDFile(path, {"clk", "u/q"}, message) ? TextOf(analyser.signalFreqs) : "";
   });
-  FailEach("hierarchical run", [&] {
-    return analyser.SetVCDFileHier(path, {}, message) ? Lookups() : "";
-  });
+  FailEach("hierarchical run",
+           [&] { return analyser.SetVCDFileHier(path, {}, message) ? Lookups() : ""; });
   FailEach("records", [&] { return Records(); });
   FailEach("unfiltered", [&] {
     return Stream([&](std::FILE* file) { return analyser.ParseVcdFile(file) ? 1 : 0; });

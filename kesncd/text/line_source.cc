@@ -10,7 +10,7 @@ namespace orsa::kesncd {
 namespace {
 
 // Much larger than any line, small enough to stay in the processor's second cache.
-constexpr std::size_t kBlockBytes = 128 * 1024;
+constexpr std::size_t kBlockBytes = std::size_t{128} * 1024;
 
 }  // namespace
 
