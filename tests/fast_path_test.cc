@@ -35,12 +35,6 @@ void EachString(std::size_t length, Take take) {
   }
 }
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr int kShare = 10;  // a sanitizer makes each reading ten times as dear
-#else
-constexpr int kShare = 1;
-#endif
-
 using FastPath = FreshState;
 
 TEST_F(FastPath, TakesEveryShortLineAsThePlainPathDoes) {

@@ -47,7 +47,7 @@ std::vector<std::string> CutsOf(const std::string& text) {
 }
 std::vector<std::string> DamagesOf(const std::string& text) {
   std::vector<std::string> damages;
-  for (std::size_t at = 0; at < text.size(); ++at) {
+  for (std::size_t at = 0; at < text.size(); at += kShare) {
     for (const unsigned char byte : kHostile) {
       damages.push_back(text);
       damages.back()[at] = static_cast<char>(byte);

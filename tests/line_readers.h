@@ -10,6 +10,12 @@ namespace orsa::kesncd {
 enum class Reader { Unfiltered, Filtered, Hierarchical };
 inline constexpr Reader kReaders[] = {Reader::Unfiltered, Reader::Filtered, Reader::Hierarchical};
 
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr int kShare = 10;  // a sanitizer makes each reading ten times as dear
+#else
+inline constexpr int kShare = 1;
+#endif
+
 /// What a reader makes of a stream, from fresh reader state with the top module "t".
 struct Reading {
   std::string text;       ///< counts, scale, span, recording
