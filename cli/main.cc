@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "cli/commands.h"
+#include "cli/standard_streams.h"
 
 namespace kesncd_cli {
 
@@ -67,9 +68,12 @@ ExitStatus RunProgram(int argc, char** argv) {
 int main(int argc, char** argv) {
   using namespace kesncd_cli;
   (void)std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a failed output like any other
+  (void)std::signal(SIGXFSZ, SIG_IGN);  // and so is a file that may not grow further
+  HoldStandardStreams();
   ExitStatus status = ExitStatus::Unusable;
   try {
     status = RunProgram(argc, argv);
+    FlushStandardOutput();
   } catch (const Failure& failure) {
     Say("", failure.what());
     status = failure.status();
