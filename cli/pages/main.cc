@@ -1,6 +1,7 @@
 // Writes the man page or a shell's completion to standard output while the program is built:
 //   kesncd-pages man|bash|zsh|fish
 #include <CLI/CLI.hpp>
+#include <exception>
 #include <iostream>
 #include <map>
 #include <string>
@@ -8,7 +9,9 @@
 #include "cli/commands.h"
 #include "cli/pages/pages.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int Write(int argc, char** argv) {
   using namespace kesncd_cli;
   const std::map<std::string, void (*)(std::ostream&, const OptionTable&)> writers{
       {"man", WriteManPage},
@@ -25,4 +28,13 @@ int main(int argc, char** argv) {
   AddCommandLine(app, chosen);
   writer->second(std::cout, ReadOptionTable(app));
   return std::cout.flush() ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  return Write(argc, argv);
+} catch (const std::exception& error) {
+  std::cerr << "kesncd-pages: " << error.what() << "\n";
+  return 1;
 }

@@ -59,7 +59,7 @@ CommandRow Command(const CLI::App& app) {
 
 bool OptionRow::TakesFile() const {
   static const std::set<std::string> files{"DUMP", "FILE", "REPORT", "TABLE"};
-  return files.count(argument) > 0;
+  return files.contains(argument);
 }
 
 OptionTable ReadOptionTable(const CLI::App& app) {
