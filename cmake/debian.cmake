@@ -1,6 +1,6 @@
 # Debian packages of the three installed components, made by `cpack -G DEB` in the preset "package".
 # libkesncd1 holds the stand-alone host's library too: both have one version and change together.
-set(maintainer "kesncd maintainers <root@localhost>")
+set(maintainer "kesncd maintainers <kesncd@localhost>")
 if(DEFINED ENV{DEBEMAIL})
   set(maintainer "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
 endif()
@@ -42,11 +42,14 @@ set(CPACK_COMPONENTS_ALL library development program)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGE_CONTACT ${maintainer})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own, the first line below
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
@@ -55,14 +58,14 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
 "switching activity from value change dumps - library
- Reads the value change dump (VCD) of a logic simulation and tells how often
- each signal toggles, in MHz, for a power estimator.
- .
- This package holds the library and a stand-alone host for programs that have
- no design application.")
+Reads the value change dump (VCD) of a logic simulation and tells how often
+each signal toggles, in MHz, for a power estimator.
+
+This package holds the library and a stand-alone host for programs that have
+no design application.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -70,11 +73,11 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ${same_library})
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "switching activity from value change dumps - development files
- Reads the value change dump (VCD) of a logic simulation and tells how often
- each signal toggles, in MHz, for a power estimator.
- .
- This package holds the headers, the files by which CMake and pkg-config find
- the library, and a small host as an example.")
+Reads the value change dump (VCD) of a logic simulation and tells how often
+each signal toggles, in MHz, for a power estimator.
+
+This package holds the headers, the files by which CMake and pkg-config find
+the library, and a small host as an example.")
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME ${program_package})
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION electronics)
@@ -83,9 +86,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS ${same_library})
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "switching activity from value change dumps - program
- Reads the value change dump (VCD) of a logic simulation and tells how often
- each signal toggles, in MHz, for a power estimator.
- .
- This package holds the command-line program, which also checks the dumps of
- many simulators and rewrites them where readers would go wrong.")
+Reads the value change dump (VCD) of a logic simulation and tells how often
+each signal toggles, in MHz, for a power estimator.
+
+This package holds the command-line program, which also checks the dumps of
+many simulators and rewrites them where readers would go wrong.")
 include(CPack)
