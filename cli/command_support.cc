@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <sstream>
 
 #include "cli/commands.h"
@@ -103,8 +104,9 @@ void CheckReadable(const std::string& path) {
   if (std::filesystem::is_directory(path, ignored)) {
     throw Failure(ExitStatus::Unusable, path + ": is a directory");
   }
-  if (!std::ifstream(path).is_open())
-    throw Failure(ExitStatus::Unusable, path + ": cannot be read");
+  std::ifstream file(path);
+  file.ignore(std::numeric_limits<std::streamsize>::max());
+  if (!file.eof()) throw Failure(ExitStatus::Unusable, path + ": cannot be read");
 }
 
 void SayWhyZero(const DumpInput& input) {

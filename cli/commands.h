@@ -17,6 +17,9 @@ namespace kesncd_cli {
 /// What the chosen command does.
 using Action = std::function<ExitStatus()>;
 
+/// Makes an empty App the program's command line. Parsing it sets `chosen`.
+void AddCommandLine(CLI::App& app, Action& chosen);
+
 void AddFlatCommand(CLI::App& app, Action& chosen);
 void AddTopCommand(CLI::App& app, Action& chosen);
 void AddTreeCommand(CLI::App& app, Action& chosen);
@@ -38,7 +41,7 @@ void AddInputOptions(CLI::App& command, InputOptions& options);
 /// Adds --format and -o.
 void AddOutputOptions(CLI::App& command, OutputOptions& options);
 
-/// Throws Failure for a file that cannot be opened, where the library would not say so.
+/// Throws Failure for a file that cannot be read to its end, where the library would not say so.
 void CheckReadable(const std::string& path);
 
 /// Says what keeps all frequencies of a run at 0.

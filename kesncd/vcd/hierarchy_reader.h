@@ -18,7 +18,8 @@ class HierarchyReader {
   /// Fills the tree and the code index of `analyser`.
   HierarchyReader(std::FILE* dump, KesNCD& analyser);
 
-  /// Reads to the end of the dump; false when it stops at a time scale that is not understood.
+  /// Reads to the end of the dump; false when it stops at a time scale that is not understood or
+  /// at a read error.
   bool Read();
 
  private:
@@ -37,6 +38,7 @@ class HierarchyReader {
   DeclarationList declarations_;
   VmodHier* current_ = nullptr;
   State state_ = State::Idle;
+  bool counting_ = false;  // the definitions have ended once
 };
 
 }  // namespace orsa::kesncd
