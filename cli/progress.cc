@@ -69,7 +69,7 @@ void ProgressLine::Replace(const std::string& text) {
   if (columns_ > text.size()) line.append(columns_ - text.size(), ' ');
   if (text.empty()) line += '\r';
   columns_ = text.size();
-  (void)!write(STDERR_FILENO, line.data(), line.size());
+  if (write(STDERR_FILENO, line.data(), line.size()) < 0) columns_ = 0;  // nothing to take back
 }
 
 std::size_t ShownSource::Read(char* to, std::size_t most) {
