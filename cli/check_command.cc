@@ -77,8 +77,8 @@ std::vector<Cell> RowOf(const Finding& finding) {
           std::string(text.remedy)};
 }
 
-std::string LastLine(std::size_t findings, const Declarations& declarations,
-                     const BodyFacts& body) {
+std::string LastLines(std::size_t findings, const Declarations& declarations,
+                      const BodyFacts& body) {
   const std::string span =
       declarations.tick && body.lastTick > body.firstTick
           ? NumberText(static_cast<double>(body.lastTick - body.firstTick) *
@@ -88,7 +88,7 @@ std::string LastLine(std::size_t findings, const Declarations& declarations,
   return std::to_string(findings) + (findings == 1 ? " finding; " : " findings; ") +
          std::to_string(declarations.variables.size()) + " signals with " +
          std::to_string(body.changes) + " changes in " + span + "; a good top module is " +
-         NameOfTop(declarations);
+         NameOfTop(declarations) + "\nmodules with signals: " + ModulesWithVariables(declarations);
 }
 
 ExitStatus Run(const Options& options) {
@@ -104,7 +104,7 @@ ExitStatus Run(const Options& options) {
   for (const Finding& finding : findings) {
     report.rows.push_back(RowOf(finding));
   }
-  report.lastLine = LastLine(report.rows.size(), declarations, body);
+  report.lastLine = LastLines(report.rows.size(), declarations, body);
   WriteReport(report, options.output);
   return report.rows.empty() ? ExitStatus::Done : ExitStatus::Findings;
 }
