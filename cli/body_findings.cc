@@ -99,7 +99,7 @@ class BodyCheck {
     if (facts_.stamps > 0 && ticks < lastTick_) {
       backward_.Add(items_.place().line, StampText(ticks));
     }
-    readLast_ = watch_.Stamp();
+    readLast_ = watch_.StampFor(static_cast<double>(ticks));
     if (facts_.stamps++ == 0) {
       facts_.firstTick = ticks;
       readFirst_ = readLast_;

@@ -23,7 +23,7 @@ constexpr FindingText kTexts[] = {
     {"changes behind another word on their lines are not counted", "changes", kPrepare},
     {"dump commands that share their lines are not obeyed", "commands", kPrepare},
     {"values of port dumps are not counted", "changes", kPrepare},
-    {"flat run misreads the time span", "dump", kPrepare},
+    {"readers misread the time span", "dump", kPrepare},
     {"time stamps go back: the span is not the simulation's", "stamps", "mend the dump"},
     {"signals with several names in a scope count several times in the tree", "signals", kPrepare},
     {"further names of a signal in a scope have no figures", "signals", kPrepare},

@@ -19,10 +19,9 @@ bool IsHarmless(FindingKind kind) {
       FindingKind::Backward,         FindingKind::EmptyTop,
       FindingKind::BeforeFirstStamp, FindingKind::Unknown,
       FindingKind::Undeclared,       FindingKind::Late,
-      FindingKind::GrammarCodes,     FindingKind::MisreadSpan,
-      FindingKind::Escaped,          FindingKind::TwoIndices,
-      FindingKind::Parentheses,      FindingKind::Collisions,
-      FindingKind::WideRanges};
+      FindingKind::GrammarCodes,     FindingKind::Escaped,
+      FindingKind::TwoIndices,       FindingKind::Parentheses,
+      FindingKind::Collisions,       FindingKind::WideRanges};
   return std::find(std::begin(kHarmless), std::end(kHarmless), kind) != std::end(kHarmless);
 }
 

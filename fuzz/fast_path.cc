@@ -14,7 +14,7 @@ namespace {
 using namespace orsa::kesncd;
 
 std::string Padded(const fuzz::Input& input) {
-  constexpr std::size_t kMostPadding = 140000;
+  constexpr std::size_t kMostPadding = 10000;
   constexpr std::size_t kLine = 1000;
   const std::string end = "$enddefinitions $end\n";
   std::size_t padding = std::strtoul(input.Option(0).c_str(), nullptr, 10);

@@ -76,6 +76,8 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
       {header + "$var wire 8 longlong777 d $end\n" + kBody + "b1 longlong777\n#12345678\n",
        {{MisreadSpan, 1, 10}}},
       {clean + "#100\n#50\n#200\n", {{Backward, 1, 11}}},
+      {clean + "#100\nb1 \"\"\n#50\n",
+       {{MisreadSpan, 1, 12}, {Backward, 1, 12}, {Undeclared, 1, 11}}},
       {header + "$var wire 1 ! x $end\n$var wire 1 ! y $end\n$var wire 1 ! x $end\n" + kBody +
            "#1\n",
        {{Doubled, 1, 6}, {Hidden, 1, 6}}},
