@@ -19,6 +19,7 @@ constexpr FindingText kTexts[] = {
     {"no time span: all frequencies are 0", "dump", "simulate longer"},
     {"signals not reachable from the tree's root", "signals", kPrepare},
     {"declarations not on a line of their own are not read", "signals", kPrepare},
+    {"control bytes, which spoil their lines", "bytes", kPrepare},
     {"time stamps that share their lines are not read", "stamps", kPrepare},
     {"changes behind another word on their lines are not counted", "changes", kPrepare},
     {"dump commands that share their lines are not obeyed", "commands", kPrepare},
@@ -85,6 +86,7 @@ DumpCheck CheckDump(ByteSource& in, const std::string& name) {
   FindInDeclarations(check.declarations, findings);
   FindInNames(check.declarations, findings);
   check.body = FindInBody(words, watch, check.declarations, findings);
+  findings.Add(FindingKind::ControlBytes, words.Controls());
   check.findings = std::move(findings).Sorted();
   return check;
 }

@@ -22,6 +22,7 @@ enum class FindingKind {
   NoSpan,
   Unreachable,
   Overlooked,
+  ControlBytes,
   StampsNotAlone,
   ChangesInLine,
   CommandsNotAlone,

@@ -91,6 +91,7 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
       {header + "$scope module b $end $var wire 1 ! x $end\n$upscope $end\n" + kBody + "#1\n",
        {{Overlooked, 1, 5}, {ScopeLines, 1, 5}, {EmptyTop, 1, 4}}},
       {clean + "H!\n#1\n", {{Weak, 1, 10}}},
+      {clean + std::string("b1\0!\n#1\n", 8), {{ControlBytes, 1, 10}}},
       {header + "$var wire 2 # x $end\n$var wire 1 b y $end\n$var real 1 r z $end\n" + kBody +
            "#1\n",
        {{GrammarCodes, 2, 5}}},
