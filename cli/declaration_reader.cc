@@ -24,7 +24,8 @@ std::string Fitting(std::string name, std::uint32_t number) {
   const Keyword keyword = KeywordOf(name);
   if (StartsSection(keyword) || keyword == Keyword::End) name.insert(name.begin(), '_');
   if (name.size() <= kLongestName) return name;
-  return name.substr(0, kLongestName) + "_" + std::to_string(number);
+  const std::string suffix = "_" + std::to_string(number);
+  return name.substr(0, kLongestName - suffix.size()) + suffix;
 }
 
 /// The words from `first` on as one: a range belongs to its name, blanks in it to nothing.
