@@ -49,15 +49,16 @@ void VmodHier::AddSignal(std::string signalName, std::string type, std::string s
 /// Declares a signal; returns the one that the code has from now on.
 VmodSignal& VmodHier::Declare(std::string signalName, std::string type, std::string symbol,
                               int width) {
-  const auto [declared, isNewCode] = signals.try_emplace(symbol);
-  VmodSignal& signal = declared->second;
-  if (isNewCode) {
+  // Simulators number their codes through, and many sort their names.
+  const std::size_t codes = signals.size();
+  VmodSignal& signal = signals.try_emplace(signals.end(), symbol)->second;
+  if (signals.size() > codes) {
     signal.name = signalName;
     signal.type = std::move(type);
     signal.symbol = symbol;
     signal.width = width;
   }
-  names.emplace(std::move(signalName), std::move(symbol));
+  names.try_emplace(names.end(), std::move(signalName), std::move(symbol));
   return signal;
 }
 

@@ -4,6 +4,8 @@
 // they say when something visible happens but never how much memory there is: that is kept in the
 // held* fields, which only grow.
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -27,6 +29,22 @@ CharClass ClassOf(char c) {
   if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')) return CharClass::Letter;
   return CharClass::Other;
 }
+
+/// The bytes at which a token ends: the delimiters and the end of the text.
+class ByteSet {
+ public:
+  explicit ByteSet(const char* delims) {
+    Add('\0');
+    for (; *delims != '\0'; ++delims) Add(*delims);
+  }
+  bool Has(char c) const { return (bits_[Byte(c) / 64] >> Byte(c) % 64 & 1) != 0; }
+
+ private:
+  static unsigned Byte(char c) { return static_cast<unsigned char>(c); }
+  void Add(char c) { bits_[Byte(c) / 64] |= std::uint64_t{1} << Byte(c) % 64; }
+
+  std::array<std::uint64_t, 4> bits_{};
+};
 
 /// Length of the piece that starts at `text`, 0 at its end.
 std::size_t PieceLength(const char* text) {
@@ -168,18 +186,23 @@ void Mem::HoldLine(const char* line, std::size_t length) {
 
 char** Mem::GetArrayOfTokens(const char* line, const char* delims, int* count) {
   *count = 0;
+  const ByteSet ends(delims);  // made first: the line may be what they are written in
   HoldLine(line, std::strlen(line));
-  char* rest = nullptr;
-  for (char* token = strtok_r(workBuffer, delims, &rest); token != nullptr;
-       token = strtok_r(nullptr, delims, &rest)) {
-    std::size_t length = std::strlen(token);
-    if (token[length - 1] == '\n') token[--length] = '\0';
+  char* token = workBuffer;
+  while (true) {
+    while (*token != '\0' && ends.Has(*token)) ++token;
+    if (*token == '\0') return slots;
+    char* end = token;
+    while (!ends.Has(*end)) ++end;
+    char* const next = *end == '\0' ? end : end + 1;
+    *end = '\0';
+    if (end[-1] == '\n') *--end = '\0';
     const auto index = static_cast<std::size_t>(*count);
     if (index == heldSlots_) HoldSlots(2 * heldSlots_);
-    Store(index, token, length + 1);
+    Store(index, token, static_cast<std::size_t>(end - token) + 1);
     if (++*count == slotCount) DoubleSlots();
+    token = next;
   }
-  return slots;
 }
 
 /// Copies the text that is to be cut into pieces: it may lie in a slot that a piece overwrites.

@@ -7,13 +7,36 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// A declaration as it is sorted: by code, then in its order. Small and lying together, where the
+/// signals themselves lie far apart.
+struct Key {
+  std::uint64_t start;  // of the code
+  std::size_t position;
+};
+
+constexpr std::size_t kStartBytes = sizeof(std::uint64_t);
+
 /// The first eight bytes as a number that orders as the bytes do; zeros behind a shorter code.
 std::uint64_t StartOf(const std::string& code) {
   std::uint64_t start = 0;
-  for (std::size_t i = 0; i < sizeof start; ++i) {
+  for (std::size_t i = 0; i < kStartBytes; ++i) {
     start = start << 8 | (i < code.size() ? static_cast<unsigned char>(code[i]) : 0U);
   }
   return start;
+}
+
+/// Whether the start is the whole code: codes hold no NUL, so a zero stands behind a shorter one.
+bool IsWhole(std::uint64_t start) {
+  return (start & 0xFF) == 0;
+}
+
+/// The code of such a start, without a look at the signal.
+std::string CodeOf(std::uint64_t start) {
+  std::string code;
+  for (int shift = 8 * (kStartBytes - 1); (start >> shift & 0xFF) != 0; shift -= 8) {
+    code += static_cast<char>(start >> shift & 0xFF);
+  }
+  return code;
 }
 
 }  // namespace
@@ -23,32 +46,26 @@ void DeclarationList::Append(VmodHier* scope, VmodSignal& signal) {
 }
 
 void DeclarationList::Index(CodeIndex& index, CodeCounts& counts) {
-  // What is sorted is small and lies together; the signals themselves lie far apart.
-  struct Key {
-    std::uint64_t start;
-    std::size_t position;
-  };
   std::vector<Key> keys;
   keys.reserve(list_.size() - indexed_);
   for (; indexed_ < list_.size(); ++indexed_) {
-    keys.push_back({StartOf(list_[indexed_].signal->symbol), indexed_});
+    const std::string& code = list_[indexed_].signal->symbol;
+    if (!index.contains(code)) counts.Add(code);
+    keys.push_back({StartOf(code), indexed_});
   }
-  const auto codeOf = [this](const Key& key) -> const std::string& {
+  const auto longCode = [this](const Key& key) -> const std::string& {
     return list_[key.position].signal->symbol;
   };
-  std::sort(keys.begin(), keys.end(), [&codeOf](const Key& a, const Key& b) {
+  std::sort(keys.begin(), keys.end(), [&longCode](const Key& a, const Key& b) {
     if (a.start != b.start) return a.start < b.start;
-    const int order = codeOf(a).compare(codeOf(b));
+    const int order = IsWhole(a.start) ? 0 : longCode(a).compare(longCode(b));
     return order != 0 ? order < 0 : a.position < b.position;
   });
   auto entry = index.end();
+  std::string code;
   for (const Key& key : keys) {
-    const std::string& code = codeOf(key);
-    if (entry == index.end() || entry->first != code) {
-      const std::size_t held = index.size();
-      entry = index.try_emplace(index.end(), code);
-      if (index.size() > held) counts.Add(code);
-    }
+    code = IsWhole(key.start) ? CodeOf(key.start) : longCode(key);
+    if (entry == index.end() || entry->first != code) entry = index.try_emplace(index.end(), code);
     entry->second.push_back(list_[key.position].scope);
   }
 }

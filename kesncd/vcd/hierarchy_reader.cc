@@ -76,6 +76,7 @@ void HierarchyReader::TakeDefinitionLine(const VcdLine& line, LineKind kind) {
     if (current_ != nullptr) current_ = current_->parent;
   } else if (kind == LineKind::EndDefinitions) {
     state_ = State::Body;
+    counting_ = true;
     IndexDeclarations();
   } else {
     Declare(line);
@@ -115,6 +116,7 @@ void HierarchyReader::IndexDeclarations() {
 /// Gives a code's changes so far to the scopes that declared it: they are not those of a scope that
 /// declares it now.
 void HierarchyReader::WriteCounts(const std::string& code) {
+  if (!counting_) return;
   const std::uint32_t changes = lines_.counts().Take(code);
   if (changes == 0) return;
   for (VmodHier* scope : analyser_.codeIndex[code]) scope->AddChanges(code, changes);

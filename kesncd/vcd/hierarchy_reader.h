@@ -37,6 +37,7 @@ class HierarchyReader {
   DeclarationList declarations_;
   VmodHier* current_ = nullptr;
   State state_ = State::Idle;
+  bool counting_ = false;  // the definitions have ended once
 };
 
 }  // namespace orsa::kesncd
