@@ -24,6 +24,7 @@ class BodyCheck {
       CheckLine();
       TakeItem();
     }
+    CheckItemBefore(items_.place().crowdedLine);
   }
 
   void Report(Findings& findings) {
@@ -63,16 +64,20 @@ class BodyCheck {
   /// stamp or a command that stands there.
   void CheckLine() {
     const ItemPlace& place = items_.place();
-    if (!place.startsLine) {
-      if (last_ == ItemKind::Stamp) sharedStamps_.Add(place.line, StampText(lastTick_));
-      if (last_ == ItemKind::Command) sharedCommands_.Add(place.line, "");
-    }
+    CheckItemBefore(place.startsLine ? place.crowdedLine : place.line);
     last_ = items_.kind();
     const bool isChange = last_ == ItemKind::Scalar || last_ == ItemKind::Vector;
     const bool counts = isDumping_ && !(last_ == ItemKind::Scalar && items_.value() > '1');
     if (isChange && counts && (!place.startsLine || !place.oneLine)) {
       changesInLine_.Add(place.line, "");
     }
+  }
+
+  /// `line` is that of the item before if it shares it with what follows, else 0.
+  void CheckItemBefore(std::uint64_t line) {
+    if (line == 0) return;
+    if (last_ == ItemKind::Stamp) sharedStamps_.Add(line, StampText(lastTick_));
+    if (last_ == ItemKind::Command) sharedCommands_.Add(line, "");
   }
 
   void TakeItem() {

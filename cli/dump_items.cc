@@ -67,10 +67,15 @@ bool DumpItems::Advance() {
 }
 
 bool DumpItems::Next() {
+  std::uint64_t crowdedLine = 0;
+  bool isFirst = true;
   while (Advance()) {
-    place_ = {words_.Line(), words_.StartsLine(), true};
+    place_ = {words_.Line(), words_.StartsLine(), true, crowdedLine};
     if (TakeWord(words_.Word())) return true;
+    if (isFirst && !place_.startsLine) crowdedLine = place_.line;
+    isFirst = false;
   }
+  place_.crowdedLine = crowdedLine;
   return false;
 }
 

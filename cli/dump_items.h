@@ -29,6 +29,8 @@ struct ItemPlace {
   std::uint64_t line = 0;
   bool startsLine = false;
   bool oneLine = true;  // all its words are on this line
+  // The line of the item before, if words without an item stood behind it there; else 0.
+  std::uint64_t crowdedLine = 0;
 };
 
 /// What is passed over, or not said as the dump says it.
