@@ -115,12 +115,16 @@ bool DeclarationReader::TakeWord() {
 void DeclarationReader::TakeSection(Keyword keyword) {
   if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
   lineTally_ = nullptr;
-  section_ = {std::move(section_.words), words_.Line(), 0, 0, 0, words_.StartsLine()};
+  section_ = {std::move(section_.words),    words_.Line(), 0, 0, 0, words_.StartsLine(),
+              IsPlainKeyword(words_.Word())};
   if (keyword == Keyword::EndDefinitions || keyword == Keyword::Upscope) {
     ReadEnd();
   } else {
     ReadSection(keyword);
   }
+  const bool isDeclaration =
+      StartsSection(keyword) && keyword != Keyword::Comment && keyword != Keyword::Text;
+  if (isDeclaration && !section_.isPlain) result_.lines.keywords.Add(section_.line, "");
   if (keyword == Keyword::Timescale) TakeTimescale();
   if (keyword == Keyword::Scope) OpenScope();
   if (keyword == Keyword::Upscope) CloseScope();
@@ -133,10 +137,15 @@ void DeclarationReader::ReadEnd() {
   section_.words.clear();
   if (!Advance()) return;
   if (KeywordOf(words_.Word()) == Keyword::End) {
-    section_.endLine = words_.Line();
+    TakeEnd();
   } else {
     repeat_ = true;
   }
+}
+
+void DeclarationReader::TakeEnd() {
+  section_.endLine = words_.Line();
+  section_.isPlain = section_.isPlain && IsPlainKeyword(words_.Word());
 }
 
 void DeclarationReader::ReadSection(Keyword keyword) {
@@ -146,7 +155,7 @@ void DeclarationReader::ReadSection(Keyword keyword) {
   while (Advance()) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) {
-      section_.endLine = words_.Line();
+      TakeEnd();
       return;
     }
     // What a comment holds is a comment's, be it a commented-out declaration.

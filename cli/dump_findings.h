@@ -23,6 +23,8 @@ enum class FindingKind {
   Unreachable,
   Overlooked,
   ControlBytes,
+  Keywords,
+  PortCommands,
   StampsNotAlone,
   ChangesInLine,
   CommandsNotAlone,

@@ -188,6 +188,7 @@ bool DumpItems::TakeKeyword(std::string_view word) {
     case Keyword::DumpAll:
     case Keyword::DumpOn:
     case Keyword::DumpOff:
+      if (!IsPlainKeyword(word)) tallies_.keywords.Add(place_.line, word);
       kind_ = ItemKind::Command;
       return true;
     case Keyword::End:

@@ -43,6 +43,7 @@ struct ItemTallies {
   Tally cut;         // values that were cut to kLongestValue
   Tally fractions;   // of stamps
   Tally late;        // declarations in the body
+  Tally keywords;    // dump commands that the library's readers do not know
   Tally unended;     // a comment or the like that the dump ends in
   Tally torn;        // a value whose code the dump ends before
 };

@@ -92,6 +92,10 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
        {{Unreachable, 1, 8}, {Split, 1, 7}}},
       {header + "$scope module b $end $var wire 1 ! x $end\n$upscope $end\n" + kBody + "#1\n",
        {{Overlooked, 1, 5}, {ScopeLines, 1, 5}, {EmptyTop, 1, 4}}},
+      {clean + "$DUMPOFF\n$end\n$dumpportson\n$end\n#1\n", {{PortCommands, 2, 10}}},
+      {header + kTwo +
+           "$UPSCOPE $end\n$upscope $END\n$COMMENT $END\n$enddefinitions $end\n#0\n#1\n",
+       {{Keywords, 2, 7}}},
       {clean + "H!\n#1\n", {{Weak, 1, 10}}},
       {clean + std::string("b1\0!\n#1\n", 8), {{ControlBytes, 1, 10}}},
       {header + "$var wire 2 # x $end\n$var wire 1 b y $end\n$var real 1 r z $end\n" + kBody +
