@@ -47,6 +47,7 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
   findings.Add(FindingKind::UnreadTimescale, declarations.tick && !lines.timescale, line,
                timescale);
   findings.Add(FindingKind::Torn, !declarations.ended && !declarations.hasWord, 0, "");
+  findings.Add(FindingKind::OpenDefinitions, !declarations.ended && declarations.hasWord, 0, "");
   findings.Add(FindingKind::Unreachable, lines.unreachable);
   findings.Add(FindingKind::Overlooked, lines.overlooked);
   findings.Add(FindingKind::Keywords, lines.keywords);

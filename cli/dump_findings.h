@@ -19,6 +19,7 @@ enum class FindingKind {
   OddTimescale,
   UnreadTimescale,
   Torn,
+  OpenDefinitions,
   NoSpan,
   Unreachable,
   Overlooked,

@@ -62,6 +62,7 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
       {"$timescale\n1NS\n$end\n" + clean.substr(20) + "#5", {{UnreadTimescale, 1, 1}}},
       {header + kTwo, {{Torn, 1}, {NoSpan, 1}}},
       {clean, {{NoSpan, 1}}},
+      {header + kTwo + "#0\n#1\n", {{OpenDefinitions, 1}}},
       {header + "$var wire 1 ! x $end $var wire 1 # q\n$end\n$var wire 8 % d [7 : 0] $end\n" +
            kBody + "#1",
        {{Overlooked, 3, 5}}},
