@@ -69,7 +69,7 @@ class BodyCheck {
     last_ = items_.kind();
     const bool isChange = last_ == ItemKind::Scalar || last_ == ItemKind::Vector;
     const bool counts = isDumping_ && !(last_ == ItemKind::Scalar && items_.value() > '1');
-    if (isChange && counts && (!place.startsLine || !place.oneLine)) {
+    if (isChange && counts && (!place.startsLine || !place.isWhole)) {
       changesInLine_.Add(place.line, "");
     }
   }

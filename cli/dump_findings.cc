@@ -24,7 +24,7 @@ constexpr FindingText kTexts[] = {
     {"declarations with keywords in capitals are not read", "sections", kPrepare},
     {"dump commands in capitals or of port dumps are not obeyed", "commands", kPrepare},
     {"time stamps that share their lines are not read", "stamps", kPrepare},
-    {"changes behind another word on their lines are not counted", "changes", kPrepare},
+    {"changes behind another word or apart from their codes are not counted", "changes", kPrepare},
     {"dump commands that share their lines are not obeyed", "commands", kPrepare},
     {"values of port dumps are not counted", "changes", kPrepare},
     {"readers misread the time span", "dump", kPrepare},

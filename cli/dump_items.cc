@@ -110,7 +110,9 @@ bool DumpItems::TakeScalar(std::string_view word, char value) {
   kind_ = ItemKind::Scalar;
   value_ = value;
   const bool isWeak = (value == '0' || value == '1') && value != word.front();
-  const bool found = word.size() > 1 ? FindCode(word.substr(1)) : TakeCode();
+  const bool isApart = word.size() == 1;
+  const bool found = isApart ? TakeCode() : FindCode(word.substr(1));
+  if (isApart) place_.isWhole = false;
   if (found && isWeak) tallies_.weak.Add(place_.line, words_.Word());
   return found;
 }
@@ -237,7 +239,7 @@ bool DumpItems::TakeCode() {
     tallies_.torn.Add(place_.line, "");
     return false;
   }
-  if (words_.Line() != place_.line) place_.oneLine = false;
+  if (words_.Line() != place_.line) place_.isWhole = false;
   if (FindCode(words_.Word())) return true;
   // Where the code is missing, what follows is something else.
   repeat_ = words_.Word().front() == '#' || KeywordOf(words_.Word()) != Keyword::None;

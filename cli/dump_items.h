@@ -28,7 +28,7 @@ enum class ItemKind {
 struct ItemPlace {
   std::uint64_t line = 0;
   bool startsLine = false;
-  bool oneLine = true;  // all its words are on this line
+  bool isWhole = true;  // the line readers find its code: on the line, behind a scalar at once
   // The line of the item before, if words without an item stood behind it there; else 0.
   std::uint64_t crowdedLine = 0;
 };
