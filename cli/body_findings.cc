@@ -42,6 +42,7 @@ class BodyCheck {
     findings.Add(FindingKind::Undeclared, items.undeclared);
     findings.Add(FindingKind::Strings, items.strings);
     findings.Add(FindingKind::Unended, items.unended);
+    findings.Add(FindingKind::TornValue, items.torn);
     findings.Add(FindingKind::LateDeclarations, items.late);
     findings.Add(FindingKind::Strays, items.strays);
     findings.Add(FindingKind::Fractions, items.fractions);

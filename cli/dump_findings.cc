@@ -48,6 +48,7 @@ constexpr FindingText kTexts[] = {
     {"changes of codes that no variable has", "changes", "simulate again"},
     {"changes to strings do not count", "changes", "none"},
     {"section without $end: what stands behind it is not read", "sections", "mend the dump"},
+    {"value without a code at the end: the dump is cut off", "values", "simulate again"},
     {"declarations behind the definitions", "declarations", "mend the dump"},
     {"declarations without a code", "declarations", "mend the dump"},
     {"words that are not understood", "words", "mend the dump"},

@@ -48,6 +48,7 @@ enum class FindingKind {
   Undeclared,
   Strings,
   Unended,
+  TornValue,
   LateDeclarations,
   Malformed,
   Strays,

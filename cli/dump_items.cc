@@ -66,6 +66,13 @@ bool DumpItems::Advance() {
   return true;
 }
 
+/// The same where a value is not complete yet.
+bool DumpItems::AdvanceInValue() {
+  if (Advance()) return true;
+  tallies_.torn.Add(place_.line, "");
+  return false;
+}
+
 bool DumpItems::Next() {
   std::uint64_t crowdedLine = 0;
   bool isFirst = true;
@@ -143,7 +150,7 @@ bool DumpItems::TakeReal(std::string_view word) {
 /// "pDU 66 66 <0": a state and two strengths for each bit, then the code.
 bool DumpItems::TakePort(std::string_view word) {
   if (word.size() == 1) {
-    if (!Advance()) return false;
+    if (!AdvanceInValue()) return false;
     word = words_.Word();
   } else {
     word.remove_prefix(1);
@@ -152,7 +159,7 @@ bool DumpItems::TakePort(std::string_view word) {
   value_ = In(kPortStates, word.front());
   HoldText('b', word, kPortStates);
   for (int i = 0; i < kStrengths; ++i) {
-    if (!Advance()) return false;
+    if (!AdvanceInValue()) return false;
     if (words_.Word().find_first_not_of("01234567") == std::string_view::npos) continue;
     repeat_ = true;  // no strength: the code already
     break;
@@ -235,10 +242,7 @@ void DumpItems::SkipSection(Keyword keyword) {
 
 /// Takes the code that stands as a word of its own.
 bool DumpItems::TakeCode() {
-  if (!Advance()) {
-    tallies_.torn.Add(place_.line, "");
-    return false;
-  }
+  if (!AdvanceInValue()) return false;
   if (words_.Line() != place_.line) place_.isWhole = false;
   if (FindCode(words_.Word())) return true;
   // Where the code is missing, what follows is something else.

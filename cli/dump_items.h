@@ -71,6 +71,7 @@ class DumpItems {
 
  private:
   bool Advance();
+  bool AdvanceInValue();
   bool TakeWord(std::string_view word);
   bool TakeScalar(std::string_view word, char value);
   bool TakeVector(std::string_view word);

@@ -74,6 +74,7 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
       {clean + "#1 1?\n$dumpoff 1?\n#5 ?\n",
        {{StampsNotAlone, 2, 10}, {CommandsNotAlone, 1, 11}, {Undeclared, 2, 10}, {Strays, 1, 12}}},
       {clean + "1 !\nx !\n0!\n#5\n", {{ChangesInLine, 1, 10}, {Unknown, 1, 5}}},
+      {clean + "#1\np\n1!", {{TornValue, 1, 11}}},
       {clean + "pU 0 6 !\npDU 66 66 \"\n#1\n", {{Ports, 2, 10}, {MisreadSpan, 1, 12}}},
       {header + "$var wire 8 longlonglong7 d $end\n" + kBody + "b1 longlonglong7\n#12345678901\n",
        {}},
