@@ -246,7 +246,8 @@ bool DumpItems::TakeCode() {
   if (words_.Line() != place_.line) place_.isWhole = false;
   if (FindCode(words_.Word())) return true;
   // Where the code is missing, what follows is something else.
-  repeat_ = words_.Word().front() == '#' || KeywordOf(words_.Word()) != Keyword::None;
+  repeat_ = words_.StartsLine() || words_.Word().front() == '#' ||
+            KeywordOf(words_.Word()) != Keyword::None;
   return false;
 }
 
