@@ -29,6 +29,8 @@ class BodyCheck {
 
   void Report(Findings& findings) {
     const ItemTallies& items = items_.tallies();
+    findings.Add(FindingKind::OpenDefinitions, declarations_.ended && definitionsEnd_ > 0,
+                 definitionsEnd_, "");
     findings.Add(FindingKind::StampsNotAlone, sharedStamps_);
     findings.Add(FindingKind::ChangesInLine, changesInLine_);
     findings.Add(FindingKind::CommandsNotAlone, sharedCommands_);
@@ -67,6 +69,7 @@ class BodyCheck {
   void CheckLine() {
     const ItemPlace& place = items_.place();
     CheckItemBefore(place.startsLine ? place.crowdedLine : place.line);
+    isBehindItem_ = true;
     last_ = items_.kind();
     const bool isChange = last_ == ItemKind::Scalar || last_ == ItemKind::Vector;
     const bool counts = isDumping_ && !(last_ == ItemKind::Scalar && items_.value() > '1');
@@ -78,6 +81,7 @@ class BodyCheck {
   /// `line` is that of the item before if it shares it with what follows, else 0.
   void CheckItemBefore(std::uint64_t line) {
     if (line == 0) return;
+    if (!isBehindItem_) definitionsEnd_ = line;
     if (last_ == ItemKind::Stamp) sharedStamps_.Add(line, StampText(lastTick_));
     if (last_ == ItemKind::Command) sharedCommands_.Add(line, "");
   }
@@ -153,7 +157,9 @@ class BodyCheck {
   DumpItems items_;
   std::vector<Counts> counts_;  // by code
   BodyFacts facts_;
+  bool isBehindItem_ = false;
   ItemKind last_ = ItemKind::SectionEnd;
+  std::uint64_t definitionsEnd_ = 0;  // its line, if the body begins there
   std::uint64_t lastTick_ = 0;
   std::uint64_t lastLine_ = 0;  // of a stamp
   double readFirst_ = 0;

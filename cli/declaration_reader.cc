@@ -101,6 +101,8 @@ Declarations DeclarationReader::Read() {
 /// Takes a word outside sections; false when it is the body's first. Where the definitions have no
 /// end, a stamp or a dump command behind a variable is their end.
 bool DeclarationReader::TakeWord() {
+  if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
+  lineTally_ = nullptr;
   const Keyword keyword = KeywordOf(words_.Word());
   if ((IsDumpCommand(keyword) || IsStamp(words_.Word())) && !result_.variables.empty()) {
     result_.hasWord = true;
@@ -113,8 +115,6 @@ bool DeclarationReader::TakeWord() {
 }
 
 void DeclarationReader::TakeSection(Keyword keyword) {
-  if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
-  lineTally_ = nullptr;
   section_ = {std::move(section_.words),    words_.Line(), 0, 0, 0, words_.StartsLine(),
               IsPlainKeyword(words_.Word())};
   if (keyword == Keyword::EndDefinitions || keyword == Keyword::Upscope) {

@@ -16,7 +16,7 @@ constexpr FindingText kTexts[] = {
     {"time scale not understood", "dump", "kesncd prepare --timescale TIME"},
     {"time scale not read: all frequencies are 0", "dump", kPrepare},
     {"dump ends inside its declarations", "dump", "simulate again"},
-    {"declarations without $enddefinitions: no value is read", "dump", kPrepare},
+    {"no $enddefinitions on a line of its own: no value is read", "dump", kPrepare},
     {"no time span: all frequencies are 0", "dump", "simulate longer"},
     {"signals not reachable from the tree's root", "signals", kPrepare},
     {"declarations not on a line of their own are not read", "signals", kPrepare},

@@ -234,7 +234,7 @@ void DumpItems::SkipSection(Keyword keyword) {
     const bool isStamp = words_.Word().front() == '#' && words_.StartsLine();
     if (keyword != Keyword::Comment && (isStamp || StartsSection(next))) {
       repeat_ = true;
-      return;
+      break;
     }
   }
   tallies_.unended.Add(line, "");
