@@ -53,8 +53,9 @@ BENCHMARK(MatchRange);
 std::unique_ptr<VmodHier> Tree(int signals) {
   auto root = std::make_unique<VmodHier>("top");
   for (int i = 0; i < signals; ++i) {
-    if (i % 200 == 0) root->AddSubMod(new VmodHier("u" + std::to_string(i / 200)));
-    root->subMods.back()->AddSignal("n" + std::to_string(i) + "[0]", "wire", std::to_string(i), 1);
+    const std::string number = std::to_string(i);
+    if (i % 200 == 0) root->AddSubMod(new VmodHier('u' + number));
+    root->subMods.back()->AddSignal('n' + number + "[0]", "wire", number, 1);
   }
   return root;
 }
