@@ -35,7 +35,7 @@ void AddOutputOptions(CLI::App& command, OutputOptions& options);
 
 /// Throws Failure for an input that no command can use: a directory. The library reports the rest.
 void CheckInput(const std::string& path);
-/// Throws Failure for a file that cannot be opened, where the library would not say so.
+/// Throws Failure for a file that cannot be read to its end, where the library would not say so.
 void CheckReadable(const std::string& path);
 
 /// Says what keeps all frequencies of a run at 0.

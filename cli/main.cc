@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "cli/commands.h"
+#include "cli/standard_streams.h"
 
 namespace kesncd_cli {
 
@@ -30,9 +31,12 @@ ExitStatus RunProgram(int argc, char** argv) {
 int main(int argc, char** argv) {
   using namespace kesncd_cli;
   (void)std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a failed output like any other
+  (void)std::signal(SIGXFSZ, SIG_IGN);  // and so is a file that may not grow further
+  HoldStandardStreams();
   ExitStatus status = ExitStatus::Unusable;
   try {
     status = RunProgram(argc, argv);
+    FlushStandardOutput();
   } catch (const Failure& failure) {
     Say("", failure.what());
     status = failure.status();

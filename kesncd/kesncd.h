@@ -354,23 +354,24 @@ class KESNCD_API KesNCD {
   /// writes the activity to the dump's path with ".txt" behind it (not reported when that fails).
   /// `signals` selects variables by name, also with "/" for "_"; a name with a bit index or a range
   /// is always taken. False with `message` set, and `signalFreqs` as it was, when the path is empty
-  /// or cannot be opened, the top module has never been met, or the ranges of the top module stand
-  /// for more than 16777216 bits. `message` is written on failure only.
+  /// or cannot be opened or read to its end, the top module has never been met, or the ranges of
+  /// the top module stand for more than 16777216 bits. `message` is written on failure only.
   bool ReadVCD(const std::set<std::string>& signals, std::string& message);
   /// The hierarchical run: builds `hierRoot` and `codeIndex` with the changes of every signal.
   /// `signals` has no effect. False with `message` set when the path is empty or cannot be opened
-  /// (the old tree stays), or no scope has ever been met.
+  /// (the old tree stays), no scope has ever been met, or the dump cannot be read to its end.
   bool ReadVCDHier(const std::set<std::string>& signals, std::string& message);
 
   /// Reads an open dump into `topMod`, which the caller has emptied: every variable of the top
   /// module, lines of up to 1023 characters. False when the time scale is not understood, the top
-  /// module's scope ends without a variable, or the definitions end without the top module. The
-  /// stream stays the caller's, right behind the last line handled if it can seek (the values
-  /// behind the definitions are read in blocks).
+  /// module's scope ends without a variable, the definitions end without the top module, or a read
+  /// error ends the stream. The stream stays the caller's, right behind the last line handled if it
+  /// can seek (the values behind the definitions are read in blocks).
   bool ParseVcdFile(std::FILE* file);
   /// The same for the selected variables (see ReadVCD), lines of up to 4095 characters. Always 0.
   int ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals);
-  /// Reads an open dump into the module tree. False when the time scale is not understood.
+  /// Reads an open dump into the module tree. False when the time scale is not understood or a
+  /// read error ends the stream.
   /// `signals` has no effect.
   bool ParseVcdFileHier(std::FILE* file, const std::set<std::string>& signals);
   /// Adds one change to the code in every scope that declared it.
@@ -386,7 +387,8 @@ class KESNCD_API KesNCD {
 
   /// Reads the timing report's clock frequencies into `clockFreqs`, in MHz by net or port. `mode`
   /// picks the lower of constraint and achieved (0), the constraint (1) or the achieved value (2).
-  /// True when an entry was kept; until then `clockFreqs` stays as it was.
+  /// True when an entry was kept; else `clockFreqs` stays as it was, also where the report cannot
+  /// be read to its end.
   bool ReadTWR2(int mode);
   /// The earlier reader of the same report, which closes a row at its ";".
   bool ReadTWR(int mode);

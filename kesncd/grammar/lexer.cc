@@ -9,7 +9,7 @@
 #include "kesncd/grammar/token_value.h"
 #include "kesncd/grammar/tokens.h"
 #include "kesncd/kesncd.h"
-#include "kesncd/text/stream_buffer.h"
+#include "kesncd/text/stream.h"
 
 namespace orsa::kesncd {
 
@@ -27,7 +27,7 @@ bool EndsWord(int c) {
 /// The next character without counting its line; 0, which no word holds, at the end of the input.
 int ReadUncounted() {
   if (yysptr > yysbuf) return static_cast<unsigned char>(*--yysptr);
-  const int c = yyin == nullptr ? EOF : getc_unlocked(yyin);
+  const int c = yyin == nullptr ? EOF : ReadCharacter(yyin);
   return c == EOF ? 0 : c;
 }
 

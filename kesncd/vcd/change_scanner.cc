@@ -60,12 +60,12 @@ std::uint64_t MarkOddBytes(const char* bytes) {
   const __m128i below = _mm_set1_epi8(' ');
   const __m128i above = _mm_set1_epi8('~' + 1);
   std::uint64_t marks = 0;
-  for (int i = 0; i < 4; ++i) {
-    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * i));
+  for (std::size_t at = 0; at < 64; at += sizeof(__m128i)) {
+    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
     // Signed comparisons: bytes from 128 on are negative, so not above a blank.
     const __m128i plain = _mm_and_si128(_mm_cmpgt_epi8(part, below), _mm_cmplt_epi8(part, above));
     const auto odd = static_cast<std::uint16_t>(~_mm_movemask_epi8(plain));
-    marks |= static_cast<std::uint64_t>(odd) << 16 * i;
+    marks |= static_cast<std::uint64_t>(odd) << at;
   }
   return marks;
 }
