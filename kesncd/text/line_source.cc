@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "kesncd/text/stream.h"
+#include "kesncd/text/stream_buffer.h"
 
 namespace orsa::kesncd {
 
@@ -35,9 +36,15 @@ const char* LineSource::Next() {
 
 /// As fgets, but nothing is lost when a signal interrupts the reading.
 const char* LineSource::NextOfStream() {
+  const std::size_t longest = line_.size() - 1;
   std::size_t length = 0;
-  for (int c = 0; c != '\n' && length + 1 < line_.size();) {
-    c = ReadCharacter(stream_);
+  for (char last = '\0'; last != '\n' && length < longest; last = line_[length - 1]) {
+    std::string_view text = ReadAhead(stream_).substr(0, longest - length);
+    text = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
+    TakeAhead(stream_, text.copy(line_.data() + length, text.size()));
+    length += text.size();
+    if (!text.empty()) continue;
+    const int c = ReadCharacter(stream_);
     if (c == EOF) break;
     line_[length++] = static_cast<char>(c);
   }
