@@ -15,6 +15,9 @@ namespace kesncd_cli {
 /// What the chosen command does.
 using Action = std::function<ExitStatus()>;
 
+/// Makes an empty App the program's command line. Parsing it sets `chosen`.
+void AddCommandLine(CLI::App& app, Action& chosen);
+
 void AddFlatCommand(CLI::App& app, Action& chosen);
 void AddTopCommand(CLI::App& app, Action& chosen);
 void AddTreeCommand(CLI::App& app, Action& chosen);

@@ -24,7 +24,8 @@ std::string Fitting(std::string name, std::uint32_t number) {
   const Keyword keyword = KeywordOf(name);
   if (StartsSection(keyword) || keyword == Keyword::End) name.insert(name.begin(), '_');
   if (name.size() <= kLongestName) return name;
-  return name.substr(0, kLongestName) + "_" + std::to_string(number);
+  const std::string suffix = "_" + std::to_string(number);
+  return name.substr(0, kLongestName - suffix.size()) + suffix;
 }
 
 /// The words from `first` on as one: a range belongs to its name, blanks in it to nothing.
@@ -100,6 +101,8 @@ Declarations DeclarationReader::Read() {
 /// Takes a word outside sections; false when it is the body's first. Where the definitions have no
 /// end, a stamp or a dump command behind a variable is their end.
 bool DeclarationReader::TakeWord() {
+  if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
+  lineTally_ = nullptr;
   const Keyword keyword = KeywordOf(words_.Word());
   if ((IsDumpCommand(keyword) || IsStamp(words_.Word())) && !result_.variables.empty()) {
     result_.hasWord = true;
@@ -112,14 +115,16 @@ bool DeclarationReader::TakeWord() {
 }
 
 void DeclarationReader::TakeSection(Keyword keyword) {
-  if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
-  lineTally_ = nullptr;
-  section_ = {std::move(section_.words), words_.Line(), 0, 0, 0, words_.StartsLine()};
+  section_ = {std::move(section_.words),    words_.Line(), 0, 0, 0, words_.StartsLine(),
+              IsPlainKeyword(words_.Word())};
   if (keyword == Keyword::EndDefinitions || keyword == Keyword::Upscope) {
     ReadEnd();
   } else {
     ReadSection(keyword);
   }
+  const bool isDeclaration =
+      StartsSection(keyword) && keyword != Keyword::Comment && keyword != Keyword::Text;
+  if (isDeclaration && !section_.isPlain) result_.lines.keywords.Add(section_.line, "");
   if (keyword == Keyword::Timescale) TakeTimescale();
   if (keyword == Keyword::Scope) OpenScope();
   if (keyword == Keyword::Upscope) CloseScope();
@@ -132,10 +137,15 @@ void DeclarationReader::ReadEnd() {
   section_.words.clear();
   if (!Advance()) return;
   if (KeywordOf(words_.Word()) == Keyword::End) {
-    section_.endLine = words_.Line();
+    TakeEnd();
   } else {
     repeat_ = true;
   }
+}
+
+void DeclarationReader::TakeEnd() {
+  section_.endLine = words_.Line();
+  section_.isPlain = section_.isPlain && IsPlainKeyword(words_.Word());
 }
 
 void DeclarationReader::ReadSection(Keyword keyword) {
@@ -145,7 +155,7 @@ void DeclarationReader::ReadSection(Keyword keyword) {
   while (Advance()) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) {
-      section_.endLine = words_.Line();
+      TakeEnd();
       return;
     }
     // What a comment holds is a comment's, be it a commented-out declaration.

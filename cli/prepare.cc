@@ -213,8 +213,10 @@ PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& o
 
 bool WouldChangeFigures(const Declarations& declarations) {
   const LineReading& lines = declarations.lines;
-  if ((declarations.tick && !lines.timescale) || lines.overlooked || lines.scopeLines ||
-      lines.foreign || lines.wrongScope || lines.unreachable || lines.late || lines.split) {
+  const bool isOpen = !declarations.ended && declarations.hasWord;
+  if (isOpen || (declarations.tick && !lines.timescale) || lines.overlooked || lines.scopeLines ||
+      lines.keywords || lines.foreign || lines.wrongScope || lines.unreachable || lines.late ||
+      lines.split) {
     return true;
   }
   const auto shares = ShareCodes(declarations);

@@ -10,10 +10,12 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Whether a file can take the place of what is there.
+/// Whether a file can take the place of what is there: of nothing, or of a file that is known by
+/// this name only and may be written.
 bool IsReplaceable(const std::string& path) {
   struct stat found {};
-  return lstat(path.c_str(), &found) != 0 || (S_ISREG(found.st_mode) && found.st_nlink == 1);
+  if (lstat(path.c_str(), &found) != 0) return true;
+  return S_ISREG(found.st_mode) && found.st_nlink == 1 && access(path.c_str(), W_OK) == 0;
 }
 
 /// A file that goes again unless it has been put in its place.

@@ -10,7 +10,10 @@
 #include "kesncd/grammar/tokens.h"
 #include "kesncd/kesncd.h"
 #include "kesncd/text/stream.h"
+<<<<<<< HEAD
 #include "kesncd/text/stream_buffer.h"
+=======
+>>>>>>> main
 
 namespace orsa::kesncd {
 
@@ -70,6 +73,7 @@ std::size_t TakeBlocks() {
   if (yysptr > yysbuf) return 0;
   const std::string_view ahead = ReadAhead(yyin).substr(0, kLongestWord);
   std::size_t length = 0;
+  if (ahead.empty() || EndsWord(ahead[0])) return 0;  // yytext keeps the last word
   while (ahead.size() - length >= sizeof(ValueBlock)) {
     const std::size_t taken = ValueBlock::CopyWord(yytext + length, ahead.data() + length);
     length += taken;

@@ -4,14 +4,17 @@
 #include <cstring>
 
 #include "kesncd/text/stream.h"
-#include "kesncd/text/stream_buffer.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
+#ifdef KESNCD_SMALL_BLOCKS
+constexpr std::size_t kBlockBytes = 4200;  // short dumps meet the ends of blocks
+#else
 // Much larger than any line, small enough to stay in the processor's second cache.
 constexpr std::size_t kBlockBytes = std::size_t{128} * 1024;
+#endif
 
 }  // namespace
 
@@ -38,15 +41,19 @@ const char* LineSource::Next() {
 const char* LineSource::NextOfStream() {
   const std::size_t longest = line_.size() - 1;
   std::size_t length = 0;
-  for (char last = '\0'; last != '\n' && length < longest; last = line_[length - 1]) {
-    std::string_view text = ReadAhead(stream_).substr(0, longest - length);
-    text = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
-    TakeAhead(stream_, text.copy(line_.data() + length, text.size()));
-    length += text.size();
-    if (!text.empty()) continue;
-    const int c = ReadCharacter(stream_);
-    if (c == EOF) break;
-    line_[length++] = static_cast<char>(c);
+  while (length < longest && (length == 0 || line_[length - 1] != '\n')) {
+    const std::string_view ahead = ReadAhead(stream_).substr(0, longest - length);
+    if (ahead.empty()) {
+      const int c = ReadCharacter(stream_);
+      if (c == EOF) break;
+      line_[length++] = static_cast<char>(c);
+      continue;
+    }
+    const std::size_t newline = ahead.find('\n');
+    const std::size_t taken = newline == std::string_view::npos ? ahead.size() : newline + 1;
+    std::memcpy(line_.data() + length, ahead.data(), taken);
+    TakeAhead(stream_, taken);
+    length += taken;
   }
   if (length == 0) return nullptr;
   line_[length] = '\0';

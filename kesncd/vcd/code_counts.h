@@ -69,8 +69,13 @@ class CodeCounts {
   using Zeroed = std::unique_ptr<T[], Release>;
 
   static constexpr std::size_t kDigits = 95;  // '!' to '~', and none
+#ifdef KESNCD_SMALL_BLOCKS
+  static constexpr std::size_t kLongestDirect = 2;
+  static constexpr std::size_t kDirect = kDigits * kDigits;
+#else
   static constexpr std::size_t kLongestDirect = 3;
   static constexpr std::size_t kDirect = kDigits * kDigits * kDigits;
+#endif
   static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
 
   static std::uint64_t Load(const char* code, std::size_t length);
