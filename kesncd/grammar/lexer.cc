@@ -10,10 +10,6 @@
 #include "kesncd/grammar/tokens.h"
 #include "kesncd/kesncd.h"
 #include "kesncd/text/stream.h"
-<<<<<<< HEAD
-#include "kesncd/text/stream_buffer.h"
-=======
->>>>>>> main
 
 namespace orsa::kesncd {
 
