@@ -12,7 +12,7 @@ inline constexpr Reader kReaders[] = {Reader::Unfiltered, Reader::Filtered, Read
 inline constexpr Reader kAllReaders[] = {Reader::Unfiltered, Reader::Filtered, Reader::Hierarchical,
                                          Reader::Grammar};
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(KESNCD_QUICK_TESTS)
 inline constexpr int kShare = 10;  // a sanitizer makes each reading ten times as dear
 #else
 inline constexpr int kShare = 1;
