@@ -101,6 +101,8 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
       {header + kTwo +
            "$UPSCOPE $end\n$upscope $END\n$COMMENT $END\n$enddefinitions $end\n#0\n#1\n",
        {{Keywords, 2, 7}}},
+      {header + "$comment\n$var wire 1 ! x $end\n" + kTwo + kBody + "$comment\nx\n1!\n$end\n#1\n",
+       {{QuotedDeclarations, 1, 6}, {QuotedItems, 1, 14}}},
       {clean + "H!\n#1\n", {{Weak, 1, 10}}},
       {clean + std::string("b1\0!\n#1\n", 8), {{ControlBytes, 1, 10}}},
       {header + "$var wire 2 # x $end\n$var wire 1 b y $end\n$var real 1 r z $end\n" + kBody +
