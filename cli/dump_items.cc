@@ -237,11 +237,11 @@ void DumpItems::SkipSection(Keyword keyword) {
     if (next == Keyword::End) return;
     const bool isStamp = words_.Word().front() == '#' && words_.StartsLine();
     const bool isLine = words_.StartsLine() && kLineStarts.find(words_.Word().front()) != kNowhere;
-    if (isLine) tallies_.quoted.Add(words_.Line(), words_.Word());
     if (keyword != Keyword::Comment && (isStamp || StartsSection(next))) {
       repeat_ = true;
       break;
     }
+    if (isLine) tallies_.quoted.Add(words_.Line(), words_.Word());
   }
   tallies_.unended.Add(line, "");
 }

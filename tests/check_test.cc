@@ -64,7 +64,7 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
       {clean, {{NoSpan, 1}}},
       {header + kTwo + "#0\n#1\n", {{OpenDefinitions, 1}}},
       {header + kTwo + "$upscope $end x\n$enddefinitions $end #0\n$x\n1!\n#1\n",
-       {{OpenDefinitions, 1, 8}, {ScopeLines, 1, 7}, {Unended, 1, 9}}},
+       {{OpenDefinitions, 1, 8}, {QuotedItems, 1, 10}, {ScopeLines, 1, 7}, {Unended, 1, 9}}},
       {header + "$var wire 1 ! x $end $var wire 1 # q\n$end\n$var wire 8 % d [7 : 0] $end\n" +
            kBody + "#1",
        {{Overlooked, 3, 5}}},
