@@ -55,7 +55,6 @@ void Translate(std::string_view value, char* to, const Alphabet& alphabet) {
 
 // What a line that means something to the library's readers begins with.
 constexpr std::string_view kLineStarts = "01bBrR#$";
-constexpr std::size_t kNowhere = std::string_view::npos;
 
 constexpr int kStrengths = 2;  // words between a port's states and its code
 
@@ -236,12 +235,13 @@ void DumpItems::SkipSection(Keyword keyword) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) return;
     const bool isStamp = words_.Word().front() == '#' && words_.StartsLine();
-    const bool isLine = words_.StartsLine() && kLineStarts.find(words_.Word().front()) != kNowhere;
     if (keyword != Keyword::Comment && (isStamp || StartsSection(next))) {
       repeat_ = true;
       break;
     }
-    if (isLine) tallies_.quoted.Add(words_.Line(), words_.Word());
+    if (words_.StartsLine() && kLineStarts.find(words_.Word().front()) != std::string_view::npos) {
+      tallies_.quoted.Add(words_.Line(), words_.Word());
+    }
   }
   tallies_.unended.Add(line, "");
 }
