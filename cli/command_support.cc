@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <sstream>
 
 #include "cli/commands.h"
@@ -62,8 +63,9 @@ void CheckInput(const std::string& path) {
 
 void CheckReadable(const std::string& path) {
   CheckInput(path);
-  if (!std::ifstream(path).is_open())
-    throw Failure(ExitStatus::Unusable, path + ": cannot be read");
+  std::ifstream file(path);
+  file.ignore(std::numeric_limits<std::streamsize>::max());
+  if (!file.eof()) throw Failure(ExitStatus::Unusable, path + ": cannot be read");
 }
 
 void SayWhyZero(const std::string& dump) {

@@ -15,6 +15,9 @@ namespace kesncd_cli {
 /// What the chosen command does.
 using Action = std::function<ExitStatus()>;
 
+/// Makes an empty App the program's command line. Parsing it sets `chosen`.
+void AddCommandLine(CLI::App& app, Action& chosen);
+
 void AddFlatCommand(CLI::App& app, Action& chosen);
 void AddTopCommand(CLI::App& app, Action& chosen);
 void AddTreeCommand(CLI::App& app, Action& chosen);
@@ -32,7 +35,7 @@ void AddOutputOptions(CLI::App& command, OutputOptions& options);
 
 /// Throws Failure for an input that no command can use: a directory. The library reports the rest.
 void CheckInput(const std::string& path);
-/// Throws Failure for a file that cannot be opened, where the library would not say so.
+/// Throws Failure for a file that cannot be read to its end, where the library would not say so.
 void CheckReadable(const std::string& path);
 
 /// Says what keeps all frequencies of a run at 0.

@@ -20,16 +20,18 @@ constexpr Alphabet MakeAlphabet(char rest, std::string_view from, std::string_vi
   return alphabet;
 }
 
+constexpr Alphabet MakeIdentity() {
+  Alphabet alphabet{};
+  for (std::size_t i = 0; i < alphabet.size(); ++i) alphabet[i] = static_cast<char>(i);
+  return alphabet;
+}
+
 // The nine values of VHDL besides the four of Verilog: weak ones count as what they pull to.
 constexpr Alphabet kScalars = MakeAlphabet('\0', "01xXzZHhLlUuWw-", "01xxzz1100xxxxx");
 constexpr Alphabet kBits = MakeAlphabet('x', "01zZHhLl", "01zz1100");
 // States of ports: driven from outside, from inside, or from both.
 constexpr Alphabet kPortStates = MakeAlphabet('x', "DdLl0UuHh1ZTF", "0000011111zzz");
-constexpr Alphabet kAsTheyAre = [] {
-  Alphabet alphabet{};
-  for (std::size_t i = 0; i < alphabet.size(); ++i) alphabet[i] = static_cast<char>(i);
-  return alphabet;
-}();
+constexpr Alphabet kAsTheyAre = MakeIdentity();
 
 char In(const Alphabet& alphabet, char c) {
   return alphabet[static_cast<unsigned char>(c)];

@@ -1,54 +1,18 @@
 // kesncd: switching activity of a simulation, from the command line.
 #include <csignal>
 #include <exception>
-#include <memory>
-#include <sstream>
 
 #include "cli/commands.h"
+#include "cli/standard_streams.h"
 
 namespace kesncd_cli {
 
 namespace {
 
-constexpr char kHelp[] =
-    "Switching activity of a logic simulation, from its value change dump\n"
-    "\n"
-    "Examples:\n"
-    "  kesncd flat sim.vcd --top soc        toggle frequencies of module soc, in MHz\n"
-    "  kesncd tree sim.vcd                  the module tree with its activity\n"
-    "  kesncd find sim.vcd u1/q 'data_5_'   frequencies of signals by their design names\n"
-    "  kesncd COMMAND --help                more of a command\n"
-    "\n"
-    "Exit status: 0 done; 1 done, but nothing matched; 2 wrong use or unreadable input;\n"
-    "3 the result could not be written.\n";
-
-/// Lists a command with the first line of its help; the rest shows when the command is asked.
-class HelpFormatter : public CLI::Formatter {
- public:
-  std::string make_subcommand(const CLI::App* command) const override {
-    const std::string help = command->get_description();
-    std::ostringstream line;
-    CLI::detail::format_help(line, command->get_display_name(true), help.substr(0, help.find('\n')),
-                             get_column_width());
-    return line.str();
-  }
-};
-
 ExitStatus RunProgram(int argc, char** argv) {
-  CLI::App app(kHelp, "kesncd");
-  app.set_version_flag("--version", "kesncd " KESNCD_VERSION);
-  app.formatter(std::make_shared<HelpFormatter>());
-  app.require_subcommand(1);
+  CLI::App app;
   Action chosen;
-  AddFlatCommand(app, chosen);
-  AddTopCommand(app, chosen);
-  AddTreeCommand(app, chosen);
-  AddFindCommand(app, chosen);
-  AddPrepareCommand(app, chosen);
-  AddCheckCommand(app, chosen);
-  AddClocksCommand(app, chosen);
-  AddPowerCommand(app, chosen);
-  AddExtractCommand(app, chosen);
+  AddCommandLine(app, chosen);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -67,9 +31,12 @@ ExitStatus RunProgram(int argc, char** argv) {
 int main(int argc, char** argv) {
   using namespace kesncd_cli;
   (void)std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a failed output like any other
+  (void)std::signal(SIGXFSZ, SIG_IGN);  // and so is a file that may not grow further
+  HoldStandardStreams();
   ExitStatus status = ExitStatus::Unusable;
   try {
     status = RunProgram(argc, argv);
+    FlushStandardOutput();
   } catch (const Failure& failure) {
     Say("", failure.what());
     status = failure.status();

@@ -80,7 +80,8 @@ NewCodes::NewCodes(const Declarations& declarations, const std::vector<CodeShare
 
 std::string_view NewCodes::CodeOf(const DumpVariable& variable, const CodeShare& share) {
   Entry& entry = entries_[variable.code];
-  Text& text = share.name == 0 ? entry.first : further_[entry.start + share.name - 1];
+  Text* const held = share.name == 0 ? &entry.first : &further_[entry.start + share.name - 1];
+  Text& text = *held;
   if (text[0] == '\0') {
     std::uint64_t number = given_++;
     for (std::size_t i = length_; i-- > 0; number /= kLetters.size()) {

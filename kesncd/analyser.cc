@@ -70,6 +70,7 @@ bool KesNCD::ParseVcdFileHier(std::FILE* file, const std::set<std::string>& /*si
   return HierarchyReader(file, *this).Read();
 }
 
+// cppcheck-suppress passedByValue ; the public interface says so
 bool KesNCD::GetTopModuleNameInVCD(std::string path, std::string& topModule, std::string& message) {
   const File dump = OpenForReading(path);
   if (dump == nullptr) {

@@ -1,4 +1,5 @@
 // The flat run: dump to topMod, topMod to the signal-frequency map and the activity file.
+#include "kesncd/activity/activity_file.h"
 #include "kesncd/activity/design_names.h"
 #include "kesncd/kesncd.h"
 #include "kesncd/run_messages.h"
@@ -33,13 +34,6 @@ void EnterSignal(int index, std::map<std::string, double>& frequencies) {
   }
 }
 
-/// Writes the activity beside the dump. A place that cannot be written is passed over: the
-/// frequencies are good all the same.
-void WriteActivityFile(const std::string& path) {
-  if (const File emptied{std::fopen(path.c_str(), "w")}; emptied == nullptr) return;
-  topMod.DumpIntoFile(path);
-}
-
 }  // namespace
 
 bool KesNCD::ReadVCD(const std::set<std::string>& signals, std::string& message) {
@@ -54,18 +48,25 @@ bool KesNCD::ReadVCD(const std::set<std::string>& signals, std::string& message)
   }
   topMod.Clear();
   ParseVcdFile2(dump.get(), signals);
+  const bool failed = std::ferror(dump.get()) != 0;
   dump.reset();
   if (isTopModNameEverMatched == 0) {
     message = kTopModuleNotMatched;
+    return false;
+  }
+  if (failed) {
+    message = CannotRead(vcdFile);
     return false;
   }
   if (TooManyBusBits()) {
     message = kTooManyBits;
     return false;
   }
-  signalFreqs.clear();
-  for (int i = 0; i < topMod.GetSignalSize(); ++i) EnterSignal(i, signalFreqs);
-  WriteActivityFile(vcdFile + ".txt");
+  std::map<std::string, double> frequencies;
+  for (int i = 0; i < topMod.GetSignalSize(); ++i) EnterSignal(i, frequencies);
+  signalFreqs.swap(frequencies);
+  // A place that cannot be written is passed over: the frequencies are good all the same.
+  ReplaceActivityFile(topMod, vcdFile + ".txt");
   if (debug != 0) topMod.PrintMod();
   return true;
 }

@@ -30,6 +30,10 @@ bool KesNCD::ReadVCDHier(const std::set<std::string>& signals, std::string& mess
     message = kTopModuleNotMatched;
     return false;
   }
+  if (std::ferror(dump.get()) != 0) {
+    message = CannotRead(vcdFile);
+    return false;
+  }
   return true;
 }
 

@@ -1,39 +1,40 @@
-// libkesncd: switching activity of a logic simulation.
-//
-// The library reads a value change dump (VCD, the text format of IEEE 1364), counts the value
-// changes of every signal inside the dumped time span, and turns the counts into toggle
-// frequencies in MHz for a power estimator.
-//
-// A host creates one analyser and drives it in this order:
-//
-//   orsa::kesncd::KesNCD analyser;
-//   analyser.SetTopModule("soc");
-//   analyser.SetTWRFileOn(true);              // optional: clock frequencies of a timing report
-//   analyser.SetTWRFile("soc.twr", 0);
-//   std::string message;
-//   if (!analyser.SetVCDFile("soc.vcd", {"clk", "rst_n"}, message)) { ... message ... }
-//   // analyser.signalFreqs now maps "clk", "data_0", "data_1", ... to MHz.
-//   if (!analyser.SetVCDFileHier("soc.vcd", {}, message)) { ... }
-//   // analyser.hierRoot is the module tree; CreateKesSigFreq and ExtractNCD hand over.
-//
-// What counts as a change: a scalar that becomes 0 or 1 and every vector or real value, also one
-// that repeats the value before, while dumping is on. Changes to x and z do not count. The values
-// listed under "$dumpvars" count, so a signal's first change is its initial value, and a signal
-// with c changes has made (c - 1) / 2 cycles.
-//
-// What outlives a run: the reader state below is process-wide. Only loading the library gives it
-// its first values; the time span, the recording switch and the "matched" flag carry over from one
-// run into the next, also across analysers. A process that wants figures untouched by an earlier
-// run loads the library afresh.
-//
-// Threads: none. One operation at a time in a process. Locale: numbers are read and written with
-// a decimal point whatever locale the host has set; the host's locale is left as it is.
-//
-// Errors: an operation reports through its result and, where it has one, its message argument.
-// Nothing is thrown on purpose; std::bad_alloc and the exceptions of the host's own classes pass
-// through.
-//
-// The header is clean C++14 and includes standard headers only.
+/// @file
+/// libkesncd: switching activity of a logic simulation.
+///
+/// The library reads a value change dump (VCD, the text format of IEEE 1364), counts the value
+/// changes of every signal inside the dumped time span, and turns the counts into toggle
+/// frequencies in MHz for a power estimator.
+///
+/// A host creates one analyser and drives it in this order:
+///
+///     orsa::kesncd::KesNCD analyser;
+///     analyser.SetTopModule("soc");
+///     analyser.SetTWRFileOn(true);              // optional: clock frequencies of a timing report
+///     analyser.SetTWRFile("soc.twr", 0);
+///     std::string message;
+///     if (!analyser.SetVCDFile("soc.vcd", {"clk", "rst_n"}, message)) { ... message ... }
+///     // analyser.signalFreqs now maps "clk", "data_0", "data_1", ... to MHz.
+///     if (!analyser.SetVCDFileHier("soc.vcd", {}, message)) { ... }
+///     // analyser.hierRoot is the module tree; CreateKesSigFreq and ExtractNCD hand over.
+///
+/// What counts as a change: a scalar that becomes 0 or 1 and every vector or real value, also one
+/// that repeats the value before, while dumping is on. Changes to x and z do not count. The values
+/// listed under "$dumpvars" count, so a signal's first change is its initial value, and a signal
+/// with c changes has made (c - 1) / 2 cycles.
+///
+/// What outlives a run: the reader state below is process-wide. Only loading the library gives it
+/// its first values; the time span, the recording switch and the "matched" flag carry over from one
+/// run into the next, also across analysers. A process that wants figures untouched by an earlier
+/// run loads the library afresh.
+///
+/// Threads: none. One operation at a time in a process. Locale: numbers are read and written with
+/// a decimal point whatever locale the host has set; the host's locale is left as it is.
+///
+/// Errors: an operation reports through its result and, where it has one, its message argument.
+/// Nothing is thrown on purpose; std::bad_alloc and the exceptions of the host's own classes pass
+/// through.
+///
+/// The header is clean C++14 and includes standard headers only.
 #ifndef KESNCD_KESNCD_H_
 #define KESNCD_KESNCD_H_
 
@@ -46,7 +47,9 @@
 #include <unordered_map>
 #include <vector>
 
+/// Part of the interface, whatever visibility the host is compiled with.
 #define KESNCD_API __attribute__((visibility("default")))
+/// A part of an exported class that only the library calls.
 #define KESNCD_LOCAL __attribute__((visibility("hidden")))
 
 // The host's classes; their operations are the host's (see host/design_data.h, host/power_data.h).
@@ -55,6 +58,7 @@ class NC_DESIGN;
 class PD_DATA;
 
 namespace orsa {
+/// All that the library offers.
 namespace kesncd {
 
 class VmodHier;
@@ -126,27 +130,28 @@ class KESNCD_API Mem {
 /// empty string or 0 and removes nothing. Duplicates are kept.
 class KESNCD_API Vmod {
  public:
+  /// No name, no signals.
   Vmod();
-  explicit Vmod(const std::string& name);
-  Vmod(const Vmod&) = default;
-  Vmod& operator=(const Vmod&) = default;
+  explicit Vmod(const std::string& name);  ///< a name, no signals
+  Vmod(const Vmod&) = default;             ///< copies signals and counts
+  Vmod& operator=(const Vmod&) = default;  ///< the same
   ~Vmod();
 
-  void SetName(const std::string& name);
-  std::string GetName() const;
+  void SetName(const std::string& name);  ///< names the module
+  std::string GetName() const;            ///< the module's name
 
   /// Appends a signal: its name, VCD variable type, identifier code and width in bits. It starts
   /// with no changes.
   void AddSignal(const std::string& name, const std::string& type, const std::string& symbol,
                  int nbit);
 
-  int GetSignalSize() const;
-  std::string GetSignalName(int index) const;
-  std::string GetSignalType(int index) const;
-  std::string GetSignalSymb(int index) const;
-  std::string GetSignalState(int index) const;
-  int GetSignalNbit(int index) const;
-  int GetSignalChange(int index) const;
+  int GetSignalSize() const;                    ///< number of signals
+  std::string GetSignalName(int index) const;   ///< name as declared, a range glued on
+  std::string GetSignalType(int index) const;   ///< VCD variable type: "wire", "reg", ...
+  std::string GetSignalSymb(int index) const;   ///< VCD identifier code
+  std::string GetSignalState(int index) const;  ///< always empty
+  int GetSignalNbit(int index) const;           ///< declared width in bits
+  int GetSignalChange(int index) const;         ///< counted value changes
 
   /// Adds one change to the first signal with this identifier code; others that share the code do
   /// not count. Unknown codes do nothing. Constant time. A count stops at 2147483647.
@@ -196,13 +201,14 @@ class KESNCD_API Vmod {
 /// A signal record by itself: a name, with a type and a frequency that stay at their first values.
 class KESNCD_API Vsig {
  public:
+  /// An empty name.
   Vsig();
-  explicit Vsig(const std::string& name);
+  explicit Vsig(const std::string& name);  ///< a record of this name
 
-  void SetSig(const std::string& name);
+  void SetSig(const std::string& name);  ///< sets the name
   /// Sets the name only; type and frequency are ignored.
   void SetSig(const std::string& name, const std::string& type, double freq);
-  std::string GetSigName() const;
+  std::string GetSigName() const;  ///< the name
   std::string GetSigType() const;  ///< always empty
   double GetSigFreq() const;       ///< always -1.0
   /// Prints the record to standard output.
@@ -233,8 +239,9 @@ struct VmodSignal {
 /// depth. A node is not copied.
 class KESNCD_API VmodHier {
  public:
+  /// A node without name, signals, children and parent.
   VmodHier();
-  explicit VmodHier(std::string name);
+  explicit VmodHier(std::string name);  ///< the same with a name
   VmodHier(const VmodHier&) = delete;
   VmodHier& operator=(const VmodHier&) = delete;
   ~VmodHier();
@@ -294,25 +301,25 @@ class KESNCD_API VmodHier {
 
 /// An output port of a component.
 struct KesPort {
-  std::string netName;
-  std::string portName;
-  double freq = -1.0;
+  std::string netName;   ///< net on the port
+  std::string portName;  ///< the component's name for the port
+  double freq = -1.0;    ///< of the net, else of the port in the component
 };
 
 /// A component that hangs on a signal.
 struct KesComp {
-  std::string name;
-  std::string type;
-  std::vector<KesPort> outPorts;
-  double freq = -1.0;
+  std::string name;               ///< component in the design
+  std::string type;               ///< kind of component
+  std::vector<KesPort> outPorts;  ///< its output ports, in the table's order
+  double freq = -1.0;             ///< of the signal of its name; unknown for slices among inputs
 };
 
 /// A signal with the components that it feeds from (`inputs`) and drives (`outputs`).
 struct KesSigFreq {
-  std::string name;
-  std::vector<KesComp> inputs;
-  std::vector<KesComp> outputs;
-  double freq = -1.0;
+  std::string name;              ///< signal in the design
+  std::vector<KesComp> inputs;   ///< rows "INPUT"
+  std::vector<KesComp> outputs;  ///< rows "OUTPUT"
+  double freq = -1.0;            ///< the tree's, or the mean of the inputs
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -347,23 +354,24 @@ class KESNCD_API KesNCD {
   /// writes the activity to the dump's path with ".txt" behind it (not reported when that fails).
   /// `signals` selects variables by name, also with "/" for "_"; a name with a bit index or a range
   /// is always taken. False with `message` set, and `signalFreqs` as it was, when the path is empty
-  /// or cannot be opened, the top module has never been met, or the ranges of the top module stand
-  /// for more than 16777216 bits. `message` is written on failure only.
+  /// or cannot be opened or read to its end, the top module has never been met, or the ranges of
+  /// the top module stand for more than 16777216 bits. `message` is written on failure only.
   bool ReadVCD(const std::set<std::string>& signals, std::string& message);
   /// The hierarchical run: builds `hierRoot` and `codeIndex` with the changes of every signal.
   /// `signals` has no effect. False with `message` set when the path is empty or cannot be opened
-  /// (the old tree stays), or no scope has ever been met.
+  /// (the old tree stays), no scope has ever been met, or the dump cannot be read to its end.
   bool ReadVCDHier(const std::set<std::string>& signals, std::string& message);
 
   /// Reads an open dump into `topMod`, which the caller has emptied: every variable of the top
   /// module, lines of up to 1023 characters. False when the time scale is not understood, the top
-  /// module's scope ends without a variable, or the definitions end without the top module. The
-  /// stream stays the caller's, right behind the last line handled if it can seek (the values
-  /// behind the definitions are read in blocks).
+  /// module's scope ends without a variable, the definitions end without the top module, or a read
+  /// error ends the stream. The stream stays the caller's, right behind the last line handled if it
+  /// can seek (the values behind the definitions are read in blocks).
   bool ParseVcdFile(std::FILE* file);
   /// The same for the selected variables (see ReadVCD), lines of up to 4095 characters. Always 0.
   int ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals);
-  /// Reads an open dump into the module tree. False when the time scale is not understood.
+  /// Reads an open dump into the module tree. False when the time scale is not understood or a
+  /// read error ends the stream.
   /// `signals` has no effect.
   bool ParseVcdFileHier(std::FILE* file, const std::set<std::string>& signals);
   /// Adds one change to the code in every scope that declared it.
@@ -379,7 +387,8 @@ class KESNCD_API KesNCD {
 
   /// Reads the timing report's clock frequencies into `clockFreqs`, in MHz by net or port. `mode`
   /// picks the lower of constraint and achieved (0), the constraint (1) or the achieved value (2).
-  /// True when an entry was kept; until then `clockFreqs` stays as it was.
+  /// True when an entry was kept; else `clockFreqs` stays as it was, also where the report cannot
+  /// be read to its end.
   bool ReadTWR2(int mode);
   /// The earlier reader of the same report, which closes a row at its ";".
   bool ReadTWR(int mode);
@@ -441,7 +450,7 @@ KESNCD_API extern char vcdstr[1024];  ///< zero; grammar reader: the current val
 
 /// The value of a token: the text of a word, terminated.
 struct YYSTYPE {
-  char text[1024];
+  char text[1024];  ///< 1023 characters at most
 };
 
 KESNCD_API extern std::FILE* yyin;      ///< null; the input

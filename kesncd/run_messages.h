@@ -11,6 +11,11 @@ inline constexpr char kNoDump[] = "ERROR: VCD file is not set.";
 inline constexpr char kTopModuleNotMatched[] = "ERROR : Not match top module name.";
 inline constexpr char kTooManyBits[] = "ERROR: Too many bus bits.";
 
+/// For a dump that broke off on a read error: too few changes would look like a result.
+inline std::string CannotRead(const std::string& path) {
+  return "ERROR: Cannot read '" + path + "'.";
+}
+
 inline std::string CannotOpen(const std::string& path) {
   return "ERROR: Cannot open '" + path + "'to read.";
 }

@@ -56,21 +56,20 @@ class TableLines {
 };
 
 /// Fills `clocks` with the report's rows as `row` reads them. The first row for a name wins, and
-/// what `clocks` held goes only when there is a row to replace it.
+/// what `clocks` held goes only when the whole report was read and has a row to replace it.
 template <class Row>
 bool ReadClocks(const std::string& path, Row row, std::map<std::string, double>& clocks) {
   const File report = path.empty() ? nullptr : OpenForReading(path);
   if (report == nullptr) return false;
   TableLines lines(report.get());
-  bool found = false;
+  std::map<std::string, double> found;
   while (const char* line = lines.Next(row.IsOpen())) {
     std::optional<Clock> clock = row.TakeLine(line);
-    if (!clock) continue;
-    if (!found) clocks.clear();
-    found = true;
-    clocks.emplace(std::move(clock->name), clock->frequency);
+    if (clock) found.emplace(std::move(clock->name), clock->frequency);
   }
-  return found;
+  if (found.empty() || std::ferror(report.get()) != 0) return false;
+  clocks.swap(found);
+  return true;
 }
 
 }  // namespace

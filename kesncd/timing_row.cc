@@ -1,6 +1,6 @@
 #include "kesncd/timing_row.h"
 
-#include <array>
+#include <iterator>
 #include <utility>
 
 #include "kesncd/text/number.h"
@@ -56,17 +56,14 @@ bool StartsRow(std::string_view line) {
 }
 
 RowColumns::RowColumns(std::string_view line) {
-  std::array<std::string_view, kTableColumns> columns;
+  std::string_view* const columns[] = {&preference, &constraint, &achieved};
   for (std::string_view column = TakeWord(line, "|"); !column.empty();
        column = TakeWord(line, "|")) {
     // The line's end is no part of a column, but it keeps a blank last column from vanishing.
     if (column.back() == '\n') column.remove_suffix(1);
-    if (count < columns.size()) columns[count] = column;
+    if (count < std::size(columns)) *columns[count] = column;
     ++count;
   }
-  preference = columns[0];
-  constraint = columns[1];
-  achieved = columns[2];
 }
 
 std::optional<Clock> JoinedRow::TakeLine(std::string_view line) {

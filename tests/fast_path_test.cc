@@ -1,50 +1,13 @@
 // The fast path against the plain one: whatever the lines are, both leave the same counts, span and
 // stream position.
 #include <random>
-#include <sstream>
 
 #include "kesncd/vcd/change_scanner.h"
+#include "tests/line_readers.h"
 #include "tests/support.h"
 
 namespace orsa::kesncd {
 namespace {
-
-enum class Reader { Unfiltered, Filtered, Hierarchical };
-constexpr Reader kReaders[] = {Reader::Unfiltered, Reader::Filtered, Reader::Hierarchical};
-
-std::string ReadDump(Reader reader, bool fast, const std::string& dump) {
-  ResetReaderState();
-  useChangeScanner = fast;
-  KesNCD analyser;
-  analyser.SetTopModule("t");
-  const TextStream stream(dump);
-  bool complete = true;
-  std::ostringstream text;
-  switch (reader) {
-    case Reader::Unfiltered:
-      complete = analyser.ParseVcdFile(stream);
-      break;
-    case Reader::Filtered:
-      analyser.ParseVcdFile2(stream, {});
-      break;
-    case Reader::Hierarchical:
-      complete = analyser.ParseVcdFileHier(stream, {});
-      for (const auto& [code, scopes] : analyser.codeIndex) {
-        for (VmodHier* scope : scopes) text << code << scope->signals[code].changes << " ";
-      }
-      break;
-  }
-  useChangeScanner = true;
-  text << TopModCounts() << " " << complete << " " << timeScale << " " << startCycle << " "
-       << endCycle << " " << recording << " " << std::ftell(stream);
-  return text.str();
-}
-
-void Compare(Reader reader, const std::string& dump) {
-  ASSERT_EQ(ReadDump(reader, true, dump), ReadDump(reader, false, dump))
-      << "reader " << static_cast<int>(reader) << "\n"
-      << ::testing::PrintToString(dump.substr(0, 3000));
-}
 
 const std::string kScale = "$timescale\n1ns\n$end\n";
 const std::string kScope = "$scope module t $end\n";
@@ -72,12 +35,6 @@ void EachString(std::size_t length, Take take) {
   }
 }
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr int kShare = 10;  // a sanitizer makes each reading ten times as dear
-#else
-constexpr int kShare = 1;
-#endif
-
 using FastPath = FreshState;
 
 TEST_F(FastPath, TakesEveryShortLineAsThePlainPathDoes) {
@@ -85,8 +42,9 @@ TEST_F(FastPath, TakesEveryShortLineAsThePlainPathDoes) {
     int number = 0;
     EachString(length, [&](const std::string& line) {
       if (++number % kShare != 0) return;
-      Compare(kReaders[number % 3], kHeader + line);
-      for (const Reader reader : kReaders) Compare(reader, kHeader + kStamps + line + "\n#77\n");
+      ExpectSamePaths(kReaders[number % 3], kHeader + line);
+      for (const Reader reader : kReaders)
+        ExpectSamePaths(reader, kHeader + kStamps + line + "\n#77\n");
     });
   }
   // Longer ones share a dump with all that differ in the last byte or two.
@@ -98,8 +56,8 @@ TEST_F(FastPath, TakesEveryShortLineAsThePlainPathDoes) {
       bundle += line + "\n" + (held % 4 == 0 ? "#9\n" : held % 7 == 0 ? "b1 !\n" : "");
       if (++held < std::size(kBytes) * std::size(kBytes) * (length == 6 ? 11 : 1)) return;
       if (++number % kShare == 0) {
-        Compare(kReaders[number % 3], kHeader + bundle);
-        Compare(kReaders[(number + 1) % 3], kHeader + kStamps + bundle);
+        ExpectSamePaths(kReaders[number % 3], kHeader + bundle);
+        ExpectSamePaths(kReaders[(number + 1) % 3], kHeader + kStamps + bundle);
       }
       bundle.clear();
       held = 0;
@@ -112,13 +70,13 @@ TEST_F(FastPath, LeavesTheOtherStatesAlone) {
   for (std::size_t length = 1; length <= 2; ++length) {
     EachString(length, [&](const std::string& line) {
       for (const Reader reader : kReaders) {
-        Compare(reader, line + "\n" + kHeader + body);
-        Compare(reader, "$timescale\n" + line + "\n" + kHeader + body);
-        Compare(reader, kScale + kScope + line + "\n" + kVars + kEnd + body);
-        Compare(reader, kHeader + body + "$timescale\n" + line + "\n" + body);
-        Compare(reader, kHeader + body + "$timescale\n1ps\n" + line + "\n" + kScope + kVars +
-                            "$enddefinitions $end\n" + body);
-        Compare(reader, kHeader + "$dumpoff\n" + line + "\n" + body + "$dumpon\n" + body);
+        ExpectSamePaths(reader, line + "\n" + kHeader + body);
+        ExpectSamePaths(reader, "$timescale\n" + line + "\n" + kHeader + body);
+        ExpectSamePaths(reader, kScale + kScope + line + "\n" + kVars + kEnd + body);
+        ExpectSamePaths(reader, kHeader + body + "$timescale\n" + line + "\n" + body);
+        ExpectSamePaths(reader, kHeader + body + "$timescale\n1ps\n" + line + "\n" + kScope +
+                                    kVars + "$enddefinitions $end\n" + body);
+        ExpectSamePaths(reader, kHeader + "$dumpoff\n" + line + "\n" + body + "$dumpon\n" + body);
       }
     });
   }
@@ -189,10 +147,11 @@ std::string RandomBody(std::mt19937& random, int lines) {
 TEST_F(FastPath, AgreesOnGeneratedDumps) {
   std::mt19937 random(7);
   for (int i = 0; i < 100000 / kShare; ++i) {
-    Compare(kReaders[i % 3], kHeader + RandomBody(random, static_cast<int>(random() % 30)));
+    ExpectSamePaths(kReaders[i % 3], kHeader + RandomBody(random, static_cast<int>(random() % 30)));
   }
   // Longer than several blocks, so that lines are cut at their ends.
-  for (int i = 0; i < 30; ++i) Compare(kReaders[i % 3], kHeader + RandomBody(random, 40000));
+  for (int i = 0; i < 30; ++i)
+    ExpectSamePaths(kReaders[i % 3], kHeader + RandomBody(random, 40000));
 }
 
 TEST_F(FastPath, MarksTheSameBytes) {

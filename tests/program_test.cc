@@ -140,6 +140,14 @@ TEST(Program, EndsAsItSays) {
        "\"modules\": \"tb, tb/u1\",(.|\n)*",
        ""},
       {"check no.vcd", 2, "", "kesncd: no.vcd: .*\n"},
+      {"--help > /dev/full", 3, "", "kesncd: standard output: cannot write\n"},
+      {"tree d.vcd >&-", 3, "", "kesncd: standard output: .*\n"},
+      {"flat d.vcd --top tb --reader grammar <&- >&-", 3, "", "kesncd: standard output: .*\n"},
+      {"flat d.vcd --top tb --format csv -o o.csv <&- >&- && cat o.csv && rm o.csv", 0,
+       "signal,freq_mhz\r\n(.|\r|\n)*", ""},
+      {"clocks /proc/self/mem", 2, "", "kesncd: /proc/self/mem: cannot be read\n"},
+      {"check /proc/self/mem", 2, "", "kesncd: /proc/self/mem: .*\n"},
+      {"prepare /proc/self/mem", 2, "", "kesncd: /proc/self/mem: .*\n"},
       {"--version", 0, "kesncd \\d+\\.\\d+\\.\\d+\n", ""},
       {"tree --help", 0, "[^\n]*\n\nExamples:\n(.|\n)*", ""},
   };
@@ -162,7 +170,12 @@ TEST(Program, ReplacesAFileOnlyByACompleteOne) {
   EXPECT_EQ(Shell(dir.Path("."), "kesncd find d.vcd d[0] -o out 2>&1").out, "");
   EXPECT_EQ(ReadAll(dir.Path("out")),
             "name  scope  signal  freq_mhz\nd[0]  tb     d[1:0]         0\n1 of 1 found\n");
+  EXPECT_EQ(Shell(dir.Path("."), "ulimit -f 0; kesncd prepare d.vcd -o out 2>&1").status, 3);
+  EXPECT_EQ(ReadAll(dir.Path("out")).substr(0, 5), "name ") << "a full disk";
   EXPECT_EQ(Shell(dir.Path("."), "ls").out, "d.vcd\nout\n");
+  const std::string closed = "(sleep 0.2; kesncd tree d.vcd 2>errors; echo $? >status) | true";
+  EXPECT_EQ(Shell(dir.Path("."), closed + "; sleep 0.5; cat status errors").out,
+            "3\nkesncd: standard output: cannot write: Broken pipe\n");
 }
 
 /// The commands of a page's console blocks with what the page shows for each.
@@ -203,18 +216,22 @@ bool IsShown(const std::string& text, const std::string& shown) {
 
 TEST(Pages, ShowTrueOutput) {
   const std::filesystem::path root = KESNCD_TEST_SOURCE;
+  std::vector<std::filesystem::path> pages{root / "README.md"};
+  for (const auto& file : std::filesystem::directory_iterator(root / "docs")) {
+    if (file.path().extension() == ".md") pages.push_back(file.path());
+  }
   std::size_t commands = 0;
-  for (const char* page : {"README.md"}) {
+  for (const std::filesystem::path& page : pages) {
     const TempDir dir;
     std::filesystem::copy(root / "examples", dir.Path("examples"),
                           std::filesystem::copy_options::recursive);
-    for (const auto& [command, shown] : ConsoleBlocks((root / page).string())) {
-      const Outcome run = Shell(dir.Path("."), "(" + command + ") 2>&1");
+    for (const auto& [command, shown] : ConsoleBlocks(page.string())) {
+      const Outcome run = Shell(dir.Path("."), "(" + command + ") 2>&1 | tr -d '\\r'");
       EXPECT_TRUE(IsShown(run.out, shown)) << page << ": " << command << "\n" << run.out;
       ++commands;
     }
   }
-  EXPECT_GE(commands, 3U);
+  EXPECT_GE(commands, 10U);
 }
 
 }  // namespace

@@ -62,6 +62,7 @@ std::intptr_t NCD_EXTRACTION::extractNCD(NC_DESIGN* design, std::string designNa
                                          std::string scope,
                                          std::map<std::string, double> frequencies) {
   std::ostringstream given;
+  given.exceptions(std::ios::badbit);
   given << "extractNCD " << design->name << ' ' << designName << ' ' << scope << ' ' << option;
   for (const auto& [net, frequency] : frequencies) given << ' ' << net << '=' << frequency;
   return Called(given.str()) ? std::intptr_t{-42} : 0;

@@ -2,9 +2,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <utility>
 
+#include "kesncd/activity/activity_file.h"
 #include "kesncd/activity/frequency.h"
 #include "kesncd/kesncd.h"
+#include "kesncd/text/file.h"
 #include "kesncd/text/number.h"
 #include "kesncd/vcd/change_count.h"
 
@@ -21,6 +24,12 @@ T At(const std::vector<T>& values, int index) {
 template <class T>
 void EraseAt(std::vector<T>& values, std::size_t index) {
   if (index < values.size()) values.erase(values.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+/// Makes sure that one element more can be appended.
+template <class T>
+void MakeRoom(std::vector<T>& values) {
+  if (values.size() == values.capacity()) values.reserve(2 * values.size() + 1);
 }
 
 std::size_t FirstOf(const std::vector<std::string>& values, const std::string& value) {
@@ -45,9 +54,17 @@ std::string Vmod::GetName() const {
 
 void Vmod::AddSignal(const std::string& name, const std::string& type, const std::string& symbol,
                      int nbit) {
-  names_.push_back(name);
-  types_.push_back(type);
-  symbols_.push_back(symbol);
+  // What can fail comes first, so that the lists stay in step.
+  std::string texts[] = {name, type, symbol};
+  MakeRoom(names_);
+  MakeRoom(types_);
+  MakeRoom(symbols_);
+  MakeRoom(nbits_);
+  MakeRoom(changes_);
+  MakeRoom(states_);
+  names_.push_back(std::move(texts[0]));
+  types_.push_back(std::move(texts[1]));
+  symbols_.push_back(std::move(texts[2]));
   nbits_.push_back(nbit);
   changes_.push_back(0);
   states_.emplace_back();
@@ -155,14 +172,8 @@ void Vmod::PrintModSimple() const {
 }
 
 void Vmod::DumpIntoFile(const std::string& path) const {
-  std::FILE* file = std::fopen(path.c_str(), "a");
-  if (file == nullptr) return;
-  const CLocaleScope scope;
-  (void)std::fprintf(file, "module | %s\n", name_.c_str());
-  for (int i = 0; i < GetSignalSize(); ++i) {
-    (void)std::fprintf(file, "signal | %s | %f\n", GetSignalName(i).c_str(), GetSignalFreq(i));
-  }
-  (void)std::fclose(file);
+  const File file(std::fopen(path.c_str(), "a"));
+  if (file != nullptr) WriteActivity(*this, file.get());
 }
 
 Vsig::Vsig() : freq_(-1.0) {}

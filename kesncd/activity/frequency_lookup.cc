@@ -5,6 +5,7 @@
 
 namespace orsa::kesncd {
 
+// cppcheck-suppress passedByValue ; the public interface says so
 bool VmodHier::FindSignalFreqHier(std::string module, std::string signal, double& freq,
                                   bool exact) const {
   const double span = endCycle - startCycle;

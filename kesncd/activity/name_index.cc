@@ -18,14 +18,7 @@ NameIndex::NameIndex(const VmodHier& root, bool exact, const std::vector<std::st
   }
   constexpr std::size_t kBitsOfName = 128;  // for about eight keys: few that are no key look so
   expected_.resize(std::bit_ceil(kBitsOfName * (asked.size() + 1)));
-  for (const std::string_view signal : asked) {
-    Keys keys = KeysOf(signal);
-    for (std::string& form : keys) {
-      Expect(form);
-      if (const auto bit = SplitIndex(form, Slashes::Kept)) Expect(bit->base);
-      if (keys.hasLetter) Expect(form += folds_[kExtraLetter]);
-    }
-  }
+  for (const std::string_view signal : asked) ExpectKeysOf(signal);
   WalkTree(root, [this](const VmodHier& scope) {
     // Whether the root takes part depends on what is asked; a scope below it must match itself.
     if (&scope != &root_ && !VmodHier::IsNameEqual(scope.name, scope.name, exact_)) return false;
@@ -50,6 +43,15 @@ NameIndex::Keys NameIndex::KeysOf(std::string_view signal) const {
 
 std::size_t NameIndex::BitOf(std::string_view text) const {
   return std::hash<std::string_view>{}(text) & (expected_.size() - 1);
+}
+
+void NameIndex::ExpectKeysOf(std::string_view signal) {
+  Keys keys = KeysOf(signal);
+  for (std::string& form : keys) {
+    Expect(form);
+    if (const auto bit = SplitIndex(form, Slashes::Kept)) Expect(bit->base);
+    if (keys.hasLetter) Expect(form += folds_[kExtraLetter]);
+  }
 }
 
 void NameIndex::Expect(std::string_view text) {
@@ -134,6 +136,7 @@ std::string NameIndex::Folded(std::string_view text) const {
 std::string_view NameIndex::Kept(std::string_view text) {
   if (text.empty()) return {};
   char* const copy = static_cast<char*>(memory_.allocate(text.size(), 1));
+  // cppcheck-suppress invalidLifetime ; the caller's text lives until it returns
   std::copy(text.begin(), text.end(), copy);
   return {copy, text.size()};
 }

@@ -61,6 +61,7 @@ class NameIndex {
   };
 
   Keys KeysOf(std::string_view signal) const;
+  void ExpectKeysOf(std::string_view signal);
   void Expect(std::string_view text);
   bool IsExpected(std::string_view text) const;
   void Enter(Place place);

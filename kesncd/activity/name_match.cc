@@ -61,14 +61,12 @@ bool IsRangeMatch(const DumpName& range, std::string_view design, const Comparis
   if (compare.Seen(range.text).size() < range.text.size()) {  // the index is out of sight
     return IsPlainMatch(range.text, design, compare);
   }
-  for (const Slashes slashes : {Slashes::Kept, Slashes::Flat}) {
+  const auto matches = [&](Slashes slashes) {
     const std::optional<IndexedName> bit = SplitIndex(compare.Seen(design), slashes);
-    if (bit && range.low <= bit->index && bit->index <= range.high &&
-        compare.Same(range.text, bit->base, slashes)) {
-      return true;
-    }
-  }
-  return false;
+    return bit && range.low <= bit->index && bit->index <= range.high &&
+           compare.Same(range.text, bit->base, slashes);
+  };
+  return matches(Slashes::Kept) || matches(Slashes::Flat);
 }
 
 /// A bound of a range: blanks, a sign, digits; clamped to 32 bits, 0 without a digit.

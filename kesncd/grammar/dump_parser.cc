@@ -16,9 +16,15 @@ static_assert(kTables.conflicts == 0, "the rules need more than one token of loo
 
 int yyparse() {
   DumpActions actions;
-  const bool accepted = Parser(kTables, actions).Parse();
-  actions.WriteCounts();
-  return accepted ? 0 : 1;
+  try {
+    const bool accepted = Parser(kTables, actions).Parse();
+    actions.WriteCounts();
+    return accepted ? 0 : 1;
+  } catch (...) {
+    // Memory ran out half-way through a declaration or a value: the next dump starts afresh.
+    isReadingTopMod = isReal = isBinary = 0;
+    throw;
+  }
 }
 
 int ParseVcdFile(std::FILE* stream) {

@@ -9,6 +9,7 @@
 #include "kesncd/grammar/token_value.h"
 #include "kesncd/grammar/tokens.h"
 #include "kesncd/kesncd.h"
+#include "kesncd/text/stream.h"
 
 namespace orsa::kesncd {
 
@@ -26,7 +27,7 @@ bool EndsWord(int c) {
 /// The next character without counting its line; 0, which no word holds, at the end of the input.
 int ReadUncounted() {
   if (yysptr > yysbuf) return static_cast<unsigned char>(*--yysptr);
-  const int c = yyin == nullptr ? EOF : getc_unlocked(yyin);
+  const int c = yyin == nullptr ? EOF : ReadCharacter(yyin);
   return c == EOF ? 0 : c;
 }
 
@@ -35,22 +36,58 @@ void CountLine() {
   yylineno = static_cast<int>(static_cast<unsigned>(yylineno) + 1);
 }
 
-/// Skips blanks and returns the first character behind them.
-int SkipBlanks() {
-  int c = ReadUncounted();
-  for (; IsBlank(c); c = ReadUncounted()) {
+void GiveBack(int c) {
+  *yysptr++ = static_cast<char>(c);
+}
+
+/// Skips the blanks that the stream has read ahead.
+void SkipBlanksAhead() {
+  const std::string_view ahead = ReadAhead(yyin);
+  std::size_t blanks = 0;
+  for (; blanks < ahead.size() && IsBlank(ahead[blanks]); ++blanks) {
+    if (ahead[blanks] == '\n') CountLine();
+  }
+  TakeAhead(yyin, blanks);
+}
+
+/// Skips blanks. What comes next is ahead in the stream, or was given back.
+void SkipBlanks() {
+  for (;;) {
+    if (yysptr == yysbuf) {
+      SkipBlanksAhead();
+      if (!ReadAhead(yyin).empty()) return;
+    }
+    const int c = ReadUncounted();
+    if (!IsBlank(c)) return GiveBack(c);
     if (c == '\n') CountLine();
   }
-  return c;
+}
+
+/// Takes the start of a word from what the stream has read ahead, in blocks, to yytext; returns its
+/// length. It ends before a byte that may end the word, and before the last bytes that are read.
+std::size_t TakeBlocks() {
+  if (yysptr > yysbuf) return 0;
+  const std::string_view ahead = ReadAhead(yyin).substr(0, kLongestWord);
+  std::size_t length = 0;
+  if (ahead.empty() || EndsWord(ahead[0])) return 0;  // yytext keeps the last word
+  while (ahead.size() - length >= sizeof(ValueBlock)) {
+    const std::size_t taken = ValueBlock::CopyWord(yytext + length, ahead.data() + length);
+    length += taken;
+    if (taken < sizeof(ValueBlock)) break;
+  }
+  TakeAhead(yyin, length);
+  return length;
 }
 
 /// Reads a word into yytext and returns its length, 0 at the end of the input. Of a longer word
 /// than fits the beginning is kept. The character behind the word is given back; if it is a
 /// newline, its line is counted when it is skipped.
 std::size_t ReadWord() {
-  std::size_t length = 0;
+  SkipBlanks();
+  std::size_t length = TakeBlocks();
   ValueBlock block;
-  int c = SkipBlanks();
+  if (length % sizeof block != 0) block.MoveFrom(yytext + length / sizeof block * sizeof block);
+  int c = ReadUncounted();
   for (; !EndsWord(c); c = ReadUncounted()) {
     if (length == kLongestWord) continue;
     block.Append(c, length++);
@@ -59,7 +96,7 @@ std::size_t ReadWord() {
   yytchar = c;
   if (length == 0) return 0;
   block.MoveTo(yytext + length / sizeof block * sizeof block);  // with the terminator
-  *yysptr++ = static_cast<char>(c);
+  GiveBack(c);
   return length;
 }
 

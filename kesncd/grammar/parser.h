@@ -30,6 +30,10 @@ class Parser {
       const ParserState& state = StateAt(state_);
       if (state.looksAhead) {
         if (yychar == kNoToken) yychar = yylex();
+        if (yychar == kWord && state.item.count > 0 && top_ + 1 < kDeepest) {
+          TakeItem(state.item);
+          continue;
+        }
         const int next = ShiftOf(state, yychar);
         if (next == kAccept) return true;
         if (next != kNoState) {
@@ -83,6 +87,19 @@ class Parser {
     yychar = kNoToken;
     if (yyerrflag > 0) --yyerrflag;
     return true;
+  }
+
+  /// Shifts a word and does the reductions that make it an item of the list below: all at once,
+  /// since a dump is little else, and with what they would leave in the variables.
+  void TakeItem(const ListItem& item) {
+    yychar = kNoToken;
+    CopyValue(yypv[1].text, yylval.text);
+    CopyValue(yyval.text, yylval.text);
+    yyps[1] = item.lastState;
+    const std::uint8_t last = item.count - 1;
+    for (std::uint8_t i = 0; i < last; ++i) actions_.Reduce(item.reductions[i], yypv + 1);
+    actions_.Reduce(item.reductions[last], yypv);
+    yytmp = item.reductions[last].rule;
   }
 
   /// Drops a rule's symbols. All changes pass through rules of one and two: as constants these

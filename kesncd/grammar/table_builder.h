@@ -24,6 +24,7 @@ class TableBuilder {
   constexpr ParseTables Build() {
     StateOf({{0, 0}});
     for (std::size_t i = 0; i < starts_.size(); ++i) FillState(i);
+    for (std::size_t i = 0; i < starts_.size(); ++i) FindItem(tables_.states[i]);
     return tables_;
   }
 
@@ -107,6 +108,26 @@ class TableBuilder {
                        .left = static_cast<std::uint8_t>(rules_[rule].left - kFirstNonterminal),
                        .startsWithToken = right.size() > 0 && right[0] < kFirstNonterminal,
                        .action = rules_[rule].action};
+  }
+
+  /// Follows a word through the reductions that it sets off, if they are those of a list's item:
+  /// rules of one symbol, then the one that lengthens the list. The state is where that list has
+  /// been read, so this one leads back to it.
+  constexpr void FindItem(ParserState& state) const {
+    ListItem item;
+    std::uint8_t next = state.shifts[static_cast<std::size_t>(ColumnOf(kWord))];
+    while (next != kNoState && item.count < item.reductions.size()) {
+      const ParserState& above = tables_.states[next];
+      if (above.looksAhead) return;
+      const RightSide& right = rules_[above.reduction.rule].right;
+      item.reductions[item.count++] = above.reduction;
+      item.lastState = next;
+      if (right.size() != 1) {
+        if (right.size() == 2 && right[0] == rules_[above.reduction.rule].left) state.item = item;
+        return;
+      }
+      next = state.gotos[above.reduction.left];
+    }
   }
 
   /// A token that may be shifted must not be able to follow what the state could reduce.

@@ -34,11 +34,20 @@ struct Reduction {
   Action action = Action::None;
 };
 
+/// What a word does in a state where it is one more item of a list: the reductions that follow its
+/// shift, of which the last joins it to the list and leads back to the state.
+struct ListItem {
+  std::array<Reduction, 3> reductions = {};
+  std::uint8_t count = 0;      // 0: a word is no item here
+  std::uint8_t lastState = 0;  // above the list, before the last reduction
+};
+
 struct alignas(64) ParserState {
   std::array<std::uint8_t, kColumns> shifts = {};      // by token: the next state
   std::array<std::uint8_t, kNonterminals> gotos = {};  // by left side: the state after a reduction
   Reduction reduction;
   bool looksAhead = false;  // whether the next token decides anything
+  ListItem item;
 };
 
 struct ParseTables {

@@ -27,14 +27,27 @@ class ValueBlock {
     const std::size_t place = kFirstIsLow ? byte : sizeof bytes_ - 1 - byte;
     bytes_ |= static_cast<std::uint64_t>(c) << 8 * place;
   }
+  /// Reads the block, whose unused bytes are zero.
+  void MoveFrom(const char* from) { std::memcpy(&bytes_, from, sizeof bytes_); }
   /// Writes the block and empties it.
   void MoveTo(char* to) {
     std::memcpy(to, &bytes_, sizeof bytes_);
     bytes_ = 0;
   }
+  /// Copies the bytes above a blank at the start of a block, with zeros behind them; returns how
+  /// many these are.
+  static std::size_t CopyWord(char* to, const char* from) {
+    if constexpr (std::endian::native != std::endian::little) return 0;
+    constexpr std::uint64_t kFirstAbove = kOnes * (' ' + 1);
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, from, sizeof bytes);
+    const std::uint64_t ends = (bytes - kFirstAbove) & ~bytes & (kOnes << 7);
+    if (ends != 0) bytes &= ((ends & -ends) >> 7) - 1;
+    std::memcpy(to, &bytes, sizeof bytes);
+    return static_cast<std::size_t>(std::countr_zero(ends)) / 8;
+  }
   /// Copies a block; whether it holds the terminator.
   static bool Copy(char* to, const char* from) {
-    constexpr std::uint64_t kOnes = 0x0101010101010101;
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, from, sizeof bytes);
     std::memcpy(to, &bytes, sizeof bytes);
@@ -42,6 +55,8 @@ class ValueBlock {
   }
 
  private:
+  static constexpr std::uint64_t kOnes = 0x0101010101010101;
+
   std::uint64_t bytes_ = 0;
 };
 

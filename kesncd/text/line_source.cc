@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kesncd/text/stream.h"
+
 namespace orsa::kesncd {
 
 namespace {
@@ -11,7 +13,7 @@ namespace {
 constexpr std::size_t kBlockBytes = 4200;  // short dumps meet the ends of blocks
 #else
 // Much larger than any line, small enough to stay in the processor's second cache.
-constexpr std::size_t kBlockBytes = 128 * 1024;
+constexpr std::size_t kBlockBytes = std::size_t{128} * 1024;
 #endif
 
 }  // namespace
@@ -32,7 +34,30 @@ void LineSource::ReadBlocks() {
 const char* LineSource::Next() {
   if (stream_ == nullptr) return nullptr;
   if (!block_.empty()) return NextOfBlock();
-  return std::fgets(line_.data(), static_cast<int>(line_.size()), stream_);
+  return NextOfStream();
+}
+
+/// As fgets, but nothing is lost when a signal interrupts the reading.
+const char* LineSource::NextOfStream() {
+  const std::size_t longest = line_.size() - 1;
+  std::size_t length = 0;
+  while (length < longest && (length == 0 || line_[length - 1] != '\n')) {
+    const std::string_view ahead = ReadAhead(stream_).substr(0, longest - length);
+    if (ahead.empty()) {
+      const int c = ReadCharacter(stream_);
+      if (c == EOF) break;
+      line_[length++] = static_cast<char>(c);
+      continue;
+    }
+    const std::size_t newline = ahead.find('\n');
+    const std::size_t taken = newline == std::string_view::npos ? ahead.size() : newline + 1;
+    std::memcpy(line_.data() + length, ahead.data(), taken);
+    TakeAhead(stream_, taken);
+    length += taken;
+  }
+  if (length == 0) return nullptr;
+  line_[length] = '\0';
+  return line_.data();
 }
 
 /// Cuts a line from the block as fgets would from the stream.
@@ -58,7 +83,10 @@ bool LineSource::Refill() {
             block_.begin() + static_cast<std::ptrdiff_t>(held_), block_.begin());
   held_ -= taken_;
   taken_ = 0;
-  const std::size_t got = std::fread(block_.data() + held_, 1, kBlockBytes - held_, stream_);
+  std::size_t got = 0;
+  do {
+    got = std::fread(block_.data() + held_, 1, kBlockBytes - held_, stream_);
+  } while (WasInterrupted(stream_) && got == 0);
   held_ += got;
   return got > 0;
 }

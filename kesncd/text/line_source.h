@@ -30,6 +30,8 @@ class LineSource {
 
   /// The next line, valid until the next call; null at the end of the stream or on a read error.
   const char* Next();
+  /// Whether a read error, and not the end of the stream, ended the lines.
+  bool Failed() const { return stream_ != nullptr && std::ferror(stream_) != 0; }
 
   /// Reads the stream in blocks from now on.
   void ReadBlocks();
@@ -39,6 +41,7 @@ class LineSource {
   void Skip(std::size_t bytes) { taken_ += bytes; }
 
  private:
+  const char* NextOfStream();
   const char* NextOfBlock();
   bool Refill();
 

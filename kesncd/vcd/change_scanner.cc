@@ -24,8 +24,23 @@ constexpr int kSecond = 1;
 static_assert(LineSource::kPadding >= 64, "the last bytes of a block are looked at 64 at a time");
 static_assert(LineSource::kPadding >= CodeCounts::kReadAhead, "and codes are read ahead");
 
+std::uint64_t LowBits(std::size_t count) {
+  return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
+}
+
+/// Whether the first `length` bytes at `text` are digits; eight are read at a time.
 bool AllDigits(const char* text, std::size_t length) {
-  return std::all_of(text, text + length, [](char c) { return c >= '0' && c <= '9'; });
+  for (std::size_t at = 0; at < length; at += sizeof(std::uint64_t)) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, text + at, sizeof bytes);
+    const std::uint64_t wanted = LowBits(8 * (length - at));
+    constexpr std::uint64_t kHighHalves = 0xF0F0F0F0F0F0F0F0U;
+    constexpr std::uint64_t kThrees = 0x3030303030303030U;
+    // Digits are 0x30 to 0x39: adding 6 leaves the high half as it is.
+    const std::uint64_t wrong = ((bytes ^ kThrees) | ((bytes + 0x0606060606060606U) ^ kThrees));
+    if ((wrong & kHighHalves & wanted) != 0) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -45,12 +60,12 @@ std::uint64_t MarkOddBytes(const char* bytes) {
   const __m128i below = _mm_set1_epi8(' ');
   const __m128i above = _mm_set1_epi8('~' + 1);
   std::uint64_t marks = 0;
-  for (int i = 0; i < 4; ++i) {
-    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * i));
+  for (std::size_t at = 0; at < 64; at += sizeof(__m128i)) {
+    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
     // Signed comparisons: bytes from 128 on are negative, so not above a blank.
     const __m128i plain = _mm_and_si128(_mm_cmpgt_epi8(part, below), _mm_cmplt_epi8(part, above));
     const auto odd = static_cast<std::uint16_t>(~_mm_movemask_epi8(plain));
-    marks |= static_cast<std::uint64_t>(odd) << 16 * i;
+    marks |= static_cast<std::uint64_t>(odd) << at;
   }
   return marks;
 }
@@ -71,9 +86,11 @@ void ChangeScanner::TakeLines(LineSource& source) {
   counting_ = recording == 1;
   spanOpen_ = startCycle >= 0 && endCycle >= 0;
   tooLong_ = longestLine_;
+  codeSlot_ = nullptr;
   if (wordSplitter_ != nullptr) {
     // A line longer than any before it changes the splitter that stamps are read from.
     tooLong_ = std::min(tooLong_, static_cast<std::size_t>(wordSplitter_->slotLength));
+    codeSlot_ = wordSplitter_->slots[kSecond];
   }
   const std::string_view block = source.Block();
   const char* const stop = Scan(block.data(), block.data() + block.size());
@@ -92,9 +109,9 @@ const char* ChangeScanner::Scan(const char* begin, const char* end) {
   const char* line = begin;
   const char* blank = nullptr;  // the one blank of the line so far
   for (const char* chunk = begin; chunk < end; chunk += 64) {
-    for (std::uint64_t marks = MarkOddBytes(chunk); marks != 0; marks &= marks - 1) {
+    std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
+    for (; marks != 0; marks &= marks - 1) {
       const char* const odd = chunk + std::countr_zero(marks);
-      if (odd >= end) return line;
       if (*odd == '\n') {
         if (!TakeLine(line, blank, odd)) return line;
         line = odd + 1;
@@ -113,39 +130,42 @@ const char* ChangeScanner::Scan(const char* begin, const char* end) {
 inline bool ChangeScanner::TakeLine(const char* line, const char* blank, const char* end) {
   if (static_cast<std::size_t>(end - line) >= tooLong_) return false;
   if (blank != nullptr) return TakeChangeWithCode(line, blank, end);
-  switch (*line) {
-    case '0':
-    case '1':
-      if (counting_) counts_.CountPlain(line + 1, static_cast<std::size_t>(end - line - 1));
-      return true;
-    case '#':
-      return TakeStampLine(line, end);
-    case 'x':
-    case 'X':
-    case 'z':
-    case 'Z':
-    case '\n':
-      return true;
-    default:
-      return false;
+  const char first = *line;
+  if ((first | 1) == '1') {  // nearly always, and 0 and 1 alike
+    if (counting_) counts_.CountPlain(line + 1, static_cast<std::size_t>(end - line - 1));
+    return true;
   }
+  if (first == '#') return TakeStampLine(line, end);
+  return first == 'x' || first == 'X' || first == 'z' || first == 'Z' || first == '\n';
 }
 
 inline bool ChangeScanner::TakeChangeWithCode(const char* line, const char* blank,
                                               const char* end) {
-  const char first = *line;
-  if (first != 'b' && first != 'B' && first != 'r' && first != 'R') return false;
+  const char first = *line | ('a' ^ 'A');  // in lower case
+  if (first != 'b' && first != 'r') return false;
   const char* const code = blank + 1;
   const auto length = static_cast<std::size_t>(end - code);
   if (length == 0) return false;
-  if (wordSplitter_ != nullptr) {
-    // The code lands in the slot from which stamps are read.
-    char* const slot = wordSplitter_->slots[kSecond];
-    std::memcpy(slot, code, length);
-    slot[length] = '\0';
-  }
+  // The code lands in the slot from which stamps may be read.
+  if (codeSlot_ != nullptr) StoreCode(code, length);
   if (counting_) counts_.CountPlain(code, length);
   return true;
+}
+
+/// A short code is blended into the slot, so that its length costs no branch.
+inline void ChangeScanner::StoreCode(const char* code, std::size_t length) {
+  if (length >= CodeCounts::kReadAhead) {
+    std::memcpy(codeSlot_, code, length);
+    codeSlot_[length] = '\0';
+    return;
+  }
+  std::uint64_t held = 0;
+  std::uint64_t bytes = 0;
+  std::memcpy(&held, codeSlot_, sizeof held);
+  std::memcpy(&bytes, code, sizeof bytes);
+  // With a NUL behind it; what the slot holds after that stays.
+  held = (held & ~LowBits(8 * length + 8)) | (bytes & LowBits(8 * length));
+  std::memcpy(codeSlot_, &held, sizeof held);
 }
 
 /// Takes a stamp that only moves the end of the span. Its digits go to their slot; they are

@@ -42,6 +42,7 @@ class ChangeScanner {
   bool TakeLine(const char* line, const char* blank, const char* end);
   bool TakeChangeWithCode(const char* line, const char* blank, const char* end);
   bool TakeStampLine(const char* line, const char* end);
+  void StoreCode(const char* code, std::size_t length);
   void ConvertStamp();
 
   CodeCounts& counts_;
@@ -50,6 +51,7 @@ class ChangeScanner {
   const std::size_t longestLine_;
   std::size_t tooLong_ = 0;      // lines of this many characters are not plain
   std::uint64_t unsettled_ = 0;  // bytes scanned since the counters were settled
+  char* codeSlot_ = nullptr;     // where the code of a line of two words goes, if anywhere
   bool counting_ = false;
   bool spanOpen_ = false;
   std::string_view stamp_;  // the last stamp's digits, not yet converted

@@ -53,7 +53,7 @@ std::uint32_t* CodeCounts::Find(std::string_view code) {
   std::copy(code.begin(), code.end(), bytes.begin());
   const std::uint64_t packed = Load(bytes.data(), code.size());
   if (code.size() <= kLongestDirect && IsPrintable(code)) {
-    const std::size_t index = DirectIndex(packed, code.size());
+    const std::size_t index = DirectIndex(bytes.data(), code.size());
     return added_[index] ? &direct_[index] : nullptr;
   }
   Slot& slot = SlotOf(packed);
@@ -78,7 +78,7 @@ void CodeCounts::Add(std::string_view code) {
   std::copy(code.begin(), code.end(), bytes.begin());
   const std::uint64_t packed = Load(bytes.data(), code.size());
   if (code.size() <= kLongestDirect && IsPrintable(code)) {
-    const std::size_t index = DirectIndex(packed, code.size());
+    const std::size_t index = DirectIndex(bytes.data(), code.size());
     added_[index] = true;
     direct_[index] = 0;  // changes before the declaration count nothing
     return;

@@ -79,7 +79,7 @@ class CodeCounts {
   static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
 
   static std::uint64_t Load(const char* code, std::size_t length);
-  static std::size_t DirectIndex(std::uint64_t packed, std::size_t length);
+  static std::size_t DirectIndex(const char* code, std::size_t length);
   Slot& SlotOf(std::uint64_t key);
   std::uint32_t* Find(std::string_view code);
   void Grow();
@@ -104,10 +104,15 @@ inline std::uint64_t CodeCounts::Load(const char* code, std::size_t length) {
 }
 
 /// The place of a code of up to three printable characters: they are the digits of a number, the
-/// first counting least, as simulators number their codes.
-inline std::size_t CodeCounts::DirectIndex(std::uint64_t packed, std::size_t length) {
-  const std::uint64_t digits = packed - (0x202020U & ((1U << 8 * length) - 1));
-  return (digits & 0xFF) + kDigits * ((digits >> 8 & 0xFF) + kDigits * (digits >> 16));
+/// first counting least, as simulators number their codes. Four bytes are read.
+inline std::size_t CodeCounts::DirectIndex(const char* code, std::size_t length) {
+  static constexpr std::uint32_t kMasks[kLongestDirect + 1] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
+  std::uint32_t bytes = 0;
+  std::memcpy(&bytes, code, sizeof bytes);
+  if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
+  // What lies behind the code may borrow, but only from what lies behind it too.
+  const std::uint32_t digits = (bytes - 0x20202020U) & kMasks[length];
+  return (digits & 0xFF) + kDigits * (digits >> 8 & 0xFF) + kDigits * kDigits * (digits >> 16);
 }
 
 inline CodeCounts::Slot& CodeCounts::SlotOf(std::uint64_t key) {
@@ -122,7 +127,7 @@ inline CodeCounts::Slot& CodeCounts::SlotOf(std::uint64_t key) {
 
 inline void CodeCounts::CountPlain(const char* code, std::size_t length) {
   if (length <= kLongestDirect) {
-    ++direct_[DirectIndex(Load(code, length), length)];
+    ++direct_[DirectIndex(code, length)];
   } else if (length <= kLongestPacked) {
     Slot& slot = SlotOf(Load(code, length));
     if (slot.key != 0) ++slot.count;

@@ -23,6 +23,8 @@ class DumpLines {
 
   /// The next line with words for the reader; false at the end. `inBody`: value changes are read.
   bool Next(bool inBody, VcdLine& line);
+  /// Whether a read error ended the lines.
+  bool Failed() const { return source_.Failed(); }
   /// Takes a line of the body: a stamp, or a change that counts if recording is on.
   void TakeBodyLine(const VcdLine& line, LineKind kind);
 

@@ -50,7 +50,7 @@ bool FlatReader::ReadLines() {
   while (lines_.Next(state_ == State::Body, line)) {
     if (!TakeLine(line)) return false;
   }
-  return true;
+  return !lines_.Failed();
 }
 
 /// Takes one line; false when the reader gives up.

@@ -32,8 +32,8 @@ class FlatReader {
   FlatReader(std::FILE* dump, const FlatRules& rules);
 
   /// Reads to the end of the dump. False when it gives up before: a time scale that is not
-  /// understood, a top module without a variable before its first sub-module, or definitions that
-  /// end without the top module.
+  /// understood, a top module without a variable before its first sub-module, definitions that end
+  /// without the top module, or a read error.
   bool Read();
 
  private:

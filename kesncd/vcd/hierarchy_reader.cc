@@ -39,7 +39,7 @@ bool HierarchyReader::ReadLines() {
   while (lines_.Next(state_ == State::Body, line)) {
     if (!TakeLine(line)) return false;
   }
-  return true;
+  return !lines_.Failed();
 }
 
 /// Takes one line; false when the reader stops.

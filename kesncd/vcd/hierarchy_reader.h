@@ -18,7 +18,8 @@ class HierarchyReader {
   /// Fills the tree and the code index of `analyser`.
   HierarchyReader(std::FILE* dump, KesNCD& analyser);
 
-  /// Reads to the end of the dump; false when it stops at a time scale that is not understood.
+  /// Reads to the end of the dump; false when it stops at a time scale that is not understood or
+  /// at a read error.
   bool Read();
 
  private:

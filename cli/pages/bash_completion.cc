@@ -1,0 +1,76 @@
+// Completion for bash: one function that knows the command and the word before the cursor.
+#include <ostream>
+
+#include "cli/pages/pages.h"
+
+namespace kesncd_cli {
+
+namespace {
+
+/// A case of the word before the cursor for an option that takes a value.
+void WriteValueCase(std::ostream& out, const CommandRow& command, const OptionRow& option) {
+  if (option.argument.empty()) return;
+  std::vector<std::string> patterns;
+  for (const std::string& flag : option.flags) {
+    patterns.push_back("'" + command.name + " " + flag + "'");
+  }
+  out << "    " << Join(patterns, " | ") << ") ";
+  if (!option.choices.empty()) {
+    out << "_kesncd_words '" << Join(option.choices, " ") << "'; ";
+  } else if (option.TakesFile()) {
+    out << "_kesncd_files; ";
+  }
+  out << "return ;;\n";
+}
+
+/// What completes a word that is no option's value: an option, else an operand.
+void WriteCommandCase(std::ostream& out, const CommandRow& command) {
+  out << "    '" << command.name << "')\n"
+      << "      options='" << Join(FlagsOf(command), " ") << "' ;;\n";
+}
+
+}  // namespace
+
+void WriteBashCompletion(std::ostream& out, const OptionTable& table) {
+  std::vector<std::string> names;
+  for (const CommandRow& command : table.commands) names.push_back(command.name);
+  CommandRow program = table.program;
+  program.name.clear();
+  out << "# bash completion for " << table.program.name << "\n\n"
+      << "_kesncd_words() { mapfile -t COMPREPLY < <(compgen -W \"$1\" -- \"$cur\"); }\n"
+      << "_kesncd_files() { compopt -o filenames 2>/dev/null; "
+         "mapfile -t COMPREPLY < <(compgen -f -- \"$cur\"); }\n\n"
+      << "_kesncd() {\n"
+      << "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]}\n"
+      << "  local command= options= word\n"
+      << "  COMPREPLY=()\n"
+      << "  # \"--option=value\" comes as three words\n"
+      << "  if [[ $cur == = ]]; then\n"
+      << "    cur=\n"
+      << "  elif [[ $prev == = ]]; then\n"
+      << "    prev=${COMP_WORDS[COMP_CWORD - 2]}\n"
+      << "  fi\n"
+      << "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD - 1}\"; do\n"
+      << "    case $word in " << Join(names, " | ") << ") command=$word; break ;; esac\n"
+      << "  done\n"
+      << "  case \"$command $prev\" in\n";
+  for (const CommandRow& command : table.commands) {
+    for (const OptionRow& option : command.options) WriteValueCase(out, command, option);
+  }
+  out << "  esac\n"
+      << "  case $command in\n";
+  WriteCommandCase(out, program);
+  for (const CommandRow& command : table.commands) WriteCommandCase(out, command);
+  out << "  esac\n"
+      << "  if [[ $cur == -* ]]; then\n"
+      << "    _kesncd_words \"$options\"\n"
+      << "  elif [[ -z $command ]]; then\n"
+      << "    _kesncd_words '" << Join(names, " ") << "'\n"
+      << "  else\n"
+      << "    _kesncd_files\n"
+      << "  fi\n"
+      << "}\n\n"
+      << "complete -F _kesncd " << table.program.name << "\n";
+}
+
+}  // namespace kesncd_cli

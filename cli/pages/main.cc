@@ -1,0 +1,40 @@
+// Writes the man page or a shell's completion to standard output while the program is built:
+//   kesncd-pages man|bash|zsh|fish
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+#include <map>
+#include <string>
+
+#include "cli/commands.h"
+#include "cli/pages/pages.h"
+
+namespace {
+
+int Write(int argc, char** argv) {
+  using namespace kesncd_cli;
+  const std::map<std::string, void (*)(std::ostream&, const OptionTable&)> writers{
+      {"man", WriteManPage},
+      {"bash", WriteBashCompletion},
+      {"zsh", WriteZshCompletion},
+      {"fish", WriteFishCompletion}};
+  const auto writer = argc == 2 ? writers.find(argv[1]) : writers.end();
+  if (writer == writers.end()) {
+    std::cerr << "kesncd-pages man|bash|zsh|fish\n";
+    return 2;
+  }
+  CLI::App app;
+  Action chosen;
+  AddCommandLine(app, chosen);
+  writer->second(std::cout, ReadOptionTable(app));
+  return std::cout.flush() ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  return Write(argc, argv);
+} catch (const std::exception& error) {
+  std::cerr << "kesncd-pages: " << error.what() << "\n";
+  return 1;
+}

@@ -1,0 +1,98 @@
+// The manual page, in the man macros of roff.
+#include <ostream>
+#include <sstream>
+
+#include "cli/pages/pages.h"
+
+namespace kesncd_cli {
+
+namespace {
+
+/// A text as roff shows it literally: hyphens stay ASCII, no line is taken for a request.
+std::string Escaped(const std::string& text) {
+  std::string out;
+  for (const char c : text) {
+    if (c == '\\') {
+      out += "\\e";
+    } else if (c == '-') {
+      out += "\\-";
+    } else {
+      out += c;
+    }
+  }
+  return !out.empty() && (out[0] == '.' || out[0] == '\'') ? "\\&" + out : out;
+}
+
+std::string Bold(const std::string& text) {
+  return "\\fB" + Escaped(text) + "\\fR";
+}
+
+std::string Italic(const std::string& text) {
+  return "\\fI" + Escaped(text) + "\\fR";
+}
+
+/// Paragraphs; lines that are indented stand as they are.
+void WriteText(std::ostream& out, const std::string& text) {
+  std::istringstream lines(text);
+  bool literal = false;
+  for (std::string line; std::getline(lines, line);) {
+    const bool indented = line.rfind("  ", 0) == 0;
+    if (literal && !indented) out << ".fi\n";
+    if (!literal && indented) out << ".nf\n";
+    literal = indented;
+    out << (line.empty() ? ".PP" : Escaped(line)) << "\n";
+  }
+  if (literal) out << ".fi\n";
+}
+
+std::string Synopsis(const CommandRow& command, const std::string& rest) {
+  std::string text = "[" + Italic("OPTION") + "]...";
+  for (const OptionRow& option : command.options) {
+    if (option.required) text += " " + Bold(option.flags.back()) + " " + Italic(option.argument);
+  }
+  for (const OptionRow& operand : command.operands) {
+    const std::string name = Italic(operand.argument);
+    text += " " + (operand.required ? name : "[" + name + "]") + (operand.repeats ? "..." : "");
+  }
+  return text + rest + "\n";
+}
+
+void WriteRow(std::ostream& out, const OptionRow& row) {
+  out << ".TP\n";
+  std::vector<std::string> flags;
+  for (const std::string& flag : row.flags) flags.push_back(Bold(flag));
+  out << Join(flags, ", ") << (row.flags.empty() || row.argument.empty() ? "" : " ")
+      << (row.choices.empty() ? Italic(row.argument) : Bold(row.argument)) << "\n"
+      << Escaped(row.help) << (row.required && !row.flags.empty() ? " (required)" : "") << "\n";
+}
+
+void WriteRows(std::ostream& out, const CommandRow& command) {
+  for (const OptionRow& operand : command.operands) WriteRow(out, operand);
+  for (const OptionRow& option : command.options) WriteRow(out, option);
+}
+
+}  // namespace
+
+void WriteManPage(std::ostream& out, const OptionTable& table) {
+  const std::string name = table.program.name;
+  out << ".TH KESNCD 1 \"\" \"" << name << " " KESNCD_VERSION << "\" \"User Commands\"\n"
+      << ".SH NAME\n"
+      << name << " \\- " << Escaped(table.program.summary) << "\n"
+      << ".SH SYNOPSIS\n"
+      << Bold(name) << " " << Italic("COMMAND") << " ["
+      << Italic("OPTION") + "]... [" + Italic("ARGUMENT") + "]...\n"
+      << ".SH DESCRIPTION\n";
+  WriteText(out, table.program.text);
+  out << ".SH OPTIONS\n";
+  WriteRows(out, table.program);
+  out << ".SH COMMANDS\n";
+  for (const CommandRow& command : table.commands) {
+    out << ".SS " << name << " " << command.name << "\n"
+        << Escaped(command.summary) << ".\n.PP\n"
+        << Bold(name + " " + command.name) << " " << Synopsis(command, "");
+    WriteText(out, command.text);
+    WriteRows(out, command);
+  }
+}
+
+}  // namespace kesncd_cli

@@ -1,0 +1,83 @@
+// Completion for zsh, by its _arguments.
+#include <ostream>
+
+#include "cli/pages/pages.h"
+
+namespace kesncd_cli {
+
+namespace {
+
+/// A text inside single quotes, where _arguments gives brackets and colons a meaning.
+std::string Escaped(const std::string& text) {
+  std::string out;
+  for (const char c : text) {
+    if (c == '\'') {
+      out += "'\\''";
+    } else {
+      if (c == '[' || c == ']' || c == ':' || c == '\\') out += '\\';
+      out += c;
+    }
+  }
+  return out;
+}
+
+/// ":message:action" of a value.
+std::string Value(const OptionRow& row) {
+  if (row.argument.empty()) return "";
+  const std::string action = !row.choices.empty() ? "(" + Join(row.choices, " ") + ")"
+                             : row.TakesFile()    ? "_files"
+                                                  : " ";
+  return ":" + Escaped(row.argument) + ":" + action;
+}
+
+/// "'(-o --output)'{-o+,--output=}'[help]:FILE:_files'": each flag hides the others unless it may
+/// come again, and a value may stand behind it or be the next word.
+std::string Spec(const OptionRow& row) {
+  if (row.flags.empty()) {
+    return (row.repeats ? "'*" : row.required ? "'" : "':") + Value(row) + "'";
+  }
+  std::vector<std::string> forms;
+  for (const std::string& flag : row.flags) {
+    forms.push_back(flag + (row.argument.empty() ? "" : flag[1] == '-' ? "=" : "+"));
+  }
+  const std::string once = "'" + (row.repeats ? "*" : "(" + Join(row.flags, " ") + ")");
+  const std::string names = forms.size() == 1 ? forms[0] : "'{" + Join(forms, ",") + "}'";
+  return once + names + "[" + Escaped(row.help) + "]" + Value(row) + "'";
+}
+
+void WriteSpecs(std::ostream& out, const CommandRow& command, const std::string& indent) {
+  for (const OptionRow& option : command.options) out << " \\\n" << indent << Spec(option);
+  for (const OptionRow& operand : command.operands) out << " \\\n" << indent << Spec(operand);
+}
+
+}  // namespace
+
+void WriteZshCompletion(std::ostream& out, const OptionTable& table) {
+  out << "#compdef " << table.program.name << "\n\n"
+      << "_kesncd() {\n"
+      << "  local curcontext=$curcontext state line\n"
+      << "  local -A opt_args\n"
+      << "  local -a commands=(\n";
+  for (const CommandRow& command : table.commands) {
+    out << "    '" << command.name << ":" << Escaped(command.summary) << "'\n";
+  }
+  out << "  )\n"
+      << "  _arguments -C";
+  WriteSpecs(out, table.program, "    ");
+  out << " \\\n    '1:command:->command' \\\n    '*::argument:->argument'\n"
+      << "  case $state in\n"
+      << "  command) _describe command commands ;;\n"
+      << "  argument)\n"
+      << "    case $words[1] in\n";
+  for (const CommandRow& command : table.commands) {
+    out << "    " << command.name << ")\n      _arguments";
+    WriteSpecs(out, command, "        ");
+    out << " ;;\n";
+  }
+  out << "    esac ;;\n"
+      << "  esac\n"
+      << "}\n\n"
+      << "_kesncd \"$@\"\n";
+}
+
+}  // namespace kesncd_cli

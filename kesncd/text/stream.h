@@ -1,0 +1,53 @@
+// Reading a stream: in place, where it has read ahead, and through the signals that interrupt it.
+#ifndef KESNCD_TEXT_STREAM_H_
+#define KESNCD_TEXT_STREAM_H_
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+/// Whether a read ended because a signal came; if so, the stream is good to read on. A host's
+/// signal handlers may interrupt a read from a pipe or a network file. The C library reports that
+/// as an error, although nothing is lost.
+inline bool WasInterrupted(std::FILE* stream) {
+  if (std::ferror(stream) == 0 || errno != EINTR) return false;
+  std::clearerr(stream);
+  return true;
+}
+
+/// The next character; EOF at the end of the stream or on a read error.
+inline int ReadCharacter(std::FILE* stream) {
+  int c = getc_unlocked(stream);
+  while (c == EOF && WasInterrupted(stream)) c = getc_unlocked(stream);
+  return c;
+}
+
+#ifdef __GLIBC__
+// These members are what the C library's own getc_unlocked uses in the programs that call it.
+
+/// The bytes that the stream would give next, as far as it has read them; empty for no stream.
+/// Taking a word or a line from there spares a call, and a wait for the stream's own pointer, on
+/// each of its characters.
+inline std::string_view ReadAhead(const std::FILE* stream) {
+  if (stream == nullptr || stream->_IO_read_ptr >= stream->_IO_read_end) return {};
+  return {stream->_IO_read_ptr,
+          static_cast<std::size_t>(stream->_IO_read_end - stream->_IO_read_ptr)};
+}
+
+/// Takes the first `bytes` of them; nothing for no stream.
+inline void TakeAhead(std::FILE* stream, std::size_t bytes) {
+  if (bytes > 0) stream->_IO_read_ptr += bytes;
+}
+#else
+inline std::string_view ReadAhead(const std::FILE* /*stream*/) {
+  return {};
+}
+inline void TakeAhead(std::FILE* /*stream*/, std::size_t /*bytes*/) {}
+#endif
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_TEXT_STREAM_H_

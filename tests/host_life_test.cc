@@ -1,0 +1,97 @@
+// A host's life with the library: analysers that come and go, runs after failures.
+#include <functional>
+#include <optional>
+
+#include "tests/support.h"
+
+namespace orsa::kesncd {
+namespace {
+
+using HostLife = FreshState;
+
+const std::string kDump =
+    "$timescale\n1ns\n$end\n$scope module t $end\n$var wire 1 ! clk $end\n$upscope $end\n"
+    "$enddefinitions $end\n#0\n1!\n0!\n1!\n#10\n";
+
+/// Two analysers are constructed, named and destroyed in every order that keeps each one's own.
+TEST_F(HostLife, TwoAnalysersInEveryOrder) {
+  constexpr int kSteps = 3;
+  std::string orders[] = {"AAABBB"};
+  do {
+    std::optional<KesNCD> analysers[2];
+    int steps[2] = {0, 0};
+    std::optional<std::string> name;
+    for (const char who : orders[0]) {
+      const int i = who - 'A';
+      const std::string own = std::string("name of ") + who;
+      switch (steps[i]++) {
+        case 0:
+          analysers[i].emplace();
+          name.reset();
+          break;
+        case 1:
+          analysers[i]->SetTopModule(own);
+          name = own;
+          break;
+        default:
+          analysers[i].reset();
+      }
+      ASSERT_EQ(topModName == nullptr, !name) << orders[0];
+      if (name) {
+        EXPECT_EQ(topModName, *name) << orders[0];
+      }
+    }
+    EXPECT_EQ(steps[0] + steps[1], 2 * kSteps);
+  } while (std::next_permutation(orders[0].begin(), orders[0].end()));
+}
+
+TEST_F(HostLife, EachRunWorksAfterEveryFailure) {
+  const TempDir dir;
+  const std::string good = dir.Write("good.vcd", kDump);
+  const std::string scope = "$scope module t $end\n$var wire 1 ! clk[3:0] $end\n";
+  const std::string failures[] = {
+      "",
+      dir.Path("none"),
+      dir.Path(""),
+      dir.Write("empty", ""),
+      dir.Write("scale", "$timescale\n1 sec\n$end\n" + kDump),
+      dir.Write("late", kDump + "$timescale\nodd\n"),
+      dir.Write("bare", "$scope module t $end\n$upscope $end\n"),
+      dir.Write("other", "$scope module u $end\n$enddefinitions $end\n1!\n"),
+      dir.Write("wide", "$scope module t $end\n$var wire 1 ! w[2147483647:0] $end\n"),
+      dir.Write("open", scope + scope + scope),
+      dir.Write("words", std::string(5000, 'a') + " " + std::string(300, '\t') + "\n#\n" + scope),
+      dir.Write("noise", "\xff\xfe\n\0$scope\n" + std::string(256, '\0') +
+                             "\x7f"
+                             "ELF"),
+      dir.Write("report", "Preference Constraint\n"),
+  };
+  KesNCD analyser;
+  analyser.SetTopModule("t");
+  std::string message;
+  const auto runs = [&](const std::string& path) {
+    std::string text = analyser.SetVCDFile(path, {"clk"}, message) ? "flat " : "";
+    for (const auto& [name, frequency] : analyser.signalFreqs) {
+      text += name + "=" + std::to_string(frequency) + " ";
+    }
+    double frequency = -1;
+    text += analyser.SetVCDFileHier(path, {}, message) ? "tree " : "";
+    if (analyser.hierRoot != nullptr) {
+      analyser.hierRoot->FindSignalFreqHier("t", "clk", frequency, true);
+    }
+    analyser.SetTWRFile(path, 0);
+    return text + std::to_string(frequency) + " " + std::to_string(analyser.ExtractNCD());
+  };
+  const std::string expected = runs(good);
+  EXPECT_NE(expected.find("flat clk=100.000000 tree 100.000000"), std::string::npos) << expected;
+  for (const std::string& first : failures) {
+    for (const std::string& second : failures) {
+      runs(first);
+      runs(second);
+      ASSERT_EQ(runs(good), expected) << first << " " << second;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orsa::kesncd

@@ -1,0 +1,229 @@
+// Streams and files that fail: what was read counts as far as it came, and no failure passes for a
+// result.
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+#include "tests/line_readers.h"
+#include "tests/support.h"
+
+namespace orsa::kesncd {
+namespace {
+
+const std::string kDump =
+    "$timescale\n1ns\n$end\n$scope module t $end\n$var wire 1 ! clk $end\n$upscope $end\n"
+    "$enddefinitions $end\n#0\n1!\n0!\n#10\n1!\n";
+
+/// A stream that hands out `text` a few bytes at a time, with faults between them.
+struct FaultyStream {
+  std::string text;
+  std::size_t most;                // bytes of a read
+  bool interrupted = false;        // every other read is interrupted by a signal
+  std::size_t failsAt = SIZE_MAX;  // byte from which on reads fail
+  std::size_t repeats = 0;         // further times that the text is handed out
+  std::size_t from = 0;            // from this byte on
+
+  std::FILE* Open() {
+    cookie_io_functions_t functions{};
+    functions.read = [](void* cookie, char* to, std::size_t bytes) {
+      return static_cast<FaultyStream*>(cookie)->Read(to, bytes);
+    };
+    return fopencookie(this, "r", functions);
+  }
+
+  ssize_t Read(char* to, std::size_t bytes) {
+    if (interrupted && reads++ % 2 == 0) return Fail(EINTR);
+    if (at >= failsAt) return Fail(EIO);
+    if (at == text.size() && repeats > 0) at = from, --repeats;
+    const std::size_t got = text.copy(to, std::min({bytes, most, failsAt - at}), at);
+    at += got;
+    return static_cast<ssize_t>(got);
+  }
+
+  static ssize_t Fail(int reason) {
+    errno = reason;
+    return -1;
+  }
+
+  std::size_t at = 0;
+  int reads = 0;
+};
+
+Reading ReadFaulty(Reader reader, FaultyStream faulty, bool fast = true) {
+  std::FILE* const stream = faulty.Open();
+  const Reading reading = ReadDump(reader, stream, fast);
+  std::fclose(stream);
+  return reading;
+}
+
+int ParseFaulty(FaultyStream faulty, std::string& counts) {
+  ResetReaderState();
+  KesNCD analyser;
+  analyser.SetTopModule("t");
+  std::FILE* const stream = faulty.Open();
+  testing::internal::CaptureStderr();
+  const int result = ParseVcdFile(stream);
+  testing::internal::GetCapturedStderr();
+  counts = TopModCounts() + " " + std::to_string(endCycle);
+  std::fclose(stream);
+  return result;
+}
+
+using IoFault = FreshState;
+
+TEST_F(IoFault, ShortAndInterruptedReadsLoseNothing) {
+  std::string counts, expected;
+  ParseFaulty({kDump, kDump.size()}, expected);
+  for (std::size_t most = 1; most < 9; ++most) {
+    for (const bool interrupted : {false, true}) {
+      for (const Reader reader : kReaders) {
+        for (const bool fast : {false, true}) {
+          const Reading reading = ReadFaulty(reader, {kDump, most, interrupted}, fast);
+          EXPECT_EQ(reading.text, ReadFaulty(reader, {kDump, kDump.size()}).text) << most;
+          EXPECT_TRUE(reading.complete) << most;
+        }
+      }
+      ParseFaulty({kDump, most, interrupted}, counts);
+      EXPECT_EQ(counts, expected) << most;
+    }
+  }
+}
+
+TEST_F(IoFault, AReadErrorIsTheEndAndIsSaid) {
+  for (std::size_t at = 0; at <= kDump.size(); ++at) {
+    const std::string cut = kDump.substr(0, at);
+    for (const Reader reader : kReaders) {
+      const Reading reading = ReadFaulty(reader, {kDump, 7, false, at});
+      EXPECT_EQ(reading.text, ReadFaulty(reader, {cut, cut.size() + 1}).text) << cut;
+      EXPECT_EQ(reading.complete, reader == Reader::Filtered) << cut;
+    }
+    std::string counts, expected;
+    ParseFaulty({kDump, 7, false, at}, counts);
+    ParseFaulty({cut, cut.size() + 1}, expected);
+    EXPECT_EQ(counts, expected) << cut;
+  }
+}
+
+/// A file that opens, but whose first byte cannot be read.
+const char kUnreadable[] = "/proc/self/mem";
+
+TEST_F(IoFault, UnreadableFilesFailTheRuns) {
+  const TempDir dir;
+  KesNCD analyser;
+  analyser.SetTopModule("t");
+  std::string message;
+  ASSERT_TRUE(analyser.SetVCDFile(dir.Write("d.vcd", kDump), {"clk"}, message));
+  analyser.clockFreqs = {{"old", 1.0}};
+  for (const std::string& path : {dir.Path(""), std::string(kUnreadable)}) {
+    EXPECT_FALSE(analyser.SetVCDFile(path, {"clk"}, message));
+    EXPECT_EQ(message, "ERROR: Cannot read '" + path + "'.");
+    EXPECT_EQ(analyser.signalFreqs.size(), 1U);
+    EXPECT_FALSE(analyser.SetVCDFileHier(path, {}, message));
+    EXPECT_EQ(message, "ERROR: Cannot read '" + path + "'.");
+    analyser.SetTWRFile(path, 0);
+    EXPECT_EQ(analyser.clockFreqs.count("old"), 1U);
+  }
+}
+
+/// Lets no file grow beyond `bytes` for its lifetime, as a full disk would not.
+class FullDisk {
+ public:
+  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &kept_);
+    const rlimit limit{bytes, kept_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FullDisk() {
+    setrlimit(RLIMIT_FSIZE, &kept_);
+    (void)std::signal(SIGXFSZ, handler_);
+  }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+
+ private:
+  rlimit kept_{};
+  void (*handler_)(int);
+};
+
+TEST_F(IoFault, TheActivityFileIsWholeOrAsItWas) {
+  const TempDir dir;
+  const std::string dump = dir.Write("d.vcd", kDump);
+  const std::string written = "module | t\nsignal | clk | 100.000000\n";
+  const auto run = [&] {
+    std::string message;
+    KesNCD analyser;
+    analyser.SetTopModule("t");
+    EXPECT_TRUE(analyser.SetVCDFile(dump, {"clk"}, message)) << "the frequencies are good";
+    EXPECT_EQ(analyser.signalFreqs.size(), 1U);
+  };
+  dir.Write("d.vcd.txt", "earlier");
+  {
+    const FullDisk full(20);
+    run();
+  }
+  EXPECT_EQ(ReadAll(dir.Path("d.vcd.txt")), "earlier");
+  run();
+  EXPECT_EQ(ReadAll(dir.Path("d.vcd.txt")), written);
+  std::filesystem::rename(dir.Path("d.vcd.txt"), dir.Path("elsewhere"));
+  std::filesystem::create_symlink("elsewhere", dir.Path("d.vcd.txt"));
+  run();
+  run();
+  EXPECT_EQ(ReadAll(dir.Path("elsewhere")), written) << "through a link, and anew each time";
+  for (const char* place : {"/dev/full", "no/such/folder", "."}) {
+    std::filesystem::remove(dir.Path("d.vcd.txt"));
+    std::filesystem::create_symlink(place, dir.Path("d.vcd.txt"));
+    run();
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path("")), {}), 3) << "leftovers";
+}
+
+// Sizes at the limits.
+
+TEST_F(IoFault, LongTextsAreTakenAsFarAsLinesGo) {
+  const std::string longText(1 << 20, 'n');
+  for (const std::string& lines :
+       {"$var wire 1 ! " + longText + " $end\n", "$var wire 1 " + longText + " l $end\n",
+        longText + "\n" + std::string(1 << 20, ' ') + "\n"}) {
+    const std::string dump = "$scope module t $end\n" + lines +
+                             "$var wire 1 # s[0] $end\n$upscope $end\n$enddefinitions $end\n1" +
+                             longText + "\nb" + longText + " #\n1#\n";
+    for (const Reader reader : kReaders) {
+      EXPECT_EQ(ExpectSamePaths(reader, dump).changes, 1) << lines.substr(0, 20);
+    }
+  }
+}
+
+// Two billion changes, 6.4 GB, in each reader: only where it is asked for.
+TEST_F(IoFault, CountsStopAtTheirLimitHoweverLongTheDump) {
+  if (std::getenv("KESNCD_LONG_TESTS") == nullptr) GTEST_SKIP() << "KESNCD_LONG_TESTS is not set";
+  std::string block;
+  for (int i = 0; i < 1 << 20; ++i) block += "1!\n";
+  rusage before{}, after{};
+  for (const Reader reader : kReaders) {
+    const std::string header = kDump.substr(0, kDump.find("#0"));
+    FaultyStream endless{header + "#0\n" + block, 1 << 16};
+    endless.repeats = 2050;
+    endless.from = header.size() + 3;
+    getrusage(RUSAGE_SELF, &before);
+    const Reading reading = ReadFaulty(reader, endless);
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_EQ(reading.changes, 2147483647) << reading.text;
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 8192) << "kilobytes";
+  }
+  // As many bits as the ranges of a run may have.
+  const TempDir dir;
+  KesNCD analyser;
+  analyser.SetTopModule("t");
+  std::string message;
+  EXPECT_TRUE(analyser.SetVCDFile(
+      dir.Write("d.vcd", "$scope module t $end\n$var wire 1 ! a[16777215:0] $end\n"), {}, message));
+  EXPECT_EQ(analyser.signalFreqs.size(), 16777216U);
+}
+
+}  // namespace
+}  // namespace orsa::kesncd

@@ -1,0 +1,33 @@
+// The line readers behind one call, and what they leave as a text.
+#ifndef KESNCD_TESTS_LINE_READERS_H_
+#define KESNCD_TESTS_LINE_READERS_H_
+
+#include <cstdio>
+#include <string>
+
+namespace orsa::kesncd {
+
+enum class Reader { Unfiltered, Filtered, Hierarchical };
+inline constexpr Reader kReaders[] = {Reader::Unfiltered, Reader::Filtered, Reader::Hierarchical};
+
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr int kShare = 10;  // a sanitizer makes each reading ten times as dear
+#else
+inline constexpr int kShare = 1;
+#endif
+
+/// What a reader makes of a stream, from fresh reader state with the top module "t".
+struct Reading {
+  std::string text;       ///< counts, scale, span, recording
+  bool complete = true;   ///< as far as the reader says
+  long long changes = 0;  ///< all counts together
+};
+Reading ReadDump(Reader reader, std::FILE* stream, bool fast = true);
+
+/// Reads a dump by the fast path and by the plain one, which must agree, also in where they leave
+/// the stream.
+Reading ExpectSamePaths(Reader reader, const std::string& dump);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_TESTS_LINE_READERS_H_
