@@ -24,14 +24,18 @@ class BodyCheck {
       CheckLine();
       TakeItem();
     }
+    CheckItemBefore(items_.place().crowdedLine);
   }
 
   void Report(Findings& findings) {
     const ItemTallies& items = items_.tallies();
+    findings.Add(FindingKind::OpenDefinitions, declarations_.ended && definitionsEnd_ > 0,
+                 definitionsEnd_, "");
     findings.Add(FindingKind::StampsNotAlone, sharedStamps_);
     findings.Add(FindingKind::ChangesInLine, changesInLine_);
     findings.Add(FindingKind::CommandsNotAlone, sharedCommands_);
-    findings.Add(FindingKind::Comments, items.commented);
+    findings.Add(FindingKind::QuotedItems, items.quoted);
+    findings.Add(FindingKind::PortCommands, items.keywords);
     findings.Add(FindingKind::Ports, items.ports);
     findings.Add(FindingKind::Backward, backward_);
     findings.Add(FindingKind::Weak, items.weak);
@@ -41,6 +45,7 @@ class BodyCheck {
     findings.Add(FindingKind::Undeclared, items.undeclared);
     findings.Add(FindingKind::Strings, items.strings);
     findings.Add(FindingKind::Unended, items.unended);
+    findings.Add(FindingKind::TornValue, items.torn);
     findings.Add(FindingKind::LateDeclarations, items.late);
     findings.Add(FindingKind::Strays, items.strays);
     findings.Add(FindingKind::Fractions, items.fractions);
@@ -64,16 +69,22 @@ class BodyCheck {
   /// stamp or a command that stands there.
   void CheckLine() {
     const ItemPlace& place = items_.place();
-    if (!place.startsLine) {
-      if (last_ == ItemKind::Stamp) sharedStamps_.Add(place.line, StampText(lastTick_));
-      if (last_ == ItemKind::Command) sharedCommands_.Add(place.line, "");
-    }
+    CheckItemBefore(place.startsLine ? place.crowdedLine : place.line);
+    isBehindItem_ = true;
     last_ = items_.kind();
     const bool isChange = last_ == ItemKind::Scalar || last_ == ItemKind::Vector;
     const bool counts = isDumping_ && !(last_ == ItemKind::Scalar && items_.value() > '1');
-    if (isChange && counts && (!place.startsLine || !place.oneLine)) {
+    if (isChange && counts && (!place.startsLine || !place.isWhole)) {
       changesInLine_.Add(place.line, "");
     }
+  }
+
+  /// `line` is that of the item before if it shares it with what follows, else 0.
+  void CheckItemBefore(std::uint64_t line) {
+    if (line == 0) return;
+    if (!isBehindItem_) definitionsEnd_ = line;
+    if (last_ == ItemKind::Stamp) sharedStamps_.Add(line, StampText(lastTick_));
+    if (last_ == ItemKind::Command) sharedCommands_.Add(line, "");
   }
 
   void TakeItem() {
@@ -100,7 +111,7 @@ class BodyCheck {
     if (facts_.stamps > 0 && ticks < lastTick_) {
       backward_.Add(items_.place().line, StampText(ticks));
     }
-    readLast_ = watch_.Stamp();
+    readLast_ = watch_.StampFor(static_cast<double>(ticks));
     if (facts_.stamps++ == 0) {
       facts_.firstTick = ticks;
       readFirst_ = readLast_;
@@ -147,7 +158,9 @@ class BodyCheck {
   DumpItems items_;
   std::vector<Counts> counts_;  // by code
   BodyFacts facts_;
+  bool isBehindItem_ = false;
   ItemKind last_ = ItemKind::SectionEnd;
+  std::uint64_t definitionsEnd_ = 0;  // its line, if the body begins there
   std::uint64_t lastTick_ = 0;
   std::uint64_t lastLine_ = 0;  // of a stamp
   double readFirst_ = 0;

@@ -1,9 +1,14 @@
 #include "cli/code_table.h"
 
 #include <array>
+#include <random>
 #include <utility>
 
 namespace kesncd_cli {
+
+CodeTable::CodeTable()
+    : salt_(std::uint64_t{std::random_device{}()} << 32 | std::random_device{}()),
+      slots_(kFirstSlots) {}
 
 std::uint32_t CodeTable::Add(std::string_view code) {
   if (code.size() > kPacked) {

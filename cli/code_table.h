@@ -16,7 +16,7 @@ class CodeTable {
  public:
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
-  CodeTable() : slots_(kFirstSlots) {}
+  CodeTable();
 
   /// The code's number; a new code gets the next one.
   std::uint32_t Add(std::string_view code);
@@ -33,19 +33,22 @@ class CodeTable {
   static constexpr std::size_t kFirstSlots = 1024;
   static constexpr std::size_t kPacked = sizeof(std::uint64_t);
 
-  static std::size_t Hash(std::uint64_t key);
+  std::size_t Hash(std::uint64_t key) const;
   std::size_t SlotOf(std::uint64_t key) const;
   std::uint32_t AddPacked(std::uint64_t key);
 
+  std::uint64_t salt_;       // nobody who writes a dump knows where its codes fall
   std::vector<Slot> slots_;  // open addressing, a power of two, at most half full
   std::unordered_map<std::string, std::uint32_t> longCodes_;
   std::uint32_t packed_ = 0;
   std::uint32_t size_ = 0;
 };
 
-inline std::size_t CodeTable::Hash(std::uint64_t key) {
-  key = (key ^ key >> 32) * 0x9E3779B97F4A7C15U;
-  return static_cast<std::size_t>(key ^ key >> 32);
+inline std::size_t CodeTable::Hash(std::uint64_t key) const {
+  const std::uint64_t salted = key ^ salt_;
+  std::uint64_t mixed = (salted ^ salted >> 32) * 0x9E3779B97F4A7C15U;
+  mixed = (mixed ^ mixed >> 29) * 0xBF58476D1CE4E5B9U;
+  return static_cast<std::size_t>(mixed ^ mixed >> 32);
 }
 
 inline std::size_t CodeTable::SlotOf(std::uint64_t key) const {

@@ -112,8 +112,7 @@ void CheckReadable(const std::string& path) {
 void SayWhyZero(const DumpInput& input) {
   using namespace orsa::kesncd;
   if (timeScale == 0.0) {
-    Say(input.name(),
-        "no time scale was read, so all frequencies are 0; kesncd check says why");
+    Say(input.name(), "no time scale was read, so all frequencies are 0; kesncd check says why");
   } else if (endCycle == startCycle) {
     Say(input.name(), "the dump spans no time, so all frequencies are 0");
   }

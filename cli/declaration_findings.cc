@@ -47,14 +47,16 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
   findings.Add(FindingKind::UnreadTimescale, declarations.tick && !lines.timescale, line,
                timescale);
   findings.Add(FindingKind::Torn, !declarations.ended && !declarations.hasWord, 0, "");
+  findings.Add(FindingKind::OpenDefinitions, !declarations.ended && declarations.hasWord, 0, "");
   findings.Add(FindingKind::Unreachable, lines.unreachable);
   findings.Add(FindingKind::Overlooked, lines.overlooked);
+  findings.Add(FindingKind::QuotedDeclarations, lines.quoted);
+  findings.Add(FindingKind::Keywords, lines.keywords);
   findings.Add(FindingKind::WrongScope, lines.wrongScope);
   findings.Add(FindingKind::Foreign, lines.foreign);
   findings.Add(FindingKind::ScopeLines, lines.scopeLines);
   findings.Add(FindingKind::Split, lines.split);
   findings.Add(FindingKind::Late, lines.late);
-  findings.Add(FindingKind::Comments, lines.comments);
   findings.Add(FindingKind::GrammarCodes, lines.grammarCodes);
   findings.Add(FindingKind::Attributes, lines.attributes);
   findings.Add(FindingKind::Malformed, declarations.malformed);

@@ -25,7 +25,8 @@ std::string Fitting(std::string name, std::uint32_t number) {
   const Keyword keyword = KeywordOf(name);
   if (StartsSection(keyword) || keyword == Keyword::End) name.insert(name.begin(), '_');
   if (name.size() <= kLongestName) return name;
-  return name.substr(0, kLongestName) + "_" + std::to_string(number);
+  const std::string suffix = "_" + std::to_string(number);
+  return name.substr(0, kLongestName - suffix.size()) + suffix;
 }
 
 /// The words from `first` on as one: a range belongs to its name, blanks in it to nothing.
@@ -69,11 +70,6 @@ bool IsTreeKind(const std::string& kind) {
   return kind == "module" || kind == "function" || kind == "task";
 }
 
-/// A section that changes what the declarations after it mean.
-bool IsDeclaring(Keyword keyword) {
-  return keyword >= Keyword::Timescale && keyword <= Keyword::EndDefinitions;
-}
-
 bool IsStamp(std::string_view word) {
   return word.size() > 1 && word[0] == '#' && word[1] >= '0' && word[1] <= '9';
 }
@@ -106,6 +102,8 @@ Declarations DeclarationReader::Read() {
 /// Takes a word outside sections; false when it is the body's first. Where the definitions have no
 /// end, a stamp or a dump command behind a variable is their end.
 bool DeclarationReader::TakeWord() {
+  if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
+  lineTally_ = nullptr;
   const Keyword keyword = KeywordOf(words_.Word());
   if ((IsDumpCommand(keyword) || IsStamp(words_.Word())) && !result_.variables.empty()) {
     result_.hasWord = true;
@@ -118,11 +116,8 @@ bool DeclarationReader::TakeWord() {
 }
 
 void DeclarationReader::TakeSection(Keyword keyword) {
-  if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
-  lineTally_ = nullptr;
-  const bool isPlain = std::none_of(words_.Word().begin(), words_.Word().end(),
-                                    [](char c) { return c >= 'A' && c <= 'Z'; });
-  section_ = {std::move(section_.words), words_.Line(), 0, 0, 0, words_.StartsLine(), isPlain};
+  section_ = {std::move(section_.words),    words_.Line(), 0, 0, 0, words_.StartsLine(),
+              IsPlainKeyword(words_.Word())};
   if (keyword == Keyword::Section || keyword == Keyword::Close) {
     result_.lines.attributes.Add(section_.line, words_.Word());
   }
@@ -131,6 +126,9 @@ void DeclarationReader::TakeSection(Keyword keyword) {
   } else {
     ReadSection(keyword);
   }
+  const bool isDeclaration =
+      StartsSection(keyword) && keyword != Keyword::Comment && keyword != Keyword::Text;
+  if (isDeclaration && !section_.isPlain) result_.lines.keywords.Add(section_.line, "");
   if (keyword == Keyword::Timescale) TakeTimescale();
   if (keyword == Keyword::Scope) OpenScope();
   if (keyword == Keyword::Upscope) CloseScope();
@@ -143,10 +141,15 @@ void DeclarationReader::ReadEnd() {
   section_.words.clear();
   if (!Advance()) return;
   if (KeywordOf(words_.Word()) == Keyword::End) {
-    section_.endLine = words_.Line();
+    TakeEnd();
   } else {
     repeat_ = true;
   }
+}
+
+void DeclarationReader::TakeEnd() {
+  section_.endLine = words_.Line();
+  section_.isPlain = section_.isPlain && IsPlainKeyword(words_.Word());
 }
 
 void DeclarationReader::ReadSection(Keyword keyword) {
@@ -156,7 +159,7 @@ void DeclarationReader::ReadSection(Keyword keyword) {
   while (Advance()) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) {
-      section_.endLine = words_.Line();
+      TakeEnd();
       return;
     }
     // What a comment holds is a comment's, be it a commented-out declaration.
@@ -166,8 +169,8 @@ void DeclarationReader::ReadSection(Keyword keyword) {
       repeat_ = true;
       return;
     }
-    if (words_.StartsLine() && (IsDeclaring(next) || IsDumpCommand(next))) {
-      result_.lines.comments.Add(words_.Line(), words_.Word());
+    if (words_.StartsLine() && StartsSection(next)) {
+      result_.lines.quoted.Add(words_.Line(), words_.Word());
     }
     if (section_.words.empty()) section_.firstLine = words_.Line();
     section_.lastLine = words_.Line();
@@ -266,7 +269,7 @@ void DeclarationReader::EndDefinitions() {
 /// Counts a section that does not stand alone on one line, as far as that is known before the next
 /// section begins.
 void DeclarationReader::CheckLine(Tally& tally, bool fits, const std::string& what) {
-  if (!fits || !section_.isPlain || !section_.startsLine || section_.endLine != section_.line) {
+  if (!fits || !section_.startsLine || section_.endLine != section_.line) {
     tally.Add(section_.line, what);
     return;
   }

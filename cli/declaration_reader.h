@@ -32,7 +32,7 @@ class DeclarationReader {
     std::uint64_t lastLine = 0;
     std::uint64_t endLine = 0;  // 0: it has no $end
     bool startsLine = false;
-    bool isPlain = false;  // the keyword is in small letters
+    bool isPlain = true;  // readers know its keyword and its $end
   };
   /// A scope as the hierarchical reader follows it.
   struct LineScope {
@@ -45,6 +45,7 @@ class DeclarationReader {
   void TakeSection(Keyword keyword);
   void ReadSection(Keyword keyword);
   void ReadEnd();
+  void TakeEnd();
   void TakeTimescale();
   void OpenScope();
   void CloseScope();

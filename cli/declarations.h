@@ -37,12 +37,13 @@ struct LineReading {
   bool timescale = false;  // they read it
   Tally overlooked;        // variables that stand on no line of theirs
   Tally scopeLines;        // the same of $scope, $upscope and $enddefinitions
+  Tally quoted;            // lines of comments that look like declarations
+  Tally keywords;          // keywords in capitals, which they do not know
   Tally foreign;           // scopes of other kinds
   Tally wrongScope;        // variables put into another scope of the tree
   Tally unreachable;       // variables that no way leads to from the tree's root
   Tally late;              // variables declared behind a sub-scope: no flat run takes them
   Tally split;             // scopes opened again under the same path
-  Tally comments;          // lines of comments that they take for declarations
   Tally grammarCodes;      // vectors whose code the grammar reader takes for a time or a value
   Tally attributes;        // sections that the grammar reader does not know
 };

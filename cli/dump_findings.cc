@@ -17,15 +17,20 @@ constexpr FindingText kTexts[] = {
     {"time scale not understood", "dump", "kesncd prepare --timescale TIME"},
     {"time scale not read: all frequencies are 0", "dump", kPrepare},
     {"dump ends inside its declarations", "dump", "simulate again"},
+    {"no $enddefinitions on a line of its own: no value is read", "dump", kPrepare},
     {"no time span: all frequencies are 0", "dump", "simulate longer"},
     {"signals not reachable from the tree's root", "signals", kPrepare},
     {"declarations not on a line of their own are not read", "signals", kPrepare},
+    {"control bytes, which spoil their lines", "bytes", kPrepare},
+    {"lines of comments that readers take for declarations", "lines", kPrepare},
+    {"lines of comments that readers take for changes or commands", "lines", kPrepare},
+    {"declarations with keywords in capitals are not read", "sections", kPrepare},
+    {"dump commands in capitals or of port dumps are not obeyed", "commands", kPrepare},
     {"time stamps that share their lines are not read", "stamps", kPrepare},
-    {"changes behind another word on their lines are not counted", "changes", kPrepare},
+    {"changes behind another word or apart from their codes are not counted", "changes", kPrepare},
     {"dump commands that share their lines are not obeyed", "commands", kPrepare},
-    {"lines of comments are read as declarations or changes", "lines", kPrepare},
     {"values of port dumps are not counted", "changes", kPrepare},
-    {"flat run misreads the time span", "dump", kPrepare},
+    {"readers misread the time span", "dump", kPrepare},
     {"time stamps go back: the span is not the simulation's", "stamps", "mend the dump"},
     {"signals with several names in a scope count several times in the tree", "signals", kPrepare},
     {"further names of a signal in a scope have no figures", "signals", kPrepare},
@@ -47,6 +52,7 @@ constexpr FindingText kTexts[] = {
     {"changes of codes that no variable has", "changes", "simulate again"},
     {"changes to strings do not count", "changes", "none"},
     {"section without $end: what stands behind it is not read", "sections", "mend the dump"},
+    {"value without a code at the end: the dump is cut off", "values", "simulate again"},
     {"declarations behind the definitions", "declarations", "mend the dump"},
     {"declarations without a code", "declarations", "mend the dump"},
     {"words that are not understood", "words", "mend the dump"},
@@ -93,6 +99,7 @@ DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view pa
   FindInDeclarations(check.declarations, findings);
   FindInNames(check.declarations, findings);
   check.body = FindInBody(words, watch, check.declarations, findings);
+  findings.Add(FindingKind::ControlBytes, words.Controls());
   check.findings = std::move(findings).Sorted();
   return check;
 }

@@ -55,6 +55,9 @@ void Translate(std::string_view value, char* to, const Alphabet& alphabet) {
   for (; i < value.size(); ++i) to[i] = In(alphabet, value[i]);
 }
 
+// What a line that means something to the library's readers begins with.
+constexpr std::string_view kLineStarts = "01bBrR#$";
+
 constexpr int kStrengths = 2;  // words between a port's states and its code
 
 }  // namespace
@@ -68,11 +71,23 @@ bool DumpItems::Advance() {
   return true;
 }
 
+/// The same where a value is not complete yet.
+bool DumpItems::AdvanceInValue() {
+  if (Advance()) return true;
+  tallies_.torn.Add(place_.line, "");
+  return false;
+}
+
 bool DumpItems::Next() {
+  std::uint64_t crowdedLine = 0;
+  bool isFirst = true;
   while (Advance()) {
-    place_ = {words_.Line(), words_.StartsLine(), true};
+    place_ = {words_.Line(), words_.StartsLine(), true, crowdedLine};
     if (TakeWord(words_.Word())) return true;
+    if (isFirst && !place_.startsLine) crowdedLine = place_.line;
+    isFirst = false;
   }
+  place_.crowdedLine = crowdedLine;
   return false;
 }
 
@@ -107,8 +122,9 @@ bool DumpItems::TakeScalar(std::string_view word, char value) {
   kind_ = ItemKind::Scalar;
   value_ = value;
   const bool isWeak = (value == '0' || value == '1') && value != word.front();
-  if (word.size() == 1) place_.oneLine = false;
-  const bool found = word.size() > 1 ? FindCode(word.substr(1)) : TakeCode();
+  const bool isApart = word.size() == 1;
+  const bool found = isApart ? TakeCode() : FindCode(word.substr(1));
+  if (isApart) place_.isWhole = false;
   if (found && isWeak) tallies_.weak.Add(place_.line, words_.Word());
   return found;
 }
@@ -139,7 +155,7 @@ bool DumpItems::TakeReal(std::string_view word) {
 /// "pDU 66 66 <0": a state and two strengths for each bit, then the code.
 bool DumpItems::TakePort(std::string_view word) {
   if (word.size() == 1) {
-    if (!Advance()) return false;
+    if (!AdvanceInValue()) return false;
     word = words_.Word();
   } else {
     word.remove_prefix(1);
@@ -148,7 +164,7 @@ bool DumpItems::TakePort(std::string_view word) {
   value_ = In(kPortStates, word.front());
   HoldText('b', word, kPortStates);
   for (int i = 0; i < kStrengths; ++i) {
-    if (!Advance()) return false;
+    if (!AdvanceInValue()) return false;
     if (words_.Word().find_first_not_of("01234567") == std::string_view::npos) continue;
     repeat_ = true;  // no strength: the code already
     break;
@@ -186,6 +202,7 @@ bool DumpItems::TakeKeyword(std::string_view word) {
     case Keyword::DumpAll:
     case Keyword::DumpOn:
     case Keyword::DumpOff:
+      if (!IsPlainKeyword(word)) tallies_.keywords.Add(place_.line, word);
       kind_ = ItemKind::Command;
       return true;
     case Keyword::End:
@@ -213,25 +230,19 @@ bool DumpItems::TakeKeyword(std::string_view word) {
   return false;
 }
 
-bool DumpItems::LooksLikeItem(std::string_view word, Keyword keyword) const {
-  const bool isScalar = word.front() == '0' || word.front() == '1';
-  return IsDumpCommand(keyword) || word.front() == '#' ||
-         (isScalar && codes_.Find(word.substr(1)) != CodeTable::kNone);
-}
-
 /// Passes over a section. Only a comment may hold anything at all; a stamp is the end of others.
 void DumpItems::SkipSection(Keyword keyword) {
   const std::uint64_t line = words_.Line();
   while (words_.Next()) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) return;
-    if (words_.StartsLine() && LooksLikeItem(words_.Word(), next)) {
-      tallies_.commented.Add(words_.Line(), words_.Word());
-    }
     const bool isStamp = words_.Word().front() == '#' && words_.StartsLine();
     if (keyword != Keyword::Comment && (isStamp || StartsSection(next))) {
       repeat_ = true;
-      return;
+      break;
+    }
+    if (words_.StartsLine() && kLineStarts.find(words_.Word().front()) != std::string_view::npos) {
+      tallies_.quoted.Add(words_.Line(), words_.Word());
     }
   }
   tallies_.unended.Add(line, "");
@@ -239,14 +250,12 @@ void DumpItems::SkipSection(Keyword keyword) {
 
 /// Takes the code that stands as a word of its own.
 bool DumpItems::TakeCode() {
-  if (!Advance()) {
-    tallies_.torn.Add(place_.line, "");
-    return false;
-  }
-  if (words_.Line() != place_.line) place_.oneLine = false;
+  if (!AdvanceInValue()) return false;
+  if (words_.Line() != place_.line) place_.isWhole = false;
   if (FindCode(words_.Word())) return true;
   // Where the code is missing, what follows is something else.
-  repeat_ = words_.Word().front() == '#' || KeywordOf(words_.Word()) != Keyword::None;
+  repeat_ = words_.StartsLine() || words_.Word().front() == '#' ||
+            KeywordOf(words_.Word()) != Keyword::None;
   return false;
 }
 

@@ -28,7 +28,9 @@ enum class ItemKind {
 struct ItemPlace {
   std::uint64_t line = 0;
   bool startsLine = false;
-  bool oneLine = true;  // its words are on this line, a scalar's value and code in one
+  bool isWhole = true;  // the line readers find its code: on the line, behind a scalar at once
+  // The line of the item before, if words without an item stood behind it there; else 0.
+  std::uint64_t crowdedLine = 0;
 };
 
 /// What is passed over, or not said as the dump says it.
@@ -41,7 +43,8 @@ struct ItemTallies {
   Tally cut;         // values that were cut to kLongestValue
   Tally fractions;   // of stamps
   Tally late;        // declarations in the body
-  Tally commented;   // lines of comments that look like changes
+  Tally keywords;    // dump commands that the library's readers do not know
+  Tally quoted;      // lines of comments and the like that the library's readers take for items
   Tally unended;     // a comment or the like that the dump ends in
   Tally torn;        // a value whose code the dump ends before
 };
@@ -69,6 +72,7 @@ class DumpItems {
 
  private:
   bool Advance();
+  bool AdvanceInValue();
   bool TakeWord(std::string_view word);
   bool TakeScalar(std::string_view word, char value);
   bool TakeVector(std::string_view word);
@@ -79,7 +83,6 @@ class DumpItems {
   bool TakeKeyword(std::string_view word);
   bool TakeCode();
   bool FindCode(std::string_view code);
-  bool LooksLikeItem(std::string_view word, Keyword keyword) const;
   void SkipSection(Keyword keyword);
   void HoldText(char letter, std::string_view value, const std::array<char, 256>& alphabet);
 

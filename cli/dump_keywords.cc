@@ -2,6 +2,9 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace kesncd_cli {
 
 namespace {
@@ -47,6 +50,12 @@ Keyword KeywordOf(std::string_view word) {
     }
   }
   return IsAnyLetter(word[1]) ? Keyword::Section : Keyword::None;
+}
+
+bool IsPlainKeyword(std::string_view word) {
+  return !word.starts_with("$dumpports") &&
+         std::any_of(std::begin(kRows), std::end(kRows),
+                     [word](const Row& row) { return row.word == word; });
 }
 
 bool IsDumpCommand(Keyword keyword) {

@@ -27,6 +27,9 @@ enum class Keyword {
 /// Keywords in capitals are keywords too.
 Keyword KeywordOf(std::string_view word);
 
+/// Whether the library's readers know the word too: in small letters, and none of a port dump.
+bool IsPlainKeyword(std::string_view word);
+
 /// Whether the keyword can only stand where a section before it is over, $end or not.
 bool StartsSection(Keyword keyword);
 

@@ -76,6 +76,7 @@ DumpLook LookAtDump(KeptSource& in, const std::string& name, Reader reader) {
   FindInDeclarations(look.declarations, findings);
   FindInPromises(look.declarations, reader, promises);
   const BodyFacts body = FindInBody(words, watch, look.declarations, findings);
+  findings.Add(FindingKind::ControlBytes, words.Controls());
   const bool mayMislead =
       !in.isWhole() && watch.MayMislead(body.lastTick, look.declarations.longestCode);
   promises.Add(FindingKind::MisreadSpan, mayMislead, 0, "");

@@ -7,9 +7,14 @@ namespace kesncd_cli {
 
 namespace {
 
+#ifdef KESNCD_SMALL_BLOCKS
+constexpr std::size_t kBlock = 4200;  // short dumps meet the ends of blocks
+constexpr std::size_t kKept = 2000;
+#else
 constexpr std::size_t kBlock = std::size_t{1} << 18;
 // Of a word that goes on past a block; what is beyond is dropped.
 constexpr std::size_t kKept = std::size_t{1} << 16;
+#endif
 constexpr std::size_t kFirstBytes = 4096;  // to know a format by
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 

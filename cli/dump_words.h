@@ -15,6 +15,7 @@
 
 #include "cli/byte_stream.h"
 #include "cli/slot_watch.h"
+#include "cli/tally.h"
 
 namespace kesncd_cli {
 
@@ -38,10 +39,16 @@ class DumpWords {
   std::uint64_t Line() const { return line_; }
   /// Whether no other word stands before it on its line.
   bool StartsLine() const { return line_ != previousLine_; }
+  /// Control bytes so far that part words here, though in line-based reading they do not.
+  const Tally& Controls() const { return controls_; }
 
  private:
   static bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
   static std::size_t ShortLength(const char* word);
+  static bool IsControl(char c) {
+    return IsBlank(c) && c != ' ' && c != '\n' && c != '\t' && c != '\r';
+  }
+  void TakeBlank(char c);
   bool Refill(const char* keep);
   void FinishWord();
   void SetEnd(std::size_t held);
@@ -54,6 +61,7 @@ class DumpWords {
   std::size_t length_ = 0;
   std::uint64_t line_ = 1;
   std::uint64_t previousLine_ = 0;
+  Tally controls_;
   SlotWatch* watch_ = nullptr;
 };
 
@@ -69,10 +77,15 @@ inline std::size_t DumpWords::ShortLength(const char* word) {
   return static_cast<std::size_t>(std::countr_zero(blanks)) / 8;
 }
 
+inline void DumpWords::TakeBlank(char c) {
+  line_ += static_cast<std::uint64_t>(c == '\n');
+  if (IsControl(c)) controls_.Add(line_, "");
+}
+
 inline bool DumpWords::Next() {
   previousLine_ = word_ == nullptr ? 0 : line_;
   for (;;) {
-    while (IsBlank(*at_)) line_ += static_cast<std::uint64_t>(*at_++ == '\n');
+    while (IsBlank(*at_)) TakeBlank(*at_++);
     if (at_ < end_) break;
     if (!Refill(end_)) return false;
   }

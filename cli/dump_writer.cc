@@ -12,7 +12,11 @@ namespace kesncd_cli {
 
 namespace {
 
+#ifdef KESNCD_SMALL_BLOCKS
+constexpr std::size_t kHeld = 2000;
+#else
 constexpr std::size_t kHeld = std::size_t{1} << 18;  // more than any one text
+#endif
 constexpr std::size_t kMostDigits = 20;
 
 /// A type as it can stand in a prepared dump. Readers keep it in memory that a number may stand

@@ -1,6 +1,6 @@
-// What the flat run reads a time stamp as. Its reader keeps the second word of a line and the
-// digits of a stamp in one place, and the digits end nothing: a longer word that stood there before
-// goes on behind them.
+// What the line readers read a time stamp as. They keep the digits of a stamp in one place, where
+// the digits end nothing: a longer text that stood there before goes on behind them. In the flat
+// run's reader the second words of lines pass through the same place.
 #ifndef KESNCD_CLI_SLOT_WATCH_H_
 #define KESNCD_CLI_SLOT_WATCH_H_
 
@@ -17,20 +17,22 @@ class SlotWatch {
   void Take(std::string_view word, bool startsLine) {
     index_ = startsLine ? 0 : index_ + 1;
     if (index_ == 0 && word.front() == '#') PutDigits(word.substr(1));
-    if (index_ == 1) Put(word, true);
+    if (index_ == 1) Put(shared_, word, true);
   }
-  /// The stamp that was the last word taken.
-  double Stamp() const;
+  /// What the stamp that was the last word taken is read as: otherwise than `ticks` if one of the
+  /// readers does so.
+  double StampFor(double ticks) const;
   /// Whether stamps to come, no shorter than the last one, might be misread. Codes of vectors, the
   /// second words of their lines, have up to `longestCode` characters.
   bool MayMislead(std::uint64_t lastStamp, std::size_t longestCode) const;
 
  private:
   void PutDigits(std::string_view stamp);
-  void Put(std::string_view word, bool isEnded);
+  static void Put(std::string& slot, std::string_view word, bool isEnded);
 
   std::size_t index_ = 0;
-  std::string slot_;
+  std::string shared_;  // of second words and stamps
+  std::string own_;     // of stamps alone
 };
 
 }  // namespace kesncd_cli

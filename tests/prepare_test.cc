@@ -261,7 +261,7 @@ TEST_F(PreparedDumps, GiveNamesToWhatHasNone) {
             "$timescale\n1ns\n$end\n$scope module unnamed_1 $end\n$var wire 1 A unnamed_2 $end\n"
             "$var wire 8 C \\a/b[1][7:0] $end\n$var wire 4 D m[0][3:0] $end\n"
             "$scope module _$var $end\n$var wire 1 F " +
-                std::string(800, 'n') + "_3 $end\n");
+                std::string(798, 'n') + "_3 $end\n");
 }
 
 TEST_F(PreparedDumps, KeepTheirOrderInTheirCodes) {

@@ -3,27 +3,10 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 
 namespace orsa::kesncd {
-
-void ResetReaderState() {
-  topMod.Clear();
-  topModName = nullptr;
-  isTopModNameEverMatched = isReadingTopMod = debug = isReal = isBinary = 0;
-  recording = onlyOnce = 1;
-  timeScale = cur_time = 0.0;
-  startCycle = endCycle = -1.0;
-  yyin = nullptr;
-  yysptr = yysbuf;
-  yylineno = 1;
-  yychar = -1;
-  yytchar = yystate = yyerrflag = yynerrs = 0;
-  yyps = yys;
-  yypv = yyv;
-}
 
 FreshState::FreshState() {
   ResetReaderState();
@@ -46,14 +29,6 @@ std::string TempDir::Write(const std::string& name, const std::string& text) con
   return Path(name);
 }
 
-TextStream::TextStream(const std::string& text)
-    : text_(text),
-      file_(text.empty() ? std::tmpfile() : fmemopen(text_.data(), text.size(), "r")) {}
-
-TextStream::~TextStream() {
-  std::fclose(file_);
-}
-
 std::string ReadAll(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
@@ -67,15 +42,6 @@ std::vector<std::string> Cut(const std::string& text, const std::string& separat
     parts.push_back(text.substr(start, end - start));
   }
   return parts;
-}
-
-std::string TopModCounts() {
-  std::string text;
-  for (int i = 0; i < topMod.GetSignalSize(); ++i) {
-    text += (i > 0 ? " " : "") + topMod.GetSignalName(i) + "=" +
-            std::to_string(topMod.GetSignalChange(i));
-  }
-  return text;
 }
 
 }  // namespace orsa::kesncd

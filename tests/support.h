@@ -5,12 +5,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "kesncd/kesncd.h"
+#include "tests/reader_state.h"
 
 namespace orsa::kesncd {
 
@@ -20,9 +20,6 @@ class FreshState : public ::testing::Test {
   FreshState();
   ~FreshState() override;
 };
-
-/// Puts the reader state back to its load values.
-void ResetReaderState();
 
 /// A folder for the test's files, removed with it.
 class TempDir {
@@ -41,28 +38,10 @@ class TempDir {
   std::filesystem::path path_;
 };
 
-/// An open stream over a text, closed with the object.
-class TextStream {
- public:
-  explicit TextStream(const std::string& text);
-  ~TextStream();
-  TextStream(const TextStream&) = delete;
-  TextStream& operator=(const TextStream&) = delete;
-
-  operator std::FILE*() const { return file_; }
-
- private:
-  std::string text_;
-  std::FILE* file_;
-};
-
 std::string ReadAll(const std::string& path);
 
 /// The parts of a text between separators.
 std::vector<std::string> Cut(const std::string& text, const std::string& separator);
-
-/// "name=count name=count ..." of topMod's signals.
-std::string TopModCounts();
 
 }  // namespace orsa::kesncd
 

@@ -9,8 +9,12 @@ namespace orsa::kesncd {
 
 namespace {
 
+#ifdef KESNCD_SMALL_BLOCKS
+constexpr std::size_t kBlockBytes = 4200;  // short dumps meet the ends of blocks
+#else
 // Much larger than any line, small enough to stay in the processor's second cache.
 constexpr std::size_t kBlockBytes = std::size_t{128} * 1024;
+#endif
 
 }  // namespace
 

@@ -1,0 +1,91 @@
+// The findings about a dump: where there are none that touch the figures, the hierarchical reader
+// gives for the dump as it stands what it gives for the prepared one.
+#include <algorithm>
+#include <sstream>
+
+#include "cli/dump_findings.h"
+#include "cli/exit_status.h"
+#include "fuzz/prepared_dump.h"
+#include "fuzz/support.h"
+#include "tests/text_stream.h"
+
+namespace {
+
+using namespace kesncd_cli;
+
+/// What the hierarchical reader's figures do not depend on.
+bool IsHarmless(FindingKind kind) {
+  static constexpr FindingKind kHarmless[] = {
+      FindingKind::NoTimescale,      FindingKind::NoSpan,
+      FindingKind::Backward,         FindingKind::EmptyTop,
+      FindingKind::BeforeFirstStamp, FindingKind::Unknown,
+      FindingKind::Undeclared,       FindingKind::Late,
+      FindingKind::GrammarCodes,     FindingKind::Escaped,
+      FindingKind::TwoIndices,       FindingKind::Parentheses,
+      FindingKind::Collisions,       FindingKind::WideRanges};
+  return std::find(std::begin(kHarmless), std::end(kHarmless), kind) != std::end(kHarmless);
+}
+
+std::string TextOf(const std::vector<Finding>& findings) {
+  std::string text;
+  for (const Finding& finding : findings) {
+    text += std::string(TextOf(finding.kind).finding) + " " + std::to_string(finding.tally.count) +
+            " " + std::to_string(finding.tally.line) + " " + finding.tally.example + "\n";
+  }
+  return text;
+}
+
+/// What stays unmentioned, as no simulator writes it: names that are keywords or do not fit on a
+/// line, and ranges in the place of a size outside port dumps.
+bool HasOddLine(const std::string& dump) {
+  constexpr std::size_t kLongest = 800;
+  for (const std::string& line : fuzz::Lines(dump)) {
+    if (line.size() >= kLongest) return true;
+    std::istringstream words(line);
+    std::string keyword, type, size, code, name;
+    words >> keyword >> type >> size >> code >> name;
+    if (keyword == "$var" && (size[0] == '[' || name[0] == '$')) return true;
+    if (keyword == "$scope" && size[0] == '$') return true;
+  }
+  return false;
+}
+
+struct Result {
+  bool refused = false;
+  bool isGood = false;
+  std::string text;
+};
+
+Result Check(const std::string& dump, std::size_t chunk) {
+  orsa::kesncd::TextSource source(dump, chunk);
+  try {
+    const DumpCheck check = CheckDump(source, "");
+    const auto& found = check.findings;
+    const bool isGood = std::all_of(found.begin(), found.end(),
+                                    [](const Finding& f) { return IsHarmless(f.kind); });
+    for (const Finding& finding : found) {
+      fuzz::Require(finding.tally.count > 0, "a finding is about something");
+    }
+    return {false, isGood, TextOf(found) + std::to_string(check.body.changes)};
+  } catch (const Failure& failure) {
+    return {true, false, failure.what()};
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string dump(reinterpret_cast<const char*>(data), size);
+  const Result result = Check(dump, std::string::npos);
+  fuzz::Require(Check(dump, 3).text == result.text, "reads of any size do");
+  if (!result.isGood || HasOddLine(dump)) return 0;
+  const auto prepared = fuzz::Prepare(dump);
+  fuzz::Require(prepared.has_value(), "what can be checked can be prepared");
+  const fuzz::Figures raw = fuzz::TreeFigures(dump);
+  const std::string rawState = fuzz::StateText();
+  const fuzz::Figures tree = fuzz::TreeFigures(*prepared);
+  fuzz::Require(raw == tree && rawState == fuzz::StateText(),
+                result.text + "\nraw" + fuzz::TextOf(raw) + "\n" + rawState + "\nprepared" +
+                    fuzz::TextOf(tree) + "\n" + fuzz::StateText() + "\n" + *prepared);
+  return 0;
+}

@@ -1,0 +1,118 @@
+// The rewrite of a dump: preparing it again changes nothing, `check` has nothing left to say that
+// preparing mends, and every reader finds what the dump said. The options are the scope that goes
+// first, the tick of a dump without one, and the begin and end of a window.
+#include <algorithm>
+#include <limits>
+
+#include "cli/declaration_reader.h"
+#include "cli/dump_findings.h"
+#include "cli/time_text.h"
+#include "fuzz/prepared_dump.h"
+#include "fuzz/support.h"
+#include "kesncd/kesncd.h"
+#include "tests/reader_state.h"
+#include "tests/text_stream.h"
+
+namespace {
+
+using namespace kesncd_cli;
+using orsa::kesncd::TextSource;
+
+PrepareOptions OptionsOf(const fuzz::Input& input) {
+  PrepareOptions options;
+  options.top = input.Option(0);
+  options.tick = Femtoseconds(input.Option(1));
+  if (options.tick == 0U) options.tick.reset();
+  options.begin = Femtoseconds(input.Option(2));
+  options.end = Femtoseconds(input.Option(3));
+  if (options.begin && options.end && *options.begin > *options.end) options.end.reset();
+  return options;
+}
+
+/// What a prepared dump may still be told of: what its names and its simulation are like.
+bool MayStay(FindingKind kind) {
+  static constexpr FindingKind kStaying[] = {
+      FindingKind::NoTimescale, FindingKind::NoSpan,           FindingKind::Backward,
+      FindingKind::EmptyTop,    FindingKind::BeforeFirstStamp, FindingKind::Unknown,
+      FindingKind::Escaped,     FindingKind::TwoIndices,       FindingKind::Parentheses,
+      FindingKind::Collisions,  FindingKind::WideRanges};
+  return std::find(std::begin(kStaying), std::end(kStaying), kind) != std::end(kStaying);
+}
+
+void CheckFindings(const std::string& prepared) {
+  TextSource source(prepared, std::string::npos);
+  const DumpCheck check = CheckDump(source, "");
+  for (const Finding& finding : check.findings) {
+    fuzz::Require(MayStay(finding.kind), "left over: " + std::string(TextOf(finding.kind).finding) +
+                                             " " + finding.tally.example + "\n" + prepared);
+  }
+}
+
+void ReadByGrammar(std::FILE* stream) {
+  const fuzz::Quiet quiet;
+  orsa::kesncd::ParseVcdFile(stream);
+}
+
+/// Every reader of one module against the tree, for the first module if no other has its name.
+void CheckFlatReaders(const std::string& prepared, const fuzz::Figures& tree) {
+  using namespace orsa::kesncd;
+  const std::string top = tree.begin()->first.first;
+  const std::string name = top.substr(top.rfind('/') + 1);
+  const std::string scope = "$scope module " + name + " $end\n";
+  const std::size_t at = prepared.find(scope);
+  if (at == std::string::npos || prepared.find(scope, at + 1) != std::string::npos) return;
+  for (const int reader : {0, 1, 2}) {
+    ResetReaderState();
+    KesNCD analyser;
+    analyser.SetTopModule(name);
+    std::set<std::string> selection;
+    for (const auto& [signal, changes] : tree) selection.insert(signal.second);
+    const TextStream stream(prepared);
+    if (reader == 0) analyser.ParseVcdFile(stream);
+    if (reader == 1) analyser.ParseVcdFile2(stream, selection);
+    if (reader == 2) ReadByGrammar(stream);
+    fuzz::Figures figures;
+    for (int i = 0; i < topMod.GetSignalSize(); ++i) {
+      figures[{top, topMod.GetSignalName(i)}] += topMod.GetSignalChange(i);
+    }
+    fuzz::Figures expected;
+    for (const auto& [signal, changes] : tree) {
+      if (signal.first == top) expected.insert({signal, changes});
+    }
+    fuzz::Require(figures == expected, "tree" + fuzz::TextOf(expected) + "\nreader " +
+                                           std::to_string(reader) + fuzz::TextOf(figures) + "\n" +
+                                           prepared);
+  }
+}
+
+void CheckReaders(const std::string& dump, const std::string& prepared) {
+  using namespace orsa::kesncd;
+  const fuzz::PlainFigures plain = fuzz::ItemFigures(dump);
+  const fuzz::Figures tree = fuzz::TreeFigures(prepared);
+  fuzz::Require(startCycle == plain.first && endCycle == plain.last, "the span\n" + prepared);
+  fuzz::Figures named;  // scopes may have been put under a common one
+  for (const auto& [signal, changes] : tree) {
+    std::string path = signal.first;
+    if (plain.figures.count({path, signal.second}) == 0) {
+      path = path.find('/') == std::string::npos ? "" : path.substr(path.find('/') + 1);
+    }
+    named[{path, signal.second}] += changes;
+  }
+  fuzz::Require(named == plain.figures, "the dump says" + fuzz::TextOf(plain.figures) +
+                                            "\nprepared" + fuzz::TextOf(named) + "\n" + prepared);
+  CheckFlatReaders(prepared, tree);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const fuzz::Input input(data, size);
+  const PrepareOptions options = OptionsOf(input);
+  const auto prepared = fuzz::Prepare(input.text, options);
+  fuzz::Require(fuzz::Prepare(input.text, options, 3) == prepared, "reads of any size do");
+  if (!prepared) return 0;
+  fuzz::Require(fuzz::Prepare(*prepared) == prepared, "prepared again:\n" + *prepared);
+  CheckFindings(*prepared);
+  if (!options.begin && !options.end) CheckReaders(input.text, *prepared);
+  return 0;
+}
