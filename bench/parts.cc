@@ -81,7 +81,8 @@ void BuildPowerTable(benchmark::State& state) {
   analyser.hierRoot = Tree(signals).release();
   std::vector<std::vector<std::string>> rows;
   for (int i = 0; i < state.range(1); i += 2) {
-    rows.push_back({"SIGNAL", std::string("n").append(std::to_string(7919LL * i % signals)) + "_0_", ""});
+    rows.push_back(
+        {"SIGNAL", std::string("n").append(std::to_string(7919LL * i % signals)) + "_0_", ""});
     rows.push_back({"INPUT", "absent" + std::to_string(i), "PIO"});
   }
   standalone::PowerDocument document;
