@@ -107,6 +107,8 @@ TEST(Splitter, KeepsItsOdditiesInsideItsMemory) {
   const std::string longPiece(300, 'p');
   Mem mem;
   Tokens(mem, "stale");
+  EXPECT_EQ(Pieces(mem, alternating.substr(0, 32)).size(), 32U);
+  EXPECT_EQ(mem.slotCount, 32) << "as many as there are";
   EXPECT_EQ(Pieces(mem, alternating).size(), 700U);
   EXPECT_EQ(mem.slotCount, 64) << "doubled once, though 700 pieces need more";
   EXPECT_EQ(Pieces(mem, "1" + longPiece), Words({"1", longPiece}));
