@@ -154,6 +154,21 @@ TEST_F(FastPath, AgreesOnGeneratedDumps) {
     ExpectSamePaths(kReaders[i % 3], kHeader + RandomBody(random, 40000));
 }
 
+TEST_F(FastPath, CutsLongLinesWhereverABlockEnds) {
+  constexpr std::size_t kLineBytes = 256;
+  for (std::size_t first = 0; first < kLineBytes; ++first) {
+    const std::string text = std::string(first, 'a') + "\n" + std::string(140000, 'b');
+    const TextStream plain(text), blocks(text);
+    LineSource expected(plain, kLineBytes), lines(blocks, kLineBytes);
+    lines.ReadBlocks();
+    const char* line = nullptr;
+    do {
+      line = lines.Next();
+      ASSERT_STREQ(line, expected.Next()) << first;
+    } while (line != nullptr);
+  }
+}
+
 TEST_F(FastPath, MarksTheSameBytes) {
   std::mt19937 random(8);
   for (int i = 0; i < 10000; ++i) {

@@ -1,6 +1,5 @@
 #include <clocale>
 #include <cstdlib>
-#include <optional>
 #include <sstream>
 
 #include "tests/support.h"
@@ -133,28 +132,6 @@ TEST_F(FlatRun, StartsFromWhatTheLastRunLeft) {
     EXPECT_EQ(timeScale, 1) << "stays without a time scale in the dump";
     EXPECT_EQ(recording, path == first ? 0 : 1);
   }
-}
-
-TEST_F(FlatRun, SharesOneTopModuleNameAmongAnalysers) {
-  {
-    const KesNCD fresh;
-    EXPECT_TRUE(fresh.signalFreqs.empty() && !fresh.twrFileOn && fresh.hierRoot == nullptr);
-  }
-  std::optional<KesNCD> one(std::in_place);
-  one->SetTopModule("one");
-  EXPECT_STREQ(topModName, "one");
-  std::optional<KesNCD> two(std::in_place);
-  EXPECT_EQ(topModName, nullptr) << "a new analyser forgets the name";
-  two->SetTopModule("two");
-  two->SetTopModule(topModName);
-  one.reset();
-  EXPECT_STREQ(topModName, "two") << "still readable after any destructor";
-  two.reset();
-  EXPECT_STREQ(topModName, "two");
-  char hostsOwn[] = "host";
-  topModName = hostsOwn;  // not the library's to release
-  KesNCD().SetTopModule("three");
-  EXPECT_STREQ(topModName, "three");
 }
 
 // A host may run under a locale with a decimal comma; figures and files must not follow it.
