@@ -15,6 +15,7 @@ const std::string kVars =
     "$var wire 1 ! a[0] $end\n$var wire 1 !! b[0] $end\n$var wire 1 0! c[0] $end\n"
     "$var wire 1 1234 d[0] $end\n$var wire 1 long-code-1 e[0] $end\n$var wire 1 \xC3\xA4 f[0] "
     "$end\n";
+const std::string kLate = "$var wire 1 ? g[0] $end\n";
 const std::string kEnd = "$upscope $end\n$enddefinitions $end\n";
 const std::string kHeader = kScale + kScope + kVars + kEnd;
 const std::string kStamps = "#0\nb1 1234\n#123456\n";
@@ -66,7 +67,7 @@ TEST_F(FastPath, TakesEveryShortLineAsThePlainPathDoes) {
 }
 
 TEST_F(FastPath, LeavesTheOtherStatesAlone) {
-  const std::string body = "#0\n1!\n#10\n0!\nb1 !!\n";
+  const std::string body = "#0\n1!\n#10\n0!\nb1 !!\n1?\n";
   for (std::size_t length = 1; length <= 2; ++length) {
     EachString(length, [&](const std::string& line) {
       for (const Reader reader : kReaders) {
@@ -75,7 +76,7 @@ TEST_F(FastPath, LeavesTheOtherStatesAlone) {
         ExpectSamePaths(reader, kScale + kScope + line + "\n" + kVars + kEnd + body);
         ExpectSamePaths(reader, kHeader + body + "$timescale\n" + line + "\n" + body);
         ExpectSamePaths(reader, kHeader + body + "$timescale\n1ps\n" + line + "\n" + kScope +
-                                    kVars + "$enddefinitions $end\n" + body);
+                                    kVars + kLate + "$enddefinitions $end\n" + body);
         ExpectSamePaths(reader, kHeader + "$dumpoff\n" + line + "\n" + body + "$dumpon\n" + body);
       }
     });

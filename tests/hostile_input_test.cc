@@ -45,8 +45,9 @@ std::vector<std::string> CutsOf(const std::string& text) {
 /// All ways to damage a byte of it.
 std::vector<std::string> DamagesOf(const std::string& text) {
   std::vector<std::string> damages;
-  for (std::size_t at = 0; at < text.size(); at += kShare) {
-    for (const char byte : kHostile) damages.push_back(std::string(text).replace(at, 1, 1, byte));
+  const std::size_t values = kHostile.size();
+  for (std::size_t i = 0; i < text.size() * values; i += kShare) {
+    damages.push_back(std::string(text).replace(i / values, 1, 1, kHostile[i % values]));
   }
   return damages;
 }
@@ -167,7 +168,7 @@ TEST_F(HostileInput, GrammarReaderEndsInAResultOrItsStatus) {
     ++ended;
   }
   EXPECT_EQ(*next, texts.size());
-  EXPECT_GT(ended, 50 / kShare) << "damaged time scales";
+  EXPECT_GT(ended, 30 / kShare) << "damaged time scales";
   EXPECT_LT(ended, 2000);
   munmap(next, sizeof(std::size_t));
 }

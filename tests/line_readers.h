@@ -13,7 +13,7 @@ inline constexpr Reader kAllReaders[] = {Reader::Unfiltered, Reader::Filtered, R
                                          Reader::Grammar};
 
 #if defined(__SANITIZE_ADDRESS__) || defined(KESNCD_QUICK_TESTS)
-inline constexpr int kShare = 10;  // a sanitizer makes each reading ten times as dear
+inline constexpr int kShare = 11;  // a sanitizer makes each reading ten times as dear
 #else
 inline constexpr int kShare = 1;
 #endif

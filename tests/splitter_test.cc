@@ -107,6 +107,8 @@ TEST(Splitter, KeepsItsOdditiesInsideItsMemory) {
   const std::string longPiece(300, 'p');
   Mem mem;
   Tokens(mem, "stale");
+  EXPECT_EQ(Pieces(mem, alternating.substr(0, 32)).size(), 32U);
+  EXPECT_EQ(mem.slotCount, 32) << "as many as there are";
   EXPECT_EQ(Pieces(mem, alternating).size(), 700U);
   EXPECT_EQ(mem.slotCount, 64) << "doubled once, though 700 pieces need more";
   EXPECT_EQ(Pieces(mem, "1" + longPiece), Words({"1", longPiece}));
@@ -118,6 +120,12 @@ TEST(Splitter, KeepsItsOdditiesInsideItsMemory) {
   EXPECT_EQ(Pieces(mem, longPiece), Words({longPiece}));
   EXPECT_EQ(Tokens(mem, ManyWords(2000)).size(), 2000U);
   EXPECT_EQ(mem.slotCount, 2400);
+  std::string longer;
+  for (int i = 0; i < 350; ++i) longer += "aaa111";
+  Mem other;
+  Pieces(other, longer);
+  Tokens(other, ManyWords(64));
+  EXPECT_EQ(Pieces(other, alternating.substr(0, 100))[99], "1") << "emptied beyond those reported";
 }
 
 TEST(Splitter, CutsItsOwnSlots) {

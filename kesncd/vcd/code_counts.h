@@ -119,7 +119,7 @@ inline std::uint64_t CodeCounts::Load(const char* code, std::size_t length) {
 /// The place of a code of up to three printable characters: they are the digits of a number, the
 /// first counting least, as simulators number their codes. Four bytes are read.
 inline std::size_t CodeCounts::DirectIndex(const char* code, std::size_t length) {
-  static constexpr std::uint32_t kMasks[kLongestDirect + 1] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
+  static constexpr std::uint32_t kMasks[] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
   std::uint32_t bytes = 0;
   std::memcpy(&bytes, code, sizeof bytes);
   if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
