@@ -106,7 +106,7 @@ HEAD/#x/#0/#x => 0-0 top(clk=0 d[7:0]=0)
 a vector without a code, an empty code, an unknown code
 HEAD/b1/1/0?/b0 ?/1! and more/b1 # and more/$end/1! => top(clk=2 d[7:0]=1)
 the selection filters names without an index only
-SCALE/TOP/QU/$var reg 1 a rst $end/$var reg 1 d x y $end/$var reg 4 e z [3:0] $end/UP/END/1a/1#/1d/1e => top(u_q=1 rst=1 xy=1 z[3:0]=1) FILTERED top(u_q=1 z[3:0]=1)
+SCALE/TOP/QU/$var reg 1 a rst $end/$var reg 1 d x y $end/$var reg 4 e z [3]x $end/UP/END/1a/1#/1d/1e => top(u_q=1 rst=1 xy=1 z[3]x=1) FILTERED top(u_q=1 z[3]x=1)
 declarations of other lengths are none
 SCALE/TOP/$var wire 8 # d [7 : 0] $end/$var wire 1 ! $end/$VAR wire 1 ! no $end/$var wire 1 ! clk stop/UP/END/1!/b1 # => top(clk=1)
 a sub-module ends the flat collection
@@ -124,7 +124,7 @@ SCALE/TOP/CLK/$var wire 1 ! u_q $end/UP/END/1! => top(clk=1 u_q=0) TREE top(clk=
 functions and tasks open a node; for the flat readers they are none, and end the top module
 SCALE/TOP/CLK/$scope function f $end/$var reg 1 a f1 $end/UP/$scope task t $end/UP/QU/UP/END/1a => top(clk=0 f1=1) FILTERED top(clk=0) TREE top(clk=0 u_q=0 f(f1=1) t())
 the end of a scope of another kind closes the node around it
-SCALE/TOP/CLK/$scope begin b $end/$var reg 1 b b1[0] $end/UP/QU/UP/END/1b => top(clk=0 b1[0]=1)
+SCALE/TOP/CLK/$scope begin b $end/$var reg 1 b b1[0] $end/UP/UP/QU/END/1b => top(clk=0 b1[0]=1)
 definitions that end inside the top module
 SCALE/TOP/CLK/END/1! => top(clk=0) TREE top(clk=1)
 a scope after the definitions
@@ -137,8 +137,8 @@ SCALE/TOP/$upscope/$upscope $END/$upscope x $end/CLK/UP/END/$DUMPOFF/$dumpoff no
 TEST_F(Readers, TakeTheSameDumps) {
   const std::vector<std::string> cases = Cut(kCases, "\n");
   for (std::size_t i = 0; i < cases.size(); i += 2) {
-    const std::vector<std::string> sides = Cut(cases[i + 1], " => ");
-    EXPECT_EQ(ReadAllWays(Dump(sides[0])), sides[1]) << cases[i];
+    const std::vector<std::string> row = Cut(cases[i + 1], " => ");
+    EXPECT_EQ(ReadAllWays(Dump(row[0])), row[1]) << cases[i];
   }
   EXPECT_EQ(ReadAllWays(""), "0ns ");
   EXPECT_EQ(ReadAllWays(Dump(std::string("HEAD/1!\0x/\0/1!", 14))), "top(clk=2 d[7:0]=0)");
