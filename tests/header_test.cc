@@ -32,7 +32,9 @@ TEST_F(Header, ProposesTheTopModule) {
       {"$scope module tb $end\n$scope module dut $end\n$var wire 1 ! clk $end\n", "dut"},
       {"$scope module tb $end\n$var wire 1 ! clk $end\n$scope module dut $end\n", "tb"},
       {"$scope module tb $end\n$upscope $end\n#1\nb0 !\n$scope module b $end\n", "b"},
-      {"$date a b c d\n$scope task t $end\n$scope module tb stop\n", "tb"},
+      {"$date a b c d\n$scope task t $end\n$scope module tb stop\n$scope task t $end\n"
+       "$scope module dut $end\n",
+       "tb"},
       {"$scope module top\n$SCOPE module top $end\n", ""}};
   const TempDir dir;
   std::string top;

@@ -76,9 +76,12 @@ TEST(Splitter, PiecesKeepTails) {
   EXPECT_EQ(Pieces(mem, "1"), "1|1");
   EXPECT_EQ(Pieces(mem, "12"), "1|12cdef");
   // Growth moves strings only: what stood behind a terminator is gone.
-  Tokens(mem, "Z");
-  Tokens(mem, Times(32, "w "));
-  EXPECT_EQ(Pieces(mem, "12"), "1|12");
+  for (const bool byLength : {false, true}) {
+    Pieces(mem, "abcdef");
+    Tokens(mem, "Z");
+    byLength ? Pieces(mem, "1" + std::string(300, 'p')) : Tokens(mem, Times(32, "w "));
+    EXPECT_EQ(Pieces(mem, "12"), "1|12");
+  }
 }
 
 TEST(Splitter, KeepsItsOdditiesInsideItsMemory) {
@@ -94,9 +97,11 @@ TEST(Splitter, KeepsItsOdditiesInsideItsMemory) {
   EXPECT_EQ(Pieces(mem, "x"), "1|x");
   EXPECT_EQ(Pieces(mem, alternating), "700" + Times(350, "|a|1"));
   EXPECT_EQ(mem.slotCount, 1200);
-  EXPECT_EQ(Pieces(mem, longPiece), "1|" + longPiece);
   EXPECT_EQ(Tokens(mem, Times(2000, "w ")), "2000" + Times(2000, "|w"));
   EXPECT_EQ(mem.slotCount, 2400);
+  Mem other;
+  EXPECT_EQ(Pieces(other, longPiece), "1|" + longPiece);
+  EXPECT_EQ(Pieces(other, alternating.substr(0, 100)).substr(0, 3), "100");
 }
 
 TEST(Splitter, CutsItsOwnSlots) {
