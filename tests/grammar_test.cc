@@ -75,7 +75,7 @@ TEST_F(Grammar, Tokens) {
 }
 
 TEST_F(Grammar, Splitters) {
-  // Without delimiters: numbers and letters.
+  // The text, the delimiters or none for numbers and letters, the pieces.
   const char* const rows[][3] = {{"bus12#abc3\n", nullptr, "bus|12|abc|3|"},
                                  {"", nullptr, ""},
                                  {"1a2b3c4d5e6f7", nullptr, "1|a|2|b|3|c|4|d|5|e|6|f|7|"},

@@ -103,19 +103,19 @@ TEST(NameMatch, AgreesWithThePlainWalk) {
 
 // Random trees of names made to collide, asked for names made to match.
 TEST(NameMatch, IndexFindsWhatTheSearchFinds) {
-  static const char* const kScopes[] = {"t", "T", "u:1", "u[1:0]", ""};
-  static const char* const kStems[] = {"a", "A", "a_b", "a/b", "aI", "", "x[2]"};
-  static const char* const kEnds[] = {"",       "I",      "_1_",   "[1]",    "/1/", "_1/",
-                                      "[0:3]",  "[3:1]",  "[7:7]", "[-1:1]", "[:]", "]",
-                                      "[1:0]:", "[1:0]]", "[01]",  "_-1_",   "_3_", "[07]"};
   std::mt19937 random(11);
-  const auto name = [&random] {
-    std::string text = kStems[random() % std::size(kStems)];
-    text += kEnds[random() % std::size(kEnds)];
+  const auto one = [&random](const std::string& of) {
+    const std::vector<std::string> all = Cut(of, " ");
+    return all[random() % all.size()];
+  };
+  const auto scopeName = [&] { return one("t T u:1 u[1:0] "); };
+  const auto name = [&] {
+    std::string text = one("a A a_b a/b aI  x[2]") +
+                       one(" I _1_ [1] /1/ _1/ [0:3] [3:1] [7:7] [-1:1] [:] ] [1:0]: [1:0]] [01] "
+                           "_-1_ _3_ [07]");
     if (random() % 30 == 0) text.insert(text.size() / 2, 1, '\0');
     return text;
   };
-  const auto scopeName = [&random] { return kScopes[random() % std::size(kScopes)]; };
   startCycle = 0;
   endCycle = timeScale = 1;
   int found = 0;
