@@ -53,8 +53,9 @@ BENCHMARK(MatchRange);
 std::unique_ptr<VmodHier> Tree(int signals) {
   auto root = std::make_unique<VmodHier>("top");
   for (int i = 0; i < signals; ++i) {
-    if (i % 200 == 0) root->AddSubMod(new VmodHier("u" + std::to_string(i / 200)));
-    root->subMods.back()->AddSignal("n" + std::to_string(i) + "[0]", "wire", std::to_string(i), 1);
+    const std::string number = std::to_string(i);
+    if (i % 200 == 0) root->AddSubMod(new VmodHier('u' + number));
+    root->subMods.back()->AddSignal('n' + number + "[0]", "wire", number, 1);
   }
   return root;
 }
@@ -80,7 +81,8 @@ void BuildPowerTable(benchmark::State& state) {
   analyser.hierRoot = Tree(signals).release();
   std::vector<std::vector<std::string>> rows;
   for (int i = 0; i < state.range(1); i += 2) {
-    rows.push_back({"SIGNAL", "n" + std::to_string(7919LL * i % signals) + "_0_", ""});
+    rows.push_back(
+        {"SIGNAL", std::string("n").append(std::to_string(7919LL * i % signals)) + "_0_", ""});
     rows.push_back({"INPUT", "absent" + std::to_string(i), "PIO"});
   }
   standalone::PowerDocument document;

@@ -34,6 +34,7 @@ class BodyCheck {
     findings.Add(FindingKind::StampsNotAlone, sharedStamps_);
     findings.Add(FindingKind::ChangesInLine, changesInLine_);
     findings.Add(FindingKind::CommandsNotAlone, sharedCommands_);
+    findings.Add(FindingKind::QuotedItems, items.quoted);
     findings.Add(FindingKind::PortCommands, items.keywords);
     findings.Add(FindingKind::Ports, items.ports);
     findings.Add(FindingKind::Backward, backward_);

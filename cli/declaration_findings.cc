@@ -50,6 +50,7 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
   findings.Add(FindingKind::OpenDefinitions, !declarations.ended && declarations.hasWord, 0, "");
   findings.Add(FindingKind::Unreachable, lines.unreachable);
   findings.Add(FindingKind::Overlooked, lines.overlooked);
+  findings.Add(FindingKind::QuotedDeclarations, lines.quoted);
   findings.Add(FindingKind::Keywords, lines.keywords);
   findings.Add(FindingKind::WrongScope, lines.wrongScope);
   findings.Add(FindingKind::Foreign, lines.foreign);

@@ -165,6 +165,9 @@ void DeclarationReader::ReadSection(Keyword keyword) {
       repeat_ = true;
       return;
     }
+    if (words_.StartsLine() && StartsSection(next)) {
+      result_.lines.quoted.Add(words_.Line(), words_.Word());
+    }
     if (section_.words.empty()) section_.firstLine = words_.Line();
     section_.lastLine = words_.Line();
     if (section_.words.size() < kWordsKept) section_.words.emplace_back(words_.Word());

@@ -37,6 +37,7 @@ struct LineReading {
   bool timescale = false;  // they read it
   Tally overlooked;        // variables that stand on no line of theirs
   Tally scopeLines;        // the same of $scope, $upscope and $enddefinitions
+  Tally quoted;            // lines of comments that look like declarations
   Tally keywords;          // keywords in capitals, which they do not know
   Tally foreign;           // scopes of other kinds
   Tally wrongScope;        // variables put into another scope of the tree

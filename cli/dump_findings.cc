@@ -21,6 +21,8 @@ constexpr FindingText kTexts[] = {
     {"signals not reachable from the tree's root", "signals", kPrepare},
     {"declarations not on a line of their own are not read", "signals", kPrepare},
     {"control bytes, which spoil their lines", "bytes", kPrepare},
+    {"lines of comments that readers take for declarations", "lines", kPrepare},
+    {"lines of comments that readers take for changes or commands", "lines", kPrepare},
     {"declarations with keywords in capitals are not read", "sections", kPrepare},
     {"dump commands in capitals or of port dumps are not obeyed", "commands", kPrepare},
     {"time stamps that share their lines are not read", "stamps", kPrepare},

@@ -24,6 +24,8 @@ enum class FindingKind {
   Unreachable,
   Overlooked,
   ControlBytes,
+  QuotedDeclarations,
+  QuotedItems,
   Keywords,
   PortCommands,
   StampsNotAlone,

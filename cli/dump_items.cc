@@ -55,6 +55,9 @@ void Translate(std::string_view value, char* to, const Alphabet& alphabet) {
   for (; i < value.size(); ++i) to[i] = In(alphabet, value[i]);
 }
 
+// What a line that means something to the library's readers begins with.
+constexpr std::string_view kLineStarts = "01bBrR#$";
+
 constexpr int kStrengths = 2;  // words between a port's states and its code
 
 }  // namespace
@@ -237,6 +240,9 @@ void DumpItems::SkipSection(Keyword keyword) {
     if (keyword != Keyword::Comment && (isStamp || StartsSection(next))) {
       repeat_ = true;
       break;
+    }
+    if (words_.StartsLine() && kLineStarts.find(words_.Word().front()) != std::string_view::npos) {
+      tallies_.quoted.Add(words_.Line(), words_.Word());
     }
   }
   tallies_.unended.Add(line, "");

@@ -44,6 +44,7 @@ struct ItemTallies {
   Tally fractions;   // of stamps
   Tally late;        // declarations in the body
   Tally keywords;    // dump commands that the library's readers do not know
+  Tally quoted;      // lines of comments and the like that the library's readers take for items
   Tally unended;     // a comment or the like that the dump ends in
   Tally torn;        // a value whose code the dump ends before
 };

@@ -215,8 +215,8 @@ bool WouldChangeFigures(const Declarations& declarations) {
   const LineReading& lines = declarations.lines;
   const bool isOpen = !declarations.ended && declarations.hasWord;
   if (isOpen || (declarations.tick && !lines.timescale) || lines.overlooked || lines.scopeLines ||
-      lines.keywords || lines.foreign || lines.wrongScope || lines.unreachable || lines.late ||
-      lines.split) {
+      lines.keywords || lines.quoted || lines.foreign || lines.wrongScope || lines.unreachable ||
+      lines.late || lines.split) {
     return true;
   }
   const auto shares = ShareCodes(declarations);

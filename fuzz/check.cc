@@ -35,16 +35,17 @@ std::string TextOf(const std::vector<Finding>& findings) {
   return text;
 }
 
-/// What stays unmentioned: lines that readers cut, which no simulator writes, and ranges in the
-/// place of a size, which belong to port dumps.
+/// What stays unmentioned, as no simulator writes it: names that are keywords or do not fit on a
+/// line, and ranges in the place of a size outside port dumps.
 bool HasOddLine(const std::string& dump) {
-  constexpr std::size_t kLongest = 4095;
+  constexpr std::size_t kLongest = 800;
   for (const std::string& line : fuzz::Lines(dump)) {
     if (line.size() >= kLongest) return true;
     std::istringstream words(line);
-    std::string keyword, type, size;
-    words >> keyword >> type >> size;
-    if (keyword == "$var" && size.substr(0, 1) == "[") return true;
+    std::string keyword, type, size, code, name;
+    words >> keyword >> type >> size >> code >> name;
+    if (keyword == "$var" && (size[0] == '[' || name[0] == '$')) return true;
+    if (keyword == "$scope" && size[0] == '$') return true;
   }
   return false;
 }

@@ -13,7 +13,7 @@ namespace {
 
 using orsa::kesncd::VmodHier;
 
-constexpr long kMostWalked = 200;
+constexpr long kMostWalked = 40;
 
 bool Equal(const std::string& a, const std::string& b, bool exact) {
   return exact ? a == b : strcasecmp(a.c_str(), b.c_str()) == 0;

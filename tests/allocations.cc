@@ -3,26 +3,20 @@
 #include <cstdlib>
 #include <new>
 
-namespace orsa::kesncd {
-
-Allocations allocations;
+orsa::kesncd::Allocations orsa::kesncd::allocations;
+using orsa::kesncd::allocations;
 
 namespace {
 
 bool Fails() {
   return ++allocations.made == allocations.failing;
 }
-
 void* Counted(void* memory) {
-  if (memory != nullptr) ++allocations.held;
+  allocations.held += memory != nullptr ? 1 : 0;
   return memory;
 }
 
 }  // namespace
-
-}  // namespace orsa::kesncd
-
-using namespace orsa::kesncd;
 
 // The linker puts these in the place of the C library's (see CMakeLists.txt).
 extern "C" {
@@ -39,11 +33,10 @@ void* __wrap_calloc(std::size_t count, std::size_t bytes) {
 }
 void* __wrap_realloc(void* memory, std::size_t bytes) {
   if (Fails()) return nullptr;
-  if (memory != nullptr) --allocations.held;
-  return Counted(__real_realloc(memory, bytes));
+  return memory == nullptr ? Counted(__real_realloc(memory, bytes)) : __real_realloc(memory, bytes);
 }
 void __wrap_free(void* memory) {
-  if (memory != nullptr) --allocations.held;
+  allocations.held -= memory != nullptr ? 1 : 0;
   __real_free(memory);
 }
 }

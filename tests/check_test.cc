@@ -64,7 +64,7 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
       {clean, {{NoSpan, 1}}},
       {header + kTwo + "#0\n#1\n", {{OpenDefinitions, 1}}},
       {header + kTwo + "$upscope $end x\n$enddefinitions $end #0\n$x\n1!\n#1\n",
-       {{OpenDefinitions, 1, 8}, {ScopeLines, 1, 7}, {Unended, 1, 9}}},
+       {{OpenDefinitions, 1, 8}, {QuotedItems, 1, 10}, {ScopeLines, 1, 7}, {Unended, 1, 9}}},
       {header + "$var wire 1 ! x $end $var wire 1 # q\n$end\n$var wire 8 % d [7 : 0] $end\n" +
            kBody + "#1",
        {{Overlooked, 3, 5}}},
@@ -101,6 +101,8 @@ TEST(Check, FindsWhatTheReadersGetWrong) {
       {header + kTwo +
            "$UPSCOPE $end\n$upscope $END\n$COMMENT $END\n$enddefinitions $end\n#0\n#1\n",
        {{Keywords, 2, 7}}},
+      {header + "$comment\n$var wire 1 ! x $end\n" + kTwo + kBody + "$comment\nx\n1!\n$end\n#1\n",
+       {{QuotedDeclarations, 1, 6}, {QuotedItems, 1, 14}}},
       {clean + "H!\n#1\n", {{Weak, 1, 10}}},
       {clean + std::string("b1\0!\n#1\n", 8), {{ControlBytes, 1, 10}}},
       {header + "$var wire 2 # x $end\n$var wire 1 b y $end\n$var real 1 r z $end\n" + kBody +

@@ -15,6 +15,7 @@ const std::string kVars =
     "$var wire 1 ! a[0] $end\n$var wire 1 !! b[0] $end\n$var wire 1 0! c[0] $end\n"
     "$var wire 1 1234 d[0] $end\n$var wire 1 long-code-1 e[0] $end\n$var wire 1 \xC3\xA4 f[0] "
     "$end\n";
+const std::string kLate = "$var wire 1 ? g[0] $end\n";
 const std::string kEnd = "$upscope $end\n$enddefinitions $end\n";
 const std::string kHeader = kScale + kScope + kVars + kEnd;
 
@@ -61,14 +62,14 @@ TEST_F(FastPath, TakesEveryShortLineAsThePlainPathDoes) {
 }
 
 TEST_F(FastPath, LeavesTheOtherStatesAlone) {
-  const std::string body = "#0\n1!\n#10\n0!\nb1 !!\n";
+  const std::string body = "#0\n1!\n#10\n0!\nb1 !!\n1?\n";
   const auto check = [&](const std::string& text) {
     const std::string line = text + "\n";
     for (const std::string& dump : {line + kHeader + body, "$timescale\n" + line + kHeader + body,
                                     kScale + kScope + line + kVars + kEnd + body,
                                     kHeader + body + "$timescale\n" + line + body,
                                     kHeader + body + "$timescale\n1ps\n" + line + kScope + kVars +
-                                        "$enddefinitions $end\n" + body,
+                                        kLate + "$enddefinitions $end\n" + body,
                                     kHeader + "$dumpoff\n" + line + body + "$dumpon\n" + body}) {
       for (const Reader reader : kReaders) ExpectSamePaths(reader, dump);
     }
@@ -111,6 +112,21 @@ TEST_F(FastPath, AgreesOnGeneratedDumps) {
   // Longer than several blocks, so that lines are cut at their ends.
   for (int i = 0; i < 30; ++i)
     ExpectSamePaths(kReaders[i % 3], kHeader + RandomBody(random, 40000));
+}
+
+TEST_F(FastPath, CutsLongLinesWhereverABlockEnds) {
+  constexpr std::size_t kLineBytes = 256;
+  for (std::size_t first = 0; first < kLineBytes; ++first) {
+    const std::string text = std::string(first, 'a') + "\n" + std::string(140000, 'b');
+    const TextStream plain(text), blocks(text);
+    LineSource expected(plain, kLineBytes), lines(blocks, kLineBytes);
+    lines.ReadBlocks();
+    const char* line = nullptr;
+    do {
+      line = lines.Next();
+      ASSERT_STREQ(line, expected.Next()) << first;
+    } while (line != nullptr);
+  }
 }
 
 TEST_F(FastPath, MarksTheSameBytes) {

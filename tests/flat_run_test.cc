@@ -1,6 +1,5 @@
 #include <clocale>
 #include <cstdlib>
-#include <optional>
 #include <sstream>
 
 #include "tests/support.h"
@@ -97,24 +96,6 @@ TEST_F(FlatRun, StartsFromWhatTheLastRunLeft) {
   EXPECT_EQ(Run(dir.Write("b.vcd", Dump(kClk, "#100\n1!\n$dumpon\n1!\n1!\n#200\n").substr(19))),
             "-: clk=2.5");
   EXPECT_EQ(startCycle, 0);
-}
-
-TEST_F(FlatRun, SharesOneTopModuleNameAmongAnalysers) {
-  std::optional<KesNCD> one(std::in_place);
-  EXPECT_TRUE(one->signalFreqs.empty() && !one->twrFileOn && one->hierRoot == nullptr);
-  one->SetTopModule("one");
-  EXPECT_STREQ(topModName, "one");
-  std::optional<KesNCD> two(std::in_place);
-  EXPECT_EQ(topModName, nullptr) << "a new analyser forgets the name";
-  two->SetTopModule("two");
-  two->SetTopModule(topModName);
-  one.reset();
-  two.reset();
-  EXPECT_STREQ(topModName, "two") << "still readable after any destructor";
-  char hostsOwn[] = "host";
-  topModName = hostsOwn;  // not the library's to release
-  KesNCD().SetTopModule("three");
-  EXPECT_STREQ(topModName, "three");
 }
 
 // A host may run under a locale with a decimal comma; figures and files must not follow it.

@@ -30,6 +30,9 @@ Reading ReadDump(Reader reader, std::FILE* stream, bool fast) {
         }
       }
       break;
+    case Reader::Grammar:
+      reading.complete = ParseVcdFile(stream) == 0;
+      break;
   }
   useChangeScanner = true;
   for (int i = 0; i < topMod.GetSignalSize(); ++i) reading.changes += topMod.GetSignalChange(i);

@@ -1,4 +1,4 @@
-// The line readers behind one call, and what they leave as a text.
+// The readers behind one call, and what they leave as a text.
 #ifndef KESNCD_TESTS_LINE_READERS_H_
 #define KESNCD_TESTS_LINE_READERS_H_
 
@@ -7,11 +7,13 @@
 
 namespace orsa::kesncd {
 
-enum class Reader { Unfiltered, Filtered, Hierarchical };
+enum class Reader { Unfiltered, Filtered, Hierarchical, Grammar };
 inline constexpr Reader kReaders[] = {Reader::Unfiltered, Reader::Filtered, Reader::Hierarchical};
+inline constexpr Reader kAllReaders[] = {Reader::Unfiltered, Reader::Filtered, Reader::Hierarchical,
+                                         Reader::Grammar};
 
-#if defined(__SANITIZE_ADDRESS__)
-inline constexpr int kShare = 10;  // a sanitizer makes each reading ten times as dear
+#if defined(__SANITIZE_ADDRESS__) || defined(KESNCD_QUICK_TESTS)
+inline constexpr int kShare = 11;  // a sanitizer makes each reading ten times as dear
 #else
 inline constexpr int kShare = 1;
 #endif

@@ -31,7 +31,8 @@ std::string TopModCounts() {
 
 TextStream::TextStream(const std::string& text)
     : text_(text),
-      file_(text.empty() ? std::fopen("/dev/null", "r") : fmemopen(text_.data(), text.size(), "r")) {}
+      file_(text.empty() ? std::fopen("/dev/null", "r")
+                         : fmemopen(text_.data(), text.size(), "r")) {}
 
 TextStream::~TextStream() {
   std::fclose(file_);

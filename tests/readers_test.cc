@@ -175,10 +175,14 @@ TEST_F(Readers, KeepASpanWithOneNegativeBound) {
   const double rows[][5] = {{-1, -1, 4, 4, 4}, {4, 4, 9, 4, 9},   {4, 9, 2, 4, 2},
                             {-1, 9, 5, -1, 9}, {4, -1, 5, 4, -1}, {-1, -1, -3, -3, -3}};
   for (const auto& [start, end, stamp, newStart, newEnd] : rows) {
-    startCycle = start;
-    endCycle = end;
-    TakeStamp(stamp);
-    EXPECT_EQ(std::pair(startCycle, endCycle), std::pair(newStart, newEnd)) << stamp;
+    for (const bool inDump : {false, true}) {
+      if (inDump && stamp < 0) continue;  // no dump holds such a stamp
+      startCycle = start;
+      endCycle = end;
+      const TextStream dump(Dump("HEAD/#" + std::to_string(static_cast<int>(stamp))));
+      inDump ? (void)KesNCD().ParseVcdFileHier(dump, {}) : TakeStamp(stamp);
+      EXPECT_EQ(std::pair(startCycle, endCycle), std::pair(newStart, newEnd)) << stamp;
+    }
   }
 }
 

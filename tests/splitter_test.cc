@@ -89,6 +89,8 @@ TEST(Splitter, KeepsItsOdditiesInsideItsMemory) {
   const std::string longPiece(300, 'p');
   Mem mem;
   Tokens(mem, "stale");
+  EXPECT_EQ(Pieces(mem, alternating.substr(0, 32)), "32|atale|1" + Times(15, "|a|1"));
+  EXPECT_EQ(mem.slotCount, 32) << "as many as there are";
   EXPECT_EQ(Pieces(mem, alternating), "700" + Times(350, "|a|1"));
   EXPECT_EQ(mem.slotCount, 64) << "doubled once, though 700 pieces need more";
   EXPECT_EQ(Pieces(mem, "1" + longPiece), "2|1|" + longPiece);
@@ -99,9 +101,14 @@ TEST(Splitter, KeepsItsOdditiesInsideItsMemory) {
   EXPECT_EQ(mem.slotCount, 1200);
   EXPECT_EQ(Tokens(mem, Times(2000, "w ")), "2000" + Times(2000, "|w"));
   EXPECT_EQ(mem.slotCount, 2400);
+  Mem fresh;
+  EXPECT_EQ(Pieces(fresh, longPiece), "1|" + longPiece);
+  EXPECT_EQ(Pieces(fresh, alternating.substr(0, 100)).substr(0, 3), "100");
   Mem other;
-  EXPECT_EQ(Pieces(other, longPiece), "1|" + longPiece);
-  EXPECT_EQ(Pieces(other, alternating.substr(0, 100)).substr(0, 3), "100");
+  Pieces(other, Times(350, "aaa111"));
+  Tokens(other, Times(64, "w "));
+  const std::string pieces = Pieces(other, alternating.substr(0, 100));
+  EXPECT_EQ(pieces.substr(pieces.size() - 4), "|a|1") << "emptied beyond those reported";
 }
 
 TEST(Splitter, CutsItsOwnSlots) {

@@ -43,21 +43,29 @@ CodeCounts::CodeCounts()
       salt_(Salt()),
       table_(64) {}
 
+CodeCounts::ShortCode::ShortCode(std::string_view code) {
+  std::copy(code.begin(), code.end(), bytes.begin());
+  packed = Load(bytes.data(), code.size());
+  isDirect = code.size() <= kLongestDirect && IsPrintable(code);
+  if (isDirect) index = DirectIndex(bytes.data(), code.size());
+}
+
 /// The counter of a code that was added; null for others.
 std::uint32_t* CodeCounts::Find(std::string_view code) {
   if (code.size() > kLongestPacked) {
     const auto found = longCodes_.find(code);
     return found == longCodes_.end() ? nullptr : &found->second;
   }
-  std::array<char, kReadAhead> bytes{};
-  std::copy(code.begin(), code.end(), bytes.begin());
-  const std::uint64_t packed = Load(bytes.data(), code.size());
-  if (code.size() <= kLongestDirect && IsPrintable(code)) {
-    const std::size_t index = DirectIndex(bytes.data(), code.size());
-    return added_[index] ? &direct_[index] : nullptr;
-  }
-  Slot& slot = SlotOf(packed);
+  const ShortCode sought(code);
+  if (sought.isDirect) return added_[sought.index] ? &direct_[sought.index] : nullptr;
+  Slot& slot = SlotOf(sought.packed);
   return slot.key != 0 ? &slot.count : nullptr;
+}
+
+void CodeCounts::Fetch(std::string_view code) const {
+  if (code.size() > kLongestPacked) return;
+  const ShortCode sought(code);
+  if (!sought.isDirect) __builtin_prefetch(&table_[StartOf(sought.packed)]);
 }
 
 void CodeCounts::Grow() {
@@ -74,17 +82,14 @@ void CodeCounts::Add(std::string_view code) {
     longCodes_.emplace(code, 0);
     return;
   }
-  std::array<char, kReadAhead> bytes{};
-  std::copy(code.begin(), code.end(), bytes.begin());
-  const std::uint64_t packed = Load(bytes.data(), code.size());
-  if (code.size() <= kLongestDirect && IsPrintable(code)) {
-    const std::size_t index = DirectIndex(bytes.data(), code.size());
-    added_[index] = true;
-    direct_[index] = 0;  // changes before the declaration count nothing
+  const ShortCode added(code);
+  if (added.isDirect) {
+    added_[added.index] = true;
+    direct_[added.index] = 0;  // changes before the declaration count nothing
     return;
   }
   if (2 * ++packedCodes_ > table_.size()) Grow();
-  SlotOf(packed) = {packed, 0};
+  SlotOf(added.packed) = {added.packed, 0};
 }
 
 void CodeCounts::Count(std::string_view code) {

@@ -7,6 +7,7 @@
 #ifndef KESNCD_VCD_CODE_COUNTS_H_
 #define KESNCD_VCD_CODE_COUNTS_H_
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -33,6 +34,8 @@ class CodeCounts {
   /// Gives a code a counter, unless it has one. A code that holds a NUL, which no dump can name,
   /// gets none.
   void Add(std::string_view code);
+  /// Fetches what Add or Get of a code will look at: in a large header each waits for memory.
+  void Fetch(std::string_view code) const;
   /// Adds one change to a code; nothing for a code without a counter.
   void Count(std::string_view code);
   /// The same for a code whose characters are all printable ASCII ('!' to '~').
@@ -78,8 +81,18 @@ class CodeCounts {
 #endif
   static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
 
+  /// A code of up to eight bytes, as it is looked up.
+  struct ShortCode {
+    explicit ShortCode(std::string_view code);
+    std::array<char, kReadAhead> bytes{};
+    std::uint64_t packed = 0;
+    bool isDirect = false;
+    std::size_t index = 0;  // in the direct table
+  };
+
   static std::uint64_t Load(const char* code, std::size_t length);
   static std::size_t DirectIndex(const char* code, std::size_t length);
+  std::size_t StartOf(std::uint64_t key) const;
   Slot& SlotOf(std::uint64_t key);
   std::uint32_t* Find(std::string_view code);
   void Grow();
@@ -106,7 +119,7 @@ inline std::uint64_t CodeCounts::Load(const char* code, std::size_t length) {
 /// The place of a code of up to three printable characters: they are the digits of a number, the
 /// first counting least, as simulators number their codes. Four bytes are read.
 inline std::size_t CodeCounts::DirectIndex(const char* code, std::size_t length) {
-  static constexpr std::uint32_t kMasks[kLongestDirect + 1] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
+  static constexpr std::uint32_t kMasks[] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
   std::uint32_t bytes = 0;
   std::memcpy(&bytes, code, sizeof bytes);
   if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
@@ -115,12 +128,17 @@ inline std::size_t CodeCounts::DirectIndex(const char* code, std::size_t length)
   return (digits & 0xFF) + kDigits * (digits >> 8 & 0xFF) + kDigits * kDigits * (digits >> 16);
 }
 
-inline CodeCounts::Slot& CodeCounts::SlotOf(std::uint64_t key) {
+/// Where the search for a packed code starts.
+inline std::size_t CodeCounts::StartOf(std::uint64_t key) const {
   const std::uint64_t salted = key ^ salt_;
   std::uint64_t mixed = (salted ^ salted >> 32) * 0x9E3779B97F4A7C15U;
   mixed = (mixed ^ mixed >> 29) * 0xBF58476D1CE4E5B9U;
+  return (mixed ^ mixed >> 32) & (table_.size() - 1);
+}
+
+inline CodeCounts::Slot& CodeCounts::SlotOf(std::uint64_t key) {
   const std::size_t mask = table_.size() - 1;
-  std::size_t slot = (mixed ^ mixed >> 32) & mask;
+  std::size_t slot = StartOf(key);
   while (table_[slot].key != 0 && table_[slot].key != key) slot = (slot + 1) & mask;
   return table_[slot];
 }

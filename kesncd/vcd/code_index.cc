@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "kesncd/vcd/change_count.h"
+
 namespace orsa::kesncd {
 
 namespace {
@@ -15,6 +17,9 @@ struct Key {
 };
 
 constexpr std::size_t kStartBytes = sizeof(std::uint64_t);
+
+// How many declarations ahead memory is fetched: those of a large header lie far apart.
+constexpr std::size_t kAhead = 16;
 
 /// The first eight bytes as a number that orders as the bytes do; zeros behind a shorter code.
 std::uint64_t StartOf(const std::string& code) {
@@ -45,10 +50,22 @@ void DeclarationList::Append(VmodHier* scope, VmodSignal& signal) {
   list_.push_back({scope, &signal});
 }
 
+void DeclarationList::FetchAhead(std::size_t position, const CodeCounts& counts) const {
+  if (position + kAhead < list_.size()) counts.Fetch(list_[position + kAhead].signal->symbol);
+}
+
+void DeclarationList::AddCounts(CodeCounts& counts) const {
+  for (std::size_t i = 0; i < list_.size(); ++i) {
+    FetchAhead(i, counts);
+    AddToCount(list_[i].signal->changes, counts.Get(list_[i].signal->symbol));
+  }
+}
+
 void DeclarationList::Index(CodeIndex& index, CodeCounts& counts) {
   std::vector<Key> keys;
   keys.reserve(list_.size() - indexed_);
   for (; indexed_ < list_.size(); ++indexed_) {
+    FetchAhead(indexed_, counts);
     const std::string& code = list_[indexed_].signal->symbol;
     if (!index.contains(code)) counts.Add(code);
     keys.push_back({StartOf(code), indexed_});
@@ -63,7 +80,9 @@ void DeclarationList::Index(CodeIndex& index, CodeCounts& counts) {
   });
   auto entry = index.end();
   std::string code;
-  for (const Key& key : keys) {
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (i + kAhead < keys.size()) __builtin_prefetch(&list_[keys[i + kAhead].position]);
+    const Key& key = keys[i];
     code = IsWhole(key.start) ? CodeOf(key.start) : longCode(key);
     if (entry == index.end() || entry->first != code) entry = index.try_emplace(index.end(), code);
     entry->second.push_back(list_[key.position].scope);

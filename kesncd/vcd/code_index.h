@@ -30,10 +30,12 @@ class DeclarationList {
   /// the index did not hold get a counter.
   void Index(CodeIndex& index, CodeCounts& counts);
 
-  /// All declarations in their order.
-  const std::vector<ScopeSignal>& all() const { return list_; }
+  /// Adds each code's changes to every signal that was declared with it.
+  void AddCounts(CodeCounts& counts) const;
 
  private:
+  void FetchAhead(std::size_t position, const CodeCounts& counts) const;
+
   std::vector<ScopeSignal> list_;
   std::size_t indexed_ = 0;  // declarations that are in the index
 };

@@ -3,7 +3,6 @@
 #include <memory>
 #include <utility>
 
-#include "kesncd/vcd/change_count.h"
 #include "kesncd/vcd/dump_rules.h"
 #include "kesncd/vcd/timescale.h"
 
@@ -28,9 +27,7 @@ HierarchyReader::HierarchyReader(std::FILE* dump, KesNCD& analyser)
 bool HierarchyReader::Read() {
   const bool complete = ReadLines();
   IndexDeclarations();
-  for (const ScopeSignal& declared : declarations_.all()) {
-    AddToCount(declared.signal->changes, lines_.counts().Get(declared.signal->symbol));
-  }
+  declarations_.AddCounts(lines_.counts());
   return complete;
 }
 
