@@ -18,7 +18,6 @@ const std::string kVars =
 const std::string kLate = "$var wire 1 ? g[0] $end\n";
 const std::string kEnd = "$upscope $end\n$enddefinitions $end\n";
 const std::string kHeader = kScale + kScope + kVars + kEnd;
-const std::string kStamps = "#0\nb1 1234\n#123456\n";
 
 constexpr char kBytes[] = {'0', '1', 'b', 'x', '#', '$', '!', ' ', '\t', '\0', '\n'};
 
@@ -39,105 +38,65 @@ void EachString(std::size_t length, Take take) {
 using FastPath = FreshState;
 
 TEST_F(FastPath, TakesEveryShortLineAsThePlainPathDoes) {
-  for (std::size_t length = 1; length <= 4; ++length) {
-    int number = 0;
-    EachString(length, [&](const std::string& line) {
-      if (++number % kShare != 0) return;
-      ExpectSamePaths(kReaders[number % 3], kHeader + line);
-      for (const Reader reader : kReaders)
-        ExpectSamePaths(reader, kHeader + kStamps + line + "\n#77\n");
-    });
-  }
-  // Longer ones share a dump with all that differ in the last byte or two.
-  for (const std::size_t length : {5U, 6U}) {
+  const std::string stamps = "#0\nb1 1234\n#123456\n";
+  // Longer lines share a dump with all that differ in the last byte or two.
+  for (const auto& [length, bundled] :
+       {std::pair(1U, 1U), {2, 1}, {3, 1}, {4, 1}, {5, 121}, {6, 1331}}) {
     std::string bundle;
     std::size_t held = 0;
     int number = 0;
     EachString(length, [&](const std::string& line) {
-      bundle += line + "\n" + (held % 4 == 0 ? "#9\n" : held % 7 == 0 ? "b1 !\n" : "");
-      if (++held < std::size(kBytes) * std::size(kBytes) * (length == 6 ? 11 : 1)) return;
+      bundle += line;
+      if (bundled > 1) bundle += held % 4 == 0 ? "\n#9\n" : held % 7 == 0 ? "\nb1 !\n" : "\n";
+      if (++held % bundled != 0) return;
       if (++number % kShare == 0) {
         ExpectSamePaths(kReaders[number % 3], kHeader + bundle);
-        ExpectSamePaths(kReaders[(number + 1) % 3], kHeader + kStamps + bundle);
+        for (const Reader reader : kReaders) {
+          if (bundled > 1 && reader != kReaders[(number + 1) % 3]) continue;
+          ExpectSamePaths(reader, kHeader + stamps + bundle + "\n#77\n");
+        }
       }
       bundle.clear();
-      held = 0;
     });
   }
 }
 
 TEST_F(FastPath, LeavesTheOtherStatesAlone) {
   const std::string body = "#0\n1!\n#10\n0!\nb1 !!\n1?\n";
-  for (std::size_t length = 1; length <= 2; ++length) {
-    EachString(length, [&](const std::string& line) {
-      for (const Reader reader : kReaders) {
-        ExpectSamePaths(reader, line + "\n" + kHeader + body);
-        ExpectSamePaths(reader, "$timescale\n" + line + "\n" + kHeader + body);
-        ExpectSamePaths(reader, kScale + kScope + line + "\n" + kVars + kEnd + body);
-        ExpectSamePaths(reader, kHeader + body + "$timescale\n" + line + "\n" + body);
-        ExpectSamePaths(reader, kHeader + body + "$timescale\n1ps\n" + line + "\n" + kScope +
-                                    kVars + kLate + "$enddefinitions $end\n" + body);
-        ExpectSamePaths(reader, kHeader + "$dumpoff\n" + line + "\n" + body + "$dumpon\n" + body);
-      }
-    });
-  }
+  const auto check = [&](const std::string& text) {
+    const std::string line = text + "\n";
+    for (const std::string& dump : {line + kHeader + body, "$timescale\n" + line + kHeader + body,
+                                    kScale + kScope + line + kVars + kEnd + body,
+                                    kHeader + body + "$timescale\n" + line + body,
+                                    kHeader + body + "$timescale\n1ps\n" + line + kScope + kVars +
+                                        kLate + "$enddefinitions $end\n" + body,
+                                    kHeader + "$dumpoff\n" + line + body + "$dumpon\n" + body}) {
+      for (const Reader reader : kReaders) ExpectSamePaths(reader, dump);
+    }
+  };
+  for (const std::size_t length : {1U, 2U}) EachString(length, check);
 }
 
 /// A body of `lines` lines, mostly plain, some odd.
 std::string RandomBody(std::mt19937& random, int lines) {
-  static const char* const kCodes[] = {"!", "!!", "0!", "1234", "long-code-1", "\xC3\xA4", "?", ""};
-  static const char* const kOdd[] = {"$dumpoff",
-                                     "$dumpon",
-                                     "$end",
-                                     "$dumpvars",
-                                     "",
-                                     " ",
-                                     "#",
-                                     "# 5",
-                                     "#-3",
-                                     "#1e3",
-                                     "#12 1!",
-                                     "b1",
-                                     "b 1!",
-                                     "b1  !",
-                                     "b1\t!",
-                                     "b1 ! x",
-                                     "1! 0!!",
-                                     " 1!",
-                                     "1!\r",
-                                     "b1 !\r",
-                                     "1!\x7F",
-                                     "r1.5 !",
-                                     "$timescale",
-                                     "1 ns",
-                                     "$scope module t $end",
-                                     "$enddefinitions $end",
-                                     "$var wire 1 ! z[0] $end",
-                                     "Z!",
-                                     "B1 0!"};
+  static const auto kCodes = Cut("!/!!/0!/1234/long-code-1/\xC3\xA4/?/", "/");
+  static const auto kOdd =
+      Cut("$dumpoff/$dumpon/$end/$dumpvars// /#/# 5/#-3/#1e3/#12 1!/b1/b 1!/b1  !/b1\t!/b1 ! x/"
+          "1! 0!!/ 1!/1!\r/b1 !\r/1!\x7F/r1.5 !/$timescale/1 ns/$scope module t $end/"
+          "$enddefinitions $end/$var wire 1 ! z[0] $end/Z!/B1 0!",
+          "/");
   std::string body;
-  std::uint64_t time = random() % 3 == 0 ? 0 : random() % 100000;
   for (int i = 0; i < lines; ++i) {
-    const char* const code = kCodes[random() % std::size(kCodes)];
-    switch (random() % 12) {
-      case 0:
-        time += random() % 50;
-        if (random() % 20 == 0) time /= 10;
-        body += "#" + std::to_string(time);
-        break;
-      case 1:
-        body += kOdd[random() % std::size(kOdd)];
-        break;
-      case 2:
-        body += std::string("b") +
-                std::string(random() % 40 == 0 ? random() % 5000 : random() % 70, '1') + " " + code;
-        break;
-      case 3:
-        body += std::string(random() % 2 == 0 ? "x" : "r0.5 ") + code;
-        break;
-      default:
-        body += (random() % 2 == 0 ? "0" : "1") + std::string(code);
-    }
+    const std::string& code = kCodes[random() % kCodes.size()];
+    const std::size_t length = random() % (random() % 40 == 0 ? 5000 : 70);
+    const std::string plain[] = {"0" + code,
+                                 "1" + code,
+                                 "x" + code,
+                                 "r0.5 " + code,
+                                 "#" + std::to_string(random() >> random() % 32),
+                                 "b" + std::string(length, '1') + " " + code};
+    const std::size_t kind = random() % 12;
+    body += kind == 11 ? kOdd[random() % kOdd.size()] : plain[kind < 6 ? kind : kind % 2];
     if (random() % 500 == 0) body.push_back('\0');
     body += '\n';
   }

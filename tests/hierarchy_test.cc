@@ -1,5 +1,4 @@
 // The module tree: its nodes, the hierarchical run, and lookup by design names.
-#include <chrono>
 #include <sstream>
 
 #include "tests/support.h"
@@ -15,12 +14,11 @@ TEST_F(Hierarchy, FirstDeclarationStays) {
   node.AddSignal("clock", "reg", "!", 9);
   node.AddSignal("clk", "reg", "#", 2);
   ASSERT_EQ(node.signals.size(), 2U);
-  EXPECT_EQ(node.signals["!"].name + node.signals["!"].type, "clkwire");
-  EXPECT_EQ(node.signals["!"].width, 1);
+  const VmodSignal& first = node.signals["!"];
+  EXPECT_EQ(first.name + first.type + std::to_string(first.width), "clkwire1");
   EXPECT_EQ(node.signals["#"].name, "clk") << "a known name with a new code is a signal";
   EXPECT_EQ(node.names, (std::map<std::string, std::string>{{"clk", "!"}, {"clock", "!"}}));
-  EXPECT_EQ(node.GetNameHier("a/b"), "a/b");
-  EXPECT_EQ(VmodHier::GetNameFlat("a/b//c"), "a_b__c");
+  EXPECT_EQ(node.GetNameHier("a/b") + VmodHier::GetNameFlat("a/b//c"), "a/ba_b__c");
 }
 
 TEST_F(Hierarchy, CountsInTheFirstNodeOfAWalkAndClears) {
@@ -34,14 +32,12 @@ TEST_F(Hierarchy, CountsInTheFirstNodeOfAWalkAndClears) {
     root.AddSubMod(child);
   }
   root.AddSubMod(nullptr);
-  EXPECT_TRUE(root.IncreaseChangeForSymbol("!"));
-  EXPECT_TRUE(root.IncreaseChangeForSymbol("%"));
+  EXPECT_TRUE(root.IncreaseChangeForSymbol("!") && root.IncreaseChangeForSymbol("%"));
   EXPECT_FALSE(root.IncreaseChangeForSymbol("?"));
   EXPECT_EQ(root.subMods[0]->subMods[0]->signals["!"].changes, 1);
   EXPECT_EQ(root.subMods[1]->subMods[0]->signals["!"].changes, 0);
   root.Clear();
-  EXPECT_TRUE(root.name.empty() && root.subMods.empty());
-  EXPECT_EQ(root.parent, &root);
+  EXPECT_TRUE(root.name.empty() && root.subMods.empty() && root.parent == &root);
 }
 
 const char kDump[] =
@@ -57,26 +53,24 @@ TEST_F(Hierarchy, FindsSignalsByTheirDesignNames) {
   KesNCD analyser;
   std::string message;
   ASSERT_TRUE(analyser.SetVCDFileHier(dir.Write("d.vcd", kDump), {}, message)) << message;
-  const struct {
-    const char* module;
-    const char* signal;
-    bool exact;
-    double megahertz;  // -1: not found
-  } rows[] = {
-      {"tb", "clk", true, 1},      {"tb", "CLK", true, -1},    {"TB", "CLK", false, 1},
-      {"other", "clk", true, -1},   // the start node is asked for its name
-      {"nobody", "q", true, 0.5},   // those below it are not
-      {"u2[1:0]", "rst", true, 0},  // found, without activity
-      {"tb", "hidden", true, -1},   // a ':' in a scope's name hides its signals
-      {"tb", "cnt_2_", true, 1},   {"tb", "cnt[4]", true, -1},  // but not those of its children
-      {"tb", "apart", true, -1},  // a second top-level scope is out of reach
-  };
-  for (const auto& row : rows) {
-    double frequency = -1;
-    EXPECT_EQ(analyser.hierRoot->FindSignalFreqHier(row.module, row.signal, frequency, row.exact),
-              row.megahertz >= 0)
-        << row.module << " " << row.signal;
-    EXPECT_EQ(frequency, row.megahertz) << row.module << " " << row.signal;
+  // The frequency exactly and whatever the case, -1 where nothing is found. Only the start node is
+  // asked for the module's name; a ':' in a scope's name hides its signals, but not those of its
+  // children; a second top-level scope is out of reach.
+  const char* const table =
+      "tb clk => 1 1;tb CLK => -1 1;TB clk => -1 1;other clk => -1 -1;nobody q => 0.5 0.5;"
+      "u2[1:0] rst => 0 0;tb hidden => -1 -1;tb cnt_2_ => 1 1;tb cnt[4] => -1 -1;tb apart => -1 -1";
+  for (const auto& row : Rows(table, ";")) {
+    const std::vector<std::string> names = Cut(row[0], " ");
+    double found[] = {-1, -1};
+    for (const bool exact : {true, false}) {
+      double& frequency = found[exact ? 0 : 1];
+      const bool isThere =
+          analyser.hierRoot->FindSignalFreqHier(names[0], names[1], frequency, exact);
+      EXPECT_EQ(isThere, frequency >= 0);
+    }
+    std::ostringstream text;
+    text << found[0] << " " << found[1];
+    EXPECT_EQ(text.str(), row[1]) << row[0];
   }
   std::map<std::string, double> all{{"clk", 7}};
   debug = 1;
@@ -84,8 +78,7 @@ TEST_F(Hierarchy, FindsSignalsByTheirDesignNames) {
   EXPECT_EQ(onlyOnce, 0);
   EXPECT_EQ(all, (std::map<std::string, double>{
                      {"clk", 7}, {"q", 0.5}, {"rst", 0}, {"hidden", 0.5}, {"cnt[3:0]", 1}}));
-  analyser.IncreaseChangeForSymbol("&");
-  analyser.IncreaseChangeForSymbol("none");
+  for (const char* code : {"&", "none"}) analyser.IncreaseChangeForSymbol(code);
   EXPECT_EQ(analyser.codeIndex["&"][0]->signals["&"].changes, 4);
 }
 
@@ -94,53 +87,44 @@ TEST_F(Hierarchy, RunReportsAndKeepsTheTreeUntilItReads) {
   const std::string good = dir.Write("good.vcd", kDump);
   const std::string empty = dir.Write("empty.vcd", "#1\n");
   KesNCD analyser;
-  const struct {
-    std::string path;
-    const char* message;
-    std::size_t codes;
-    bool hasRoot;
-  } rows[] = {
-      {empty, "ERROR : Not match top module name.", 0, false},
-      {good, "-", 7, true},
-      {"", "ERROR: VCD file is not set.", 7, true},
-      {"a.vcd", "ERROR: Cannot open 'a.vcd'to read.", 7, true},
-      {good, "-", 7, true},
-      {empty, "-", 0, false},
-  };
-  for (const auto& row : rows) {
+  const std::string rows[][2] = {{empty, "ERROR : Not match top module name. 0"},
+                                 {good, "- 7 tb"},
+                                 {"", "ERROR: VCD file is not set. 7 tb"},
+                                 {"a.vcd", "ERROR: Cannot open 'a.vcd'to read. 7 tb"},
+                                 {good, "- 7 tb"},
+                                 {empty, "- 0"}};
+  for (const auto& [path, expected] : rows) {
     std::string message = "-";
-    EXPECT_EQ(analyser.SetVCDFileHier(row.path, {"clk"}, message), row.message == message);
-    EXPECT_EQ(message, row.message);
-    EXPECT_EQ(analyser.codeIndex.size(), row.codes) << row.path;
-    EXPECT_EQ(analyser.hierRoot != nullptr, row.hasRoot) << row.path;
+    const bool done = analyser.SetVCDFileHier(path, {"clk"}, message);
+    EXPECT_EQ(done, message == "-");
+    message += " " + std::to_string(analyser.codeIndex.size());
+    EXPECT_EQ(analyser.hierRoot ? message + " " + analyser.hierRoot->name : message, expected);
   }
 }
 
 TEST_F(Hierarchy, ReadsAMillionScopes) {
-  constexpr int kScopes = 1000000;
+  const std::string root = "$scope module root $end\n";
   const std::string open = "$scope module m $end\n";
   const std::string close = "$upscope $end\n";
-  const std::string signal = "$var wire 1 ! deep $end\n";
-  std::string nested = "$scope module root $end\n";
-  std::string siblings = nested;
-  for (int i = 0; i < kScopes; ++i) {
+  std::string nested = root;
+  std::string siblings = root;
+  std::string unlinked = root + "$var wire 1 ? x $end\n" + close;
+  for (int i = 0; i < 1000000; ++i) {
     nested += open;
-    siblings += open + (i + 1 < kScopes ? "" : signal) + close;
+    siblings += open + close;
+    unlinked += open + close;
   }
-  nested += signal;
-  std::string unlinked = nested.substr(0, 24) + close;
-  for (int i = 0; i < kScopes; ++i) unlinked += open + close;
-  for (const std::string* text : {&nested, &siblings, &unlinked}) {
+  for (const std::string& scopes : {nested, siblings + open, unlinked + open}) {
     KesNCD analyser;
-    const TextStream stream(*text + "$enddefinitions $end\n1!\n");
+    const TextStream stream(scopes + "$var wire 1 ! deep $end\n$enddefinitions $end\n1!\n");
     ASSERT_TRUE(analyser.ParseVcdFileHier(stream, {}));
+    const std::string found = scopes.size() > unlinked.size() ? "x" : "deep";
     double frequency = -1;
-    EXPECT_EQ(analyser.hierRoot->FindSignalFreqHier("root", "deep", frequency, true),
-              text != &unlinked);
-    EXPECT_EQ(analyser.hierRoot->IncreaseChangeForSymbol("!"), text != &unlinked);
+    EXPECT_TRUE(analyser.hierRoot->FindSignalFreqHier("root", found, frequency, true));
+    EXPECT_EQ(analyser.hierRoot->IncreaseChangeForSymbol("!"), found == "deep");
     std::map<std::string, double> all;
     analyser.hierRoot->GetSignalFreqHier(all);
-    EXPECT_EQ(all.size(), text != &unlinked ? 1U : 0U);
+    EXPECT_EQ(all.size() + all.count(found), 2U);
   }
 }
 

@@ -1,6 +1,7 @@
 // Name matching against the plain walk over all indices that it stands for.
 #include <strings.h>
 
+#include <algorithm>
 #include <random>
 #include <sstream>
 #include <vector>
@@ -16,9 +17,8 @@ bool Equal(const std::string& a, const std::string& b, bool exact) {
 }
 
 int Bound(const std::string& text) {
-  std::istringstream stream(text);
   int value = 0;
-  stream >> value;  // clamps on overflow, 0 without a number
+  std::istringstream(text) >> value;  // clamps on overflow, 0 without a number
   return value;
 }
 
@@ -28,102 +28,60 @@ bool PlainMatch(const std::string& vcd, const std::string& design, bool exact) {
     for (const std::string& name : {design, design + "I", flat, flat + "I"}) {
       if (Equal(vcd, name, exact)) return true;
     }
-    if (vcd.empty() || vcd.back() != ']') return false;
-    std::string cut = vcd.substr(0, vcd.size() - 1);
-    const std::size_t open = cut.rfind('[');
-    if (open == std::string::npos) return false;
-    cut[open] = '_';
-    return PlainMatch(cut + "_", design, exact);
+    const std::size_t open = vcd.rfind('[');
+    if (open == std::string::npos || vcd.back() != ']') return false;
+    return PlainMatch(std::string(vcd).replace(open, 1, "_").replace(vcd.size() - 1, 1, "_"),
+                      design, exact);
   }
-  std::string copy = vcd;
-  if (copy.find(']') != std::string::npos) copy.resize(copy.rfind(']'));
-  const std::size_t open = copy.rfind('[');
-  if (open == std::string::npos) return false;
-  const std::size_t colon = copy.find(':');
-  if (colon == std::string::npos) return PlainMatch(copy, design, exact);
-  if (colon < open) return false;
-  const int a = Bound(copy.substr(open + 1, colon - open - 1));
-  const int b = Bound(copy.substr(colon + 1));
-  for (int i = std::min(a, b); i <= std::max(a, b); ++i) {
-    if (PlainMatch(copy.substr(0, open + 1) + std::to_string(i) + "]", design, exact)) return true;
+  const std::string cut = vcd.substr(0, vcd.rfind(']'));
+  const std::size_t open = cut.rfind('[');
+  const std::size_t colon = cut.find(':');
+  if (open == std::string::npos || colon < open) return false;
+  if (colon == std::string::npos) return PlainMatch(cut, design, exact);
+  const auto [low, high] =
+      std::minmax({Bound(cut.substr(open + 1, colon - open - 1)), Bound(cut.substr(colon + 1))});
+  for (int i = low; i <= high; ++i) {
+    if (PlainMatch(cut.substr(0, open + 1) + std::to_string(i) + "]", design, exact)) return true;
   }
   return false;
 }
 
+// Names of a dump, and names of a design that mean the same ("="), mean it whatever the case ("~")
+// or do not ("!"); "@" stands for a NUL.
 TEST(NameMatch, WorkedExamples) {
-  const std::string nul("a\0b", 3);
-  const struct {
-    std::string vcd, design;
-    bool exact, equal;
-  } rows[] = {
-      {"clk", "clk", true, true},
-      {"CLK", "clk", true, false},
-      {"CLK", "clk", false, true},
-      {"rstI", "rst", true, true},
-      {"rst", "rstI", true, false},
-      {"rsti", "rst", false, true},
-      {"u1_q", "u1/q", true, true},
-      {"u1_qI", "u1/q", true, true},
-      {"cnt[3]", "cnt[3]", true, true},
-      {"cnt[3]", "cnt_3_", true, true},
-      {"cnt[3]", "cnt_3_I", true, false},
-      {"cnt[3]", "cnt/3/", true, true},
-      {"m[1][2]", "m[1]_2_", true, true},
-      {"data[7:0]", "data[5]", true, true},
-      {"data[7:0]", "data_5_", true, true},
-      {"data[0:7]", "data[5]", true, true},
-      {"data[7:0]", "data[8]", true, false},
-      {"data[7:0]", "data[05]", true, false},
-      {"data[7:0]", "data[7:0]", true, false},
-      {"data[7:0]", "data", true, false},
-      {"Data[2:0]", "DATA_1_", false, true},
-      {"a_b[2:0]", "a/b/1/", true, true},
-      {"a_b[2:0]", "a/b[1]", true, true},
-      {"b[4:4]", "b[4]", true, true},
-      {"n[-1:1]", "n[-1]", true, true},
-      {"n[-1:1]", "n[-0]", true, false},
-      {"odd]", "odd]", true, true},
-      {"odd]", "odd_", true, false},
-      {"a:b", "a:b", true, false},
-      {"a[1]:", "a_1", true, false},
-      {"a:[1:0]", "a:[1]", true, false},
-      {"w[2147483647:-2147483648]", "w[-2147483648]", true, true},
-      {"w[2147483647:-2147483648]", "w[2147483648]", true, false},
-      {"w[99999999999:2147483647]", "w[2147483647]", true, true},
-      {"w[ +3:\t2]", "w_3_", true, true},
-      {"w[:x]", "w[0]", true, true},
-      {"", "", true, true},
-      {"I", "", true, true},
-      {nul, nul, true, true},
-      {nul, "a", true, false},
-      {nul, "a", false, true},
-      {nul + "[3:0]", "A", false, true},
-      {"aI", nul, false, false},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(VmodHier::IsNameEqual(row.vcd, row.design, row.exact), row.equal)
-        << row.vcd << " " << row.design << " " << row.exact;
-    if (row.vcd[0] == 'w') continue;  // the plain walk would take hours
-    EXPECT_EQ(PlainMatch(row.vcd, row.design, row.exact), row.equal)
-        << row.vcd << " " << row.design << " " << row.exact;
+  std::string table =
+      "clk => =clk ~CLK;rstI => =rst;rst => !rstI;rsti => ~rst;u1_q => =u1/q;u1_qI => =u1/q;"
+      "cnt[3] => =cnt[3] =cnt_3_ !cnt_3_I =cnt/3/;m[1][2] => =m[1]_2_;data[0:7] => =data[5];"
+      "data[7:0] => =data[5] =data_5_ !data[8] !data[05] !data[7:0] !data;Data[2:0] => ~DATA_1_;"
+      "a_b[2:0] => =a/b/1/ =a/b[1];b[4:4] => =b[4];n[-1:1] => =n[-1] !n[-0];odd] => =odd] !odd_;"
+      "a:b => !a:b;a[1]: => !a_1;a:[1:0] => !a:[1];w[ +3:\t2] => =w_3_;w[:x] => =w[0]; => =;I => =;"
+      "w[2147483647:-2147483648] => =w[-2147483648] !w[2147483648];"
+      "w[99999999999:2147483647] => =w[2147483647];a@b => =a@b ~a;a@b[3:0] => ~A;aI => !a@b";
+  std::replace(table.begin(), table.end(), '@', '\0');
+  for (const auto& row : Rows(table, ";")) {
+    for (const std::string& word : Cut(row[1], " ")) {
+      for (const bool exact : {true, false}) {
+        const bool equal = word[0] == '=' || (word[0] == '~' && !exact);
+        EXPECT_EQ(VmodHier::IsNameEqual(row[0], word.substr(1), exact), equal) << row[0] << word;
+        if (row[0][0] == 'w') continue;  // the plain walk would take hours
+        EXPECT_EQ(PlainMatch(row[0], word.substr(1), exact), equal) << row[0] << word;
+      }
+    }
   }
 }
 
-void Names(const std::string& alphabet, std::size_t longest, std::vector<std::string>& names) {
-  names.push_back("");
+std::vector<std::string> Names(const std::string& alphabet, std::size_t longest) {
+  std::vector<std::string> names{""};
   for (std::size_t i = 0; names[i].size() < longest; ++i) {
     for (const char c : alphabet) names.push_back(names[i] + c);
   }
+  return names;
 }
 
 // Every pair of short names, and ranges glued to every short base against every longer name.
 TEST(NameMatch, AgreesWithThePlainWalk) {
-  const std::string alphabet = "a_I/[]:01-";
-  std::vector<std::string> names;
-  Names(alphabet, 3, names);
-  std::vector<std::string> designs;
-  Names("a_/[]1-", 4, designs);
-  const char* const ranges[] = {"[1:0]", "[0:11]", "[-1:1", "[1:]", "[:-11]x"};
+  const std::vector<std::string> names = Names("a_I/[]:01-", 3);
+  const std::vector<std::string> designs = Names("a_/[]1-", 4);
   std::size_t matches = 0;
   const auto compare = [&matches](const std::string& vcd, const std::string& design) {
     for (const bool exact : {true, false}) {
@@ -136,7 +94,7 @@ TEST(NameMatch, AgreesWithThePlainWalk) {
     for (const std::string& design : names) compare(vcd, design);
   }
   for (const char* base : {"", "a", "_", "]", "[", "I"}) {
-    for (const char* range : ranges) {
+    for (const char* range : {"[1:0]", "[0:11]", "[-1:1", "[1:]", "[:-11]x"}) {
       for (const std::string& design : designs) compare(std::string(base) + range, design);
     }
   }
@@ -145,26 +103,28 @@ TEST(NameMatch, AgreesWithThePlainWalk) {
 
 // Random trees of names made to collide, asked for names made to match.
 TEST(NameMatch, IndexFindsWhatTheSearchFinds) {
-  static const char* const kScopes[] = {"t", "T", "u:1", "u[1:0]", ""};
-  static const char* const kStems[] = {"a", "A", "a_b", "a/b", "aI", "", "x[2]"};
-  static const char* const kEnds[] = {"",       "I",      "_1_",   "[1]",    "/1/", "_1/",
-                                      "[0:3]",  "[3:1]",  "[7:7]", "[-1:1]", "[:]", "]",
-                                      "[1:0]:", "[1:0]]", "[01]",  "_-1_",   "_3_", "[07]"};
   std::mt19937 random(11);
-  const auto name = [&random] {
-    std::string text = kStems[random() % std::size(kStems)];
-    text += kEnds[random() % std::size(kEnds)];
+  const auto one = [&random](const std::string& of) {
+    const std::vector<std::string> all = Cut(of, " ");
+    return all[random() % all.size()];
+  };
+  const auto scopeName = [&] { return one("t T u:1 u[1:0] "); };
+  const auto name = [&] {
+    std::string text = one("a A a_b a/b aI  x[2]") +
+                       one(" I _1_ [1] /1/ _1/ [0:3] [3:1] [7:7] [-1:1] [:] ] [1:0]: [1:0]] [01] "
+                           "_-1_ _3_ [07]");
     if (random() % 30 == 0) text.insert(text.size() / 2, 1, '\0');
     return text;
   };
+  startCycle = 0;
+  endCycle = timeScale = 1;
   int found = 0;
   for (int tree = 0; tree < 400; ++tree) {
-    VmodHier root(kScopes[random() % std::size(kScopes)]);
+    VmodHier root(scopeName());
     std::vector<VmodHier*> scopes{&root};
     for (std::size_t i = random() % 6; i > 0; --i) {
-      auto* child = new VmodHier(kScopes[random() % std::size(kScopes)]);
-      scopes[random() % scopes.size()]->AddSubMod(child);
-      scopes.push_back(child);
+      VmodHier* const parent = scopes[random() % scopes.size()];
+      parent->AddSubMod(scopes.emplace_back(new VmodHier(scopeName())));
     }
     for (std::size_t i = random() % 30; i > 0; --i) {
       VmodHier& scope = *scopes[random() % scopes.size()];
@@ -172,14 +132,12 @@ TEST(NameMatch, IndexFindsWhatTheSearchFinds) {
       // Each count gives a frequency of its own, which tells the signals apart.
       scope.signals.begin()->second.changes = static_cast<int>(2 + random() % 100000);
     }
-    startCycle = 0;
-    endCycle = timeScale = 1;
     for (const bool exact : {true, false}) {
-      std::vector<std::string> asked;
-      for (int i = 0; i < 200; ++i) asked.push_back(name());
+      std::vector<std::string> asked(200);
+      std::generate(asked.begin(), asked.end(), name);
       const NameIndex index(root, exact, {asked.begin(), asked.end()});
       for (const std::string& signal : asked) {
-        const std::string module = kScopes[random() % std::size(kScopes)];
+        const std::string module = scopeName();
         double plain = -1;
         double indexed = -1;
         const bool isThere = root.FindSignalFreqHier(module, signal, plain, exact);

@@ -51,10 +51,9 @@ TEST_F(StandaloneHost, LoadsReusesAndFails) {
   EXPECT_NE(analyser.ExtractNCD(), 0) << DesignMessage();
   const Extraction& seen = LastExtraction();
   std::string text = seen.designName + "/" + seen.scope + "/" + seen.option + ":";
-  for (const NetFrequency& net : seen.nets) {
-    text += " " + net.name + (net.isKnown ? "=" + std::to_string(net.frequency) : "");
-  }
-  EXPECT_EQ(text, "board/scope/option: clk=5.000000 rst_n last");
+  for (const NetFrequency& net : seen.nets) text += net.name + (net.isKnown ? "=5 " : " ");
+  EXPECT_EQ(text, "board/scope/option:clk=5 rst_n last ");
+  EXPECT_EQ(seen.nets[0].frequency, 5);
   EXPECT_EQ(seen.frequencies, analyser.signalFreqs);
 
   std::filesystem::remove(analyser.ncdFile);
@@ -65,8 +64,7 @@ TEST_F(StandaloneHost, LoadsReusesAndFails) {
   analyser.ncdFile = folder.Write("next.nets", "");
   analyser.prfFile = folder.Path("");
   EXPECT_EQ(analyser.ExtractNCD(), 0);
-  EXPECT_EQ(analyser.ncdName + " " + DesignMessage(),
-            "board " + folder.Path("") + ": cannot be read");
+  EXPECT_EQ(DesignMessage(), folder.Path("") + ": cannot be read");
   analyser.ncdFile = analyser.prfFile = "";
   EXPECT_EQ(analyser.ExtractNCD(), 0);  // the failure left nothing to reuse
 }

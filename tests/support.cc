@@ -8,13 +8,6 @@
 
 namespace orsa::kesncd {
 
-FreshState::FreshState() {
-  ResetReaderState();
-}
-FreshState::~FreshState() {
-  ResetReaderState();
-}
-
 TempDir::TempDir() {
   std::string pattern = (std::filesystem::temp_directory_path() / "kesncd-XXXXXX").string();
   path_ = mkdtemp(pattern.data());
@@ -42,6 +35,12 @@ std::vector<std::string> Cut(const std::string& text, const std::string& separat
     parts.push_back(text.substr(start, end - start));
   }
   return parts;
+}
+
+std::vector<std::vector<std::string>> Rows(const std::string& table, const std::string& separator) {
+  std::vector<std::vector<std::string>> rows;
+  for (const std::string& row : Cut(table, separator)) rows.push_back(Cut(row, " => "));
+  return rows;
 }
 
 }  // namespace orsa::kesncd

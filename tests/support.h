@@ -17,8 +17,8 @@ namespace orsa::kesncd {
 /// Each test starts from the reader state that loading the library gives.
 class FreshState : public ::testing::Test {
  protected:
-  FreshState();
-  ~FreshState() override;
+  FreshState() { ResetReaderState(); }
+  ~FreshState() override { ResetReaderState(); }
 };
 
 /// A folder for the test's files, removed with it.
@@ -40,8 +40,20 @@ class TempDir {
 
 std::string ReadAll(const std::string& path);
 
+/// What an action writes to standard output.
+template <class Action>
+std::string Printed(Action action) {
+  testing::internal::CaptureStdout();
+  action();
+  return testing::internal::GetCapturedStdout();
+}
+
 /// The parts of a text between separators.
 std::vector<std::string> Cut(const std::string& text, const std::string& separator);
+
+/// The rows of a table, each a left and a right side with " => " between.
+std::vector<std::vector<std::string>> Rows(const std::string& table,
+                                           const std::string& separator = "\n");
 
 }  // namespace orsa::kesncd
 

@@ -60,8 +60,6 @@ TEST_F(TimingReport, Clocks) {
 1 open/clk/blank/pin/blank => clk=100 pin=50 / clk=100 pin=50
 2 open/clk/blank/pin/blank => clk=150 pin=45.2 / clk=150 pin=45.2
 3 open/clk/blank/pin/blank => - / clk=150 pin=45.2
--1 open/clk/blank/pin/blank => - / clk=150 pin=45.2
-0 separator/clk/blank => - / -
 0 Preference/separator/clk/blank => - / -
 0 heading/almost/clk/blank => - / -
 0 glued/clk/blank => - / -
@@ -69,16 +67,13 @@ TEST_F(TimingReport, Clocks) {
 0 open/heading/clk/blank => clk=100 / clk=100
 0 open/separator/clk/blank => - / -
 0 open/clk/blank/separator/fast/blank/open/pin/blank => clk=100 pin=45.2 / clk=100 pin=45.2
-0 open/clk/blank/fast/blank => clk=100 / clk=100
 0 open/MAXDELAY NET "d" 5 MHz ; | 5 MHz| 6 MHz| 1/blank/clk/blank => clk=100 / clk=100
 0 open/clk/separator/pin/blank => pin=45.2 / clk=100
 0 open/FREQUENCY NET "c"| | |/separator/pin/blank => pin=45.2 / c--------------------------------------------=45.2
 0 open/clk/pin/blank => pin=45.2 / clk=100 pin=45.2
-0 open/clk => - / clk=100
 0 open/long/blank => - / clk=100
 0 open/clk/nul/blank => - / clk=100
 0 open/FREQUENCY NET "a" | | | / 5 MHz ; | 6 MHz | 7 MHz | 1/blank => a=6 / a=6
-1 open/FREQUENCY NET "a | | | /b" 5 MHz ; | 6 MHz | 7 MHz | 1/blank => =6 / a=6
 2 open/FREQUENCY NET "a| | |/b" | | |/ 5 MHz ;| 6 MHz| 7 MHz| 1/blank => ab=7 / ab=7
 0 open/FREQUENCY NET "a| | |/b" | | |/ 5 MHz| | |/ ;| 6 MHz| 7 MHz| 1/blank => ab=6 / ab5=6
 0 open/FREQUENCY NET "a" 5| 6|7|1/ MHz ;| MHz| MHz| 1/blank => a=6 / -
@@ -94,13 +89,11 @@ TEST_F(TimingReport, Clocks) {
 1 open/FREQUENCY NET "a" 5 MHz ;| 0 MHz| 0x8 MHz| 1/blank => a=0 / a=0
 1 open/FREQUENCY NET "a" nan MHz ;| | 7 MHz| 1/blank => - / a=-1
 0 open/FREQUENCY NET "a" 5 MHz ;| 6 MHz| 7 MHz/blank => - / a=6
-0 open/FREQUENCY NET "a" 5 MHz ;| 6 MHz/blank => - / -
 0 open/FREQUENCY NET "a" 5 MHz ;| 6 MHz| 7 MHz||/blank => a=6 / a=6
 0 open/FREQUENCY NET "a" 5 MHz ;| 6 MHz| 7 MHz|1|1/blank => - / a=6
 0 open/FREQUENCY NET "a" | | |/||||/ 5 MHz ;| 6 MHz| 7 MHz| 1/blank => - / -)";
-  for (const std::string& line : Cut(cases, "\n")) {
-    const std::vector<std::string> sides = Cut(line, " =>");
-    EXPECT_EQ(Read(sides[0].substr(sides[0].find(' ') + 1), std::stoi(line)), sides[1]) << line;
+  for (const auto& row : Rows(cases)) {
+    EXPECT_EQ(Read(row[0].substr(row[0].find(' ') + 1), std::stoi(row[0])), " " + row[1]) << row[0];
   }
   for (const std::string& path : {std::string(), folder.Path("none"), folder.Path("")}) {
     analyser.twrFile = path;
