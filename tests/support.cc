@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <regex>
 
 namespace orsa::kesncd {
 
@@ -37,9 +39,29 @@ std::vector<std::string> Cut(const std::string& text, const std::string& separat
   return parts;
 }
 
+std::string Dump(const std::string& lines) {
+  static const std::map<std::string, std::string> kLines = {
+      {"SCALE", "$timescale~1ns~$end"},
+      {"TOP", "$scope module top $end"},
+      {"U", "$scope module u $end"},
+      {"CLK", "$var wire 1 ! clk $end"},
+      {"QU", "$var wire 1 # u_q $end"},
+      {"BUS", "$var wire 8 \" d [7:0] $end"},
+      {"UP", "$upscope $end"},
+      {"END", "$enddefinitions $end"},
+      {"HEAD", "SCALE~TOP~CLK~BUS~UP~END"}};
+  std::string text;
+  for (const std::string& line : Cut(lines, "~")) {
+    const auto known = kLines.find(line);
+    text += (text.empty() ? "" : "\n") + (known == kLines.end() ? line : Dump(known->second));
+  }
+  return text;
+}
+
 std::vector<std::vector<std::string>> Rows(const std::string& table, const std::string& separator) {
   std::vector<std::vector<std::string>> rows;
-  for (const std::string& row : Cut(table, separator)) rows.push_back(Cut(row, " => "));
+  const std::string joined = std::regex_replace(table, std::regex("\n    "), "");
+  for (const std::string& row : Cut(joined, separator)) rows.push_back(Cut(row, " => "));
   return rows;
 }
 

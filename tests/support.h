@@ -51,7 +51,12 @@ std::string Printed(Action action) {
 /// The parts of a text between separators.
 std::vector<std::string> Cut(const std::string& text, const std::string& separator);
 
-/// The rows of a table, each a left and a right side with " => " between.
+/// A dump from its lines, which are parted by "~". Words in capitals stand for lines that many
+/// dumps have: SCALE, TOP, U, CLK, QU, BUS, UP, END, and HEAD for all of a header.
+std::string Dump(const std::string& lines);
+
+/// The rows of a table and their columns, which " => " parts. A line that begins with four blanks
+/// continues the row above.
 std::vector<std::vector<std::string>> Rows(const std::string& table,
                                            const std::string& separator = "\n");
 
