@@ -76,6 +76,7 @@ TEST_F(TimingReport, Clocks) {
 0 open/FREQUENCY NET "a" | | | / 5 MHz ; | 6 MHz | 7 MHz | 1/blank => a=6 / a=6
 2 open/FREQUENCY NET "a| | |/b" | | |/ 5 MHz ;| 6 MHz| 7 MHz| 1/blank => ab=7 / ab=7
 0 open/FREQUENCY NET "a| | |/b" | | |/ 5 MHz| | |/ ;| 6 MHz| 7 MHz| 1/blank => ab=6 / ab5=6
+0 open/FREQUENCY NET| | |/"a" 5 MHz ;| 6 MHz| 7 MHz| 1/blank => a=6 / a=6
 0 open/FREQUENCY NET "a" 5| 6|7|1/ MHz ;| MHz| MHz| 1/blank => a=6 / -
 0 open/FREQUENCY NET "a" 5 MHz ;| 6 ns| 7 MHz| 1/crlf => a=5 / a=6
 2 open/FREQUENCY NET "a" 5 MHz ;| 6 ns| 7 ns| 1/blank => a=5 / -
