@@ -13,14 +13,14 @@ namespace orsa::kesncd {
 namespace {
 
 const std::string kDump =
-    "$timescale\n1ns\n$end\n$comment " + std::string(300, 'w') + " " + std::string(80, ' ') +
-    "$end\n$scope module top $end\n$var wire 1 ! clk $end\n$var wire 1 12345 five $end\n"
-    "$var wire 1 a-code-of-more-than-eight bits [3:0] $end\n"
-    "$var wire 1 ! a_name_that_is_longer_than_a_short_string_is/q $end\n$scope module u $end\n"
-    "$var wire 1 % q $end\n$upscope $end\n$upscope $end\n$scope module apart $end\n"
-    "$var wire 1 & r $end\n$upscope $end\n$enddefinitions $end\n#0\n1!\n0!\nb1 12345\n"
-    "b1 a-code-of-more-than-eight\n1%\n0%\n" +
-    std::string(5000, 'x') + "\n#10\n";
+    Dump("SCALE~$comment " + std::string(300, 'w') + std::string(80, ' ') +
+         " $end~TOP~CLK~"
+         "$var wire 1 12345 five $end~$var wire 1 a-code-of-more-than-eight bits [3:0] $end~"
+         "$var wire 1 ! a_name_that_is_longer_than_a_short_string_is/q $end~U~$var wire 1 % q "
+         "$end~UP~UP~"
+         "$scope module apart $end~$var wire 1 & r $end~UP~END~#0~1!~0!~b1 12345~"
+         "b1 a-code-of-more-than-eight~1%~0%~" +
+         std::string(5000, 'x') + "~#10~");
 const std::string kReport = "Preference | Constraint\n" + std::string(50, '-') +
                             "\nFREQUENCY NET \"a_clock_net_with_a_name_of_some_length\" 5 MHz ;|" +
                             "6 MHz|7 MHz|1\n | | |\n";

@@ -9,9 +9,7 @@ namespace {
 
 using HostLife = FreshState;
 
-const std::string kDump =
-    "$timescale\n1ns\n$end\n$scope module t $end\n$var wire 1 ! clk $end\n$upscope $end\n"
-    "$enddefinitions $end\n#0\n1!\n0!\n1!\n#10\n";
+const std::string kDump = Dump("SCALE~$scope module t $end~CLK~UP~END~#0~1!~0!~1!~#10~");
 
 // Constructed, named and destroyed in every order that keeps each one's own.
 TEST_F(HostLife, TwoAnalysersInEveryOrder) {
@@ -60,9 +58,7 @@ TEST_F(HostLife, EachRunWorksAfterEveryFailure) {
       dir.Write("wide", "$scope module t $end\n$var wire 1 ! w[2147483647:0] $end\n"),
       dir.Write("open", scope + scope + scope),
       dir.Write("words", std::string(5000, 'a') + " " + std::string(300, '\t') + "\n#\n" + scope),
-      dir.Write("noise", "\xff\xfe\n\0$scope\n" + std::string(256, '\0') +
-                             "\x7f"
-                             "ELF"),
+      dir.Write("noise", "\xff\xfe\n\0$scope\n" + std::string(256, '\0') + "\x7f\x45LF"),
       dir.Write("report", "Preference Constraint\n"),
   };
   KesNCD analyser;

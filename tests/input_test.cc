@@ -1,13 +1,6 @@
 // Ways of a dump into the program: packed, through pipes, prepared on its way or untouched, with
 // progress on a terminal, interrupted.
-#include <unistd.h>
-
-#include <array>
-#include <chrono>
-#include <csignal>
-#include <cstring>
 #include <regex>
-#include <thread>
 
 #include "cli/dump_look.h"
 #include "cli/progress.h"
@@ -22,11 +15,10 @@ using namespace kesncd_cli;
 using enum FindingKind;
 
 // A time scale that the library's readers do not see, two top-level scopes, a signal of two names.
-const char kOdd[] =
-    "$timescale 1ns $end\n$scope module p $end\n$upscope $end\n$scope module tb $end\n"
-    "$scope begin u $end\n$var wire 1 ! q $end\n$upscope $end\n$var wire 1 ! clk $end\n"
-    "$var wire 1 ! ck2 $end\n$upscope $end\n$scope module tc $end\n$var wire 1 \" r $end\n"
-    "$upscope $end\n$enddefinitions $end\n#0\n1!\n0!\n1!\n#10\n";
+const std::string kOdd = Dump(
+    "$timescale 1ns $end~$scope module p $end~UP~$scope module tb $end~$scope begin u $end~"
+    "$var wire 1 ! q $end~UP~CLK~$var wire 1 ! ck2 $end~UP~$scope module tc $end~"
+    "$var wire 1 \" r $end~UP~END~#0~1!~0!~1!~#10~");
 
 TEST(Input, ReachesTheLibraryInEveryWay) {
   const TempDir dir;
@@ -114,46 +106,25 @@ TEST(Input, ShowsProgressAndColourOnATerminalOnly) {
   EXPECT_EQ(ProgressText(4000, 1, 1.0), "100 %, 0 MB/s, 0 s left");
 }
 
-/// Runs the program on a dump that does not come to its end, and interrupts it.
-int Interrupt(const TempDir& dir, const std::vector<const char*>& arguments) {
-  std::array<int, 2> dump{};
-  EXPECT_EQ(pipe(dump.data()), 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    (void)dup2(dump[0], STDIN_FILENO);
-    std::vector<char*> words{const_cast<char*>("kesncd")};
-    for (const char* argument : arguments) words.push_back(const_cast<char*>(argument));
-    words.push_back(nullptr);
-    if (chdir(dir.Path(".").c_str()) == 0) execv(KESNCD_TEST_PROGRAMS "/kesncd", words.data());
-    _exit(99);
-  }
-  EXPECT_GT(write(dump[1], kOdd, std::strlen(kOdd)), 0);
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
-  EXPECT_EQ(kill(child, SIGINT), 0);
-  int status = 0;
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  close(dump[0]);
-  close(dump[1]);
-  return WEXITSTATUS(status);
-}
-
 TEST(Input, EndsAtOnceWhenInterrupted) {
   const TempDir dir;
+  dir.Write("odd.vcd", kOdd);
   dir.Write("o", "earlier");
-  EXPECT_EQ(Interrupt(dir, {"prepare", "-", "-o", "o"}), 130);
-  EXPECT_EQ(Interrupt(dir, {"flat", "-", "-o", "o", "--activity", "o", "--reader", "grammar"}),
-            130);
-  EXPECT_EQ(Shell(dir.Path("."), "ls; cat o").out, "o\nearlier");
+  // The dump does not come to its end before.
+  const std::string run = "(cat odd.vcd; sleep 1) | timeout --preserve-status -s INT 0.4 kesncd ";
+  for (const char* arguments : {"prepare - -o o", "flat - -o o --activity o --reader grammar"}) {
+    EXPECT_EQ(Shell(dir.Path("."), run + arguments).status, 130);
+  }
+  EXPECT_EQ(Shell(dir.Path("."), "ls; cat o").out, "o\nodd.vcd\nearlier");
 }
 
 TEST(Look, FindsWhatPreparingMends) {
-  const std::string header =
-      "$timescale\n1ns\n$end\n$scope module a $end\n$var wire 1 ! x $end\n"
-      "$var wire 2 \" y [1:0] $end\n";
-  const std::string clean = header + "$upscope $end\n$enddefinitions $end\n#0\n";
+  const std::string clean = Dump("HEAD~#0~");
   std::string body;  // longer than the look
   for (int i = 0; i < 60000; ++i) body += "0!\n1!\nb1 \"\n#" + std::to_string(i) + "\n";
-  const auto declare = [&](const std::string& line) { return header + line + clean.substr(89); };
+  const auto declare = [](const std::string& line) {
+    return Dump("SCALE~TOP~CLK~BUS~" + line + "~UP~END~#0~");
+  };
   const struct {
     std::string dump;
     std::vector<FindingKind> lines;
@@ -164,16 +135,16 @@ TEST(Look, FindsWhatPreparingMends) {
       {clean + "0! 1!\n" + body, {ChangesInLine}, {ChangesInLine}},
       {clean + "0 !\n" + body, {ChangesInLine}, {ChangesInLine}},
       {clean + "0! H!", {ChangesInLine, Weak}, {ChangesInLine, Weak}},
-      {declare("$var wire 1 # z $end\n") + body, {}, {}},
-      {declare("$var wire 2 # z $end\n") + body, {}, {GrammarCodes}},
-      {declare("$attrbegin misc 02 e 1 $end\n") + body, {}, {Attributes}},
-      {declare("$comment\n$upscope\n$end\n") + body, {QuotedDeclarations}, {QuotedDeclarations}},
+      {declare("$var wire 1 # z $end") + body, {}, {}},
+      {declare("$var wire 2 # z $end") + body, {}, {GrammarCodes}},
+      {declare("$attrbegin misc 02 e 1 $end") + body, {}, {Attributes}},
+      {declare("$comment~$upscope~$end") + body, {QuotedDeclarations}, {QuotedDeclarations}},
       {clean + "$comment\n1!\n$end\n", {QuotedItems}, {QuotedItems}},
-      {declare("$VAR wire 1 # z $end\n") + body, {Keywords}, {Keywords}},
-      {declare("$var port 1 # z $end\n") + body, {Ports}, {Ports}},
-      {declare("$var wire 1000 % z $end\n") + body, {}, {LongValues}},
-      {declare("$var wire 5000 % z $end\n") + body, {LongValues}, {LongValues}},
-      {declare("$var wire 2 lo0000000000 z $end\n") + body, {MisreadSpan}, {MisreadSpan}},
+      {declare("$VAR wire 1 # z $end") + body, {Keywords}, {Keywords}},
+      {declare("$var port 1 # z $end") + body, {Ports}, {Ports}},
+      {declare("$var wire 1000 % z $end") + body, {}, {LongValues}},
+      {declare("$var wire 5000 % z $end") + body, {LongValues}, {LongValues}},
+      {declare("$var wire 2 lo0000000000 z $end") + body, {MisreadSpan}, {MisreadSpan}},
       // A word that stood in the place of a stamp's digits goes on behind one of seven digits.
       {"$comment letters9 $end\n" + clean + body, {MisreadSpan}, {MisreadSpan}},
       {"$comment lettersx $end\n" + clean + body, {}, {}},

@@ -16,8 +16,7 @@ namespace orsa::kesncd {
 namespace {
 
 const std::string kDump =
-    "$timescale\n1ns\n$end\n$scope module t $end\n$var wire 1 ! c[0] $end\n$upscope $end\n"
-    "$enddefinitions $end\n#0\n1!\n0!\n#10\n1!\n";
+    Dump("SCALE~$scope module t $end~$var wire 1 ! c[0] $end~UP~END~#0~1!~0!~#10~1!~");
 
 /// A stream that hands out `text` a few bytes at a time, with faults between them.
 struct FaultyStream {
