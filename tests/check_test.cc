@@ -73,7 +73,7 @@ SCALE~TOP~CLK~BUS~$UPSCOPE $end~$upscope $END~$COMMENT $END~END~#0~#1~
 SCALE~TOP~$comment~CLK~CLK~BUS~UP~END~#0~$comment~x~1!~$end~#1~
      => lines of comments that readers take for declarations 1@6;
      lines of comments that readers take for changes 1@14
-HEAD~#0~H!~#1~ => changes to H or L 1@10
+HEAD~#0~H!~H?~#1~ => changes to H or L 1@10; changes of codes 1@11
 SCALE~TOP~$var wire 2 # x $end~$var wire 1 b y $end~$var real 1 r z $end~UP~END~#0~#1~
      => codes that the grammar reader takes 2@5
 SCALE~TOP~CLK~BUS~UP~END~1!~#1~#2~ => changes before the first time stamp 1@9

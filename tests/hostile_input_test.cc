@@ -1,7 +1,5 @@
 // Files that were cut off and files with a damaged byte, through every reader: each ends in a
 // result that keeps its promises. The sanitizers' build watches the memory meanwhile.
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <regex>
@@ -16,23 +14,18 @@ namespace {
 using HostileInput = FreshState;
 
 const std::string kDumps[] = {
-    "$date today $end\n$timescale\n10 ps\n$end\n$scope module t $end\n$var wire 1 ! clk $end\n"
+    "$date today $end\n$timescale\n10 ps\n$end\n$scope module top $end\n$var wire 1 ! clk $end\n"
     "$var reg 8 long-code-1 d [7:0] $end\n$scope module u $end\n$var wire 1 ! q $end\n$upscope "
     "$end\n"
     "$upscope $end\n$enddefinitions $end\n#0\n$dumpvars\nx!\nb0 long-code-1\n$end\n#5\n1!\n"
     "b101 long-code-1\n$dumpoff\n0!\n$dumpon\n#12\n0!\n",
-    "$timescale 1ns $end\r\n$scope module t $end\r\n$var real 64 0\" r[3] $end\r\n"
+    "$timescale 1ns $end\r\n$scope module top $end\r\n$var real 64 0\" r[3] $end\r\n"
     "$var wire 1 # s[0] $end\r\n$upscope $end\r\n$enddefinitions $end\r\n#1\r\nr1.5 0\"\r\n1#\r\n"
     "#20 \r\n  z#\r\n0# \r\nr-1e9\t0\"\r\n#3",
     "$comment one line for all $end $scope task t $end $var wire 1 a x[0] $end $upscope $end\n"
-    "$timescale\n1us\n$end\n$scope module t $end $scope module t $end\n$scope module t $end\n"
+    "$timescale\n1us\n$end\n$scope module top $end $scope module top $end\n$scope module top $end\n"
     "$var wire 1 bb x [1] $end\n$upscope $end\n$enddefinitions $end\n"
     "$dumpvars 0a b1 bb $end\n0a\nb1 bb\n#7\n0a\n#7\n$dumpall\n1a\n$end\n"};
-const std::string kReport =
-    "Report\nPreference | Constraint | Actual | Levels\n" + std::string(50, '-') +
-    "\nFREQUENCY NET \"clk\" 100.0 MHz ; | 100.0 MHz| 150.0 MHz| 3\n | | |\n"
-    "FREQUENCY PORT \"a_long| | |\n_pin\" 50 MHz ; | 50.0 MHz| 45.2 MHz| 4\n | | |\n" +
-    std::string(50, '-') + "\n";
 const std::string kHostile("\0\1\t\n\r !\"#$-09[\x7f\xff", 16);
 
 /// All ways to cut a text off.
@@ -91,37 +84,6 @@ TEST_F(HostileInput, GrammarReaderAndHeaderProbeEndInAResult) {
     }
   }
   testing::internal::GetCapturedStderr();
-}
-
-TEST_F(HostileInput, ReportReadersKeepTheirClocks) {
-  const int memory = memfd_create("report", 0);
-  KesNCD analyser;
-  analyser.twrFile = "/proc/self/fd/" + std::to_string(memory);
-  using Read = bool (KesNCD::*)(int);
-  for (const Read read : {Read(&KesNCD::ReadTWR2), Read(&KesNCD::ReadTWR)}) {
-    for (int mode = -1; mode <= 3; ++mode) {
-      const auto clocksOf = [&](const std::string& report) {
-        analyser.clockFreqs = {{"old", -7.0}};
-        EXPECT_EQ(ftruncate(memory, 0), 0);
-        EXPECT_EQ(pwrite(memory, report.data(), report.size(), 0), ssize_t(report.size()));
-        const bool found = (analyser.*read)(mode);
-        EXPECT_EQ(found, !analyser.clockFreqs.contains("old")) << report;
-        return found ? analyser.clockFreqs : std::map<std::string, double>();
-      };
-      const auto whole = clocksOf(kReport);
-      // A cut report has no clock that the whole one does not have.
-      for (const std::string& cut : CutsOf(kReport)) {
-        const auto clocks = clocksOf(cut);
-        EXPECT_TRUE(!EndsALine(cut) ||
-                    std::includes(whole.begin(), whole.end(), clocks.begin(), clocks.end()))
-            << cut;
-      }
-      for (const std::string& damaged : DamagesOf(mode == 0 ? kReport : "")) {
-        EXPECT_LE(clocksOf(damaged).size(), 3U) << damaged;
-      }
-    }
-  }
-  close(memory);
 }
 
 }  // namespace

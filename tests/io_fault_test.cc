@@ -15,8 +15,7 @@
 namespace orsa::kesncd {
 namespace {
 
-const std::string kDump =
-    Dump("SCALE~$scope module t $end~$var wire 1 ! c[0] $end~UP~END~#0~1!~0!~#10~1!~");
+const std::string kDump = Dump("SCALE~TOP~$var wire 1 ! c[0] $end~UP~END~#0~1!~0!~#10~1!~");
 
 /// A stream that hands out `text` a few bytes at a time, with faults between them.
 struct FaultyStream {
@@ -65,7 +64,7 @@ using IoFault = FreshState;
 TEST_F(IoFault, ShortAndInterruptedReadsLoseNothing) {
   for (const Reader reader : kAllReaders) {
     const std::string expected = ReadFaulty(reader, {kDump, kDump.size()}).text;
-    EXPECT_NE(expected.find(" 1 0 10 1"), std::string::npos) << expected;
+    EXPECT_NE(expected.find("0-10 top(c[0]=3)"), std::string::npos) << expected;
     for (std::size_t most = 1; most < 9; ++most) {
       for (int way = 0; way < 4; ++way) {
         const Reading reading = ReadFaulty(reader, {kDump, most, way % 2 == 0}, way < 2);
@@ -94,7 +93,7 @@ TEST_F(IoFault, AReadErrorIsTheEndAndIsSaid) {
 TEST_F(IoFault, UnreadableFilesFailTheRuns) {
   const TempDir dir;
   KesNCD analyser;
-  analyser.SetTopModule("t");
+  analyser.SetTopModule("top");
   std::string message;
   ASSERT_TRUE(analyser.SetVCDFile(dir.Write("d.vcd", kDump), {}, message));
   analyser.clockFreqs = {{"old", 1.0}};
@@ -112,11 +111,11 @@ TEST_F(IoFault, UnreadableFilesFailTheRuns) {
 TEST_F(IoFault, TheActivityFileIsWholeOrAsItWas) {
   const TempDir dir;
   const std::string dump = dir.Write("d.vcd", kDump);
-  const std::string written = "module | t\nsignal | c[0] | 100.000000\n";
+  const std::string written = "module | top\nsignal | c[0] | 100.000000\n";
   const auto run = [&] {
     std::string message;
     KesNCD analyser;
-    analyser.SetTopModule("t");
+    analyser.SetTopModule("top");
     EXPECT_TRUE(analyser.SetVCDFile(dump, {}, message)) << "the frequencies are good";
     EXPECT_EQ(analyser.signalFreqs.size(), 1U);
   };
@@ -150,7 +149,7 @@ TEST_F(IoFault, LongTextsAreTakenAsFarAsLinesGo) {
   for (const std::string& lines :
        {"$var wire 1 ! " + longText + " $end\n", "$var wire 1 " + longText + " l $end\n",
         longText + "\n" + std::string(1 << 20, ' ') + "\n"}) {
-    const std::string dump = "$scope module t $end\n" + lines +
+    const std::string dump = "$scope module top $end\n" + lines +
                              "$var wire 1 # s[0] $end\n$upscope $end\n$enddefinitions $end\n1" +
                              longText + "\nb" + longText + " #\n1#\n";
     for (const Reader reader : kReaders) {
@@ -179,10 +178,11 @@ TEST_F(IoFault, CountsStopAtTheirLimitHoweverLongTheDump) {
   // As many bits as the ranges of a run may have.
   const TempDir dir;
   KesNCD analyser;
-  analyser.SetTopModule("t");
+  analyser.SetTopModule("top");
   std::string message;
   EXPECT_TRUE(analyser.SetVCDFile(
-      dir.Write("d.vcd", "$scope module t $end\n$var wire 1 ! a[16777215:0] $end\n"), {}, message));
+      dir.Write("d.vcd", "$scope module top $end\n$var wire 1 ! a[16777215:0] $end\n"), {},
+      message));
   EXPECT_EQ(analyser.signalFreqs.size(), 16777216U);
 }
 

@@ -101,7 +101,7 @@ dumping off and on, on one line
      => HEAD~#0 1! $dumpoff x! 0! b1 " $end #5 0! $dumpon 1! b0 " $end 0! #7 $dumpoff $end
      1! $dumpall 0! $end => 0..7 @1 top.clk=4 top.d[7:0]=1
 stamps: zeros in front, backward, fractions, others
-     => HEAD~0!~#0010~1!~#1000~0!~#20.75~1!~#-5~#~#1e3~#99999999999999999999~#7~
+     => HEAD~0!~#0010~1!~#1000~0!~#20.75~1!~#-5~#~#1e3~#99999999999999999999~#7~#7~
      => 10..7 @1 top.clk=4 top.d[7:0]=0
      => 2 time stamps go back in time\n4 words are not understood.*#-5\)\n1 time stamps lose .*\n
 codes as long as names and as short as values
@@ -149,17 +149,18 @@ TEST_F(PreparedDumps, ReadAsTheDumpSays) {
   }
 }
 
-TEST_F(PreparedDumps, GiveNamesToWhatHasNone) {
+TEST_F(PreparedDumps, GiveNamesToWhatHasNoneAndPlainValues) {
   const std::string dump = Dump(
       "$timescale 1ns $end $scope module $end $var wire 1 ! $end $var wire 8 # \\a/b[1] [7 : 0] "
       "$end $var wire 4 % m[0] [3:0] $end $scope begin $var $end $var wire 1 & " +
-      std::string(70000, 'n') + " $end $enddefinitions $end #0 1! #1 b1 #");
+      std::string(70000, 'n') + " $end $enddefinitions $end #0 1! #1 b01zZHhLlUx #");
   const std::string text = Prepare(dump).text;
   EXPECT_EQ(text.substr(0, text.find("$upscope")),
             "$timescale\n1ns\n$end\n$scope module unnamed_1 $end\n$var wire 1 A unnamed_2 $end\n"
             "$var wire 8 C \\a/b[1][7:0] $end\n$var wire 4 D m[0][3:0] $end\n"
             "$scope module _$var $end\n$var wire 1 F " +
                 std::string(798, 'n') + "_3 $end\n");
+  EXPECT_NE(text.find("\nb01zz1100xx C\n"), std::string::npos) << text.substr(text.size() - 40);
   ExpectGood(dump);
 }
 
@@ -184,6 +185,7 @@ TEST_F(PreparedDumps, KeepAWindow) {
   // The window's begin and end, and what is read. Dumping is off at 35 ns.
   const std::string rows = R"( - => 10..50 @1 top.clk=6 top.d[7:0]=2
 0s-1s => 10..50 @1 top.clk=6 top.d[7:0]=2
+5ns- => 10..50 @1 top.clk=6 top.d[7:0]=2
 -25ns => 10..25 @1 top.clk=3 top.d[7:0]=1
 -20ns => 10..20 @1 top.clk=3 top.d[7:0]=1
 15ns-0.045us => 15..45 @1 top.clk=4 top.d[7:0]=1

@@ -10,63 +10,15 @@ namespace {
 
 using Readers = FreshState;
 
-/// How a reading ended, with the scale and the span where they are not 1 and unknown.
-std::string State(bool complete) {
-  std::ostringstream text;
-  if (!complete) text << "gave up ";
-  if (timeScale != 1) text << timeScale << "ns ";
-  if (startCycle != -1 || endCycle != -1) text << startCycle << "-" << endCycle << " ";
-  return text.str();
-}
-
-std::string Flat(const std::string& dump, bool filtered) {
-  KesNCD analyser;
-  analyser.SetTopModule("top");
-  const TextStream stream(dump);
-  const bool complete = filtered ? analyser.ParseVcdFile2(stream, {"clk", "u/q"}) == 0
-                                 : analyser.ParseVcdFile(stream);
-  const std::string name = topMod.GetName();
-  return State(complete) + (name.empty() ? "" : name + "(" + TopModCounts() + ")");
-}
-
-/// Scopes with their signals: "top(clk=1 d[7:0]=0 u(x=0))", and those that hang nowhere behind.
-void Describe(const VmodHier& scope, std::ostream& out) {
-  out << scope.name << "(";
-  const char* blank = "";
-  for (const auto& [code, signal] : scope.signals) {
-    out << std::exchange(blank, " ") << signal.name << "=" << signal.changes;
-  }
-  for (const VmodHier* child : scope.subMods) {
-    Describe(*child, out << std::exchange(blank, " "));
-  }
-  out << ")";
-}
-
-std::string Hierarchical(const std::string& dump) {
-  KesNCD analyser;
-  const TextStream stream(dump);
-  std::ostringstream text;
-  text << State(analyser.ParseVcdFileHier(stream, {}));
-  if (analyser.hierRoot != nullptr) Describe(*analyser.hierRoot, text);
-  std::set<const VmodHier*> shown{analyser.hierRoot};
-  for (const auto& [code, scopes] : analyser.codeIndex) {
-    for (const VmodHier* scope : scopes) {
-      if (scope->parent == nullptr && shown.insert(scope).second) Describe(*scope, text << " +");
-    }
-  }
-  return text.str();
-}
-
 /// What the unfiltered reader makes of a dump, and where the others make something else, that.
 std::string ReadAllWays(const std::string& dump) {
-  ResetReaderState();
-  const std::string unfiltered = Flat(dump, false);
-  ResetReaderState();
-  const std::string filtered = Flat(dump, true);
-  ResetReaderState();
-  const std::string tree = Hierarchical(dump);
-  return unfiltered + (filtered == unfiltered ? "" : " FILTERED " + filtered) +
-         (tree == unfiltered ? "" : " TREE " + tree);
+  std::string texts[3];
+  for (const Reader reader : kReaders) {
+    const Reading reading = ReadDump(reader, TextStream(dump));
+    texts[static_cast<int>(reader)] = (reading.complete ? "" : "gave up ") + reading.text;
+  }
+  return texts[0] + (texts[1] == texts[0] ? "" : " FILTERED " + texts[1]) +
+         (texts[2] == texts[0] ? "" : " TREE " + texts[2]);
 }
 
 const std::string kCases =
@@ -79,7 +31,7 @@ $timescale~1.5ns~$end~TOP~CLK~UP~END => gave up -1ns  FILTERED -1ns
 a scope in place of the time scale opens a node in the hierarchy only
 $timescale~TOP~CLK~UP~END~1! => gave up -1ns  FILTERED -1ns  TREE 0ns top(clk=1)
 recording off and on, in any state; only alone on a line
-$dumpoff~HEAD~1!~$dumpon~1!~$dumpoff~1!~$dumpall~0!~$dumpoff ~1!~$dumpvars x~1! => top(clk=2 d[7:0]=0)
+$dumpoff~HEAD~1!~$dumpon~1!~$dumpoff~1!~$dumpall~0!~$dumpoff ~1!~$dumpvars x~1! => off top(clk=2 d[7:0]=0)
 stamps: alone on their line, after the definitions, with the tail of a longer one
 SCALE~#3~TOP~CLK~UP~END~#10 1!~#1000~#5 => 1000-5000 top(clk=0)
 a tail from a code, where words and stamps share a splitter
@@ -145,14 +97,17 @@ TEST_F(Readers, LeaveTheStreamBehindTheLastLineHandled) {
 }
 
 TEST_F(Readers, CountCodesThatTheModuleHeldOnlyWhenUnfiltered) {
-  const std::string same = " same=2 unseen=0 clk=0 d[7:0]=0)";
   for (const bool filtered : {false, true}) {
     ResetReaderState();
     topMod.AddSignal("earlier", "wire", "?", 1);
     topMod.AddSignal("same", "wire", "!", 1);
     topMod.AddSignal("unseen", "wire", std::string("!\0", 2), 1);
-    EXPECT_EQ(Flat(Dump("HEAD~1?~1!~1!"), filtered),
-              "top(earlier=" + std::to_string(filtered ? 0 : 1) + same);
+    KesNCD analyser;
+    analyser.SetTopModule("top");
+    const TextStream dump(Dump("HEAD~1?~1!~1!"));
+    filtered ? (void)analyser.ParseVcdFile2(dump, {"clk"}) : (void)analyser.ParseVcdFile(dump);
+    EXPECT_EQ(TopModCounts(), std::string(filtered ? "earlier=0" : "earlier=1") +
+                                  " same=2 unseen=0 clk=0 d[7:0]=0");
   }
 }
 
@@ -182,7 +137,7 @@ TEST_F(Readers, TellManyCodesApart) {
     dump += "\n$var wire 1 " + code + " s $end";
     for (int k = 0; k < i % 4; ++k) body += "\n1" + code;
   }
-  Flat(dump + body, false);
+  ReadDump(Reader::Unfiltered, TextStream(dump + body));
   ASSERT_EQ(topMod.GetSignalSize(), 5000);
   for (int i = 0; i < 5000; ++i) ASSERT_EQ(topMod.GetSignalChange(i), i % 4) << i;
 }

@@ -40,16 +40,15 @@ std::vector<std::string> Cut(const std::string& text, const std::string& separat
 }
 
 std::string Dump(const std::string& lines) {
-  static const std::map<std::string, std::string> kLines = {
-      {"SCALE", "$timescale~1ns~$end"},
-      {"TOP", "$scope module top $end"},
-      {"U", "$scope module u $end"},
-      {"CLK", "$var wire 1 ! clk $end"},
-      {"QU", "$var wire 1 # u_q $end"},
-      {"BUS", "$var wire 8 \" d [7:0] $end"},
-      {"UP", "$upscope $end"},
-      {"END", "$enddefinitions $end"},
-      {"HEAD", "SCALE~TOP~CLK~BUS~UP~END"}};
+  static const std::map<std::string, std::string> kLines = {{"SCALE", "$timescale~1ns~$end"},
+                                                            {"TOP", "$scope module top $end"},
+                                                            {"U", "$scope module u $end"},
+                                                            {"CLK", "$var wire 1 ! clk $end"},
+                                                            {"QU", "$var wire 1 # u_q $end"},
+                                                            {"BUS", "$var wire 8 \" d [7:0] $end"},
+                                                            {"UP", "$upscope $end"},
+                                                            {"END", "$enddefinitions $end"},
+                                                            {"HEAD", "SCALE~TOP~CLK~BUS~UP~END"}};
   std::string text;
   for (const std::string& line : Cut(lines, "~")) {
     const auto known = kLines.find(line);

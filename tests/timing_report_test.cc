@@ -102,6 +102,22 @@ TEST_F(TimingReport, Clocks) {
   }
 }
 
+TEST_F(TimingReport, CutReportsGiveNoOtherClocks) {
+  for (int mode = 0; mode < 4; ++mode) {
+    std::string report = "heading";
+    std::vector<std::string> found;
+    for (const std::string& line : Cut("separator/clk/blank/pin/blank/separator/fast", "/")) {
+      found.push_back(Read(report += "/" + line, mode));
+    }
+    for (const std::string& cut : found) {
+      for (const std::size_t reader : {0U, 1U}) {
+        const std::string clocks = Cut(cut, " /")[reader];
+        EXPECT_TRUE(clocks == " -" || Cut(found.back(), " /")[reader].rfind(clocks, 0) == 0) << cut;
+      }
+    }
+  }
+}
+
 TEST_F(TimingReport, HostileReportsEndSoon) {
   const auto start = std::chrono::steady_clock::now();
   std::string wrapped = "| | |\n";
