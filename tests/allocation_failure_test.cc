@@ -35,11 +35,7 @@ std::string TextOf(const Frequencies& frequencies) {
 
 /// Words, pieces and lines that make a splitter grow in each of its ways.
 std::string Split() {
-  static const std::string words = [] {
-    std::string text;
-    for (int i = 0; i < 70; ++i) text += i < 40 ? "w1" : " w w";
-    return text;
-  }();
+  static const std::string words = Times(40, "w1") + Times(30, " w w");
   static const std::string longPiece(700, 'p');
   Mem mem;
   int count = 0;

@@ -103,22 +103,16 @@ TEST_F(Hierarchy, RunReportsAndKeepsTheTreeUntilItReads) {
 }
 
 TEST_F(Hierarchy, ReadsAMillionScopes) {
+  constexpr int kMany = 1000000;
   const std::string root = "$scope module root $end\n";
   const std::string open = "$scope module m $end\n";
-  const std::string close = "$upscope $end\n";
-  std::string nested = root;
-  std::string siblings = root;
-  std::string unlinked = root + "$var wire 1 ? x $end\n" + close;
-  for (int i = 0; i < 1000000; ++i) {
-    nested += open;
-    siblings += open + close;
-    unlinked += open + close;
-  }
-  for (const std::string& scopes : {nested, siblings + open, unlinked + open}) {
+  const std::string siblings = Times(kMany, open + "$upscope $end\n") + open;
+  const std::string unlinked = root + "$var wire 1 ? x $end\n$upscope $end\n" + siblings;
+  for (const std::string& scopes : {root + Times(kMany, open), root + siblings, unlinked}) {
     KesNCD analyser;
     const TextStream stream(scopes + "$var wire 1 ! deep $end\n$enddefinitions $end\n1!\n");
     ASSERT_TRUE(analyser.ParseVcdFileHier(stream, {}));
-    const std::string found = scopes.size() > unlinked.size() ? "x" : "deep";
+    const std::string found = scopes == unlinked ? "x" : "deep";
     double frequency = -1;
     EXPECT_TRUE(analyser.hierRoot->FindSignalFreqHier("root", found, frequency, true));
     EXPECT_EQ(analyser.hierRoot->IncreaseChangeForSymbol("!"), found == "deep");

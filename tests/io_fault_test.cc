@@ -161,8 +161,7 @@ TEST_F(IoFault, LongTextsAreTakenAsFarAsLinesGo) {
 // Two billion changes, 6.4 GB, in each reader: only where it is asked for.
 TEST_F(IoFault, CountsStopAtTheirLimitHoweverLongTheDump) {
   if (std::getenv("KESNCD_LONG_TESTS") == nullptr) GTEST_SKIP() << "KESNCD_LONG_TESTS is not set";
-  std::string block;
-  for (int i = 0; i < 1 << 20; ++i) block += "1!\n";
+  const std::string block = Times(1 << 20, "1!\n");
   rusage before{}, after{};
   for (const Reader reader : kReaders) {
     const std::string header = kDump.substr(0, kDump.find("#0"));

@@ -22,12 +22,6 @@ std::string Pieces(Mem& mem, const std::string& text) {
   return Joined(slots, count);
 }
 
-std::string Times(int count, const char* text) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
-}
-
 TEST(Splitter, CutsLinesIntoWordsAndPieces) {
   const char* const rows[][3] = {{"", " \n", "0"},
                                  {" \t\r\n", " \n\r\t", "0"},

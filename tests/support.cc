@@ -29,6 +29,12 @@ std::string ReadAll(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+std::string Times(int count, const std::string& text) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
 std::vector<std::string> Cut(const std::string& text, const std::string& separator) {
   std::vector<std::string> parts;
   std::size_t start = 0;

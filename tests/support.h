@@ -48,6 +48,9 @@ std::string Printed(Action action) {
   return testing::internal::GetCapturedStdout();
 }
 
+/// A text that many times.
+std::string Times(int count, const std::string& text);
+
 /// The parts of a text between separators.
 std::vector<std::string> Cut(const std::string& text, const std::string& separator);
 
