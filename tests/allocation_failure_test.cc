@@ -27,12 +27,6 @@ const std::string kReport = "Preference | Constraint\n" + std::string(50, '-') +
 using Frequencies = std::map<std::string, double>;
 const Frequencies kEarlier{{"earlier", 1.0}};
 
-std::string TextOf(const Frequencies& frequencies) {
-  std::string text;
-  for (const auto& [name, mhz] : frequencies) text += name + "=" + std::to_string(mhz) + " ";
-  return text;
-}
-
 /// Words, pieces and lines that make a splitter grow in each of its ways.
 std::string Split() {
   static const std::string words = Times(40, "w1") + Times(30, " w w");

@@ -94,10 +94,7 @@ SCALE~TOP~$var wire 1 ! \q/r $end~$var wire 8 + m[1] [7:0] $end~$var wire 1 % m_
 }
 
 TEST(Check, NamesWhatIsNoDump) {
-  const struct {
-    std::string bytes;
-    const char* message;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"\x1F\x8B\x08", "gzip"},
       {"\x28\xB5\x2F\xFD", "zstd"},
       {std::string("\0\0\0\0\0\0\0\x01\x49", 9), "FST"},
@@ -109,8 +106,7 @@ TEST(Check, NamesWhatIsNoDump) {
       {std::string("\0$\0d", 4), "UTF-16"},
       {std::string("\x7F\x45LF\0\0", 6), "a binary file"},
       {"", "declares no variable"},
-      {"hello\n", "declares no variable"},
-  };
+      {"hello\n", "declares no variable"}};
   for (const auto& [bytes, message] : rows) {
     for (const std::size_t chunk : {std::size_t{1}, std::string::npos}) {
       TextSource source(bytes, chunk);

@@ -1,6 +1,5 @@
 #include <clocale>
 #include <cstdlib>
-#include <sstream>
 
 #include "tests/support.h"
 
@@ -16,11 +15,7 @@ class FlatRun : public FreshState {
     std::string message = "-";
     const bool done = analyser.SetVCDFile(path, {"clk"}, message);
     EXPECT_EQ(done, message == "-") << message;
-    std::ostringstream text;
-    text << message << ":";
-    for (const auto& [name, frequency] : analyser.signalFreqs)
-      text << " " << name << "=" << frequency;
-    return text.str();
+    return message + ":" + TextOf(analyser.signalFreqs);
   }
 
   const TempDir dir;

@@ -44,10 +44,6 @@ std::vector<std::string> DamagesOf(const std::string& text) {
   return damages;
 }
 
-bool EndsALine(const std::string& text) {
-  return !text.empty() && text.back() == '\n';
-}
-
 TEST_F(HostileInput, LineReadersCountNoMoreThanLines) {
   for (const std::string& dump : kDumps) {
     for (const Reader reader : kReaders) {
@@ -55,7 +51,7 @@ TEST_F(HostileInput, LineReadersCountNoMoreThanLines) {
       long long before = 0;
       for (const std::string& cut : CutsOf(dump)) {
         const long long changes = ExpectSamePaths(reader, cut).changes;
-        if (!EndsALine(cut)) continue;
+        if (!cut.ends_with('\n')) continue;
         EXPECT_GE(changes, before) << cut;
         EXPECT_LE(changes - before, scopes) << cut << "\nfor one line";
         before = changes;

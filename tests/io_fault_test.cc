@@ -35,17 +35,13 @@ struct FaultyStream {
   }
 
   ssize_t Read(char* to, std::size_t bytes) {
-    if (interrupted && reads++ % 2 == 0) return Fail(EINTR);
-    if (at >= failsAt) return Fail(EIO);
+    const bool isInterrupted = interrupted && reads++ % 2 == 0;
+    errno = isInterrupted ? EINTR : EIO;
+    if (isInterrupted || at >= failsAt) return -1;
     if (at == text.size() && repeats > 0) at = from, --repeats;
     const std::size_t got = text.copy(to, std::min({bytes, most, failsAt - at}), at);
     at += got;
     return static_cast<ssize_t>(got);
-  }
-
-  static ssize_t Fail(int reason) {
-    errno = reason;
-    return -1;
   }
 
   std::size_t at = 0;
@@ -147,11 +143,10 @@ TEST_F(IoFault, TheActivityFileIsWholeOrAsItWas) {
 TEST_F(IoFault, LongTextsAreTakenAsFarAsLinesGo) {
   const std::string longText(1 << 20, 'n');
   for (const std::string& lines :
-       {"$var wire 1 ! " + longText + " $end\n", "$var wire 1 " + longText + " l $end\n",
-        longText + "\n" + std::string(1 << 20, ' ') + "\n"}) {
-    const std::string dump = "$scope module top $end\n" + lines +
-                             "$var wire 1 # s[0] $end\n$upscope $end\n$enddefinitions $end\n1" +
-                             longText + "\nb" + longText + " #\n1#\n";
+       {"$var wire 1 ! " + longText + " $end", "$var wire 1 " + longText + " l $end",
+        longText + "~" + std::string(1 << 20, ' ')}) {
+    const std::string dump = Dump("TOP~" + lines + "~$var wire 1 # s[0] $end~UP~END~1" + longText +
+                                  "~b" + longText + " #~1#~");
     for (const Reader reader : kReaders) {
       EXPECT_EQ(ExpectSamePaths(reader, dump).changes, 1) << lines.substr(0, 20);
     }

@@ -219,11 +219,6 @@ TEST_F(PreparedDumps, TakeATimeScaleAndATop) {
     EXPECT_LT(prepared.text.find("module d"), prepared.text.find("module c"));
     EXPECT_LT(prepared.text.find("module c"), prepared.text.find("module a $"));
   }
-  options.top = "e";
-  EXPECT_EQ(Prepare(two, options).remarks, ": has no scope e");
-  options = {};
-  options.begin = 1;
-  EXPECT_NE(Prepare(two, options).remarks.find("a window needs"), std::string::npos);
 }
 
 // What simulators' dumps say is counted apart by docs/make_dump_table.

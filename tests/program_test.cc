@@ -91,6 +91,7 @@ kesncd prepare flat.vcd -o /dev/null => 0 =>  => kesncd: flat.vcd: it has no tim
 kesncd prepare d.vcd --begin 1us => 1 =>  => kesncd: d.vcd: nothing lies in the window\n
 kesncd prepare d.vcd --begin 1.5 => 2 =>  => kesncd: .*1.5 is no time such as 1.5us or 10ps\n.*\n
 kesncd prepare d.vcd --begin 2ns --end 1ns => 2 =>  => kesncd: .*lies before --begin\n.*\n
+kesncd prepare flat.vcd --begin 1ns => 2 =>  => kesncd: flat.vcd: has no time scale, which a window needs; .*\n
 kesncd prepare d.vcd --top none => 1 =>  => kesncd: d.vcd: has no scope none\n
 kesncd prepare names => 2 =>  => kesncd: names: declares no variable; is it a VCD file\?\n
 kesncd prepare d.vcd > /dev/full => 3 =>  => kesncd: standard output: .*No space.*\n
@@ -128,16 +129,13 @@ TEST(Program, ReplacesAFileOnlyByACompleteOne) {
 
 /// The commands of a page's console blocks with what the page shows for each.
 std::vector<std::pair<std::string, std::string>> ConsoleBlocks(const std::string& page) {
+  std::vector<std::string> blocks = Cut(ReadAll(page), "```console\n$ ");
+  blocks.erase(blocks.begin());
   std::vector<std::pair<std::string, std::string>> shown;
-  std::istringstream lines(ReadAll(page));
-  bool inside = false;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.rfind("```", 0) == 0) {
-      inside = line == "```console";
-    } else if (inside && line.rfind("$ ", 0) == 0) {
-      shown.emplace_back(line.substr(2), "");
-    } else if (inside && !shown.empty()) {
-      shown.back().second += line + "\n";
+  for (const std::string& block : blocks) {
+    for (std::string command : Cut(Cut(block, "\n```")[0], "\n$ ")) {
+      const std::size_t end = (command += '\n').find('\n');
+      shown.emplace_back(command.substr(0, end), command.substr(end + 1));
     }
   }
   return shown;

@@ -2,10 +2,11 @@
 
 #include <unistd.h>
 
+#include <array>
+#include <charconv>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <regex>
 
 namespace orsa::kesncd {
@@ -33,6 +34,16 @@ std::string Times(int count, const std::string& text) {
   std::string all;
   for (int i = 0; i < count; ++i) all += text;
   return all;
+}
+
+std::string TextOf(const std::map<std::string, double>& frequencies) {
+  std::string text;
+  for (const auto& [name, mhz] : frequencies) {
+    std::array<char, 32> digits{};  // a stream would swallow a failing allocation
+    std::to_chars(digits.begin(), digits.end(), mhz, std::chars_format::general, 6);
+    text += " " + name + "=" + digits.data();
+  }
+  return text;
 }
 
 std::vector<std::string> Cut(const std::string& text, const std::string& separator) {

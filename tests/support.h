@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,9 @@ std::string Printed(Action action) {
 
 /// A text that many times.
 std::string Times(int count, const std::string& text);
+
+/// " name=MHz name=MHz ..."
+std::string TextOf(const std::map<std::string, double>& frequencies);
 
 /// The parts of a text between separators.
 std::vector<std::string> Cut(const std::string& text, const std::string& separator);
