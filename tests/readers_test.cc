@@ -81,7 +81,7 @@ TEST_F(Readers, TakeTheSameDumps) {
                 "$timescale\r~\t1 \tps\r~$end~TOP~\t$var  wire 1\t! c[0] $end\r~UP~END~ 1!\r")),
             "0.001ns top(c[0]=1)");
   // The unfiltered reader cuts lines sooner: here in front of a change and of an $end.
-  EXPECT_EQ(ReadAllWays(Dump("HEAD~" + std::string(1023, 'x') + "1!~")),
+  EXPECT_EQ(ReadAllWays(Dump("HEAD~x!~" + std::string(1023, 'x') + "1!~")),
             "top(clk=1 d[7:0]=0) FILTERED top(clk=0 d[7:0]=0) TREE top(clk=0 d[7:0]=0)");
   const std::string name = std::string(1005, 'n') + "[0]";
   EXPECT_EQ(ReadAllWays(Dump("SCALE~TOP~$var wire 1 ! " + name + " $end~UP~END~1!")),
@@ -120,7 +120,7 @@ TEST_F(Readers, KeepASpanWithOneNegativeBound) {
       if (inDump && stamp < 0) continue;  // no dump holds such a stamp
       startCycle = start;
       endCycle = end;
-      const TextStream dump(Dump("HEAD~#" + std::to_string(static_cast<int>(stamp)) + "~"));
+      const TextStream dump(Dump("HEAD~x!~#" + std::to_string(static_cast<int>(stamp)) + "~"));
       inDump ? (void)KesNCD().ParseVcdFileHier(dump, {}) : TakeStamp(stamp);
       EXPECT_EQ(std::pair(startCycle, endCycle), std::pair(newStart, newEnd)) << stamp;
     }
