@@ -10,14 +10,12 @@
 namespace orsa::kesncd {
 namespace {
 
-const std::string kScale = "$timescale\n1ns\n$end\n";
-const std::string kScope = "$scope module top $end\n";
-const std::string kVars =
-    "$var wire 1 ! a[0] $end\n$var wire 1 !! b[0] $end\n$var wire 1 0! c[0] $end\n"
-    "$var wire 1 1234 d[0] $end\n$var wire 1 long-code-1 e[0] $end\n$var wire 1 \xC3\xA4 f[0] "
-    "$end\n";
-const std::string kLate = "$var wire 1 ? g[0] $end\n";
-const std::string kEnd = "$upscope $end\n$enddefinitions $end\n";
+const std::string kScale = Dump("SCALE~");
+const std::string kScope = Dump("TOP~");
+const std::string kVars = Dump(
+    "$var wire 1 ! a[0] $end~$var wire 1 !! b[0] $end~$var wire 1 0! c[0] $end~"
+    "$var wire 1 1234 d[0] $end~$var wire 1 long-code-1 e[0] $end~$var wire 1 \xC3\xA4 f[0] $end~");
+const std::string kEnd = Dump("UP~END~");
 const std::string kHeader = kScale + kScope + kVars + kEnd;
 
 constexpr char kBytes[] = {'0', '1', 'b', 'x', '#', '$', '!', ' ', '\t', '\0', '\n'};
@@ -70,7 +68,7 @@ TEST_F(FastPath, LeavesTheOtherStatesAlone) {
                                     kScale + kScope + line + kVars + kEnd + body,
                                     kHeader + body + "$timescale\n" + line + body,
                                     kHeader + body + "$timescale\n1ps\n" + line + kScope + kVars +
-                                        kLate + "$enddefinitions $end\n" + body,
+                                        Dump("$var wire 1 ? g[0] $end~END~") + body,
                                     kHeader + "$dumpoff\n" + line + body + "$dumpon\n" + body}) {
       for (const Reader reader : kReaders) ExpectSamePaths(reader, dump);
     }

@@ -14,18 +14,16 @@ namespace {
 using HostileInput = FreshState;
 
 const std::string kDumps[] = {
-    "$date today $end\n$timescale\n10 ps\n$end\n$scope module top $end\n$var wire 1 ! clk $end\n"
-    "$var reg 8 long-code-1 d [7:0] $end\n$scope module u $end\n$var wire 1 ! q $end\n$upscope "
-    "$end\n"
-    "$upscope $end\n$enddefinitions $end\n#0\n$dumpvars\nx!\nb0 long-code-1\n$end\n#5\n1!\n"
-    "b101 long-code-1\n$dumpoff\n0!\n$dumpon\n#12\n0!\n",
-    "$timescale 1ns $end\r\n$scope module top $end\r\n$var real 64 0\" r[3] $end\r\n"
-    "$var wire 1 # s[0] $end\r\n$upscope $end\r\n$enddefinitions $end\r\n#1\r\nr1.5 0\"\r\n1#\r\n"
-    "#20 \r\n  z#\r\n0# \r\nr-1e9\t0\"\r\n#3",
-    "$comment one line for all $end $scope task t $end $var wire 1 a x[0] $end $upscope $end\n"
-    "$timescale\n1us\n$end\n$scope module top $end $scope module top $end\n$scope module top $end\n"
-    "$var wire 1 bb x [1] $end\n$upscope $end\n$enddefinitions $end\n"
-    "$dumpvars 0a b1 bb $end\n0a\nb1 bb\n#7\n0a\n#7\n$dumpall\n1a\n$end\n"};
+    Dump("$date today $end~$timescale~10 ps~$end~TOP~CLK~$var reg 8 long-code-1 d [7:0] $end~U~"
+         "$var wire 1 ! q $end~UP~UP~END~#0~$dumpvars~x!~b0 long-code-1~$end~#5~1!~"
+         "b101 long-code-1~$dumpoff~0!~$dumpon~#12~0!~"),
+    Dump("$timescale 1ns $end\r~$scope module top $end\r~$var real 64 0\" r[3] $end\r~"
+         "$var wire 1 # s[0] $end\r~$upscope $end\r~$enddefinitions $end\r~#1\r~r1.5 0\"\r~1#\r~"
+         "#20 \r~  z#\r~0# \r~r-1e9\t0\"\r~#3"),
+    Dump("$comment one line for all $end $scope task t $end $var wire 1 a x[0] $end $upscope $end~"
+         "$timescale~1us~$end~$scope module top $end $scope module top $end~TOP~"
+         "$var wire 1 bb x [1] $end~UP~END~$dumpvars 0a b1 bb $end~0a~b1 bb~#7~0a~#7~$dumpall~1a~"
+         "$end~")};
 const std::string kHostile("\0\1\t\n\r !\"#$-09[\x7f\xff", 16);
 
 /// All ways to cut a text off.
