@@ -140,18 +140,11 @@ TEST_F(AllocationFailure, IsSaidAndForgotten) {
   const std::pair<const char*, Work> works[] = {
       {"flat run",
        [&] {
-         (void)analyser.SetVCDFile(path, {"clk", "u/q"}, message);
-         return TextOf(analyser.signalFreqs);
+         return analyser.SetVCDFile(path, {"clk", "u/q"}, message), TextOf(analyser.signalFreqs);
        }},
       {"tree", [&] { return analyser.SetVCDFileHier(path, {}, message) ? Lookups() : ""; }},
       {"records",
-       [&] {
-         std::string text;
-         for (const KesSigFreq& record : analyser.CreateKesSigFreq(&data, 4.0, true)) {
-           text += record.name + std::to_string(record.freq) + " ";
-         }
-         return text;
-       }},
+       [&] { return std::to_string(analyser.CreateKesSigFreq(&data, 4.0, true).size()); }},
       {"unfiltered",
        [&] { return Stream([&](std::FILE* file) { return int{analyser.ParseVcdFile(file)}; }); }},
       {"grammar", [&] { return Stream(ParseVcdFile); }},

@@ -100,11 +100,8 @@ TEST(Look, FindsWhatPreparingMends) {
   const auto declare = [](const std::string& line) {
     return Dump("SCALE~TOP~CLK~BUS~" + line + "~UP~END~#0~");
   };
-  const struct {
-    std::string dump;
-    std::vector<FindingKind> lines;
-    std::vector<FindingKind> grammar;
-  } rows[] = {
+  using Kinds = std::vector<FindingKind>;
+  const std::tuple<std::string, Kinds, Kinds> rows[] = {
       {clean + body, {}, {}},
       {clean + body + "0! 1!\n", {}, {}},
       {clean + "0! 1!\n" + body, {ChangesInLine}, {ChangesInLine}},
@@ -122,18 +119,16 @@ TEST(Look, FindsWhatPreparingMends) {
       {declare("$var wire 2 lo0000000000 z $end") + body, {MisreadSpan}, {MisreadSpan}},
       // A word that stood in the place of a stamp's digits goes on behind one of seven digits.
       {"$comment letters9 $end\n" + clean + body, {MisreadSpan}, {MisreadSpan}},
-      {"$comment lettersx $end\n" + clean + body, {}, {}},
-  };
-  for (const auto& row : rows) {
+      {"$comment lettersx $end\n" + clean + body, {}, {}}};
+  for (const auto& [dump, lines, grammar] : rows) {
     for (const Reader reader : {Reader::Lines, Reader::Grammar}) {
-      TextSource source(row.dump, 10000);
+      TextSource source(dump, 10000);
       KeptSource kept(source);
-      std::vector<FindingKind> reasons;
+      Kinds reasons;
       for (const Finding& finding : LookAtDump(kept, "", reader).reasons) {
         reasons.push_back(finding.kind);
       }
-      EXPECT_EQ(reasons, reader == Reader::Lines ? row.lines : row.grammar)
-          << row.dump.substr(0, 300);
+      EXPECT_EQ(reasons, reader == Reader::Lines ? lines : grammar) << dump.substr(0, 300);
       EXPECT_LT(kept.TakeKept().size(), 600000U);
     }
   }
