@@ -47,21 +47,19 @@ std::string FlatFigures() {
   return text.str();
 }
 
+/// Adds to the scopes, signals and changes.
+void Count(const VmodHier& scope, std::int64_t (&figures)[3]) {
+  ++figures[0];
+  figures[1] += static_cast<std::int64_t>(scope.signals.size());
+  for (const auto& [code, signal] : scope.signals) figures[2] += signal.changes;
+  for (const VmodHier* child : scope.subMods) Count(*child, figures);
+}
+
 std::string TreeFigures(const VmodHier* root) {
-  std::int64_t scopes = 0;
-  std::int64_t signals = 0;
-  std::int64_t changes = 0;
-  std::vector<const VmodHier*> pending;
-  if (root != nullptr) pending.push_back(root);
-  while (!pending.empty()) {
-    const VmodHier* scope = pending.back();
-    pending.pop_back();
-    ++scopes;
-    signals += static_cast<std::int64_t>(scope->signals.size());
-    for (const auto& [code, signal] : scope->signals) changes += signal.changes;
-    pending.insert(pending.end(), scope->subMods.begin(), scope->subMods.end());
-  }
-  return std::to_string(scopes) + " " + std::to_string(signals) + " " + std::to_string(changes);
+  std::int64_t figures[3] = {0, 0, 0};
+  if (root != nullptr) Count(*root, figures);
+  return std::to_string(figures[0]) + " " + std::to_string(figures[1]) + " " +
+         std::to_string(figures[2]);
 }
 
 TEST_F(RealDumps, GiveTheirFigures) {
