@@ -89,10 +89,12 @@ TEST_F(Readers, TakeTheSameDumps) {
 }
 
 TEST_F(Readers, LeaveTheStreamBehindTheLastLineHandled) {
-  for (const Reader reader : kReaders) {
-    const TextStream stream("$timescale\nbad\n1 ns rest\n");
-    ReadDump(reader, stream);
-    EXPECT_EQ(std::ftell(stream), 15);
+  for (const std::string dump : {"$timescale~bad~12", "HEAD~1!~$timescale~bad~12"}) {
+    for (const Reader reader : kReaders) {
+      const TextStream stream(Dump(dump));
+      ReadDump(reader, stream);
+      EXPECT_EQ(std::ftell(stream) + 2, static_cast<long>(Dump(dump).size())) << dump;
+    }
   }
 }
 
