@@ -119,6 +119,7 @@ TEST(Look, FindsWhatPreparingMends) {
       {declare("$var wire 2 lo0000000000 z $end") + body, {MisreadSpan}, {MisreadSpan}},
       // A word that stood in the place of a stamp's digits goes on behind one of seven digits.
       {"$comment letters9 $end\n" + clean + body, {MisreadSpan}, {MisreadSpan}},
+      {"$comment letters9 $end\n" + clean, {}, {}},
       {"$comment lettersx $end\n" + clean + body, {}, {}}};
   for (const auto& [dump, lines, grammar] : rows) {
     for (const Reader reader : {Reader::Lines, Reader::Grammar}) {
