@@ -51,7 +51,7 @@ bool useChangeScanner = true;
 std::uint64_t MarkOddBytesPlainly(const char* bytes) {
   std::uint64_t marks = 0;
   for (int i = 0; i < 64; ++i) {
-    marks |= static_cast<std::uint64_t>(bytes[i] <= ' ' || bytes[i] > '~' || bytes[i] < 0) << i;
+    marks |= static_cast<std::uint64_t>(bytes[i] <= ' ' || (bytes[i] & 0x80) != 0) << i;
   }
   return marks;
 }
@@ -59,12 +59,11 @@ std::uint64_t MarkOddBytesPlainly(const char* bytes) {
 #ifdef __SSE2__
 std::uint64_t MarkOddBytes(const char* bytes) {
   const __m128i below = _mm_set1_epi8(' ');
-  const __m128i above = _mm_set1_epi8('~' + 1);
   std::uint64_t marks = 0;
   for (std::size_t at = 0; at < 64; at += sizeof(__m128i)) {
     const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
     // Signed comparisons: bytes from 128 on are negative, so not above a blank.
-    const __m128i plain = _mm_and_si128(_mm_cmpgt_epi8(part, below), _mm_cmplt_epi8(part, above));
+    const __m128i plain = _mm_cmpgt_epi8(part, below);
     const auto odd = static_cast<std::uint16_t>(~_mm_movemask_epi8(plain));
     marks |= static_cast<std::uint64_t>(odd) << at;
   }
@@ -104,17 +103,23 @@ void ChangeScanner::TakeLines(LineSource& source) {
   unsettled_ = 0;
 }
 
-/// Takes lines up to the first one that is not plain or has no end in the block, and returns its
-/// start.
+/// Takes lines up to the first one that is not plain, or may be too long for one, or has no end in
+/// the block, and returns its start.
 const char* ChangeScanner::Scan(const char* begin, const char* end) {
+  const bool counting = counting_;
   const char* line = begin;
   const char* blank = nullptr;  // the one blank of the line so far
   for (const char* chunk = begin; chunk < end; chunk += 64) {
+    if (static_cast<std::size_t>(chunk + 64 - line) >= tooLong_) return line;
     std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
     for (; marks != 0; marks &= marks - 1) {
       const char* const odd = chunk + std::countr_zero(marks);
       if (*odd == '\n') {
-        if (!TakeLine(line, blank, odd)) return line;
+        if (blank == nullptr && (*line | 1) == '1') {  // nearly always, and 0 and 1 alike
+          if (counting) counts_.CountPlain(line + 1, static_cast<std::size_t>(odd - line - 1));
+        } else if (!TakeOtherLine(line, blank, odd)) {
+          return line;
+        }
         line = odd + 1;
         blank = nullptr;
       } else if (*odd == ' ' && blank == nullptr) {
@@ -127,15 +132,11 @@ const char* ChangeScanner::Scan(const char* begin, const char* end) {
   return line;
 }
 
-/// Takes one line of printable characters but for a blank, if any; false when it is not plain.
-inline bool ChangeScanner::TakeLine(const char* line, const char* blank, const char* end) {
-  if (static_cast<std::size_t>(end - line) >= tooLong_) return false;
+/// Takes one line of plain characters, but for a blank if any, that is no scalar change to 0 or 1;
+/// false when it is not plain.
+inline bool ChangeScanner::TakeOtherLine(const char* line, const char* blank, const char* end) {
   if (blank != nullptr) return TakeChangeWithCode(line, blank, end);
   const char first = *line;
-  if ((first | 1) == '1') {  // nearly always, and 0 and 1 alike
-    if (counting_) counts_.CountPlain(line + 1, static_cast<std::size_t>(end - line - 1));
-    return true;
-  }
   if (first == '#') return TakeStampLine(line, end);
   return first == 'x' || first == 'X' || first == 'z' || first == 'Z' || first == '\n';
 }

@@ -21,8 +21,8 @@ namespace orsa::kesncd {
 /// Whether readers use the fast path. Tests switch it off to compare; nothing else does.
 extern bool useChangeScanner;
 
-/// Marks the bytes that are no printable ASCII ('!' to '~') among the 64 at `bytes`, the first one
-/// in the lowest bit.
+/// Marks the bytes that are not plain (above a blank, below 128) among the 64 at `bytes`, the first
+/// one in the lowest bit.
 std::uint64_t MarkOddBytes(const char* bytes);
 /// The same, byte by byte.
 std::uint64_t MarkOddBytesPlainly(const char* bytes);
@@ -39,7 +39,7 @@ class ChangeScanner {
 
  private:
   const char* Scan(const char* begin, const char* end);
-  bool TakeLine(const char* line, const char* blank, const char* end);
+  bool TakeOtherLine(const char* line, const char* blank, const char* end);
   bool TakeChangeWithCode(const char* line, const char* blank, const char* end);
   bool TakeStampLine(const char* line, const char* end);
   void StoreCode(const char* code, std::size_t length);

@@ -31,8 +31,8 @@ std::uint64_t Salt() {
          0xD6E8FEB86659FD93U;
 }
 
-bool IsPrintable(std::string_view code) {
-  return std::all_of(code.begin(), code.end(), [](char c) { return c > ' ' && c <= '~'; });
+bool IsPlain(std::string_view code) {
+  return std::all_of(code.begin(), code.end(), [](char c) { return c > ' ' && (c & 0x80) == 0; });
 }
 
 }  // namespace
@@ -46,7 +46,7 @@ CodeCounts::CodeCounts()
 CodeCounts::ShortCode::ShortCode(std::string_view code) {
   std::copy(code.begin(), code.end(), bytes.begin());
   packed = Load(bytes.data(), code.size());
-  isDirect = code.size() <= kLongestDirect && IsPrintable(code);
+  isDirect = code.size() <= kLongestDirect && IsPlain(code);
   if (isDirect) index = DirectIndex(bytes.data(), code.size());
 }
 

@@ -38,7 +38,7 @@ class CodeCounts {
   void Fetch(std::string_view code) const;
   /// Adds one change to a code; nothing for a code without a counter.
   void Count(std::string_view code);
-  /// The same for a code whose characters are all printable ASCII ('!' to '~').
+  /// The same for a code of plain characters only: above a blank, below 128.
   void CountPlain(const char* code, std::size_t length);
   /// The changes of a code since they were last taken, 2147483647 at most.
   std::uint32_t Get(std::string_view code);
@@ -71,14 +71,12 @@ class CodeCounts {
   template <class T>
   using Zeroed = std::unique_ptr<T[], Release>;
 
-  static constexpr std::size_t kDigits = 95;  // '!' to '~', and none
 #ifdef KESNCD_SMALL_BLOCKS
   static constexpr std::size_t kLongestDirect = 2;
-  static constexpr std::size_t kDirect = kDigits * kDigits;
 #else
   static constexpr std::size_t kLongestDirect = 3;
-  static constexpr std::size_t kDirect = kDigits * kDigits * kDigits;
 #endif
+  static constexpr std::size_t kDirect = std::size_t{1} << (8 * kLongestDirect - 1);
   static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
 
   /// A code of up to eight bytes, as it is looked up.
@@ -97,8 +95,8 @@ class CodeCounts {
   std::uint32_t* Find(std::string_view code);
   void Grow();
 
-  // Counters of codes of up to three printable characters, also of those that were not added: a
-  // change is counted first and asked for later. Pages that no code touches take no memory.
+  // Counters of codes of up to three plain characters, also of those that were not added: a change
+  // is counted first and asked for later. Pages that no code touches take no memory.
   Zeroed<std::uint32_t> direct_;
   Zeroed<bool> added_;
   const std::uint64_t salt_;  // nobody who writes a dump knows where its codes fall
@@ -116,16 +114,15 @@ inline std::uint64_t CodeCounts::Load(const char* code, std::size_t length) {
   return length < kLongestPacked ? bytes & ((std::uint64_t{1} << 8 * length) - 1) : bytes;
 }
 
-/// The place of a code of up to three printable characters: they are the digits of a number, the
-/// first counting least, as simulators number their codes. Four bytes are read.
+/// The place of a code of up to three plain characters: its bytes as a number, the first one lowest,
+/// as simulators number their codes. Gathering the places closer would cost each change more than
+/// the gaps between them do. Four bytes are read.
 inline std::size_t CodeCounts::DirectIndex(const char* code, std::size_t length) {
   static constexpr std::uint32_t kMasks[] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
   std::uint32_t bytes = 0;
   std::memcpy(&bytes, code, sizeof bytes);
   if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
-  // What lies behind the code may borrow, but only from what lies behind it too.
-  const std::uint32_t digits = (bytes - 0x20202020U) & kMasks[length];
-  return (digits & 0xFF) + kDigits * (digits >> 8 & 0xFF) + kDigits * kDigits * (digits >> 16);
+  return bytes & kMasks[length];
 }
 
 /// Where the search for a packed code starts.
