@@ -52,7 +52,6 @@ class ChangeScanner {
   std::size_t tooLong_ = 0;      // lines of this many characters are not plain
   std::uint64_t unsettled_ = 0;  // bytes scanned since the counters were settled
   char* codeSlot_ = nullptr;     // where the code of a line of two words goes, if anywhere
-  bool counting_ = false;
   bool spanOpen_ = false;
   std::string_view stamp_;  // the last stamp's digits, not yet converted
 };
