@@ -115,7 +115,8 @@ TEST_F(IoFault, TheActivityFileIsWholeOrAsItWas) {
     EXPECT_TRUE(analyser.SetVCDFile(dump, {}, message)) << "the frequencies are good";
     EXPECT_EQ(analyser.signalFreqs.size(), 1U);
   };
-  dir.Write("d.vcd.txt", "earlier");
+  constexpr auto kPrivate = std::filesystem::perms{0600};
+  std::filesystem::permissions(dir.Write("d.vcd.txt", "earlier"), kPrivate);
   rlimit limit{};
   getrlimit(RLIMIT_FSIZE, &limit);
   const rlimit full{20, limit.rlim_max};  // no file grows beyond: as on a full disk
@@ -127,6 +128,7 @@ TEST_F(IoFault, TheActivityFileIsWholeOrAsItWas) {
   EXPECT_EQ(ReadAll(dir.Path("d.vcd.txt")), "earlier");
   run();
   EXPECT_EQ(ReadAll(dir.Path("d.vcd.txt")), written);
+  EXPECT_EQ(std::filesystem::status(dir.Path("d.vcd.txt")).permissions(), kPrivate);
   std::filesystem::rename(dir.Path("d.vcd.txt"), dir.Path("elsewhere"));
   std::filesystem::create_symlink("elsewhere", dir.Path("d.vcd.txt"));
   run();
