@@ -162,7 +162,7 @@ const Row kRows[] = {
          kTwo + "$comment 1! #7 $dumpoff $end #0\n1!\n$version 1! $end\n#2 $comment\n\n$end 0!\n",
      "0..2 @1 a.x=2 a.y[1:0]=0"},
     {"an open comment at the end", std::string(kTwo) + "#0\n1!\n#1\n$comment 0!\n#2\n",
-     "0..1 @1 a.x=1 a.y[1:0]=0", "1 section has no \\$end.*line 12\\)\n"},
+     "0..1 @1 a.x=1 a.y[1:0]=0", "section without \\$end, .*: 1 .*line 12\\)\n"},
     {"several tops, empty ones, one opened again, other kinds, late variables, one without a scope",
      "$timescale 1s $end $scope package p $end $upscope $end $scope module a $end $scope fork u "
      "$end "
@@ -172,7 +172,7 @@ const Row kRows[] = {
      "$enddefinitions $end #1 1! 1! 1# 0# 1# 1% 1& 1' 0'\n#4",
      "1..4 @1000000000 all_scopes.o=1 all_scopes/a.x=3 all_scopes/a.z=1 all_scopes/a/u.q=2 "
      "all_scopes/a/u.r=2 all_scopes/s.f=2",
-     "1 \\$upscope close no scope.*\n"},
+     "\\$upscope with no scope open: 1 .*\n"},
     {"several names of a code in a scope, in several scopes, a repeated declaration",
      "$timescale 1fs $end $scope module a $end $var wire 1 ! x $end $var wire 1 ! y $end $var wire "
      "1 "
@@ -190,7 +190,7 @@ const Row kRows[] = {
     {"values of VHDL, reals, strings",
      std::string(kTwo) + "#0 H! L! h! l! U! X! W! -! Z! bHLUXWZ- # r-1.5e+3 # shello # sx ! #1",
      "0..1 @1 a.x=4 a.y[1:0]=2",
-     "2 changes to strings.*\n4 changes to H or L now .*line 9: H!\\)\n5 of 11 changes .*\n"},
+     "changes to strings.*: 2 .*\nchanges to H or L.*: 4 .*line 9: H!\\)\n5 of 11 changes .*\n"},
     {"a port dump",
      "$timescale 1 ns $end $scope module a.u $end $var port 1 <0 d $end $var port [3:0] <1 q $end "
      "$var port [ 1 : 0 ] <2 r[1:0] $end $upscope $end $enddefinitions $end #0 $dumpports pX 6 6 "
@@ -208,20 +208,20 @@ const Row kRows[] = {
      std::string(kTwo) +
          "0!\n#0010\n1!\n#1000\n0!\n#20.75\n1!\n#-5\n#\n#1e3\n#99999999999999999999\n#7\n",
      "10..7 @1 a.x=4 a.y[1:0]=0",
-     "2 time stamps go back in time\n4 words are not understood.*#-5\\)\n1 time stamps lose .*\n"},
+     "time stamps that go back in time: 2\nwords that are not .*: 4 .*#-5\\)\ntime stamps that lose .*: 1 .*\n"},
     {"codes as long as names and as short as values",
      "$timescale 100ns $end $scope module a $end $var wire 1 12345678 x $end $var wire 1 123456789 "
      "y "
      "$end $var wire 2 #1 z $end $var wire 1 $end w $end $var wire 1 b v $end $upscope $end "
      "$enddefinitions $end #0 112345678 0123456789 b1 #1 1b #1 b0 #1 0b b1 #3 q1 1?",
      "0..3 @100 a.v=2 a.x=1 a.y=1 a.z=2",
-     "1 declarations without .*\n2 changes are of codes .*\n1 words are .*q1\\)\n"},
+     "declarations without .*: 1 .*\nchanges of codes .*: 2 .*\nwords .*: 1 .*q1\\)\n"},
     {"values longer than a line and than a block",
      std::string(kTwo) + "#0\nb" + std::string(5000, '1') + " #\n1!\nb" + std::string(700000, '0') +
          " #\n#1\n",
-     "0..1 @1 a.x=1 a.y[1:0]=2", "2 values are cut .*\n"},
+     "0..1 @1 a.x=1 a.y[1:0]=2", "values cut .*: 2 .*\n"},
     {"the dump is cut in a value, or in the header", std::string(kTwo) + "#0\n1!\n#8\nb1",
-     "0..8 @1 a.x=1 a.y[1:0]=0", "1 value at the end has no code.*\n"},
+     "0..8 @1 a.x=1 a.y[1:0]=0", "value without a code .*: 1 .*\n"},
     {"nothing behind the header", std::string(kTwo).substr(0, 62), "-1..-1 @1 a.x=0",
      "it ends inside .*\nit has no time stamp.*\n"},
     {"no time scale, no span", std::string(kTwo).substr(19) + "#3\n1!\n",
@@ -233,7 +233,7 @@ const Row kRows[] = {
      "$timescale 1.5 NS $end" + std::string(kTwo).substr(19) + "#3\n#4",
      "3..4 @1.5 a.x=0 a.y[1:0]=0"},
     {"variables declared too late", std::string(kTwo) + "#0\n$var wire 1 & l $end\n1&\n1!\n#1\n",
-     "0..1 @1 a.x=1 a.y[1:0]=0", "1 declarations stand behind .*\n1 changes are of codes .*\n"},
+     "0..1 @1 a.x=1 a.y[1:0]=0", "declarations behind .*: 1 .*\nchanges of codes .*: 1 .*\n"},
 };
 
 using PreparedDumps = FreshState;

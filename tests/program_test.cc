@@ -124,7 +124,7 @@ TEST(Program, EndsAsItSays) {
        "finding,count,of,line,example,remedy\r\nno time scale: all (.|\r|\n)*", ""},
       {"check d.vcd --format json", 1,
        "\\{\n  \"dump\": \"d.vcd\",\n  \"timescale_ns\": 1.0,(.|\n)*\"span_ns\": 30.0,(.|\n)*"
-       "\"modules\": \"tb, tb/u1\",(.|\n)*",
+       "\"modules\": \\[\"tb\",\"tb/u1\"\\],(.|\n)*",
        ""},
       {"check no.vcd", 2, "", "kesncd: no.vcd: .*\n"},
       {"--help > /dev/full", 3, "", "kesncd: standard output: cannot write\n"},
