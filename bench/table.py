@@ -9,6 +9,7 @@ between them, so that a noisy machine slows both.
 import json
 import os
 import platform
+import resource
 import subprocess
 import sys
 import tempfile
@@ -41,6 +42,16 @@ class Bench:
                 best[way] = min(best[way], float(output(f"{self.programs}/measure", way, path, "1")))
         return best
 
+    def wc_seconds(self, path):
+        """The processor time of wc -l, the best of several runs."""
+        times = []
+        for _ in range(ROUNDS):
+            before = resource.getrusage(resource.RUSAGE_CHILDREN)
+            output("wc", "-l", path)
+            after = resource.getrusage(resource.RUSAGE_CHILDREN)
+            times.append(after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime)
+        return min(times)
+
     def peak(self, path, megabytes=None):
         """Peak memory in KiB of a hierarchical reading through a pipe."""
         cut = f"head -c {megabytes}000000 {path}" if megabytes else f"cat {path}"
@@ -62,6 +73,13 @@ def reading(bench, name, path, goal, yardstick="lines", ways=("flat", "tree")):
         row(f"{name}: {way} / {yardstick}", ratio(best, yardstick, way), goal)
 
 
+def yardsticks(bench, name, path):
+    best = bench.seconds(path, "lines", "newlines")
+    times = {"lines": best["lines"], "newlines": best["newlines"], "wc -l": bench.wc_seconds(path)}
+    row(f"yardsticks on {name}",
+        ", ".join(f"{yardstick} {1000 * time:.0f} ms" for yardstick, time in times.items()), "")
+
+
 def lookups(bench):
     report = json.loads(output(f"{bench.programs}/parts", "--benchmark_format=json",
                                "--benchmark_filter=SearchInVain|BuildPowerTable"))
@@ -80,6 +98,7 @@ def main():
     more = sys.argv[3] if len(sys.argv) > 3 else ""
     print(f"{platform.machine()}, {os.cpu_count()} cores, {sys.argv[2]} MB a dump, ratios of throughput\n")
     print("| work | reached | to reach |\n|---|---|---|")
+    yardsticks(bench, "many short changes", bench.dump("short"))
     reading(bench, "many short changes", bench.dump("short"), "1.8")
     reading(bench, "wide vectors", bench.dump("vectors"), "1.0", "newlines")
     reading(bench, "200,000 signals in 5,000 scopes", bench.dump("tree"), "1.5", ways=("tree",))

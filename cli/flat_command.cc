@@ -35,7 +35,7 @@ constexpr char kHelp[] =
 
 std::string ChosenTop(const DumpInput& input, const FlatOptions& options) {
   if (!options.top.empty()) return options.top;
-  const std::string top = input.ProposedTop();
+  std::string top = input.ProposedTop();
   Say(input.name(), "top module is " + top + "; --top chooses another");
   return top;
 }

@@ -38,7 +38,7 @@ bool SlotWatch::MayMislead(std::uint64_t lastStamp, std::size_t longestCode) con
   for (; digits < shared_.size(); ++digits) {
     const std::string text = std::string(digits, '1') + shared_.substr(digits);
     double ticks = 0;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), ticks).ptr;
+    const char* const end = std::from_chars(text.data(), text.data() + text.size(), ticks).ptr;
     if (end != text.data() + digits) return true;
   }
   return false;

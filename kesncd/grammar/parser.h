@@ -30,20 +30,17 @@ class Parser {
       const ParserState& state = StateAt(state_);
       if (state.looksAhead) {
         if (yychar == kNoToken) yychar = yylex();
-        if (yychar == kWord && state.item.count > 0 && top_ + 1 < kDeepest) {
+        if (TakesItem(state)) {
           TakeItem(state.item);
           continue;
         }
         const int next = ShiftOf(state, yychar);
-        if (next == kAccept) return true;
         if (next != kNoState) {
-          if (!Shift(next)) return false;
+          if (next == kAccept || !Shift(next)) return next == kAccept;
           continue;
         }
       }
-      const Reduction reduction = state.reduction;
-      const bool goesOn = reduction.rule == kNoRule ? Recover() : Reduce(reduction);
-      if (!goesOn) return false;
+      if (!ReduceOrRecover(state.reduction)) return false;
     }
   }
 
@@ -57,6 +54,13 @@ class Parser {
   }
   static int ShiftOf(const ParserState& state, int token) {
     return state.shifts[static_cast<std::size_t>(ColumnOf(token))];
+  }
+
+  bool TakesItem(const ParserState& state) const {
+    return yychar == kWord && state.item.count > 0 && top_ + 1 < kDeepest;
+  }
+  bool ReduceOrRecover(const Reduction& reduction) {
+    return reduction.rule == kNoRule ? Recover() : Reduce(reduction);
   }
 
   /// Makes an entry the top of both stacks.

@@ -21,8 +21,8 @@ namespace orsa::kesncd {
 /// Whether readers use the fast path. Tests switch it off to compare; nothing else does.
 extern bool useChangeScanner;
 
-/// Marks the bytes that are no printable ASCII ('!' to '~') among the 64 at `bytes`, the first one
-/// in the lowest bit.
+/// Marks the bytes that are not plain (above a blank, below 128) among the 64 at `bytes`, the first
+/// one in the lowest bit.
 std::uint64_t MarkOddBytes(const char* bytes);
 /// The same, byte by byte.
 std::uint64_t MarkOddBytesPlainly(const char* bytes);
@@ -39,7 +39,7 @@ class ChangeScanner {
 
  private:
   const char* Scan(const char* begin, const char* end);
-  bool TakeLine(const char* line, const char* blank, const char* end);
+  bool TakeOtherLine(const char* line, const char* blank, const char* end);
   bool TakeChangeWithCode(const char* line, const char* blank, const char* end);
   bool TakeStampLine(const char* line, const char* end);
   void StoreCode(const char* code, std::size_t length);
@@ -52,7 +52,6 @@ class ChangeScanner {
   std::size_t tooLong_ = 0;      // lines of this many characters are not plain
   std::uint64_t unsettled_ = 0;  // bytes scanned since the counters were settled
   char* codeSlot_ = nullptr;     // where the code of a line of two words goes, if anywhere
-  bool counting_ = false;
   bool spanOpen_ = false;
   std::string_view stamp_;  // the last stamp's digits, not yet converted
 };

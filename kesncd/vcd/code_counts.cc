@@ -12,13 +12,6 @@ namespace orsa::kesncd {
 
 namespace {
 
-template <class T>
-T* ZeroedArray(std::size_t size) {
-  auto* array = static_cast<T*>(std::calloc(size, sizeof(T)));
-  if (array == nullptr) throw std::bad_alloc();
-  return array;
-}
-
 bool HoldsNul(std::string_view code) {
   return code.find('\0') != std::string_view::npos;
 }
@@ -31,23 +24,35 @@ std::uint64_t Salt() {
          0xD6E8FEB86659FD93U;
 }
 
-bool IsPrintable(std::string_view code) {
-  return std::all_of(code.begin(), code.end(), [](char c) { return c > ' ' && c <= '~'; });
+bool IsPlain(std::string_view code) {
+  return std::all_of(code.begin(), code.end(), [](char c) { return c > ' ' && (c & 0x80) == 0; });
 }
 
 }  // namespace
 
-CodeCounts::CodeCounts()
-    : direct_(ZeroedArray<std::uint32_t>(kDirect)),
-      added_(ZeroedArray<bool>(kDirect)),
-      salt_(Salt()),
-      table_(64) {}
+CodeCounts::CodeCounts() : salt_(Salt()), table_(64) {
+  ReservePlaces(kLongestDirect - 1);
+}
 
 CodeCounts::ShortCode::ShortCode(std::string_view code) {
   std::copy(code.begin(), code.end(), bytes.begin());
   packed = Load(bytes.data(), code.size());
-  isDirect = code.size() <= kLongestDirect && IsPrintable(code);
-  if (isDirect) index = DirectIndex(bytes.data(), code.size());
+  isDirect = code.size() <= kLongestDirect && IsPlain(code);
+  if (isDirect) place = DirectPlace(bytes.data(), code.size());
+}
+
+/// Makes places for codes of up to `longest` characters, unless there are.
+void CodeCounts::ReservePlaces(std::size_t longest) {
+  const std::size_t places = Places(longest);
+  if (places <= places_) return;
+  const std::size_t words = places + places / 32;
+  std::unique_ptr<std::uint32_t[], Release> more(
+      static_cast<std::uint32_t*>(std::calloc(words, sizeof(std::uint32_t))));
+  if (more == nullptr) throw std::bad_alloc();
+  std::copy_n(direct_.get(), places_, more.get());
+  std::copy_n(direct_.get() + places_, places_ / 32, more.get() + places);
+  direct_ = std::move(more);
+  places_ = places;
 }
 
 /// The counter of a code that was added; null for others.
@@ -57,7 +62,11 @@ std::uint32_t* CodeCounts::Find(std::string_view code) {
     return found == longCodes_.end() ? nullptr : &found->second;
   }
   const ShortCode sought(code);
-  if (sought.isDirect) return added_[sought.index] ? &direct_[sought.index] : nullptr;
+  if (sought.isDirect) {
+    if (sought.place >= places_) return nullptr;
+    const bool isAdded = (AddedWord(sought.place) & AddedBit(sought.place)) != 0;
+    return isAdded ? &direct_[sought.place] : nullptr;
+  }
   Slot& slot = SlotOf(sought.packed);
   return slot.key != 0 ? &slot.count : nullptr;
 }
@@ -84,8 +93,9 @@ void CodeCounts::Add(std::string_view code) {
   }
   const ShortCode added(code);
   if (added.isDirect) {
-    added_[added.index] = true;
-    direct_[added.index] = 0;  // changes before the declaration count nothing
+    ReservePlaces(std::max(code.size(), std::size_t{1}));
+    AddedWord(added.place) |= AddedBit(added.place);
+    direct_[added.place] = 0;  // changes before the declaration count nothing
     return;
   }
   if (2 * ++packedCodes_ > table_.size()) Grow();
@@ -95,6 +105,13 @@ void CodeCounts::Add(std::string_view code) {
 void CodeCounts::Count(std::string_view code) {
   std::uint32_t* const count = Find(code);
   if (count != nullptr && *count < kMostCounted) ++*count;
+}
+
+/// Counts a plain code that is too long to index the table of short ones.
+void CodeCounts::CountLonger(const char* code, std::size_t length) {
+  if (length > kLongestPacked) return Count({code, length});
+  Slot& slot = SlotOf(Load(code, length));
+  if (slot.key != 0) ++slot.count;
 }
 
 std::uint32_t CodeCounts::Get(std::string_view code) {
@@ -109,9 +126,7 @@ std::uint32_t CodeCounts::Take(std::string_view code) {
 }
 
 void CodeCounts::Settle() {
-  for (std::size_t i = 0; i < kDirect; ++i) {
-    if (direct_[i] > kMostCounted) direct_[i] = kMostCounted;
-  }
+  for (std::size_t i = 0; i < places_; ++i) direct_[i] = std::min(direct_[i], kMostCounted);
   for (Slot& slot : table_) slot.count = std::min(slot.count, kMostCounted);
 }
 

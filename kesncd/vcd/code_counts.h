@@ -38,7 +38,7 @@ class CodeCounts {
   void Fetch(std::string_view code) const;
   /// Adds one change to a code; nothing for a code without a counter.
   void Count(std::string_view code);
-  /// The same for a code whose characters are all printable ASCII ('!' to '~').
+  /// The same for a code of plain characters only: above a blank, below 128.
   void CountPlain(const char* code, std::size_t length);
   /// The changes of a code since they were last taken, 2147483647 at most.
   std::uint32_t Get(std::string_view code);
@@ -68,17 +68,16 @@ class CodeCounts {
   struct Release {
     void operator()(void* memory) const { std::free(memory); }
   };
-  template <class T>
-  using Zeroed = std::unique_ptr<T[], Release>;
 
-  static constexpr std::size_t kDigits = 95;  // '!' to '~', and none
 #ifdef KESNCD_SMALL_BLOCKS
   static constexpr std::size_t kLongestDirect = 2;
-  static constexpr std::size_t kDirect = kDigits * kDigits;
 #else
   static constexpr std::size_t kLongestDirect = 3;
-  static constexpr std::size_t kDirect = kDigits * kDigits * kDigits;
 #endif
+  // Places for codes of up to `longest` plain characters.
+  static constexpr std::size_t Places(std::size_t longest) {
+    return std::size_t{1} << (8 * longest - 1);
+  }
   static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
 
   /// A code of up to eight bytes, as it is looked up.
@@ -87,20 +86,30 @@ class CodeCounts {
     std::array<char, kReadAhead> bytes{};
     std::uint64_t packed = 0;
     bool isDirect = false;
-    std::size_t index = 0;  // in the direct table
+    std::size_t place = 0;  // in the direct table
   };
 
   static std::uint64_t Load(const char* code, std::size_t length);
-  static std::size_t DirectIndex(const char* code, std::size_t length);
+  static std::size_t DirectPlace(const char* code, std::size_t length);
   std::size_t StartOf(std::uint64_t key) const;
   Slot& SlotOf(std::uint64_t key);
+  void CountLonger(const char* code, std::size_t length);
   std::uint32_t* Find(std::string_view code);
+  void ReservePlaces(std::size_t longest);
+  /// The word that holds whether the code of a place was added, and its bit in there.
+  std::uint32_t& AddedWord(std::size_t place) const {
+    return direct_[places_ + place / 32];
+  }
+  static std::uint32_t AddedBit(std::size_t place) {
+    return std::uint32_t{1} << place % 32;
+  }
   void Grow();
 
-  // Counters of codes of up to three printable characters, also of those that were not added: a
-  // change is counted first and asked for later. Pages that no code touches take no memory.
-  Zeroed<std::uint32_t> direct_;
-  Zeroed<bool> added_;
+  // Codes of up to three plain characters, also those that were not added: a change is counted
+  // first and asked for later. There are places for the longest of them only once one is added, and
+  // then pages that no code touches take no memory.
+  std::unique_ptr<std::uint32_t[], Release> direct_;
+  std::size_t places_ = 0;
   const std::uint64_t salt_;  // nobody who writes a dump knows where its codes fall
   std::vector<Slot> table_;   // open addressing, a power of two, at most half full
   std::size_t packedCodes_ = 0;
@@ -116,16 +125,15 @@ inline std::uint64_t CodeCounts::Load(const char* code, std::size_t length) {
   return length < kLongestPacked ? bytes & ((std::uint64_t{1} << 8 * length) - 1) : bytes;
 }
 
-/// The place of a code of up to three printable characters: they are the digits of a number, the
-/// first counting least, as simulators number their codes. Four bytes are read.
-inline std::size_t CodeCounts::DirectIndex(const char* code, std::size_t length) {
+/// The place of a code of up to three plain characters: its bytes as a number, the first one
+/// lowest, as simulators number their codes. Gathering the places closer would cost each change
+/// more than the gaps between them do. Four bytes are read.
+inline std::size_t CodeCounts::DirectPlace(const char* code, std::size_t length) {
   static constexpr std::uint32_t kMasks[] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
   std::uint32_t bytes = 0;
   std::memcpy(&bytes, code, sizeof bytes);
   if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
-  // What lies behind the code may borrow, but only from what lies behind it too.
-  const std::uint32_t digits = (bytes - 0x20202020U) & kMasks[length];
-  return (digits & 0xFF) + kDigits * (digits >> 8 & 0xFF) + kDigits * kDigits * (digits >> 16);
+  return bytes & kMasks[length];
 }
 
 /// Where the search for a packed code starts.
@@ -144,13 +152,12 @@ inline CodeCounts::Slot& CodeCounts::SlotOf(std::uint64_t key) {
 }
 
 inline void CodeCounts::CountPlain(const char* code, std::size_t length) {
-  if (length <= kLongestDirect) {
-    ++direct_[DirectIndex(code, length)];
-  } else if (length <= kLongestPacked) {
-    Slot& slot = SlotOf(Load(code, length));
-    if (slot.key != 0) ++slot.count;
+  if (length <= kLongestDirect) [[likely]] {
+    const std::size_t place = DirectPlace(code, length);
+    if (place < places_) [[likely]]
+      ++direct_[place];
   } else {
-    Count({code, length});
+    CountLonger(code, length);
   }
 }
 
