@@ -155,7 +155,7 @@ TEST(Check, NamesWhatIsNoDump) {
                    "ELF\0\0",
                    6),
        "a binary file"},
-      {"", "declares no variable"},
+      {"", "is empty"},
       {"hello\n", "declares no variable"},
   };
   for (const auto& row : rows) {

@@ -172,7 +172,7 @@ const Row kRows[] = {
      "$enddefinitions $end #1 1! 1! 1# 0# 1# 1% 1& 1' 0'\n#4",
      "1..4 @1000000000 all_scopes.o=1 all_scopes/a.x=3 all_scopes/a.z=1 all_scopes/a/u.q=2 "
      "all_scopes/a/u.r=2 all_scopes/s.f=2",
-     "\\$upscope with no scope open: 1 .*\n"},
+     "\\$upscope with no scope open: 1 .*\nit has several .* all_scopes\n"},
     {"several names of a code in a scope, in several scopes, a repeated declaration",
      "$timescale 1fs $end $scope module a $end $var wire 1 ! x $end $var wire 1 ! y $end $var wire "
      "1 "
@@ -256,6 +256,8 @@ TEST_F(PreparedDumps, ReadAsTheDumpSays) {
 
 TEST_F(PreparedDumps, GiveNamesToWhatHasNone) {
   const Prepared prepared = Prepare(kRows[7].dump);
+  EXPECT_NE(prepared.remarks.find("names that were missing, too long or keywords"),
+            std::string::npos);
   const std::string header = prepared.text.substr(0, prepared.text.find("$upscope"));
   EXPECT_EQ(header,
             "$timescale\n1ns\n$end\n$scope module unnamed_1 $end\n$var wire 1 A unnamed_2 $end\n"
@@ -328,7 +330,7 @@ TEST_F(PreparedDumps, TakeATimeScaleAndATop) {
   for (const char* top : {"d", "b/d"}) {
     options.top = top;
     const Prepared prepared = Prepare(two, options);
-    EXPECT_EQ(prepared.remarks, "");
+    EXPECT_EQ(prepared.remarks, "it has several top-level scopes, which now stand in all_scopes\n");
     EXPECT_EQ(TreeText(prepared.text).substr(0, 9), "1..3 @0.1");
     EXPECT_LT(prepared.text.find("module d"), prepared.text.find("module c"));
     EXPECT_LT(prepared.text.find("module c"), prepared.text.find("module a $"));
