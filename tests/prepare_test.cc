@@ -208,7 +208,8 @@ const Row kRows[] = {
      std::string(kTwo) +
          "0!\n#0010\n1!\n#1000\n0!\n#20.75\n1!\n#-5\n#\n#1e3\n#99999999999999999999\n#7\n",
      "10..7 @1 a.x=4 a.y[1:0]=0",
-     "time stamps that go back in time: 2\nwords that are not .*: 4 .*#-5\\)\ntime stamps that lose .*: 1 .*\n"},
+     "time stamps that go back in time: 2\nwords that are not .*: 4 .*#-5\\)\ntime stamps that "
+     "lose .*: 1 .*\n"},
     {"codes as long as names and as short as values",
      "$timescale 100ns $end $scope module a $end $var wire 1 12345678 x $end $var wire 1 123456789 "
      "y "
