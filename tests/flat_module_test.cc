@@ -31,18 +31,16 @@ class FlatModule : public FreshState {
 };
 
 TEST_F(FlatModule, TurnsCountsIntoFrequencies) {
-  const double rows[][4] = {
-      // changes, span, scale, MHz
-      {1, 1000, 1, 0},
-      {2, 1000, 1, 0.5},
-      {3, 100, 1, 10},
-      {3, 1000, 0.001, 1000},
-      {3, 0, 1, 0},
-      {3, 1000, 0, 0},
-      {3, -1000, 1, -1},
-      {0, 1000, 1, 0},
-      {2147483647, 1, 1, 1000 / (1 / (2147483646 * 0.5))},
-  };
+  // changes, span, scale, MHz
+  const double rows[][4] = {{1, 1000, 1, 0},
+                            {2, 1000, 1, 0.5},
+                            {3, 100, 1, 10},
+                            {3, 1000, 0.001, 1000},
+                            {3, 0, 1, 0},
+                            {3, 1000, 0, 0},
+                            {3, -1000, 1, -1},
+                            {0, 1000, 1, 0},
+                            {2147483647, 1, 1, 1000 / (1 / (2147483646 * 0.5))}};
   for (const auto& [changes, span, scale, megahertz] : rows) {
     timeScale = scale;
     EXPECT_EQ(ToggleFrequency(static_cast<int>(changes), span), megahertz)
@@ -76,7 +74,7 @@ TEST_F(FlatModule, RemovesSignals) {
 
 TEST_F(FlatModule, StopsCountingAtTheLargestCount) {
   int count = 2147483645;
-  for (const std::uint32_t changes : {1U, 1U, 1U, 4294967295U}) AddToCount(count, changes);
+  for (const std::uint32_t changes : {1U, 1U, 5U, 4294967295U}) AddToCount(count, changes);
   EXPECT_EQ(count, 2147483647);
 }
 

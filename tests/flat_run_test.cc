@@ -1,19 +1,10 @@
 #include <clocale>
 #include <cstdlib>
-#include <sstream>
 
 #include "tests/support.h"
 
 namespace orsa::kesncd {
 namespace {
-
-std::string Dump(const std::string& variables, const std::string& body,
-                 const std::string& scale = "1ns") {
-  return "$timescale\n" + scale + "\n$end\n$scope module top $end\n" + variables +
-         "$upscope $end\n$enddefinitions $end\n" + body;
-}
-
-const std::string kClk = "$var wire 1 ! clk $end\n";
 
 class FlatRun : public FreshState {
  protected:
@@ -24,11 +15,7 @@ class FlatRun : public FreshState {
     std::string message = "-";
     const bool done = analyser.SetVCDFile(path, {"clk"}, message);
     EXPECT_EQ(done, message == "-") << message;
-    std::ostringstream text;
-    text << message << ":";
-    for (const auto& [name, frequency] : analyser.signalFreqs)
-      text << " " << name << "=" << frequency;
-    return text.str();
+    return message + ":" + TextOf(analyser.signalFreqs);
   }
 
   const TempDir dir;
@@ -44,11 +31,11 @@ TEST_F(FlatRun, RewritesNamesAndExpandsRanges) {
       "b[4:4] => b_4=1;addr[5] => addr_5=1;m[1][2] => m_1=1;m[1 [2:0] => m_0=1 m_1=1;"
       "odd]x[3] => odd=1;d[x:] => d_0=1;d[ : => d_0=1;a:b[1] => a:b_0=1 a:b_1=1;"
       "d[4294967297:0] => d_0=1 d_1=1;d[1:0:9] => d_0=1 d_1=1;"
-      "d [1:0] $end\n$var wire 1 # d[0] => d_0=1 d_1=1;"
-      "m[0] $end\n$var wire 1 # d[0] $end\n$var wire 1 % d [1:0] => d_0=0 d_1=1 m_0=1";
+      "d [1:0] $end~$var wire 1 # d[0] => d_0=1 d_1=1;"
+      "m[0] $end~$var wire 1 # d[0] $end~$var wire 1 % d [1:0] => d_0=0 d_1=1 m_0=1";
   for (const auto& row : Rows(table, ";")) {
-    const std::string body = "#0\n1!\n1!\n1!\nb1 %\nb1 %\nb1 %\n#1000\n";
-    EXPECT_EQ(Run(dir.Write("d.vcd", Dump("$var wire 1 ! " + row[0] + " $end\n", body))),
+    const std::string body = " $end~UP~END~#0~1!~1!~1!~b1 %~b1 %~b1 %~#1000~";
+    EXPECT_EQ(Run(dir.Write("d.vcd", Dump("SCALE~TOP~$var wire 1 ! " + row[0] + body))),
               "-: " + row[1]);
     ResetReaderState();
     analyser.SetTopModule("top");
@@ -56,11 +43,11 @@ TEST_F(FlatRun, RewritesNamesAndExpandsRanges) {
 }
 
 TEST_F(FlatRun, ReportsFailuresAndKeepsTheMap) {
-  const std::string good = dir.Write("good.vcd", Dump(kClk, "#0\n1!\n"));
-  const std::string wide = dir.Write(
-      "wide.vcd", Dump("$var wire 1 ! a[16777215:0] $end\n$var wire 1 ! b[1:1] $end\n", ""));
+  const std::string good = dir.Write("good.vcd", Dump("SCALE~TOP~CLK~UP~END~#0~1!~"));
+  const std::string wide =
+      dir.Write("wide.vcd", Dump("TOP~$var wire 1 ! a[16777215:0] $end~$var wire 1 ! b[1:1] $end"));
   const std::string huge =
-      dir.Write("huge.vcd", Dump("$var wire 1 ! a[2147483647:-2147483648] $end\n", ""));
+      dir.Write("huge.vcd", Dump("TOP~$var wire 1 ! a[2147483647:-2147483648] $end"));
   const std::string other = dir.Write("other.vcd", "$scope module tap $end\n");
   const std::string rows[][2] = {
       {"", "ERROR: VCD file is not set.:"},
@@ -76,7 +63,8 @@ TEST_F(FlatRun, ReportsFailuresAndKeepsTheMap) {
 
 TEST_F(FlatRun, WritesTheActivityFileAfresh) {
   const std::string dump = dir.Write(
-      "d.vcd", Dump("$var wire 2 ! d [1:0] $end\n$var wire 1 # c $end\n", "#0\n1!\n1!\n#250\n"));
+      "d.vcd",
+      Dump("SCALE~TOP~$var wire 2 ! d [1:0] $end~$var wire 1 # c $end~UP~END~#0~1!~1!~#250~"));
   for (int run = 0; run < 2; ++run) {
     EXPECT_EQ(Run(dump), "-: d_0=2 d_1=2");
     EXPECT_EQ(ReadAll(dump + ".txt"), "module | top\nsignal | d[1:0] | 2.000000\n");
@@ -89,11 +77,12 @@ TEST_F(FlatRun, WritesTheActivityFileAfresh) {
 }
 
 TEST_F(FlatRun, StartsFromWhatTheLastRunLeft) {
-  EXPECT_EQ(Run(dir.Write("a.vcd", Dump(kClk, "#0\n1!\n#10\n#500\n$dumpoff\n"))), "-: clk=0");
+  EXPECT_EQ(Run(dir.Write("a.vcd", Dump("SCALE~TOP~CLK~UP~END~#0~1!~#10~#500~$dumpoff~"))),
+            "-: clk=0");
   EXPECT_EQ(recording, 0);
   const KesNCD another;  // does not start afresh
   analyser.SetTopModule("top");
-  EXPECT_EQ(Run(dir.Write("b.vcd", Dump(kClk, "#100\n1!\n$dumpon\n1!\n1!\n#200\n").substr(19))),
+  EXPECT_EQ(Run(dir.Write("b.vcd", Dump("TOP~CLK~UP~END~#100~1!~$dumpon~1!~1!~#200~"))),
             "-: clk=2.5");
   EXPECT_EQ(startCycle, 0);
 }
@@ -104,7 +93,8 @@ TEST_F(FlatRun, IgnoresTheHostsLocale) {
   if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) {
     GTEST_SKIP() << "no locale with a decimal comma (package locales)";
   }
-  const std::string dump = dir.Write("d.vcd", Dump(kClk, "#0\n1!\n1!\n#100\n", "1.5 ns"));
+  const std::string dump =
+      dir.Write("d.vcd", Dump("$timescale~1.5 ns~$end~TOP~CLK~UP~END~#0~1!~1!~#100~"));
   EXPECT_EQ(Run(dump), "-: clk=3.33333");
   EXPECT_EQ(ReadAll(dump + ".txt"), "module | top\nsignal | clk | 3.333333\n");
   EXPECT_EQ(Printed([] { topMod.PrintModSimple(); }), "name=top\n  clk  freq: 3.33333\n");

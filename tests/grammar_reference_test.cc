@@ -2,7 +2,6 @@
 // the same files, reduce in the same order, and read their look-aheads at the same points.
 #include <algorithm>
 #include <cstdlib>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -43,11 +42,6 @@ namespace {
 constexpr ParseTables kTables = BuildTables(kGrammar);
 const char* const kAlphabet[] = {"w ",    "$dumpall ", "$dumpvars ",  "$dumpon ",  "$dumpoff ",
                                  "$end ", "$scope ",   "$timescale ", "$upscope ", "$var "};
-const char* const kDeclarations[] = {"$scope w w $end ",     "$timescale w $end ",
-                                     "$timescale w w $end ", "$upscope $end ",
-                                     "$var w w w w $end ",   "$var w w w w w $end "};
-const char* const kDumps[] = {"w ", "$dumpall w w $end ", "$dumpvars $end ", "$dumpon w $end ",
-                              "$dumpoff w w w $end "};
 
 struct Logger {
   static void Reduce(const Reduction& reduction, const YYSTYPE* values) {
@@ -97,31 +91,13 @@ int CompareAll(const std::string& tokens, int length) {
   return compared;
 }
 
-class GrammarReference : public FreshState {
- protected:
-  GrammarReference() { testing::internal::CaptureStderr(); }
-  ~GrammarReference() override { testing::internal::GetCapturedStderr(); }
-};
+using GrammarReference = FreshState;
 
+// No rule nests, so the stack of a long file is that of a short one: no more is to be compared.
 TEST_F(GrammarReference, AgreesOnEveryShortFile) {
+  testing::internal::CaptureStderr();
   EXPECT_EQ(CompareAll("", 8), 60231);
-}
-
-TEST_F(GrammarReference, AgreesOnLongFiles) {
-  std::mt19937 random(20240229);
-  int accepted = 0;
-  for (int file = 0; file < 5000; ++file) {
-    std::string tokens;
-    for (auto count = random() % 8; count > 0; --count) tokens += kDeclarations[random() % 6];
-    for (auto count = random() % 8; count > 0; --count) tokens += kDumps[random() % 5];
-    if (file % 2 == 0) {  // one token too many, behind some other one or in front
-      const std::size_t place = tokens.find(' ', random() % (tokens.size() + 1)) + 1;
-      tokens.insert(place, kAlphabet[random() % 10]);
-    }
-    accepted += Compare(tokens) && yynerrs == 0 ? 1 : 0;
-  }
-  EXPECT_GT(accepted, 2500);
-  EXPECT_LT(accepted, 4000);
+  testing::internal::GetCapturedStderr();
 }
 
 }  // namespace

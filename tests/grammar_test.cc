@@ -200,9 +200,7 @@ TEST_F(Grammar, TakesNoMemoryForAChange) {
     ResetReaderState();
     KesNCD analyser;
     analyser.SetTopModule("top");
-    std::string dump = kHeader;
-    for (int change = 0; change < (i == 2 ? 1000 : 1); ++change) dump += "0! b01 \" #7\n";
-    const TextStream stream(dump);
+    const TextStream stream(kHeader + Times(i == 2 ? 1000 : 1, "0! b01 \" #7\n"));
     const long before = allocations.made;
     EXPECT_EQ(ParseVcdFile(stream), 0);
     made[i] = allocations.made - before;
@@ -229,8 +227,7 @@ TEST_F(Grammar, ParserRecoversAndBoundsItsStack) {
   constexpr Rule kAmbiguous[] = {
       {kStart, {kFile}}, {kFile, {}}, {kFile, {kWord}}, {kFile, {kFile, kWord}}};
   static_assert(BuildTables(kAmbiguous).conflicts > 0);
-  std::string scopes;
-  for (int i = 0; i < 148; ++i) scopes += "$scope ";
+  const std::string scopes = Times(148, "$scope ");
   // Whether it is accepted, the count of errors, the messages.
   const std::string rows =
       "$var a $end => 1 0 \n$var $end $var a $end => 1 1 $end 1\n"

@@ -29,19 +29,17 @@ TEST_F(Header, ConvertsTimeScales) {
 
 TEST_F(Header, ProposesTheTopModule) {
   const char* const rows[][2] = {
-      {"$scope module tb $end\n$scope module dut $end\n$var wire 1 ! clk $end\n", "dut"},
-      {"$scope module tb $end\n$var wire 1 ! clk $end\n$scope module dut $end\n", "tb"},
-      {"$scope module tb $end\n$upscope $end\n#1\nb0 !\n$scope module b $end\n", "b"},
-      {"$date a b c d\n$scope task t $end\n$scope module tb stop\n$scope task t $end\n"
-       "$scope module dut $end\n",
-       "tb"},
-      {"$scope module top\n$SCOPE module top $end\n", ""}};
+      {"TOP~U~CLK", "u"},
+      {"TOP~CLK~U", "top"},
+      {"TOP~UP~#1~b0 !~U~", "u"},
+      {"$date a b c d~$scope task t $end~$scope module tb stop~$scope task t $end~U", "tb"},
+      {"$scope module top~$SCOPE module top $end", ""}};
   const TempDir dir;
   std::string top;
   std::string message = "untouched";
   for (const auto& [dump, expected] : rows) {
     top = "before";
-    EXPECT_TRUE(KesNCD().GetTopModuleNameInVCD(dir.Write("d.vcd", dump), top, message));
+    EXPECT_TRUE(KesNCD().GetTopModuleNameInVCD(dir.Write("d.vcd", Dump(dump)), top, message));
     EXPECT_EQ(top + " " + message, std::string(expected) + " untouched");
   }
   EXPECT_FALSE(KesNCD().GetTopModuleNameInVCD("no/such.vcd", top = "before", message));

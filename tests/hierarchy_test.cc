@@ -40,13 +40,12 @@ TEST_F(Hierarchy, CountsInTheFirstNodeOfAWalkAndClears) {
   EXPECT_TRUE(root.name.empty() && root.subMods.empty() && root.parent == &root);
 }
 
-const char kDump[] =
-    "$timescale\n1ns\n$end\n$scope module tb $end\n$var wire 1 ! clk $end\n"
-    "$scope module u1 $end\n$var wire 1 # q $end\n$var wire 1 $ rst $end\n$upscope $end\n"
-    "$scope module u2[1:0] $end\n$var wire 1 % hidden $end\n$scope module in $end\n"
-    "$var wire 4 & cnt [3:0] $end\n$var wire 1 ' q $end\n$upscope $end\n$upscope $end\n"
-    "$upscope $end\n$scope module other $end\n$var wire 1 ( apart $end\n$upscope $end\n"
-    "$enddefinitions $end\n#0\n1!\n1!\n1!\n1$\n1#\n1#\n1%\n1%\nb1 &\nb1 &\nb1 &\n1(\n1(\n#1000\n";
+const std::string kDump = Dump(
+    "SCALE~$scope module tb $end~CLK~$scope module u1 $end~$var wire 1 # q $end~"
+    "$var wire 1 $ rst $end~UP~$scope module u2[1:0] $end~$var wire 1 % hidden $end~"
+    "$scope module in $end~$var wire 4 & cnt [3:0] $end~$var wire 1 # q $end~UP~UP~UP~"
+    "$scope module other $end~$var wire 1 ( apart $end~UP~END~"
+    "#0~1!~1!~1!~1$~1#~1#~1%~1%~b1 &~b1 &~b1 &~1(~1(~#1000~");
 
 TEST_F(Hierarchy, FindsSignalsByTheirDesignNames) {
   const TempDir dir;
@@ -80,6 +79,7 @@ TEST_F(Hierarchy, FindsSignalsByTheirDesignNames) {
                      {"clk", 7}, {"q", 0.5}, {"rst", 0}, {"hidden", 0.5}, {"cnt[3:0]", 1}}));
   for (const char* code : {"&", "none"}) analyser.IncreaseChangeForSymbol(code);
   EXPECT_EQ(analyser.codeIndex["&"][0]->signals["&"].changes, 4);
+  EXPECT_EQ(analyser.codeIndex["#"][0]->name, "u1") << "in the order of their declarations";
 }
 
 TEST_F(Hierarchy, RunReportsAndKeepsTheTreeUntilItReads) {
@@ -88,10 +88,10 @@ TEST_F(Hierarchy, RunReportsAndKeepsTheTreeUntilItReads) {
   const std::string empty = dir.Write("empty.vcd", "#1\n");
   KesNCD analyser;
   const std::string rows[][2] = {{empty, "ERROR : Not match top module name. 0"},
-                                 {good, "- 7 tb"},
-                                 {"", "ERROR: VCD file is not set. 7 tb"},
-                                 {"a.vcd", "ERROR: Cannot open 'a.vcd'to read. 7 tb"},
-                                 {good, "- 7 tb"},
+                                 {good, "- 6 tb"},
+                                 {"", "ERROR: VCD file is not set. 6 tb"},
+                                 {"a.vcd", "ERROR: Cannot open 'a.vcd'to read. 6 tb"},
+                                 {good, "- 6 tb"},
                                  {empty, "- 0"}};
   for (const auto& [path, expected] : rows) {
     std::string message = "-";
@@ -103,22 +103,16 @@ TEST_F(Hierarchy, RunReportsAndKeepsTheTreeUntilItReads) {
 }
 
 TEST_F(Hierarchy, ReadsAMillionScopes) {
+  constexpr int kMany = 1000000;
   const std::string root = "$scope module root $end\n";
   const std::string open = "$scope module m $end\n";
-  const std::string close = "$upscope $end\n";
-  std::string nested = root;
-  std::string siblings = root;
-  std::string unlinked = root + "$var wire 1 ? x $end\n" + close;
-  for (int i = 0; i < 1000000; ++i) {
-    nested += open;
-    siblings += open + close;
-    unlinked += open + close;
-  }
-  for (const std::string& scopes : {nested, siblings + open, unlinked + open}) {
+  const std::string siblings = Times(kMany, open + "$upscope $end\n") + open;
+  const std::string unlinked = root + "$var wire 1 ? x $end\n$upscope $end\n" + siblings;
+  for (const std::string& scopes : {root + Times(kMany, open), root + siblings, unlinked}) {
     KesNCD analyser;
     const TextStream stream(scopes + "$var wire 1 ! deep $end\n$enddefinitions $end\n1!\n");
     ASSERT_TRUE(analyser.ParseVcdFileHier(stream, {}));
-    const std::string found = scopes.size() > unlinked.size() ? "x" : "deep";
+    const std::string found = scopes == unlinked ? "x" : "deep";
     double frequency = -1;
     EXPECT_TRUE(analyser.hierRoot->FindSignalFreqHier("root", found, frequency, true));
     EXPECT_EQ(analyser.hierRoot->IncreaseChangeForSymbol("!"), found == "deep");

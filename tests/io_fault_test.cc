@@ -15,9 +15,7 @@
 namespace orsa::kesncd {
 namespace {
 
-const std::string kDump =
-    "$timescale\n1ns\n$end\n$scope module t $end\n$var wire 1 ! c[0] $end\n$upscope $end\n"
-    "$enddefinitions $end\n#0\n1!\n0!\n#10\n1!\n";
+const std::string kDump = Dump("SCALE~TOP~$var wire 1 ! c[0] $end~UP~END~#0~1!~0!~#10~1!~");
 
 /// A stream that hands out `text` a few bytes at a time, with faults between them.
 struct FaultyStream {
@@ -37,17 +35,13 @@ struct FaultyStream {
   }
 
   ssize_t Read(char* to, std::size_t bytes) {
-    if (interrupted && reads++ % 2 == 0) return Fail(EINTR);
-    if (at >= failsAt) return Fail(EIO);
+    const bool isInterrupted = interrupted && reads++ % 2 == 0;
+    errno = isInterrupted ? EINTR : EIO;
+    if (isInterrupted || at >= failsAt) return -1;
     if (at == text.size() && repeats > 0) at = from, --repeats;
     const std::size_t got = text.copy(to, std::min({bytes, most, failsAt - at}), at);
     at += got;
     return static_cast<ssize_t>(got);
-  }
-
-  static ssize_t Fail(int reason) {
-    errno = reason;
-    return -1;
   }
 
   std::size_t at = 0;
@@ -66,7 +60,7 @@ using IoFault = FreshState;
 TEST_F(IoFault, ShortAndInterruptedReadsLoseNothing) {
   for (const Reader reader : kAllReaders) {
     const std::string expected = ReadFaulty(reader, {kDump, kDump.size()}).text;
-    EXPECT_NE(expected.find(" 1 0 10 1"), std::string::npos) << expected;
+    EXPECT_NE(expected.find("0-10 top(c[0]=3)"), std::string::npos) << expected;
     for (std::size_t most = 1; most < 9; ++most) {
       for (int way = 0; way < 4; ++way) {
         const Reading reading = ReadFaulty(reader, {kDump, most, way % 2 == 0}, way < 2);
@@ -95,7 +89,7 @@ TEST_F(IoFault, AReadErrorIsTheEndAndIsSaid) {
 TEST_F(IoFault, UnreadableFilesFailTheRuns) {
   const TempDir dir;
   KesNCD analyser;
-  analyser.SetTopModule("t");
+  analyser.SetTopModule("top");
   std::string message;
   ASSERT_TRUE(analyser.SetVCDFile(dir.Write("d.vcd", kDump), {}, message));
   analyser.clockFreqs = {{"old", 1.0}};
@@ -113,15 +107,16 @@ TEST_F(IoFault, UnreadableFilesFailTheRuns) {
 TEST_F(IoFault, TheActivityFileIsWholeOrAsItWas) {
   const TempDir dir;
   const std::string dump = dir.Write("d.vcd", kDump);
-  const std::string written = "module | t\nsignal | c[0] | 100.000000\n";
+  const std::string written = "module | top\nsignal | c[0] | 100.000000\n";
   const auto run = [&] {
     std::string message;
     KesNCD analyser;
-    analyser.SetTopModule("t");
+    analyser.SetTopModule("top");
     EXPECT_TRUE(analyser.SetVCDFile(dump, {}, message)) << "the frequencies are good";
     EXPECT_EQ(analyser.signalFreqs.size(), 1U);
   };
-  dir.Write("d.vcd.txt", "earlier");
+  constexpr auto kPrivate = std::filesystem::perms{0600};
+  std::filesystem::permissions(dir.Write("d.vcd.txt", "earlier"), kPrivate);
   rlimit limit{};
   getrlimit(RLIMIT_FSIZE, &limit);
   const rlimit full{20, limit.rlim_max};  // no file grows beyond: as on a full disk
@@ -133,6 +128,7 @@ TEST_F(IoFault, TheActivityFileIsWholeOrAsItWas) {
   EXPECT_EQ(ReadAll(dir.Path("d.vcd.txt")), "earlier");
   run();
   EXPECT_EQ(ReadAll(dir.Path("d.vcd.txt")), written);
+  EXPECT_EQ(std::filesystem::status(dir.Path("d.vcd.txt")).permissions(), kPrivate);
   std::filesystem::rename(dir.Path("d.vcd.txt"), dir.Path("elsewhere"));
   std::filesystem::create_symlink("elsewhere", dir.Path("d.vcd.txt"));
   run();
@@ -149,11 +145,10 @@ TEST_F(IoFault, TheActivityFileIsWholeOrAsItWas) {
 TEST_F(IoFault, LongTextsAreTakenAsFarAsLinesGo) {
   const std::string longText(1 << 20, 'n');
   for (const std::string& lines :
-       {"$var wire 1 ! " + longText + " $end\n", "$var wire 1 " + longText + " l $end\n",
-        longText + "\n" + std::string(1 << 20, ' ') + "\n"}) {
-    const std::string dump = "$scope module t $end\n" + lines +
-                             "$var wire 1 # s[0] $end\n$upscope $end\n$enddefinitions $end\n1" +
-                             longText + "\nb" + longText + " #\n1#\n";
+       {"$var wire 1 ! " + longText + " $end", "$var wire 1 " + longText + " l $end",
+        longText + "~" + std::string(1 << 20, ' ')}) {
+    const std::string dump = Dump("TOP~" + lines + "~$var wire 1 # s[0] $end~UP~END~1" + longText +
+                                  "~b" + longText + " #~1#~");
     for (const Reader reader : kReaders) {
       EXPECT_EQ(ExpectSamePaths(reader, dump).changes, 1) << lines.substr(0, 20);
     }
@@ -163,8 +158,7 @@ TEST_F(IoFault, LongTextsAreTakenAsFarAsLinesGo) {
 // Two billion changes, 6.4 GB, in each reader: only where it is asked for.
 TEST_F(IoFault, CountsStopAtTheirLimitHoweverLongTheDump) {
   if (std::getenv("KESNCD_LONG_TESTS") == nullptr) GTEST_SKIP() << "KESNCD_LONG_TESTS is not set";
-  std::string block;
-  for (int i = 0; i < 1 << 20; ++i) block += "1!\n";
+  const std::string block = Times(1 << 20, "1!\n");
   rusage before{}, after{};
   for (const Reader reader : kReaders) {
     const std::string header = kDump.substr(0, kDump.find("#0"));
@@ -180,10 +174,11 @@ TEST_F(IoFault, CountsStopAtTheirLimitHoweverLongTheDump) {
   // As many bits as the ranges of a run may have.
   const TempDir dir;
   KesNCD analyser;
-  analyser.SetTopModule("t");
+  analyser.SetTopModule("top");
   std::string message;
   EXPECT_TRUE(analyser.SetVCDFile(
-      dir.Write("d.vcd", "$scope module t $end\n$var wire 1 ! a[16777215:0] $end\n"), {}, message));
+      dir.Write("d.vcd", "$scope module top $end\n$var wire 1 ! a[16777215:0] $end\n"), {},
+      message));
   EXPECT_EQ(analyser.signalFreqs.size(), 16777216U);
 }
 

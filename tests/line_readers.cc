@@ -7,37 +7,62 @@
 
 namespace orsa::kesncd {
 
+namespace {
+
+/// Whether recording is off; the scale and the span where they are not 1 and unknown.
+std::string State() {
+  std::ostringstream text;
+  if (recording == 0) text << "off ";
+  if (timeScale != 1) text << timeScale << "ns ";
+  if (startCycle != -1 || endCycle != -1) text << startCycle << "-" << endCycle << " ";
+  return text.str();
+}
+
+/// Scopes with their signals: "top(clk=1 d[7:0]=0 u(x=0))".
+void Describe(const VmodHier& scope, std::ostream& out) {
+  out << scope.name << "(";
+  const char* blank = "";
+  for (const auto& [code, signal] : scope.signals) {
+    out << std::exchange(blank, " ") << signal.name << "=" << signal.changes;
+  }
+  for (const VmodHier* child : scope.subMods) {
+    Describe(*child, out << std::exchange(blank, " "));
+  }
+  out << ")";
+}
+
+/// The tree, and behind it the scopes that hang nowhere.
+void Describe(const KesNCD& analyser, std::ostream& out) {
+  if (analyser.hierRoot != nullptr) Describe(*analyser.hierRoot, out);
+  std::set<const VmodHier*> shown{analyser.hierRoot};
+  for (const auto& [code, scopes] : analyser.codeIndex) {
+    for (const VmodHier* scope : scopes) {
+      if (scope->parent == nullptr && shown.insert(scope).second) Describe(*scope, out << " +");
+    }
+  }
+}
+
+}  // namespace
+
 Reading ReadDump(Reader reader, std::FILE* stream, bool fast) {
   ResetReaderState();
   useChangeScanner = fast;
   KesNCD analyser;
-  analyser.SetTopModule("t");
+  analyser.SetTopModule("top");
   Reading reading;
-  std::ostringstream text;
-  switch (reader) {
-    case Reader::Unfiltered:
-      reading.complete = analyser.ParseVcdFile(stream);
-      break;
-    case Reader::Filtered:
-      analyser.ParseVcdFile2(stream, {});
-      break;
-    case Reader::Hierarchical:
-      reading.complete = analyser.ParseVcdFileHier(stream, {});
-      for (const auto& [code, scopes] : analyser.codeIndex) {
-        for (VmodHier* scope : scopes) {
-          text << code << scope->signals[code].changes << " ";
-          reading.changes += scope->signals[code].changes;
-        }
-      }
-      break;
-    case Reader::Grammar:
-      reading.complete = ParseVcdFile(stream) == 0;
-      break;
-  }
+  if (reader == Reader::Unfiltered) reading.complete = analyser.ParseVcdFile(stream);
+  if (reader == Reader::Filtered) analyser.ParseVcdFile2(stream, {"clk", "u/q"});
+  if (reader == Reader::Hierarchical) reading.complete = analyser.ParseVcdFileHier(stream, {});
+  if (reader == Reader::Grammar) reading.complete = ParseVcdFile(stream) == 0;
   useChangeScanner = true;
+  for (const auto& [code, scopes] : analyser.codeIndex) {
+    for (VmodHier* scope : scopes) reading.changes += scope->signals[code].changes;
+  }
   for (int i = 0; i < topMod.GetSignalSize(); ++i) reading.changes += topMod.GetSignalChange(i);
-  text << TopModCounts() << " " << timeScale << " " << startCycle << " " << endCycle << " "
-       << recording;
+  std::ostringstream text;
+  text << State();
+  if (!topMod.GetName().empty()) text << topMod.GetName() << "(" << TopModCounts() << ")";
+  Describe(analyser, text);
   reading.text = text.str();
   return reading;
 }
@@ -48,7 +73,7 @@ Reading ExpectSamePaths(Reader reader, const std::string& dump) {
   for (const bool fast : {false, true}) {
     const TextStream stream(dump);
     readings[fast] = ReadDump(reader, stream, fast);
-    ends[fast] = readings[fast].text + (readings[fast].complete ? " " : " gave up ") +
+    ends[fast] = readings[fast].text + (readings[fast].complete ? " at " : " gave up at ") +
                  std::to_string(std::ftell(stream));
   }
   EXPECT_EQ(ends[true], ends[false]) << "reader " << static_cast<int>(reader) << "\n"

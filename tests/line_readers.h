@@ -18,9 +18,10 @@ inline constexpr int kShare = 11;  // a sanitizer makes each reading ten times a
 inline constexpr int kShare = 1;
 #endif
 
-/// What a reader makes of a stream, from fresh reader state with the top module "t".
+/// What a reader makes of a stream, from fresh reader state with the top module "top". The filtered
+/// one takes "clk" and "u/q".
 struct Reading {
-  std::string text;       ///< counts, scale, span, recording
+  std::string text;       ///< "0.1ns 0-500 top(clk=1 u(q=0))"
   bool complete = true;   ///< as far as the reader says
   long long changes = 0;  ///< all counts together
 };

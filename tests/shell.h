@@ -6,7 +6,10 @@
 
 #include <array>
 #include <cstdio>
+#include <regex>
 #include <string>
+
+#include "tests/support.h"
 
 namespace orsa::kesncd {
 
@@ -27,6 +30,19 @@ inline Outcome Shell(const std::string& folder, const std::string& command) {
   }
   outcome.status = WEXITSTATUS(pclose(pipe));
   return outcome;
+}
+
+/// Runs the commands of a table: each with its status and, where they are not empty, regular
+/// expressions for standard output and standard error.
+inline void ExpectRuns(const TempDir& dir, const std::string& table) {
+  for (std::vector<std::string> row : Rows(table)) {
+    row.resize(4);
+    const Outcome run = Shell(dir.Path("."), "(" + row[0] + ") 2>errors");
+    EXPECT_EQ(std::to_string(run.status), row[1]) << row[0];
+    EXPECT_TRUE(std::regex_match(run.out, std::regex(row[2]))) << row[0] << "\n" << run.out;
+    const std::string errors = ReadAll(dir.Path("errors"));
+    EXPECT_TRUE(std::regex_match(errors, std::regex(row[3]))) << row[0] << "\n" << errors;
+  }
 }
 
 }  // namespace orsa::kesncd

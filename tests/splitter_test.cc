@@ -22,12 +22,6 @@ std::string Pieces(Mem& mem, const std::string& text) {
   return Joined(slots, count);
 }
 
-std::string Times(int count, const char* text) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
-}
-
 TEST(Splitter, CutsLinesIntoWordsAndPieces) {
   const char* const rows[][3] = {{"", " \n", "0"},
                                  {" \t\r\n", " \n\r\t", "0"},
@@ -49,20 +43,16 @@ TEST(Splitter, CutsLinesIntoWordsAndPieces) {
 }
 
 TEST(Splitter, GrowsAsItsFieldsSay) {
-  const struct {
-    const char* why;
-    std::string line;
-    int slotCount, slotLength;
-  } rows[] = {{"31 words", Times(31, "w "), 32, 256},
-              {"exactly 32 words double already", Times(32, "w "), 64, 256},
-              {"a line of 300", std::string(300, 'x'), 32, 300},
-              {"both", Times(200, "w "), 256, 400}};
-  for (const auto& row : rows) {
+  // Exactly 32 words double the count already.
+  const std::tuple<std::string, int, int> rows[] = {{Times(31, "w "), 32, 256},
+                                                    {Times(32, "w "), 64, 256},
+                                                    {std::string(300, 'x'), 32, 300},
+                                                    {Times(200, "w "), 256, 400}};
+  for (const auto& [line, slotCount, slotLength] : rows) {
     Mem mem;
-    Tokens(mem, row.line);
+    Tokens(mem, line);
     Tokens(mem, "short");  // what has grown stays
-    EXPECT_EQ(std::pair(mem.slotCount, mem.slotLength), std::pair(row.slotCount, row.slotLength))
-        << row.why;
+    EXPECT_EQ(std::pair(mem.slotCount, mem.slotLength), std::pair(slotCount, slotLength)) << line;
   }
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -48,10 +49,21 @@ std::string Printed(Action action) {
   return testing::internal::GetCapturedStdout();
 }
 
+/// A text that many times.
+std::string Times(int count, const std::string& text);
+
+/// " name=MHz name=MHz ..."
+std::string TextOf(const std::map<std::string, double>& frequencies);
+
 /// The parts of a text between separators.
 std::vector<std::string> Cut(const std::string& text, const std::string& separator);
 
-/// The rows of a table, each a left and a right side with " => " between.
+/// A dump from its lines, which are parted by "~". Words in capitals stand for lines that many
+/// dumps have: SCALE, TOP, U, CLK, QU, BUS, UP, END, and HEAD for all of a header.
+std::string Dump(const std::string& lines);
+
+/// The rows of a table and their columns, which " => " parts. A line that begins with four blanks
+/// continues the row above.
 std::vector<std::vector<std::string>> Rows(const std::string& table,
                                            const std::string& separator = "\n");
 

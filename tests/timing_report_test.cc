@@ -1,6 +1,5 @@
 // Timing reports and the clocks that the two readers find in them, as "name=MHz ...".
 #include <chrono>
-#include <sstream>
 
 #include "tests/support.h"
 
@@ -44,10 +43,8 @@ class TimingReport : public FreshState {
   std::string ReadSet(bool (KesNCD::*read)(int), int mode) {
     analyser.clockFreqs = {{"old", 1.0}};
     const bool found = (analyser.*read)(mode);
-    std::ostringstream text;
-    for (const auto& [name, frequency] : analyser.clockFreqs)
-      text << " " << name << "=" << frequency;
-    return !found && text.str() == " old=1" ? " -" : text.str();
+    const std::string text = TextOf(analyser.clockFreqs);
+    return !found && text == " old=1" ? " -" : text;
   }
 
   TempDir folder;
@@ -76,6 +73,7 @@ TEST_F(TimingReport, Clocks) {
 0 open/FREQUENCY NET "a" | | | / 5 MHz ; | 6 MHz | 7 MHz | 1/blank => a=6 / a=6
 2 open/FREQUENCY NET "a| | |/b" | | |/ 5 MHz ;| 6 MHz| 7 MHz| 1/blank => ab=7 / ab=7
 0 open/FREQUENCY NET "a| | |/b" | | |/ 5 MHz| | |/ ;| 6 MHz| 7 MHz| 1/blank => ab=6 / ab5=6
+0 open/FREQUENCY NET| | |/"a" 5 MHz ;| 6 MHz| 7 MHz| 1/blank => a=6 / a=6
 0 open/FREQUENCY NET "a" 5| 6|7|1/ MHz ;| MHz| MHz| 1/blank => a=6 / -
 0 open/FREQUENCY NET "a" 5 MHz ;| 6 ns| 7 MHz| 1/crlf => a=5 / a=6
 2 open/FREQUENCY NET "a" 5 MHz ;| 6 ns| 7 ns| 1/blank => a=5 / -
@@ -101,12 +99,24 @@ TEST_F(TimingReport, Clocks) {
   }
 }
 
+TEST_F(TimingReport, CutReportsGiveNoOtherClocks) {
+  const std::string whole = "open/clk/blank/pin/blank/separator/fast";
+  for (int mode = 0; mode < 4; ++mode) {
+    const std::vector<std::string> clocks = Cut(Read(whole, mode), " /");
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+      const std::vector<std::string> cut = Cut(Read(whole.substr(0, at), mode), " /");
+      for (const std::size_t reader : {0U, 1U}) {
+        EXPECT_TRUE(cut[reader] == " -" || clocks[reader].starts_with(cut[reader])) << cut[reader];
+      }
+    }
+  }
+}
+
 TEST_F(TimingReport, HostileReportsEndSoon) {
   const auto start = std::chrono::steady_clock::now();
-  std::string wrapped = "| | |\n";
-  for (int i = 0; i < 100000; ++i) wrapped += "a |6|7|\n";
-  for (const std::string& row : {wrapped, '"' + std::string(100000, 'a') + "\" 5 MHz ;|",
-                                 std::string(1000000, '|'), std::string(1000000, '"')}) {
+  for (const std::string& row :
+       {"| | |\n" + Times(100000, "a |6|7|\n"), '"' + std::string(100000, 'a') + "\" 5 MHz ;|",
+        std::string(1000000, '|'), std::string(1000000, '"')}) {
     EXPECT_EQ(Read("open/FREQUENCY NET " + row + "/blank"), " - / -") << row.substr(0, 9);
   }
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));

@@ -10,12 +10,13 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Whether a file can take the place of what is there: of nothing, or of a file that is known by
-/// this name only and may be written.
+/// Whether a file can take the place of what is there: of nothing, or of one's own file that is
+/// known by this name only and may be written.
 bool IsReplaceable(const std::string& path) {
   struct stat found {};
   if (lstat(path.c_str(), &found) != 0) return true;
-  return S_ISREG(found.st_mode) && found.st_nlink == 1 && access(path.c_str(), W_OK) == 0;
+  return S_ISREG(found.st_mode) && found.st_nlink == 1 && found.st_uid == geteuid() &&
+         access(path.c_str(), W_OK) == 0;
 }
 
 /// A file that goes again unless it has been put in its place.
@@ -30,7 +31,10 @@ class FileBeside {
   FileBeside& operator=(const FileBeside&) = delete;
 
   std::FILE* get() const { return file_.get(); }
+  /// A file that was there stays as readable, and as private, as it was.
   void MoveTo(const std::string& place) {
+    struct stat found {};
+    if (stat(place.c_str(), &found) == 0) (void)fchmod(fileno(file_.get()), found.st_mode & 07777);
     opened_ = std::fclose(file_.release()) != 0 || std::rename(path_.c_str(), place.c_str()) != 0;
   }
 

@@ -15,7 +15,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-// Slots hold at least this many characters from the start.
+// Slots hold at least this many characters from the start, and count as written as far as that:
+// what is put there past the splitter must not reach further.
 constexpr std::size_t kLongestText = 255;
 
 // The second piece of a stamp and the second word of a line.
@@ -151,7 +152,7 @@ inline bool ChangeScanner::TakeChangeWithCode(const char* line, const char* blan
   if (first != 'b' && first != 'B' && first != 'r' && first != 'R') return false;
   const char* const code = blank + 1;
   const auto length = static_cast<std::size_t>(end - code);
-  if (length == 0) return false;
+  if (length == 0 || length > kLongestText) return false;
   // The code lands in the slot from which stamps may be read.
   if (codeSlot_ != nullptr) StoreCode(code, length);
   counts_.CountPlain(code, length);
