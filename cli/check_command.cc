@@ -1,4 +1,5 @@
 // kesncd check: what the library's readers would get wrong in a dump.
+#include <algorithm>
 #include <memory>
 
 #include "cli/commands.h"
@@ -25,17 +26,29 @@ constexpr char kHelp[] =
 constexpr std::size_t kModulesShown = 12;
 constexpr double kFemtosecondsPerNanosecond = 1e6;
 
-/// The modules that a flat run can take, from the outermost on.
-std::string ModulesWithVariables(const Declarations& declarations) {
-  std::string text;
-  std::size_t shown = 0;
+/// The modules that a flat run can take, in the order of the dump.
+std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
+  std::vector<std::string> modules;
   for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
     const DumpScope& scope = declarations.scopes[i];
     if (scope.kind != "module" || scope.variables.empty()) continue;
-    if (shown++ == kModulesShown) return text + ", ...";
-    text += (text.empty() ? "" : ", ") + declarations.PathOf(i);
+    modules.push_back(declarations.PathOf(i));
   }
-  return text;
+  return modules;
+}
+
+/// The first of the modules, with how many more there are.
+std::string ModulesText(const std::vector<std::string>& modules) {
+  std::string text;
+  for (std::size_t i = 0; i < std::min(modules.size(), kModulesShown); ++i) {
+    text += (i == 0 ? "" : ", ") + modules[i];
+  }
+  if (modules.size() <= kModulesShown) return text;
+  return text + " and " + std::to_string(modules.size() - kModulesShown) + " more";
+}
+
+std::string Counted(std::uint64_t count, const std::string& what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 std::string NameOfTop(const Declarations& declarations) {
@@ -62,8 +75,7 @@ std::vector<std::pair<std::string, Cell>> Facts(const std::string& dump,
           {"signals", static_cast<std::int64_t>(declarations.variables.size())},
           {"changes", static_cast<std::int64_t>(body.changes)},
           {"unknown_changes", static_cast<std::int64_t>(body.unknown)},
-          {"top", NameOfTop(declarations)},
-          {"modules", ModulesWithVariables(declarations)}};
+          {"top", NameOfTop(declarations)}};
 }
 
 std::vector<Cell> RowOf(const Finding& finding) {
@@ -77,7 +89,7 @@ std::vector<Cell> RowOf(const Finding& finding) {
           std::string(text.remedy)};
 }
 
-std::string LastLines(std::size_t findings, const Declarations& declarations,
+std::string LastLines(const Report& report, const Declarations& declarations,
                       const BodyFacts& body) {
   const std::string span =
       declarations.tick && body.lastTick > body.firstTick
@@ -85,10 +97,11 @@ std::string LastLines(std::size_t findings, const Declarations& declarations,
                        static_cast<double>(*declarations.tick) / kFemtosecondsPerNanosecond) +
                 " ns"
           : "no time";
-  return std::to_string(findings) + (findings == 1 ? " finding; " : " findings; ") +
-         std::to_string(declarations.variables.size()) + " signals with " +
-         std::to_string(body.changes) + " changes in " + span + "; a good top module is " +
-         NameOfTop(declarations) + "\nmodules with signals: " + ModulesWithVariables(declarations);
+  return Counted(report.rows.size(), "finding") + "; " +
+         Counted(declarations.variables.size(), "signal") + " with " +
+         Counted(body.changes, "change") + " in " + span + "; a good top module is " +
+         NameOfTop(declarations) +
+         "\nmodules with signals: " + ModulesText(report.lists.front().second);
 }
 
 ExitStatus Run(const Options& options) {
@@ -104,7 +117,8 @@ ExitStatus Run(const Options& options) {
   for (const Finding& finding : findings) {
     report.rows.push_back(RowOf(finding));
   }
-  report.lastLine = LastLines(report.rows.size(), declarations, body);
+  report.lists.emplace_back("modules", ModulesWithVariables(declarations));
+  report.lastLine = LastLines(report, declarations, body);
   WriteReport(report, options.output);
   return report.rows.empty() ? ExitStatus::Done : ExitStatus::Findings;
 }

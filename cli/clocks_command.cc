@@ -5,6 +5,7 @@
 
 #include "cli/clock_comparison.h"
 #include "cli/commands.h"
+#include "cli/name_search.h"
 #include "kesncd/kesncd.h"
 
 namespace kesncd_cli {
@@ -46,9 +47,12 @@ std::map<std::string, double> ClocksOfDump(orsa::kesncd::KesNCD& analyser,
   DumpInput input(options.input);
   ReadTree(analyser, input);
   const orsa::kesncd::VmodHier& root = *analyser.hierRoot;
-  for (const auto& [name, promised] : analyser.clockFreqs) {
-    double frequency = 0.0;
-    if (root.FindSignalFreqHier(root.name, name, frequency, true)) found.emplace(name, frequency);
+  std::vector<std::string> names;
+  for (const auto& [name, promised] : analyser.clockFreqs) names.push_back(name);
+  const NameSearch search(root, root.name, true, names);
+  for (const std::string& name : names) {
+    const FoundSignal hit = search.Find(name);
+    if (hit.signal != nullptr) found.emplace(name, FrequencyOf(*hit.signal));
   }
   SayWrongClocks(input.name(), analyser.clockFreqs, [&](const std::string& name) {
     const auto place = found.find(name);

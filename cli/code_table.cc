@@ -1,14 +1,18 @@
 #include "cli/code_table.h"
 
 #include <array>
+#include <new>
 #include <random>
 #include <utility>
 
 namespace kesncd_cli {
 
 CodeTable::CodeTable()
-    : salt_(std::uint64_t{std::random_device{}()} << 32 | std::random_device{}()),
-      slots_(kFirstSlots) {}
+    : direct_(static_cast<std::uint32_t*>(std::calloc(kDirectCodes, sizeof(std::uint32_t)))),
+      salt_(std::uint64_t{std::random_device{}()} << 32 | std::random_device{}()),
+      slots_(kFirstSlots) {
+  if (direct_ == nullptr) throw std::bad_alloc();
+}
 
 std::uint32_t CodeTable::Add(std::string_view code) {
   if (code.size() > kPacked) {
@@ -18,10 +22,11 @@ std::uint32_t CodeTable::Add(std::string_view code) {
   }
   std::array<char, kPacked> bytes{};
   code.copy(bytes.data(), bytes.size());
-  std::uint64_t key = 0;
-  std::memcpy(&key, bytes.data(), sizeof key);
-  if constexpr (std::endian::native == std::endian::big) key = __builtin_bswap64(key);
-  return AddPacked(key);
+  const std::uint64_t key = Pack(bytes.data(), code.size());
+  if ((key & kNotDirect) != 0) return AddPacked(key);
+  std::uint32_t& place = direct_[DirectIndex(key)];
+  if (place == 0) place = ++size_;
+  return place - 1;
 }
 
 std::uint32_t CodeTable::AddPacked(std::uint64_t key) {

@@ -20,15 +20,6 @@ constexpr std::size_t kLongestName = 800;
 constexpr std::size_t kLongestRead = 4000;  // on a line of the readers that take whole dumps
 constexpr std::size_t kLongestType = 20;
 
-/// A name as every reader can take it: not too long for a line, and no keyword.
-std::string Fitting(std::string name, std::uint32_t number) {
-  const Keyword keyword = KeywordOf(name);
-  if (StartsSection(keyword) || keyword == Keyword::End) name.insert(name.begin(), '_');
-  if (name.size() <= kLongestName) return name;
-  const std::string suffix = "_" + std::to_string(number);
-  return name.substr(0, kLongestName - suffix.size()) + suffix;
-}
-
 /// The words from `first` on as one: a range belongs to its name, blanks in it to nothing.
 std::string Glued(const std::vector<std::string>& words, std::size_t first) {
   std::string glued;
@@ -207,11 +198,31 @@ void DeclarationReader::OpenScope() {
   FollowScope(scope, kind);
 }
 
+/// A name for what has none.
+std::string DeclarationReader::NewName() {
+  std::string name = "unnamed_" + std::to_string(++unnamed_);
+  result_.renamed.Add(section_.line, name);
+  return name;
+}
+
+/// A name as every reader can take it: not too long for a line, and no keyword.
+std::string DeclarationReader::Fitting(std::string name, std::uint32_t number) {
+  const Keyword keyword = KeywordOf(name);
+  const bool isKeyword = StartsSection(keyword) || keyword == Keyword::End;
+  if (isKeyword) name.insert(name.begin(), '_');
+  const bool isLong = name.size() > kLongestName;
+  if (isKeyword || isLong) result_.renamed.Add(section_.line, name);
+  if (!isLong) return name;
+  std::string suffix(1, '_');
+  suffix += std::to_string(number);
+  return name.substr(0, kLongestName - suffix.size()) + suffix;
+}
+
 /// The scope of that name in the current one. Every scope without a name is one of its own.
 std::uint32_t DeclarationReader::ScopeOf(const std::string& name, bool& isNew) {
   const auto number = static_cast<std::uint32_t>(result_.scopes.size());
   std::string given = Fitting(name, number);
-  if (given.empty()) given = "unnamed_" + std::to_string(++unnamed_);
+  if (given.empty()) given = NewName();
   const auto [place, added] =
       scopeByPath_.try_emplace(std::to_string(current_) + "/" + given, number);
   isNew = added;
@@ -241,7 +252,7 @@ void DeclarationReader::Declare() {
   const auto number = static_cast<std::uint32_t>(result_.variables.size());
   DumpVariable variable;
   variable.name = Glued(words, 3);
-  if (variable.name.empty()) variable.name = "unnamed_" + std::to_string(++unnamed_);
+  if (variable.name.empty()) variable.name = NewName();
   if (words[1].front() == '[' && variable.name.back() != ']') variable.name += words[1];
   const bool isOneLine = (count == 4 || count == 5) && variable.name.size() <= kLongestRead;
   variable.name = Fitting(std::move(variable.name), number);
@@ -301,6 +312,7 @@ void DeclarationReader::FollowVariable(const DumpVariable& variable, char codeSt
 }
 
 Declarations ReadDeclarations(DumpWords& words, const std::string& name) {
+  if (words.FirstBytes().empty()) throw Failure(ExitStatus::Unusable, name + ": is empty");
   const ForeignFormat format = ForeignFormatOf(words.FirstBytes());
   if (!format.name.empty()) {
     throw Failure(ExitStatus::Unusable, name + ": " + ForeignText(format));

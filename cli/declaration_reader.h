@@ -51,6 +51,8 @@ class DeclarationReader {
   void CloseScope();
   void Declare();
   void EndDefinitions();
+  std::string NewName();
+  std::string Fitting(std::string name, std::uint32_t number);
   std::uint32_t ScopeOf(const std::string& name, bool& isNew);
   void FollowScope(std::uint32_t scope, const std::string& kind);
   void FollowVariable(const DumpVariable& variable, char codeStart);

@@ -28,19 +28,34 @@ std::string Declarations::PathOf(const DumpVariable& variable) const {
 
 namespace {
 
+/// How many variables each scope declares with all below it.
+std::vector<std::size_t> SizesOf(const std::vector<DumpScope>& scopes) {
+  std::vector<std::size_t> sizes(scopes.size());
+  // A scope comes behind the one around it.
+  for (std::size_t i = scopes.size() - 1; i > 0; --i) {
+    sizes[i] += scopes[i].variables.size();
+    sizes[scopes[i].parent] += sizes[i];
+  }
+  return sizes;
+}
+
+/// The largest of the outermost scopes that fit, the first such one.
 template <class Fits>
 std::uint32_t Outermost(const Declarations& declarations, Fits fits) {
+  const std::vector<std::size_t> sizes = SizesOf(declarations.scopes);
   std::vector<std::uint32_t> level = declarations.scopes[Declarations::kDump].scopes;
-  while (!level.empty()) {
+  std::uint32_t best = Declarations::kDump;
+  while (!level.empty() && best == Declarations::kDump) {
     std::vector<std::uint32_t> below;
     for (const std::uint32_t index : level) {
       const DumpScope& scope = declarations.scopes[index];
-      if (fits(scope)) return index;
+      const bool isBetter = best == Declarations::kDump || sizes[index] > sizes[best];
+      if (isBetter && fits(scope)) best = index;
       below.insert(below.end(), scope.scopes.begin(), scope.scopes.end());
     }
     level = std::move(below);
   }
-  return Declarations::kDump;
+  return best;
 }
 
 }  // namespace

@@ -60,6 +60,7 @@ struct Declarations {
   std::size_t longestCode = 0;
   Tally malformed;       // $var without a code
   Tally unbalanced;      // $upscope with nothing open
+  Tally renamed;         // variables and scopes that could not keep their names
   bool ended = false;    // by $enddefinitions
   bool hasWord = false;  // the last word taken already belongs to the body
   LineReading lines;
@@ -70,8 +71,9 @@ struct Declarations {
   std::string PathOf(const DumpVariable& variable) const;
 };
 
-/// The outermost module that declares variables, the first such one; where no module does, the
-/// same of all scopes. kDump when there is none.
+/// The outermost module that declares variables; of several, the one with most of them in it and
+/// below it, since packages stand beside a design too. Where no module does, the same of all
+/// scopes. kDump when there is none.
 std::uint32_t OutermostWithVariables(const Declarations& declarations);
 
 }  // namespace kesncd_cli

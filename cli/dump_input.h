@@ -42,7 +42,7 @@ class DumpInput {
   bool isPrepared() const { return isPrepared_; }
   /// Throws Failure for what is no VCD file or declares no variable.
   const Declarations& declarations() const;
-  /// The outermost module that declares variables, the first such one.
+  /// The outermost module that declares variables, the largest such one.
   std::string ProposedTop() const;
   /// The scope that stands in no dump: preparing puts it around several top-level ones. Empty for
   /// none.

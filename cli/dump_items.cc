@@ -131,10 +131,8 @@ bool DumpItems::TakeScalar(std::string_view word, char value) {
 
 /// Keeps a value for writing. Its end is kept: of a number, those are the low bits.
 void DumpItems::HoldText(char letter, std::string_view value, const Alphabet& alphabet) {
-  if (value.size() > kLongestValue) {
-    tallies_.cut.Add(place_.line, value);
-    value.remove_prefix(value.size() - kLongestValue);
-  }
+  isCut_ = value.size() > kLongestValue;
+  if (isCut_) value.remove_prefix(value.size() - kLongestValue);
   text_[0] = letter;
   Translate(value, text_.data() + 1, alphabet);
   length_ = value.size() + 1;
@@ -143,13 +141,13 @@ void DumpItems::HoldText(char letter, std::string_view value, const Alphabet& al
 bool DumpItems::TakeVector(std::string_view word) {
   kind_ = ItemKind::Vector;
   HoldText('b', word.size() > 1 ? word.substr(1) : "x", kBits);
-  return TakeCode();
+  return TakeCodeOfText();
 }
 
 bool DumpItems::TakeReal(std::string_view word) {
   kind_ = ItemKind::Vector;
   HoldText('r', word.size() > 1 ? word.substr(1) : "0", kAsTheyAre);
-  return TakeCode();
+  return TakeCodeOfText();
 }
 
 /// "pDU 66 66 <0": a state and two strengths for each bit, then the code.
@@ -169,7 +167,7 @@ bool DumpItems::TakePort(std::string_view word) {
     repeat_ = true;  // no strength: the code already
     break;
   }
-  if (!TakeCode()) return false;
+  if (!TakeCodeOfText()) return false;
   tallies_.ports.Add(place_.line, words_.Word());
   return true;
 }
@@ -257,6 +255,13 @@ bool DumpItems::TakeCode() {
   repeat_ = words_.StartsLine() || words_.Word().front() == '#' ||
             KeywordOf(words_.Word()) != Keyword::None;
   return false;
+}
+
+/// The same behind a value that may have been cut.
+bool DumpItems::TakeCodeOfText() {
+  if (!TakeCode()) return false;
+  if (isCut_) tallies_.cut.Add(place_.line, words_.Word());
+  return true;
 }
 
 bool DumpItems::FindCode(std::string_view code) {

@@ -82,6 +82,7 @@ class DumpItems {
   bool TakeStamp(std::string_view word);
   bool TakeKeyword(std::string_view word);
   bool TakeCode();
+  bool TakeCodeOfText();
   bool FindCode(std::string_view code);
   void SkipSection(Keyword keyword);
   void HoldText(char letter, std::string_view value, const std::array<char, 256>& alphabet);
@@ -96,6 +97,7 @@ class DumpItems {
   std::uint32_t code_ = 0;
   std::array<char, kLongestValue + 1> text_{};
   std::size_t length_ = 0;
+  bool isCut_ = false;  // the text
   ItemPlace place_;
   ItemTallies tallies_;
 };

@@ -2,14 +2,13 @@
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/name_search.h"
 #include "cli/tree_path.h"
 #include "kesncd/kesncd.h"
 
 namespace kesncd_cli {
 
 namespace {
-
-using orsa::kesncd::VmodHier;
 
 struct FindOptions {
   InputOptions input;
@@ -31,31 +30,11 @@ constexpr char kHelp[] =
     "starts at the root; the root's own signals take part when its name is NAME of --module\n"
     "(without --module they always do), all scopes below it do in any case.\n";
 
-/// The row of one name: found where, under which name, with which frequency.
-std::vector<Cell> Find(const VmodHier& root, const std::string& name, const FindOptions& options,
-                       const std::string& addedRoot) {
-  const bool exact = !options.ignoreCase;
-  const std::string& module = options.module.empty() ? root.name : options.module;
-  double frequency = 0.0;
-  if (!root.FindSignalFreqHier(module, name, frequency, exact)) {
-    return {name, "not found", Cell(), Cell()};
-  }
-  std::vector<Cell> row;
-  WalkScopes(
-      root,
-      [&](const VmodHier& scope, int) {
-        if (!VmodHier::IsNameEqual(scope.name, &scope == &root ? module : scope.name, exact)) {
-          return false;
-        }
-        for (const auto& [code, signal] : scope.signals) {
-          if (!VmodHier::IsNameEqual(signal.name, name, exact)) continue;
-          row = {name, PathOf(scope, addedRoot), signal.name, frequency};
-          return true;
-        }
-        return false;
-      },
-      [](const VmodHier&, int) { return true; });
-  return row;
+/// A name with where it was found, under which name and with which frequency.
+std::vector<Cell> RowOf(const std::string& name, const FoundSignal& found,
+                        const std::string& addedRoot) {
+  if (found.signal == nullptr) return {name, "not found", Cell(), Cell()};
+  return {name, PathOf(*found.scope, addedRoot), found.signal->name, FrequencyOf(*found.signal)};
 }
 
 ExitStatus Run(const FindOptions& options) {
@@ -67,15 +46,20 @@ ExitStatus Run(const FindOptions& options) {
   DumpInput input(options.input);
   orsa::kesncd::KesNCD analyser;
   ReadTree(analyser, input);
+  const std::string addedRoot = input.AddedRoot();
   Report report{RunFacts(input.name(), options.module),
                 "names",
                 {"name", "scope", "signal", "freq_mhz"},
                 {},
                 ""};
+  const orsa::kesncd::VmodHier& root = *analyser.hierRoot;
+  const NameSearch search(root, options.module.empty() ? root.name : options.module,
+                          !options.ignoreCase, names);
   std::int64_t found = 0;
   for (const std::string& name : names) {
-    report.rows.push_back(Find(*analyser.hierRoot, name, options, input.AddedRoot()));
-    if (report.rows.back()[3].index() != 0) ++found;
+    const FoundSignal hit = search.Find(name);
+    report.rows.push_back(RowOf(name, hit, addedRoot));
+    if (hit.signal != nullptr) ++found;
   }
   report.facts.emplace_back("found", found);
   report.lastLine = std::to_string(found) + " of " + std::to_string(names.size()) + " found";

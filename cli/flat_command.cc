@@ -1,7 +1,7 @@
 // kesncd flat: the toggle frequencies of one module.
 #include <memory>
 
-#include "cli/activity_file.h"
+#include "cli/activity_output.h"
 #include "cli/commands.h"
 #include "cli/grammar_run.h"
 #include "kesncd/kesncd.h"
@@ -53,11 +53,11 @@ std::set<std::string> Selection(const DumpInput& input, const FlatOptions& optio
 /// Writes the activity where it was asked for. Beside the dump it is a gift: a folder that takes
 /// none is passed over.
 void LeaveActivity(const FlatOptions& options) {
-  if (!options.activity.empty()) return WriteActivity(options.activity);
+  if (!options.activity.empty()) return SaveActivity(options.activity);
   const std::string beside = ActivityPathOf(options.input.dump);
   if (beside.empty()) return;
   try {
-    WriteActivity(beside);
+    SaveActivity(beside);
   } catch (const Failure&) {
   }
 }
@@ -95,7 +95,7 @@ ExitStatus RunGrammar(DumpInput& input, const FlatOptions& options, const std::s
     if (orsa::kesncd::isTopModNameEverMatched == 0) {
       throw RunFailure(input, "the top module " + top + " is not in it");
     }
-    if (!options.activity.empty()) WriteActivity(options.activity);
+    if (!options.activity.empty()) SaveActivity(options.activity);
     Report report = EmptyReport(input, top);
     for (int i = 0; i < topMod.GetSignalSize(); ++i) {
       report.rows.push_back({topMod.GetSignalName(i), topMod.GetSignalFreq(i)});

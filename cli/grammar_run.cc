@@ -1,10 +1,12 @@
 #include "cli/grammar_run.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -73,7 +75,11 @@ ExitStatus RunGrammarReader(DumpInput& input, const std::string& top,
                             const std::function<ExitStatus()>& print) {
   const pid_t child = fork();
   if (child < 0) throw Failure(ExitStatus::Unusable, "cannot start the grammar reader");
-  if (child == 0) _exit(RunChild(input, top, print));
+  if (child == 0) {
+    // Who ends the program ends the reader too, before it leaves a result behind.
+    (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
+    _exit(RunChild(input, top, print));
+  }
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }

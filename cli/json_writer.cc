@@ -28,6 +28,9 @@ void WriteJson(const Report& report, std::ostream& out) {
   for (const auto& [key, cell] : report.facts) {
     out << "  " << Text(key) << ": " << Text(Value(cell)) << ",\n";
   }
+  for (const auto& [key, texts] : report.lists) {
+    out << "  " << Text(key) << ": " << Text(texts) << ",\n";
+  }
   out << "  " << Text(report.listName) << ": [";
   const char* separator = "\n";
   for (const auto& row : report.rows) {

@@ -63,32 +63,35 @@ std::vector<CodeShare> ShareCodes(const Declarations& declarations) {
 }
 
 NewCodes::NewCodes(const Declarations& declarations, const std::vector<CodeShare>& shares)
-    : entries_(declarations.codes.size()) {
+    : isShared_(declarations.codes.size()), further_(declarations.codes.size()) {
   for (std::size_t i = 0; i < shares.size(); ++i) {
-    std::uint32_t& further = entries_[declarations.variables[i].code].further;
-    further = std::max(further, shares[i].name);
+    const std::uint32_t code = declarations.variables[i].code;
+    further_[code].count = std::max(further_[code].count, shares[i].name);
+    if (shares[i].name > 0) isShared_[code] = true;
   }
-  std::uint32_t start = 0;
-  for (Entry& entry : entries_) {
-    entry.start = start;
-    start += entry.further;
+  std::uint32_t furtherTexts = 0;
+  for (Range& further : further_) {
+    further.start = furtherTexts;
+    furtherTexts += further.count;
   }
-  further_.resize(start);
-  const std::size_t all = entries_.size() + further_.size();
+  const std::size_t all = further_.size() + furtherTexts;
   for (std::size_t room = kLetters.size(); room < all; room *= kLetters.size()) ++length_;
+  step_ = length_ <= kReadAhead / 2 ? kReadAhead / 2 : kReadAhead;
+  first_.resize(further_.size() * step_ + kReadAhead);
+  furtherTexts_.resize(furtherTexts * step_ + kReadAhead);
 }
 
 std::string_view NewCodes::CodeOf(const DumpVariable& variable, const CodeShare& share) {
-  Entry& entry = entries_[variable.code];
-  Text* const held = share.name == 0 ? &entry.first : &further_[entry.start + share.name - 1];
-  Text& text = *held;
+  char* const text = share.name == 0
+                         ? &first_[variable.code * step_]
+                         : &furtherTexts_[(further_[variable.code].start + share.name - 1) * step_];
   if (text[0] == '\0') {
     std::uint64_t number = given_++;
     for (std::size_t i = length_; i-- > 0; number /= kLetters.size()) {
       text[i] = kLetters[number % kLetters.size()];
     }
   }
-  return {text.data(), length_};
+  return {text, length_};
 }
 
 }  // namespace kesncd_cli

@@ -8,7 +8,6 @@
 #ifndef KESNCD_CLI_NEW_CODES_H_
 #define KESNCD_CLI_NEW_CODES_H_
 
-#include <array>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -38,24 +37,28 @@ class NewCodes {
   static constexpr std::size_t kReadAhead = 8;
   std::size_t length() const { return length_; }
   /// The code of the first name that a dump's code has in a scope, and how many more it has.
-  const char* First(std::uint32_t code) const { return entries_[code].first.data(); }
-  std::uint32_t FurtherNames(std::uint32_t code) const { return entries_[code].further; }
+  const char* First(std::uint32_t code) const { return &first_[code * step_]; }
+  std::uint32_t FurtherNames(std::uint32_t code) const {
+    return isShared_[code] ? further_[code].count : 0;
+  }
   /// The code of a further name, from 0 on.
   const char* Further(std::uint32_t code, std::uint32_t name) const {
-    return further_[entries_[code].start + name].data();
+    return &furtherTexts_[(further_[code].start + name) * step_];
   }
 
  private:
-  using Text = std::array<char, kReadAhead>;
-  struct Entry {
-    Text first{};
-    std::uint32_t further = 0;
-    std::uint32_t start = 0;  // of the others in further_
+  struct Range {
+    std::uint32_t count = 0;
+    std::uint32_t start = 0;
   };
 
-  std::vector<Entry> entries_;  // by the dump's codes
-  std::vector<Text> further_;
+  // What every change of a dump looks up takes little room: large dumps change signals anywhere.
   std::size_t length_ = 1;
+  std::size_t step_ = 0;     // from one code's text to the next one's
+  std::vector<char> first_;  // texts by the dump's codes
+  std::vector<bool> isShared_;
+  std::vector<Range> further_;  // by the dump's codes, of furtherTexts_
+  std::vector<char> furtherTexts_;
   std::uint64_t given_ = 0;
 };
 

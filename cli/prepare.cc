@@ -196,6 +196,8 @@ PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& o
   report.isTorn = !declarations.ended && !declarations.hasWord;
   report.malformed = declarations.malformed;
   report.unbalanced = declarations.unbalanced;
+  report.renamed = declarations.renamed;
+  report.addedRoot = AddedRootOf(declarations);
   DumpItems items(words, declarations);
   DumpWriter writer(out, declarations);
   BodyCopy copy(items, writer, report);

@@ -38,6 +38,8 @@ struct PrepareReport {
   bool isTorn = false;         // the dump ends before its declarations do
   Tally malformed;
   Tally unbalanced;
+  Tally renamed;
+  std::string addedRoot;  // around several top-level scopes
   ItemTallies items;
 
   /// What a user of the figures must know, most important first: what is missing, and what the

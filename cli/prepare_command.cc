@@ -27,6 +27,12 @@ constexpr char kHelp[] =
     "END;\n"
     "the values that signals have at BEGIN are its initial values.\n";
 
+/// "1 ns" as "1ns": dumps write either.
+std::string WithoutBlanks(std::string text) {
+  std::erase(text, ' ');
+  return text;
+}
+
 /// An option that takes a time with a unit.
 CLI::Option* AddTime(CLI::App& command, const std::string& name, std::optional<std::uint64_t>& time,
                      const std::string& help) {
@@ -34,7 +40,7 @@ CLI::Option* AddTime(CLI::App& command, const std::string& name, std::optional<s
       .add_option_function<std::string>(
           name,
           [name, &time](const std::string& text) {
-            time = Femtoseconds(text);
+            time = text == "0" ? 0 : Femtoseconds(WithoutBlanks(text));
             if (!time) throw CLI::ValidationError(name, text + " is no time such as 1.5us or 10ps");
           },
           help)

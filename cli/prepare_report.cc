@@ -12,7 +12,7 @@ std::string AtLine(const Tally& tally) {
 
 struct Row {
   const Tally& tally;
-  const char* text;  // behind the count
+  const char* text;  // before the count
 };
 
 }  // namespace
@@ -32,23 +32,30 @@ std::vector<std::string> PrepareReport::Remarks() const {
   } else if (firstTick == lastTick) {
     remarks.emplace_back("it spans no time, so all frequencies are 0");
   }
-  if (backward > 0) remarks.push_back(std::to_string(backward) + " time stamps go back in time");
+  if (backward > 0) {
+    remarks.push_back("time stamps that go back in time: " + std::to_string(backward));
+  }
   const Row rows[] = {
-      {items.unended, " section has no $end: what stands behind it is not read"},
-      {items.torn, " value at the end has no code: the dump is cut off"},
-      {malformed, " declarations without a code are left out"},
-      {items.late, " declarations stand behind the definitions and are left out"},
-      {unbalanced, " $upscope close no scope"},
-      {items.undeclared, " changes are of codes that no variable has and are left out"},
-      {items.strings, " changes to strings, which do not count, are left out"},
-      {items.strays, " words are not understood and are left out"},
-      {items.weak, " changes to H or L now count as 1 or 0"},
-      {items.cut, " values are cut to their lowest bits; they count all the same"},
-      {items.fractions, " time stamps lose their fractions"},
+      {items.unended, "section without $end, behind which nothing is read"},
+      {items.torn, "value without a code at the end, where the dump is cut off"},
+      {malformed, "declarations without a code, left out"},
+      {items.late, "declarations behind the definitions, left out"},
+      {unbalanced, "$upscope with no scope open"},
+      {items.undeclared, "changes of codes that no variable has, left out"},
+      {items.strings, "changes to strings, which do not count, left out"},
+      {items.strays, "words that are not understood, left out"},
+      {items.weak, "changes to H or L, which now count as 1 or 0"},
+      {items.cut, "values cut to their lowest bits, which count all the same"},
+      {items.fractions, "time stamps that lose their fractions"},
+      {renamed, "names that were missing, too long or keywords, replaced"},
   };
   for (const Row& row : rows) {
-    if (row.tally)
-      remarks.push_back(std::to_string(row.tally.count) + row.text + AtLine(row.tally));
+    if (!row.tally) continue;
+    remarks.push_back(std::string(row.text) + ": " + std::to_string(row.tally.count) +
+                      AtLine(row.tally));
+  }
+  if (!addedRoot.empty()) {
+    remarks.push_back("it has several top-level scopes, which now stand in " + addedRoot);
   }
   if (unknown > 0) {
     remarks.push_back(std::to_string(unknown) + " of " + std::to_string(changes) +

@@ -21,6 +21,7 @@ struct Report {
   std::vector<std::vector<Cell>> rows;
   std::string lastLine;       // closes the table format
   std::string unknown = "-";  // stands for a cell of which nothing is known, in the table format
+  std::vector<std::pair<std::string, std::vector<std::string>>> lists{};  // shown in JSON only
 };
 
 /// The shortest text that reads back to the same value.
@@ -30,7 +31,7 @@ std::string NumberText(double value);
 void WriteTable(const Report& report, std::ostream& out);
 /// RFC 4180. What is not known is an empty field.
 void WriteCsv(const Report& report, std::ostream& out);
-/// One object: the facts and the list of rows. What is not known, or no finite number, is null.
+/// One object: the facts, the lists and the rows. What is not known, or no finite number, is null.
 void WriteJson(const Report& report, std::ostream& out);
 
 }  // namespace kesncd_cli

@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "cli/commands.h"
+#include "cli/name_search.h"
 #include "cli/tree_path.h"
 #include "kesncd/kesncd.h"
 
@@ -14,7 +15,6 @@ namespace kesncd_cli {
 namespace {
 
 using orsa::kesncd::VmodHier;
-using orsa::kesncd::VmodSignal;
 
 struct TreeOptions {
   InputOptions input;
@@ -63,15 +63,6 @@ struct Activity {
 };
 
 using Totals = std::unordered_map<const VmodHier*, Activity>;
-
-/// The frequency of one signal, asked of the library by way of a scope that holds nothing else.
-double FrequencyOf(const VmodSignal& signal) {
-  VmodHier scope;
-  scope.signals.emplace(signal.symbol, signal);
-  std::map<std::string, double> frequencies;
-  scope.GetSignalFreqHier(frequencies);
-  return frequencies.begin()->second;
-}
 
 Activity OwnActivity(const VmodHier& scope) {
   Activity own;

@@ -73,8 +73,14 @@ class GzipSource : public PackedSource {
     return !block.empty();
   }
 
-  /// Unpacks what fits. Files put behind one another are one.
+  /// Unpacks what fits. Files put behind one another are one, and zeros behind a file fill the last
+  /// block of a tape.
   void Inflate() {
+    while (isBetween_ && state_.avail_in > 0 && *state_.next_in == 0) {
+      ++state_.next_in;
+      --state_.avail_in;
+    }
+    if (state_.avail_in == 0) return;
     isBetween_ = false;
     const int outcome = inflate(&state_, Z_NO_FLUSH);
     if (outcome == Z_STREAM_END) {

@@ -105,7 +105,7 @@ TEST(Check, NamesWhatIsNoDump) {
       {std::string("$\0d\0a\0", 6), "UTF-16"},
       {std::string("\0$\0d", 4), "UTF-16"},
       {std::string("\x7F\x45LF\0\0", 6), "a binary file"},
-      {"", "declares no variable"},
+      {"", "is empty"},
       {"hello\n", "declares no variable"}};
   for (const auto& [bytes, message] : rows) {
     for (const std::size_t chunk : {std::size_t{1}, std::string::npos}) {

@@ -46,7 +46,7 @@ kesncd find - r --as-is --format csv < odd.vcd => 1 => name,scope,signal,freq_mh
     r,not found,,\r\n => (.|\n)*2 further top-level scopes .*\n
 kesncd top odd.vcd.gz; kesncd top - < odd.vcd => 0 => tb\ntb\n
 kesncd check odd.vcd.zst --format csv | head -2 | cut -c-8 => 0 => finding,\npacked: \n
-kesncd prepare odd.vcd.gz -o p.vcd && kesncd flat p.vcd --top tb --format csv => 0 => FLAT
+kesncd prepare odd.vcd.gz -o p.vcd && kesncd flat p.vcd --top tb --format csv => 0 => FLAT => kesncd: odd.vcd.gz: it has several [^\n]*\n
 head -c 90 odd.vcd.gz | kesncd flat - -o o => 2 =>  => kesncd: .*: it is cut off inside .*\n
 head -c 90 odd.vcd.zst | kesncd tree - => 2 =>  => kesncd: .*: it is cut off inside .*\n
 (head -c 40 odd.vcd.gz; head -c 400 /dev/zero) | kesncd check - => 2 =>  => kesncd: .*: its packed bytes .*\n

@@ -71,7 +71,7 @@ comments hold anything, attributes are passed over
      => 0..2 @1 top.clk=2 top.d[7:0]=0
 an open comment at the end
      => HEAD~#0~1!~#1~$comment 0!~#2~
-     => 0..1 @1 top.clk=1 top.d[7:0]=0 => 1 section has no \$end.*line 12\)\n
+     => 0..1 @1 top.clk=1 top.d[7:0]=0 => section without \$end, .*: 1 .*line 12\)\n
 several tops, empty ones, one opened again, other kinds, late variables, one without a scope
      => $timescale 1s $end $scope package p $end $upscope $end $scope module a $end $scope fork u $end
      $var reg 1 ! q $end $upscope $end $var wire 1 # x $end $upscope $end $var wire 1 % o $end
@@ -79,7 +79,7 @@ several tops, empty ones, one opened again, other kinds, late variables, one wit
      $scope module u $end $var wire 1 ' r $end $upscope $end $upscope $end $upscope $end
      $enddefinitions $end #1 1! 1! 1# 0# 1# 1% 1& 1' 0'~#4
      => 1..4 @1000000000 all_scopes.o=1 all_scopes/a.x=3 all_scopes/a.z=1 all_scopes/a/u.q=2
-     all_scopes/a/u.r=2 all_scopes/s.f=2 => 1 \$upscope close no scope.*\n
+     all_scopes/a/u.r=2 all_scopes/s.f=2 => \$upscope with no scope open: 1 .*\nit has several .* all_scopes\n
 several names of a code in a scope, in several scopes, a repeated declaration
      => $timescale 1fs $end $scope module a $end $var wire 1 ! x $end $var wire 1 ! y $end
      $var wire 1 ! x $end $var wire 2 # v $end $var wire 2 # w $end $scope module u $end
@@ -90,7 +90,7 @@ several names of a code in a scope, in several scopes, a repeated declaration
 values of VHDL, reals, strings
      => HEAD~#0 H! L! h! l! U! X! W! -! Z! bHLUXWZ- " r-1.5e+3 " shello " sx ! #1
      => 0..1 @1 top.clk=4 top.d[7:0]=2
-     => 2 changes to strings.*\n4 changes to H or L now .*line 9: H!\)\n5 of 11 changes .*\n
+     => changes to strings.*: 2 .*\nchanges to H or L.*: 4 .*line 9: H!\)\n5 of 11 changes .*\n
 a port dump
      => $timescale 1 ns $end $scope module a.u $end $var port 1 <0 d $end $var port [3:0] <1 q $end
      $var port [ 1 : 0 ] <2 r[1:0] $end $upscope $end $enddefinitions $end #0 $dumpports pX 6 6 <0
@@ -103,15 +103,15 @@ dumping off and on, on one line
 stamps: zeros in front, backward, fractions, others
      => HEAD~0!~#0010~1!~#1000~0!~#20.75~1!~#-5~#~#1e3~#99999999999999999999~#7~#7~
      => 10..7 @1 top.clk=4 top.d[7:0]=0
-     => 2 time stamps go back in time\n4 words are not understood.*#-5\)\n1 time stamps lose .*\n
+     => time stamps that go back in time: 2\nwords that are not .*: 4 .*#-5\)\ntime stamps that lose .*: 1 .*\n
 codes as long as names and as short as values
      => $timescale 100ns $end $scope module a $end $var wire 1 12345678 x $end
      $var wire 1 123456789 y $end $var wire 2 #1 z $end $var wire 1 $end w $end $var wire 1 b v $end
      $upscope $end $enddefinitions $end #0 112345678 0123456789 b1 #1 1b #1 b0 #1 0b b1 #3 q1 1?
      => 0..3 @100 a.v=2 a.x=1 a.y=1 a.z=2
-     => 1 declarations without .*\n2 changes are of codes .*\n1 words are .*q1\)\n
+     => declarations without .*: 1 .*\nchanges of codes .*: 2 .*\nwords .*: 1 .*q1\)\n
 the dump is cut in a value
-     => HEAD~#0~1!~#8~b1 => 0..8 @1 top.clk=1 top.d[7:0]=0 => 1 value at the end has no code.*\n
+     => HEAD~#0~1!~#8~b1 => 0..8 @1 top.clk=1 top.d[7:0]=0 => value without a code .*: 1 .*\n
 or in the header, and nothing behind it
      => SCALE~TOP~CLK~ => -1..-1 @1 top.clk=0 => it ends inside .*\nit has no time stamp.*\n
 no time scale, no span
@@ -123,7 +123,7 @@ a time scale with a fraction
      => $timescale 1.5 NS $end~TOP~CLK~END~#3~#4 => 3..4 @1.5 top.clk=0
 variables declared too late
      => HEAD~#0~$var wire 1 & l $end~1&~1!~#1~ => 0..1 @1 top.clk=1 top.d[7:0]=0
-     => 1 declarations stand behind .*\n1 changes are of codes .*\n)";
+     => declarations behind .*: 1 .*\nchanges of codes .*: 1 .*\n)";
 
 using PreparedDumps = FreshState;
 
@@ -137,7 +137,7 @@ TEST_F(PreparedDumps, ReadAsTheDumpSays) {
   rows.push_back(
       {"values longer than a line and than a block",
        "HEAD~#0~b" + std::string(5000, '1') + " \"~1!~b" + std::string(700000, '0') + " \"~#1~",
-       "0..1 @1 top.clk=1 top.d[7:0]=2", "2 values are cut .*\n"});
+       "0..1 @1 top.clk=1 top.d[7:0]=2", "values cut .*: 2 .*\n"});
   for (std::vector<std::string>& row : rows) {
     row.resize(4);
     const std::string dump = Dump(row[1]);
@@ -215,7 +215,8 @@ TEST_F(PreparedDumps, TakeATimeScaleAndATop) {
   for (const char* top : {"d", "b/d"}) {
     options.top = top;
     const Prepared prepared = Prepare(two, options);
-    EXPECT_EQ(prepared.remarks + TreeText(prepared.text).substr(0, 9), "1..3 @0.1");
+    EXPECT_EQ(prepared.remarks + TreeText(prepared.text).substr(0, 9),
+              "it has several top-level scopes, which now stand in all_scopes\n1..3 @0.1");
     EXPECT_LT(prepared.text.find("module d"), prepared.text.find("module c"));
     EXPECT_LT(prepared.text.find("module c"), prepared.text.find("module a $"));
   }

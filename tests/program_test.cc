@@ -94,7 +94,7 @@ kesncd prepare names => 2 =>  => kesncd: names: declares no variable; is it a VC
 kesncd prepare d.vcd > /dev/full => 3 =>  => kesncd: standard output: .*No space.*\n
 kesncd check flat.vcd --format csv => 1 => finding,count,of,line,example,remedy\r\nno time scale: all (.|\r|\n)*
 kesncd check d.vcd --format json => 1 => \{\n  "dump": "d.vcd",\n  "timescale_ns": 1.0,(.|\n)*"span_ns": 30.0,(.|\n)*
-    "modules": "tb, tb/u1",(.|\n)*
+    "modules": \["tb","tb/u1"\],(.|\n)*
 kesncd --help > /dev/full => 3 =>  => kesncd: standard output: cannot write\n
 kesncd tree d.vcd >&- => 3 =>  => kesncd: standard output: .*\n
 kesncd flat d.vcd --top tb --reader grammar --as-is <&- >&- => 3 =>  => kesncd: standard output: .*\n

@@ -1,6 +1,7 @@
-// The flat run's activity file: the module's frequencies as hosts read them back.
-#ifndef KESNCD_CLI_ACTIVITY_FILE_H_
-#define KESNCD_CLI_ACTIVITY_FILE_H_
+// Where the activity of a flat run goes: what the library writes beside a file that it opened by
+// its name, which the program's dumps have not.
+#ifndef KESNCD_CLI_ACTIVITY_OUTPUT_H_
+#define KESNCD_CLI_ACTIVITY_OUTPUT_H_
 
 #include <string>
 
@@ -11,8 +12,8 @@ namespace kesncd_cli {
 std::string ActivityPathOf(const std::string& dump);
 
 /// Writes what the last flat run counted. Throws Failure with OutputFailed.
-void WriteActivity(const std::string& path);
+void SaveActivity(const std::string& path);
 
 }  // namespace kesncd_cli
 
-#endif  // KESNCD_CLI_ACTIVITY_FILE_H_
+#endif  // KESNCD_CLI_ACTIVITY_OUTPUT_H_

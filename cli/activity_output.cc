@@ -1,4 +1,4 @@
-#include "cli/activity_file.h"
+#include "cli/activity_output.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -43,7 +43,7 @@ std::string ActivityPathOf(const std::string& dump) {
   return std::filesystem::is_regular_file(dump, ignored) ? dump + ".txt" : "";
 }
 
-void WriteActivity(const std::string& path) {
+void SaveActivity(const std::string& path) {
   const MemoryFile memory;
   orsa::kesncd::topMod.DumpIntoFile(memory.path());
   FileSource text(memory.path());
