@@ -32,7 +32,7 @@ std::string Value(const OptionRow& row) {
 
 /// "'(-o --output)'{-o+,--output=}'[help]:FILE:_files'": each flag hides the others unless it may
 /// come again, and a value may stand behind it or be the next word.
-std::string Spec(const OptionRow& row) {
+std::string Entry(const OptionRow& row) {
   if (row.flags.empty()) {
     return (row.repeats ? "'*" : row.required ? "'" : "':") + Value(row) + "'";
   }
@@ -45,9 +45,9 @@ std::string Spec(const OptionRow& row) {
   return once + names + "[" + Escaped(row.help) + "]" + Value(row) + "'";
 }
 
-void WriteSpecs(std::ostream& out, const CommandRow& command, const std::string& indent) {
-  for (const OptionRow& option : command.options) out << " \\\n" << indent << Spec(option);
-  for (const OptionRow& operand : command.operands) out << " \\\n" << indent << Spec(operand);
+void WriteEntries(std::ostream& out, const CommandRow& command, const std::string& indent) {
+  for (const OptionRow& option : command.options) out << " \\\n" << indent << Entry(option);
+  for (const OptionRow& operand : command.operands) out << " \\\n" << indent << Entry(operand);
 }
 
 }  // namespace
@@ -63,7 +63,7 @@ void WriteZshCompletion(std::ostream& out, const OptionTable& table) {
   }
   out << "  )\n"
       << "  _arguments -C";
-  WriteSpecs(out, table.program, "    ");
+  WriteEntries(out, table.program, "    ");
   out << " \\\n    '1:command:->command' \\\n    '*::argument:->argument'\n"
       << "  case $state in\n"
       << "  command) _describe command commands ;;\n"
@@ -71,7 +71,7 @@ void WriteZshCompletion(std::ostream& out, const OptionTable& table) {
       << "    case $words[1] in\n";
   for (const CommandRow& command : table.commands) {
     out << "    " << command.name << ")\n      _arguments";
-    WriteSpecs(out, command, "        ");
+    WriteEntries(out, command, "        ");
     out << " ;;\n";
   }
   out << "    esac ;;\n"
