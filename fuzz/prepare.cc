@@ -75,6 +75,14 @@ fuzz::Figures FlatFigures(const std::string& prepared, const std::string& path, 
   return figures;
 }
 
+/// Whether a scope's name holds the character that parts the names of a path.
+bool HoldsOddScope(const std::string& prepared) {
+  const std::vector<std::string> lines = fuzz::Lines(prepared);
+  return std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
+    return line.starts_with("$scope") && line.find('/') != std::string::npos;
+  });
+}
+
 /// Every reader of one module against the tree, for some modules whose names no others have.
 void CheckFlatReaders(const std::string& prepared, const fuzz::Figures& tree,
                       const fuzz::PlainFigures& plain) {
@@ -118,7 +126,7 @@ void CheckReaders(const std::string& dump, const std::string& prepared) {
   }
   fuzz::Require(named == plain.figures, "the dump says" + fuzz::TextOf(plain.figures) +
                                             "\nprepared" + fuzz::TextOf(named) + "\n" + prepared);
-  CheckFlatReaders(prepared, tree, plain);
+  if (!HoldsOddScope(prepared)) CheckFlatReaders(prepared, tree, plain);
 }
 
 }  // namespace
