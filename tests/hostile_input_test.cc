@@ -36,7 +36,7 @@ std::vector<std::string> CutsOf(const std::string& text) {
 std::vector<std::string> DamagesOf(const std::string& text) {
   std::vector<std::string> damages;
   const std::size_t values = kHostile.size();
-  for (std::size_t i = 0; i < text.size() * values; i += kShare) {
+  for (std::size_t i = 0; i < text.size() * values; ++i) {
     damages.push_back(std::string(text).replace(i / values, 1, 1, kHostile[i % values]));
   }
   return damages;
