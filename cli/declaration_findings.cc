@@ -46,6 +46,7 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
                timescale);
   findings.Add(FindingKind::UnreadTimescale, declarations.tick && !lines.timescale, line,
                timescale);
+  findings.Add(FindingKind::LateTimescale, lines.lateTimescale);
   findings.Add(FindingKind::Torn, !declarations.ended && !declarations.hasWord, 0, "");
   findings.Add(FindingKind::OpenDefinitions, !declarations.ended && declarations.hasWord, 0, "");
   findings.Add(FindingKind::Unreachable, lines.unreachable);

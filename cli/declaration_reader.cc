@@ -170,14 +170,16 @@ void DeclarationReader::ReadSection(Keyword keyword) {
 }
 
 void DeclarationReader::TakeTimescale() {
+  const bool isRead = section_.startsLine && section_.firstLine > section_.line;
+  const bool isLate = result_.scopes.size() > 1;  // the first one stands for the dump
   result_.timescale = Glued(section_.words, 0);
   result_.timescaleLine = section_.line;
   result_.tick = Femtoseconds(result_.timescale);
   if (result_.tick == 0U) result_.tick.reset();
-  result_.lines.timescale =
-      section_.startsLine && section_.isPlain && section_.firstLine > section_.line &&
-      section_.firstLine == section_.lastLine && section_.endLine != section_.lastLine &&
-      section_.words.size() <= 2 && IsPlainTimescale(result_.timescale);
+  if (isRead && isLate) result_.lines.lateTimescale.Add(section_.line, result_.timescale);
+  result_.lines.timescale = isRead && section_.isPlain && section_.firstLine == section_.lastLine &&
+                            section_.endLine != section_.lastLine && section_.words.size() <= 2 &&
+                            IsPlainTimescale(result_.timescale);
 }
 
 void DeclarationReader::OpenScope() {

@@ -35,6 +35,7 @@ struct DumpScope {
 /// kinds of scopes, would make of declarations.
 struct LineReading {
   bool timescale = false;  // they read it
+  Tally lateTimescale;     // time scales behind a scope, which close it and all around it for them
   Tally overlooked;        // variables that stand on no line of theirs
   Tally scopeLines;        // the same of $scope, $upscope and $enddefinitions
   Tally quoted;            // lines of comments that look like declarations

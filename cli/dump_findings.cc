@@ -16,6 +16,7 @@ constexpr FindingText kTexts[] = {
     {"no time scale: all frequencies are 0", "dump", "kesncd prepare --timescale TIME"},
     {"time scale not understood", "dump", "kesncd prepare --timescale TIME"},
     {"time scale not read: all frequencies are 0", "dump", kPrepare},
+    {"time scale behind a scope: readers lose their place there", "sections", kPrepare},
     {"dump ends inside its declarations", "dump", "simulate again"},
     {"no $enddefinitions on a line of its own: no value is read", "dump", kPrepare},
     {"no time span: all frequencies are 0", "dump", "simulate longer"},

@@ -19,6 +19,7 @@ enum class FindingKind {
   NoTimescale,
   OddTimescale,
   UnreadTimescale,
+  LateTimescale,
   Torn,
   OpenDefinitions,
   NoSpan,

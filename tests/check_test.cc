@@ -36,6 +36,7 @@ $timescale~1 parsec~$end~TOP~CLK~BUS~UP~END~#0~#5 => time scale not understood 1
  ~$timescale 1ns $end~TOP~CLK~BUS~UP~END~#0~#5 => time scale not read 1@2
 $timescale~1ns $end~TOP~CLK~BUS~UP~END~#0~#5 => time scale not read 1@1
 $timescale~1NS~$end~TOP~CLK~BUS~UP~END~#0~#5 => time scale not read 1@1
+TOP~CLK~BUS~SCALE~UP~END~#0~#5 => time scale behind a scope 1@4
 SCALE~TOP~CLK~BUS~ => dump ends inside 1; no time span 1
 HEAD~#0~ => no time span 1
 SCALE~TOP~CLK~BUS~#0~#1~ => no $enddefinitions 1
