@@ -41,9 +41,8 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
   const LineReading& lines = declarations.lines;
   const std::string& timescale = declarations.timescale;
   const std::uint64_t line = declarations.timescaleLine;
-  findings.Add(FindingKind::NoTimescale, timescale.empty(), 0, "");
-  findings.Add(FindingKind::OddTimescale, !timescale.empty() && !declarations.tick, line,
-               timescale);
+  findings.Add(FindingKind::NoTimescale, line == 0, 0, "");
+  findings.Add(FindingKind::OddTimescale, line != 0 && !declarations.tick, line, timescale);
   findings.Add(FindingKind::UnreadTimescale, declarations.tick && !lines.timescale, line,
                timescale);
   findings.Add(FindingKind::LateTimescale, lines.lateTimescale);
