@@ -96,7 +96,7 @@ class CodeCounts {
   void CountLonger(const char* code, std::size_t length);
   std::uint32_t* Find(std::string_view code);
   void ReservePlaces(std::size_t longest);
-  /// The word that holds whether the code of a place was added, and its bit in there.
+  /// The word, behind the counters, that says whether the code of a place was added, and its bit.
   std::uint32_t& AddedWord(std::size_t place) const {
     return direct_[places_ + place / 32];
   }
