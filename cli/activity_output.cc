@@ -8,7 +8,6 @@
 #include <filesystem>
 
 #include "cli/byte_stream.h"
-#include "cli/dump_feed.h"
 #include "cli/exit_status.h"
 #include "cli/result_file.h"
 #include "kesncd/kesncd.h"

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <vector>
 
 #include "cli/exit_status.h"
 
@@ -66,6 +67,14 @@ std::size_t ReadFully(ByteSource& source, char* to, std::size_t most) {
     held += got;
   }
   return held;
+}
+
+void CopyBytes(ByteSource& from, ByteSink& to) {
+  constexpr std::size_t kBlock = std::size_t{1} << 17;
+  std::vector<char> block(kBlock);
+  while (const std::size_t got = from.Read(block.data(), block.size())) {
+    to.Write({block.data(), got});
+  }
 }
 
 }  // namespace kesncd_cli

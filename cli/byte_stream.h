@@ -69,6 +69,9 @@ class ResumedSource : public ByteSource {
 /// Fills `to` as far as the source goes.
 std::size_t ReadFully(ByteSource& source, char* to, std::size_t most);
 
+/// Passes all of a source on.
+void CopyBytes(ByteSource& from, ByteSink& to);
+
 }  // namespace kesncd_cli
 
 #endif  // KESNCD_CLI_BYTE_STREAM_H_

@@ -1,5 +1,4 @@
 // kesncd check: what the library's readers would get wrong in a dump.
-#include <algorithm>
 #include <memory>
 
 #include "cli/commands.h"
@@ -23,7 +22,6 @@ constexpr char kHelp[] =
     "\n"
     "The dump is read once. The exit status is 0 when nothing was found, 1 when something was.\n";
 
-constexpr std::size_t kModulesShown = 12;
 constexpr double kFemtosecondsPerNanosecond = 1e6;
 
 /// The modules that a flat run can take, in the order of the dump.
@@ -35,16 +33,6 @@ std::vector<std::string> ModulesWithVariables(const Declarations& declarations) 
     modules.push_back(declarations.PathOf(i));
   }
   return modules;
-}
-
-/// The first of the modules, with how many more there are.
-std::string ModulesText(const std::vector<std::string>& modules) {
-  std::string text;
-  for (std::size_t i = 0; i < std::min(modules.size(), kModulesShown); ++i) {
-    text += (i == 0 ? "" : ", ") + modules[i];
-  }
-  if (modules.size() <= kModulesShown) return text;
-  return text + " and " + std::to_string(modules.size() - kModulesShown) + " more";
 }
 
 std::string Counted(std::uint64_t count, const std::string& what) {
@@ -101,7 +89,7 @@ std::string LastLines(const Report& report, const Declarations& declarations,
          Counted(declarations.variables.size(), "signal") + " with " +
          Counted(body.changes, "change") + " in " + span + "; a good top module is " +
          NameOfTop(declarations) +
-         "\nmodules with signals: " + ModulesText(report.lists.front().second);
+         "\nmodules with signals: " + ShortList(report.lists.front().second);
 }
 
 ExitStatus Run(const Options& options) {

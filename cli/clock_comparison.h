@@ -3,18 +3,15 @@
 #ifndef KESNCD_CLI_CLOCK_COMPARISON_H_
 #define KESNCD_CLI_CLOCK_COMPARISON_H_
 
-#include <functional>
 #include <map>
-#include <optional>
 #include <string>
 
 namespace kesncd_cli {
 
-/// Says of each clock whose frequency in the dump is more than a tenth off the report's what it is.
-/// `inDump` gives a clock's frequency there; nothing for one that the dump does not hold. Without a
-/// time span of the dump there is nothing to compare.
+/// Says of each clock whose frequency in the dump, by name in `inDump`, is more than a tenth off
+/// the report's what it is. Without a time span of the dump there is nothing to compare.
 void SayWrongClocks(const std::string& dump, const std::map<std::string, double>& clocks,
-                    const std::function<std::optional<double>(const std::string&)>& inDump);
+                    const std::map<std::string, double>& inDump);
 
 }  // namespace kesncd_cli
 

@@ -1,7 +1,6 @@
 // kesncd clocks: the clock frequencies of a timing report.
 #include <map>
 #include <memory>
-#include <optional>
 
 #include "cli/clock_comparison.h"
 #include "cli/commands.h"
@@ -54,10 +53,7 @@ std::map<std::string, double> ClocksOfDump(orsa::kesncd::KesNCD& analyser,
     const FoundSignal hit = search.Find(name);
     if (hit.signal != nullptr) found.emplace(name, FrequencyOf(*hit.signal));
   }
-  SayWrongClocks(input.name(), analyser.clockFreqs, [&](const std::string& name) {
-    const auto place = found.find(name);
-    return place == found.end() ? std::nullopt : std::optional<double>(place->second);
-  });
+  SayWrongClocks(input.name(), analyser.clockFreqs, found);
   return found;
 }
 

@@ -16,20 +16,16 @@ namespace kesncd_cli {
 
 namespace {
 
-constexpr std::size_t kModulesShown = 12;
-
 /// The modules that --top can name.
 std::string ModulesText(const DumpInput& input) {
   const Declarations& declarations = input.declarations();
-  std::string text;
-  std::size_t modules = 0;
+  std::vector<std::string> modules;
   for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
     const DumpScope& scope = declarations.scopes[i];
     if (scope.kind != "module" && !input.isPrepared()) continue;
-    if (modules++ < kModulesShown) text += (text.empty() ? "" : ", ") + declarations.PathOf(i);
+    modules.push_back(declarations.PathOf(i));
   }
-  if (modules > kModulesShown) text += " and " + std::to_string(modules - kModulesShown) + " more";
-  return "its modules are " + text + "; --top takes the last part of such a path";
+  return "its modules are " + ShortList(modules) + "; --top takes the last part of such a path";
 }
 
 /// The flat run goes by the name alone.
@@ -68,6 +64,16 @@ void Say(const std::string& subject, const std::string& text) {
   for (std::string line; std::getline(lines, line);) {
     std::cerr << program << " " << (subject.empty() ? "" : subject + ": ") << line << "\n";
   }
+}
+
+std::string ShortList(const std::vector<std::string>& names) {
+  constexpr std::size_t kShown = 12;
+  std::string text;
+  for (std::size_t i = 0; i < std::min(names.size(), kShown); ++i) {
+    text += (i == 0 ? "" : ", ") + names[i];
+  }
+  if (names.size() <= kShown) return text;
+  return text + " and " + std::to_string(names.size() - kShown) + " more";
 }
 
 void AddOutputOptions(CLI::App& command, OutputOptions& options) {

@@ -57,6 +57,9 @@ void ReadFlat(orsa::kesncd::KesNCD& analyser, DumpInput& input,
 /// All names that a dump declares.
 std::set<std::string> AllNames(const DumpInput& input);
 
+/// The first of many names for a message, and how many more there are.
+std::string ShortList(const std::vector<std::string>& names);
+
 /// The library's message for a dump, with what helps behind it.
 Failure RunFailure(const DumpInput& input, const std::string& libraryMessage);
 

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstring>
 #include <utility>
-#include <vector>
 
 #include "cli/exit_status.h"
 
@@ -17,7 +16,6 @@ namespace {
 
 // As large as the system gives every user; with less the two ends wait for one another more often.
 constexpr int kPipeBytes = 1 << 20;
-constexpr std::size_t kBlock = std::size_t{1} << 17;
 
 /// Nobody reads the pipe any more: the library has what it wants.
 struct Unwanted {};
@@ -86,13 +84,6 @@ void DumpFeed::Join() {
 void DumpFeed::Finish() {
   Join();
   if (failure_ != nullptr) std::rethrow_exception(std::exchange(failure_, nullptr));
-}
-
-void CopyBytes(ByteSource& from, ByteSink& to) {
-  std::vector<char> block(kBlock);
-  while (const std::size_t got = from.Read(block.data(), block.size())) {
-    to.Write({block.data(), got});
-  }
 }
 
 }  // namespace kesncd_cli

@@ -37,9 +37,6 @@ class DumpFeed {
   std::thread thread_;
 };
 
-/// Passes all of a source on.
-void CopyBytes(ByteSource& from, ByteSink& to);
-
 }  // namespace kesncd_cli
 
 #endif  // KESNCD_CLI_DUMP_FEED_H_

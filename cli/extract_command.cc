@@ -80,15 +80,6 @@ void TellUnmatched(const Report& report, const ExtractOptions& options) {
                         (options.unmatched.empty() ? "; --unmatched FILE lists them" : ""));
 }
 
-void CompareClocks(const KesNCD& analyser, const DumpInput& input) {
-  if (!analyser.twrFileOn) return;
-  SayWrongClocks(input.name(), analyser.clockFreqs, [&](const std::string& name) {
-    const auto found = analyser.signalFreqs.find(name);
-    const bool isThere = found != analyser.signalFreqs.end();
-    return isThere ? std::optional<double>(found->second) : std::nullopt;
-  });
-}
-
 ExitStatus Run(const ExtractOptions& options) {
   KesNCD analyser;
   if (!options.timing.empty()) {
@@ -100,7 +91,9 @@ ExitStatus Run(const ExtractOptions& options) {
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   ReadFlat(analyser, input, AllNames(input), top);
   SayWhyZero(input);
-  CompareClocks(analyser, input);
+  if (analyser.twrFileOn) {
+    SayWrongClocks(input.name(), analyser.clockFreqs, analyser.signalFreqs);
+  }
   analyser.ncdFile = options.nets;
   if (analyser.ExtractNCD() == 0) throw Failure(ExitStatus::Unusable, standalone::DesignMessage());
   const Report report = NetReport(analyser, input.name(), top);

@@ -41,10 +41,9 @@ CodeCounts::ShortCode::ShortCode(std::string_view code) {
   if (isDirect) place = DirectPlace(bytes.data(), code.size());
 }
 
-/// Makes places for codes of up to `longest` characters, unless there are.
+/// Makes places for codes of up to `longest` characters, more than there are.
 void CodeCounts::ReservePlaces(std::size_t longest) {
   const std::size_t places = Places(longest);
-  if (places <= places_) return;
   const std::size_t words = places + places / 32;
   std::unique_ptr<std::uint32_t[], Release> more(
       static_cast<std::uint32_t*>(std::calloc(words, sizeof(std::uint32_t))));
@@ -93,7 +92,7 @@ void CodeCounts::Add(std::string_view code) {
   }
   const ShortCode added(code);
   if (added.isDirect) {
-    ReservePlaces(std::max(code.size(), std::size_t{1}));
+    if (added.place >= places_) ReservePlaces(kLongestDirect);
     AddedWord(added.place) |= AddedBit(added.place);
     direct_[added.place] = 0;  // changes before the declaration count nothing
     return;
