@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "host/standalone/standalone_host.h"
-#include "kesncd/activity/name_index.h"
 #include "kesncd/kesncd.h"
-#include "kesncd/vcd/code_counts.h"
+#include "line_readers/code_counts.h"
+#include "names/name_index.h"
 
 namespace orsa::kesncd {
 namespace {

@@ -2,9 +2,9 @@
 #include <memory>
 #include <sstream>
 
-#include "cli/commands.h"
+#include "cli/commands/commands.h"
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 namespace {
 
@@ -51,4 +51,4 @@ void AddCommandLine(CLI::App& app, Action& chosen) {
   AddExtractCommand(app, chosen);
 }
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli

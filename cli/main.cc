@@ -2,11 +2,11 @@
 #include <csignal>
 #include <exception>
 
-#include "cli/commands.h"
-#include "cli/interrupt.h"
-#include "cli/standard_streams.h"
+#include "cli/commands/commands.h"
+#include "cli/process/interrupt.h"
+#include "cli/process/standard_streams.h"
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 namespace {
 
@@ -27,10 +27,11 @@ ExitStatus RunProgram(int argc, char** argv) {
 
 }  // namespace
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli
 
 int main(int argc, char** argv) {
-  using namespace kesncd_cli;
+  using namespace orsa::kesncd;
+  using namespace orsa::kesncd::cli;
   EndWhenInterrupted();
   (void)std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a failed output like any other
   (void)std::signal(SIGXFSZ, SIG_IGN);  // and so is a file that may not grow further
@@ -41,7 +42,7 @@ int main(int argc, char** argv) {
     FlushStandardOutput();
   } catch (const Failure& failure) {
     Say("", failure.what());
-    status = failure.status();
+    status = StatusOf(failure);
   } catch (const std::exception& error) {
     Say("", error.what());
   }

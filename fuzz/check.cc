@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <sstream>
 
-#include "cli/dump_findings.h"
-#include "cli/exit_status.h"
+#include "free_format/dump_findings.h"
 #include "fuzz/prepared_dump.h"
 #include "fuzz/support.h"
 #include "tests/text_stream.h"
+#include "text/failure.h"
+
+using namespace orsa::kesncd;
 
 namespace {
-
-using namespace kesncd_cli;
 
 /// What the hierarchical reader's figures do not depend on.
 bool IsHarmless(FindingKind kind) {

@@ -6,7 +6,7 @@
 
 #include "fuzz/support.h"
 #include "kesncd/kesncd.h"
-#include "kesncd/vcd/change_scanner.h"
+#include "line_readers/change_scanner.h"
 #include "tests/reader_state.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include "fuzz/plain_names.h"
 #include "fuzz/support.h"
 #include "host/power_data.h"
-#include "kesncd/activity/name_index.h"
 #include "kesncd/kesncd.h"
+#include "names/name_index.h"
 #include "tests/reader_state.h"
 #include "tests/test_host.h"
 

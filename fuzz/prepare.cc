@@ -4,18 +4,19 @@
 #include <algorithm>
 #include <limits>
 
-#include "cli/declaration_reader.h"
-#include "cli/dump_findings.h"
-#include "cli/time_text.h"
+#include "free_format/declaration_reader.h"
+#include "free_format/dump_findings.h"
 #include "fuzz/prepared_dump.h"
 #include "fuzz/support.h"
 #include "kesncd/kesncd.h"
 #include "tests/reader_state.h"
 #include "tests/text_stream.h"
+#include "vcd/time_text.h"
+
+using namespace orsa::kesncd;
 
 namespace {
 
-using namespace kesncd_cli;
 using orsa::kesncd::TextSource;
 
 PrepareOptions OptionsOf(const fuzz::Input& input) {
@@ -60,7 +61,6 @@ void ReadByGrammar(std::FILE* stream) {
 /// What the reader of that number finds in a module.
 fuzz::Figures FlatFigures(const std::string& prepared, const std::string& path, int reader,
                           const std::set<std::string>& selection) {
-  using namespace orsa::kesncd;
   ResetReaderState();
   KesNCD analyser;
   analyser.SetTopModule(path.substr(path.rfind('/') + 1));
@@ -112,7 +112,6 @@ void CheckFlatReaders(const std::string& prepared, const fuzz::Figures& tree,
 }
 
 void CheckReaders(const std::string& dump, const std::string& prepared) {
-  using namespace orsa::kesncd;
   const fuzz::PlainFigures plain = fuzz::ItemFigures(dump);
   const fuzz::Figures tree = fuzz::TreeFigures(prepared);
   fuzz::Require(startCycle == plain.first && endCycle == plain.last, "the span\n" + prepared);

@@ -3,15 +3,16 @@
 #include <set>
 #include <vector>
 
-#include "cli/declaration_reader.h"
-#include "cli/exit_status.h"
+#include "free_format/declaration_reader.h"
 #include "kesncd/kesncd.h"
 #include "tests/reader_state.h"
 #include "tests/text_stream.h"
+#include "text/failure.h"
+
+using namespace orsa::kesncd;
 
 namespace fuzz {
 
-using namespace kesncd_cli;
 using orsa::kesncd::TextSource;
 
 std::optional<std::string> Prepare(const std::string& dump, const PrepareOptions& options,
@@ -27,7 +28,6 @@ std::optional<std::string> Prepare(const std::string& dump, const PrepareOptions
 }
 
 Figures TreeFigures(const std::string& dump) {
-  using namespace orsa::kesncd;
   ResetReaderState();
   KesNCD analyser;
   analyser.ParseVcdFileHier(TextStream(dump), {});

@@ -8,13 +8,13 @@
 #include <string>
 #include <utility>
 
-#include "cli/prepare.h"
+#include "free_format/prepare.h"
 
 namespace fuzz {
 
 /// The prepared dump; nothing for one that is refused. `chunk` is what one read gives at most.
 std::optional<std::string> Prepare(const std::string& dump,
-                                   const kesncd_cli::PrepareOptions& options = {},
+                                   const orsa::kesncd::PrepareOptions& options = {},
                                    std::size_t chunk = std::string::npos);
 
 /// Changes by scope path and name.

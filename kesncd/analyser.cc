@@ -4,11 +4,11 @@
 #include <utility>
 
 #include "kesncd/kesncd.h"
-#include "kesncd/text/file.h"
-#include "kesncd/vcd/flat_reader.h"
-#include "kesncd/vcd/header_probe.h"
-#include "kesncd/vcd/hierarchy_reader.h"
-#include "kesncd/vcd/timescale.h"
+#include "line_readers/flat_reader.h"
+#include "line_readers/header_probe.h"
+#include "line_readers/hierarchy_reader.h"
+#include "line_readers/timescale.h"
+#include "text/file.h"
 
 namespace orsa::kesncd {
 

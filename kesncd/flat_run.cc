@@ -1,9 +1,9 @@
 // The flat run: dump to topMod, topMod to the signal-frequency map and the activity file.
-#include "kesncd/activity/activity_file.h"
-#include "kesncd/activity/design_names.h"
 #include "kesncd/kesncd.h"
+#include "kesncd/model/activity_file.h"
 #include "kesncd/run_messages.h"
-#include "kesncd/text/file.h"
+#include "names/design_names.h"
+#include "text/file.h"
 
 namespace orsa::kesncd {
 

@@ -1,7 +1,7 @@
 // The hierarchical run: dump to module tree.
 #include "kesncd/kesncd.h"
 #include "kesncd/run_messages.h"
-#include "kesncd/text/file.h"
+#include "text/file.h"
 
 namespace orsa::kesncd {
 

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "host/power_data.h"
-#include "kesncd/activity/name_index.h"
 #include "kesncd/kesncd.h"
+#include "names/name_index.h"
 
 // Only the host has this type's run-time information. Weak, it may be missing, so that the library
 // also loads into a program that has no power data.

@@ -2,15 +2,13 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "cli/dump_findings.h"
-#include "cli/exit_status.h"
+#include "free_format/dump_findings.h"
 #include "tests/support.h"
 #include "tests/text_stream.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd {
 namespace {
-
-using namespace kesncd_cli;
 
 /// Compares what is found with a text such as "further names 1@6; time stamps go back 2": how each
 /// finding's text begins, its count and, where "@" stands, the line of its example.
@@ -115,7 +113,7 @@ TEST(Check, NamesWhatIsNoDump) {
       try {
         CheckDump(source, "d");
       } catch (const Failure& failure) {
-        EXPECT_EQ(failure.status(), ExitStatus::Unusable);
+        EXPECT_EQ(failure.kind(), FailureKind::Unusable);
         said = failure.what();
       }
       EXPECT_NE(said.find(message), std::string::npos) << message << " is not in: " << said;

@@ -2,7 +2,7 @@
 // stream position.
 #include <random>
 
-#include "kesncd/vcd/change_scanner.h"
+#include "line_readers/change_scanner.h"
 #include "tests/line_readers.h"
 #include "tests/support.h"
 

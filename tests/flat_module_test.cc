@@ -1,8 +1,8 @@
 #include <limits>
 
-#include "kesncd/activity/frequency.h"
-#include "kesncd/vcd/change_count.h"
+#include "names/frequency.h"
 #include "tests/support.h"
+#include "vcd/change_count.h"
 
 namespace orsa::kesncd {
 namespace {

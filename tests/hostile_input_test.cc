@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <regex>
 
-#include "kesncd/vcd/header_probe.h"
+#include "line_readers/header_probe.h"
 #include "tests/line_readers.h"
 #include "tests/support.h"
 

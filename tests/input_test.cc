@@ -2,8 +2,8 @@
 // progress on a terminal, interrupted.
 #include <regex>
 
-#include "cli/dump_look.h"
-#include "cli/progress.h"
+#include "cli/process/progress.h"
+#include "free_format/dump_look.h"
 #include "tests/shell.h"
 #include "tests/support.h"
 #include "tests/text_stream.h"
@@ -11,7 +11,7 @@
 namespace orsa::kesncd {
 namespace {
 
-using namespace kesncd_cli;
+using namespace cli;
 using enum FindingKind;
 
 // A time scale that the library's readers do not see, two top-level scopes, a signal of two names.

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "kesncd/vcd/change_scanner.h"
+#include "line_readers/change_scanner.h"
 #include "tests/support.h"
 
 namespace orsa::kesncd {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "fuzz/plain_names.h"
-#include "kesncd/activity/name_index.h"
+#include "names/name_index.h"
 #include "tests/support.h"
 
 namespace orsa::kesncd {

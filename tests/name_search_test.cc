@@ -1,11 +1,11 @@
 // The program's search for many names against the library's for one.
-#include "cli/name_search.h"
+#include "cli/commands/name_search.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 namespace {
 
 using orsa::kesncd::VmodHier;
@@ -59,4 +59,4 @@ TEST(NameSearch, AnswersAsTheTreeDoes) {
 }
 
 }  // namespace
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli

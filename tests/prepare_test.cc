@@ -4,19 +4,17 @@
 #include <regex>
 #include <sstream>
 
-#include "cli/dump_look.h"
-#include "cli/exit_status.h"
-#include "cli/time_text.h"
+#include "free_format/dump_look.h"
 #include "fuzz/prepared_dump.h"
 #include "tests/support.h"
 #include "tests/text_stream.h"
+#include "text/failure.h"
+#include "vcd/time_text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace orsa::kesncd {
 namespace {
-
-using namespace kesncd_cli;
 
 struct Prepared {
   std::string text;

@@ -1,7 +1,7 @@
 // One table of dumps against all line readers: what they do alike, and each deliberate difference.
 #include <sstream>
 
-#include "kesncd/vcd/dump_rules.h"
+#include "line_readers/dump_rules.h"
 #include "tests/line_readers.h"
 #include "tests/support.h"
 

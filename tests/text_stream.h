@@ -6,11 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include "cli/byte_stream.h"
+#include "text/byte_stream.h"
 
 namespace orsa::kesncd {
 
-class TextSource : public kesncd_cli::ByteSource {
+class TextSource : public orsa::kesncd::ByteSource {
  public:
   TextSource(const std::string& text, std::size_t chunk) : text_(text), chunk_(chunk) {}
   std::size_t Read(char* to, std::size_t most) override {
@@ -25,7 +25,7 @@ class TextSource : public kesncd_cli::ByteSource {
   std::size_t at_ = 0;
 };
 
-class TextSink : public kesncd_cli::ByteSink {
+class TextSink : public orsa::kesncd::ByteSink {
  public:
   void Write(std::string_view bytes) override { text += bytes; }
   std::string text;

@@ -3,7 +3,7 @@
 
 #include "cli/pages/pages.h"
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 namespace {
 
@@ -73,4 +73,4 @@ void WriteBashCompletion(std::ostream& out, const OptionTable& table) {
       << "complete -F _kesncd " << table.program.name << "\n";
 }
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli

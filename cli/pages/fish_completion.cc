@@ -4,7 +4,7 @@
 
 #include "cli/pages/pages.h"
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 namespace {
 
@@ -53,4 +53,4 @@ void WriteFishCompletion(std::ostream& out, const OptionTable& table) {
   for (const CommandRow& command : table.commands) WriteCommand(out, table.program.name, command);
 }
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli

@@ -6,13 +6,13 @@
 #include <map>
 #include <string>
 
-#include "cli/commands.h"
+#include "cli/commands/commands.h"
 #include "cli/pages/pages.h"
 
 namespace {
 
 int Write(int argc, char** argv) {
-  using namespace kesncd_cli;
+  using namespace orsa::kesncd::cli;
   const std::map<std::string, void (*)(std::ostream&, const OptionTable&)> writers{
       {"man", WriteManPage},
       {"bash", WriteBashCompletion},

@@ -4,7 +4,7 @@
 
 #include "cli/pages/pages.h"
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 namespace {
 
@@ -95,4 +95,4 @@ void WriteManPage(std::ostream& out, const OptionTable& table) {
   }
 }
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli

@@ -4,7 +4,7 @@
 #include <set>
 #include <sstream>
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 namespace {
 
@@ -84,4 +84,4 @@ std::string Join(const std::vector<std::string>& parts, const std::string& separ
   return text;
 }
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli

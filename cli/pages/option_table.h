@@ -9,7 +9,7 @@ namespace CLI {
 class App;
 }
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 /// An option, or an operand when it has no flags.
 struct OptionRow {
@@ -46,6 +46,6 @@ std::vector<std::string> FlagsOf(const CommandRow& command);
 /// The parts with a separator between them.
 std::string Join(const std::vector<std::string>& parts, const std::string& separator);
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli
 
 #endif  // KESNCD_CLI_PAGES_OPTION_TABLE_H_

@@ -6,13 +6,13 @@
 
 #include "cli/pages/option_table.h"
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 void WriteManPage(std::ostream& out, const OptionTable& table);
 void WriteBashCompletion(std::ostream& out, const OptionTable& table);
 void WriteZshCompletion(std::ostream& out, const OptionTable& table);
 void WriteFishCompletion(std::ostream& out, const OptionTable& table);
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli
 
 #endif  // KESNCD_CLI_PAGES_PAGES_H_

@@ -3,7 +3,7 @@
 
 #include "cli/pages/pages.h"
 
-namespace kesncd_cli {
+namespace orsa::kesncd::cli {
 
 namespace {
 
@@ -80,4 +80,4 @@ void WriteZshCompletion(std::ostream& out, const OptionTable& table) {
       << "_kesncd \"$@\"\n";
 }
 
-}  // namespace kesncd_cli
+}  // namespace orsa::kesncd::cli

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "kesncd/grammar/token_value.h"
-#include "kesncd/text/number.h"
-#include "kesncd/vcd/dump_rules.h"
-#include "kesncd/vcd/timescale.h"
+#include "line_readers/dump_rules.h"
+#include "line_readers/timescale.h"
+#include "text/number.h"
 
 namespace orsa::kesncd {
 

@@ -6,7 +6,7 @@
 
 #include "kesncd/grammar/tables.h"
 #include "kesncd/kesncd.h"
-#include "kesncd/vcd/code_counts.h"
+#include "line_readers/code_counts.h"
 
 namespace orsa::kesncd {
 

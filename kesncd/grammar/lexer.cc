@@ -9,7 +9,7 @@
 #include "kesncd/grammar/token_value.h"
 #include "kesncd/grammar/tokens.h"
 #include "kesncd/kesncd.h"
-#include "kesncd/text/stream.h"
+#include "text/stream.h"
 
 namespace orsa::kesncd {
 

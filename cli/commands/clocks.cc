@@ -1,0 +1,111 @@
+// kesncd clocks: the clock frequencies of a timing report.
+#include <map>
+#include <memory>
+
+#include "cli/commands/clock_comparison.h"
+#include "cli/commands/commands.h"
+#include "cli/commands/name_search.h"
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+struct ClocksOptions {
+  InputOptions input;  // the dump to compare with, if any
+  std::string report;
+  int mode = 0;
+  bool earlierReader = false;
+  OutputOptions output;
+};
+
+constexpr char kHelp[] =
+    "Clock frequencies of a timing report\n"
+    "\n"
+    "Examples:\n"
+    "  kesncd clocks soc.twr             the lower of constraint and achieved frequency\n"
+    "  kesncd clocks soc.twr --mode 2    the achieved frequency\n"
+    "  kesncd clocks soc.twr --dump sim.vcd    beside what ran in the simulation\n"
+    "\n"
+    "With a dump, clocks that run at a frequency more than 10 % off the report's are named.\n";
+
+void ReadClocks(orsa::kesncd::KesNCD& analyser, const ClocksOptions& options) {
+  CheckReadable(options.report);
+  analyser.twrFile = options.report;
+  if (options.earlierReader) {
+    analyser.ReadTWR(options.mode);
+  } else {
+    analyser.ReadTWR2(options.mode);
+  }
+}
+
+/// Reads the dump and gives the frequency of each clock that it holds.
+std::map<std::string, double> ClocksOfDump(orsa::kesncd::KesNCD& analyser,
+                                           const ClocksOptions& options) {
+  std::map<std::string, double> found;
+  DumpInput input(options.input);
+  ReadTree(analyser, input);
+  const orsa::kesncd::VmodHier& root = *analyser.hierRoot;
+  std::vector<std::string> names;
+  for (const auto& [name, promised] : analyser.clockFreqs) names.push_back(name);
+  const NameSearch search(root, root.name, true, names);
+  for (const std::string& name : names) {
+    const FoundSignal hit = search.Find(name);
+    if (hit.signal != nullptr) found.emplace(name, FrequencyOf(*hit.signal));
+  }
+  SayWrongClocks(input.name(), analyser.clockFreqs, found);
+  return found;
+}
+
+ExitStatus Run(const ClocksOptions& options) {
+  orsa::kesncd::KesNCD analyser;
+  ReadClocks(analyser, options);
+  const bool compares = !options.input.dump.empty();
+  Report report{{{"report", options.report}, {"mode", std::int64_t{options.mode}}},
+                "clocks",
+                {"clock", "freq_mhz"},
+                {},
+                ""};
+  std::map<std::string, double> found;
+  if (compares) {
+    report.columns.emplace_back("dump_freq_mhz");
+    found = ClocksOfDump(analyser, options);
+  }
+  for (const auto& [name, frequency] : analyser.clockFreqs) {
+    report.rows.push_back({name, frequency});
+    if (!compares) continue;
+    const auto place = found.find(name);
+    report.rows.back().push_back(place == found.end() ? Cell() : Cell(place->second));
+  }
+  WriteReport(report, options.output);
+  if (!report.rows.empty()) return ExitStatus::Done;
+  Say(options.report, "no clock frequencies; is it a timing report with a preference table?");
+  return ExitStatus::NothingMatched;
+}
+
+}  // namespace
+
+void AddModeOption(CLI::App& command, int& mode) {
+  command
+      .add_option("--mode", mode,
+                  "0: the lower of constraint and achieved frequency, 1: the constraint, "
+                  "2: the achieved frequency")
+      ->check(CLI::Range(0, 2))
+      ->type_name("N");
+}
+
+void AddClocksCommand(CLI::App& app, Action& chosen) {
+  CLI::App* command = app.add_subcommand("clocks", kHelp);
+  const auto options = std::make_shared<ClocksOptions>();
+  command->add_option("REPORT", options->report, "timing report")->required();
+  command->add_option("--dump", options->input.dump, "compare with the clocks of a dump")
+      ->type_name("DUMP");
+  AddReadingFlags(*command, options->input);
+  AddModeOption(*command, options->mode);
+  command->add_flag("--earlier-reader", options->earlierReader,
+                    "close a row at its \";\", as older versions did");
+  AddOutputOptions(*command, options->output);
+  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+}
+
+}  // namespace orsa::kesncd::cli

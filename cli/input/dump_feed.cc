@@ -1,0 +1,89 @@
+#include "cli/input/dump_feed.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "cli/process/exit_status.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+// As large as the system gives every user; with less the two ends wait for one another more often.
+constexpr int kPipeBytes = 1 << 20;
+
+/// Nobody reads the pipe any more: the library has what it wants.
+struct Unwanted {};
+
+class PipeSink : public ByteSink {
+ public:
+  explicit PipeSink(int file) : file_(file) {}
+
+  void Write(std::string_view bytes) override {
+    while (!bytes.empty()) {
+      const ssize_t written = write(file_, bytes.data(), bytes.size());
+      if (written >= 0) {
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+      } else if (errno == EPIPE) {
+        throw Unwanted();
+      } else if (errno != EINTR) {
+        throw Failure(FailureKind::Unusable, std::string("a pipe: ") + std::strerror(errno));
+      }
+    }
+  }
+
+ private:
+  const int file_;
+};
+
+}  // namespace
+
+DumpFeed::DumpFeed(std::function<void(ByteSink&)> write) {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    throw Failure(FailureKind::Unusable, std::string("a pipe: ") + std::strerror(errno));
+  }
+  (void)fcntl(ends[1], F_SETPIPE_SZ, kPipeBytes);
+  readEnd_ = ends[0];
+  path_ = "/proc/self/fd/" + std::to_string(readEnd_);
+  if (access(path_.c_str(), R_OK) != 0) {
+    (void)close(ends[0]);
+    (void)close(ends[1]);
+    throw Failure(FailureKind::Unusable, "/proc is not mounted, which passing a dump on needs");
+  }
+  thread_ = std::thread([this, write = std::move(write), end = ends[1]] { Run(write, end); });
+}
+
+DumpFeed::~DumpFeed() {
+  Join();
+}
+
+void DumpFeed::Run(const std::function<void(ByteSink&)>& write, int writeEnd) noexcept {
+  try {
+    PipeSink sink(writeEnd);
+    write(sink);
+  } catch (const Unwanted&) {
+  } catch (...) {
+    failure_ = std::current_exception();
+  }
+  (void)close(writeEnd);
+}
+
+/// Without a reading end a thread that still writes comes to its end.
+void DumpFeed::Join() {
+  if (readEnd_ >= 0) (void)close(readEnd_);
+  readEnd_ = -1;
+  if (thread_.joinable()) thread_.join();
+}
+
+void DumpFeed::Finish() {
+  Join();
+  if (failure_ != nullptr) std::rethrow_exception(std::exchange(failure_, nullptr));
+}
+
+}  // namespace orsa::kesncd::cli

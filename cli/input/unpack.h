@@ -1,0 +1,25 @@
+// Dumps that were packed with gzip or zstd, known by their first bytes.
+#ifndef KESNCD_CLI_INPUT_UNPACK_H_
+#define KESNCD_CLI_INPUT_UNPACK_H_
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "text/byte_stream.h"
+
+namespace orsa::kesncd::cli {
+
+/// A source with what it holds already: "gzip" and "zstd", or nothing for plain bytes.
+struct UnpackedSource {
+  std::unique_ptr<ByteSource> bytes;
+  std::string_view packing;
+};
+
+/// The bytes of a source, unpacked while they are read where they are packed. Messages call the
+/// source `name`.
+UnpackedSource Unpack(std::unique_ptr<ByteSource> source, const std::string& name);
+
+}  // namespace orsa::kesncd::cli
+
+#endif  // KESNCD_CLI_INPUT_UNPACK_H_

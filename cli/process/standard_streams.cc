@@ -1,0 +1,26 @@
+#include "cli/process/standard_streams.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "cli/process/exit_status.h"
+
+namespace orsa::kesncd::cli {
+
+void HoldStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) >= 0) continue;
+    // The lowest free descriptor is this one: those below it are held.
+    (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
+void FlushStandardOutput() {
+  if (!std::cout.flush()) {
+    throw Failure(FailureKind::OutputFailed, "standard output: cannot write");
+  }
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,16 @@
+// The streams that the program was given.
+#ifndef KESNCD_CLI_PROCESS_STANDARD_STREAMS_H_
+#define KESNCD_CLI_PROCESS_STANDARD_STREAMS_H_
+
+namespace orsa::kesncd::cli {
+
+/// Keeps the places of streams that were closed before the program started: a dump that is opened
+/// must not become the standard output. Writing to such a stream still fails.
+void HoldStandardStreams();
+
+/// Throws Failure with OutputFailed when not all that was printed could be written.
+void FlushStandardOutput();
+
+}  // namespace orsa::kesncd::cli
+
+#endif  // KESNCD_CLI_PROCESS_STANDARD_STREAMS_H_

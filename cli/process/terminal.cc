@@ -1,0 +1,29 @@
+#include "cli/process/terminal.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string_view>
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+std::string_view Setting(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+}  // namespace
+
+bool IsTerminal(int file) {
+  return isatty(file) == 1;
+}
+
+std::string Bold(int file, const std::string& text) {
+  const bool isPlain = !IsTerminal(file) || !Setting("NO_COLOR").empty() ||
+                       Setting("TERM").empty() || Setting("TERM") == "dumb";
+  return isPlain ? text : "\033[1m" + text + "\033[0m";
+}
+
+}  // namespace orsa::kesncd::cli

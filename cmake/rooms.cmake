@@ -1,0 +1,12 @@
+# A room is a folder of sources that keeps no state of its own: it computes from values and
+# parameters. It is a static library, hidden in whatever links it, and links only the rooms that it
+# may include. Usage: kesncd_room(NAME SOURCES... ROOMS OTHER...)
+function(kesncd_room name)
+  cmake_parse_arguments(room "" "" "ROOMS" ${ARGN})
+  add_library(kesncd-room-${name} STATIC ${room_UNPARSED_ARGUMENTS})
+  target_include_directories(kesncd-room-${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  foreach(other ${room_ROOMS})
+    target_link_libraries(kesncd-room-${name} PUBLIC kesncd-room-${other})
+  endforeach()
+  kesncd_strict(kesncd-room-${name})
+endfunction()

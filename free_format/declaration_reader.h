@@ -1,0 +1,82 @@
+// Reads a dump's declarations, up to the first word of its body.
+//
+// Sections may stand on one line or many and may lack their $end; attributes and texts are passed
+// over. Memory is in proportion to the declarations.
+#ifndef KESNCD_FREE_FORMAT_DECLARATION_READER_H_
+#define KESNCD_FREE_FORMAT_DECLARATION_READER_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "free_format/dump_words.h"
+#include "vcd/declarations.h"
+#include "vcd/dump_keywords.h"
+
+namespace orsa::kesncd {
+
+class DeclarationReader {
+ public:
+  explicit DeclarationReader(DumpWords& words) : words_(words) {}
+
+  Declarations Read();
+
+ private:
+  /// A keyword with its words, and how they stand on lines.
+  struct Section {
+    std::vector<std::string> words;
+    std::uint64_t line = 0;
+    std::uint64_t firstLine = 0;  // of its words
+    std::uint64_t lastLine = 0;
+    std::uint64_t endLine = 0;  // 0: it has no $end
+    bool startsLine = false;
+    bool isPlain = true;  // readers know its keyword and its $end
+  };
+  /// A scope as the hierarchical reader follows it.
+  struct LineScope {
+    std::uint32_t scope;
+    bool reachable;
+  };
+
+  bool Advance();
+  bool TakeWord();
+  void TakeSection(Keyword keyword);
+  void ReadSection(Keyword keyword);
+  void ReadEnd();
+  void TakeEnd();
+  void TakeTimescale();
+  void OpenScope();
+  void CloseScope();
+  void Declare();
+  void EndDefinitions();
+  std::string NewName();
+  std::string Fitting(std::string name, std::uint32_t number);
+  std::uint32_t ScopeOf(const std::string& name, bool& isNew);
+  void FollowScope(std::uint32_t scope, const std::string& kind);
+  void FollowVariable(const DumpVariable& variable, char codeStart);
+  void CheckLine(Tally& tally, bool fits, const std::string& what);
+
+  DumpWords& words_;
+  bool repeat_ = false;  // the last word is to be taken again
+  Section section_;
+  Declarations result_;
+  std::uint32_t current_ = Declarations::kDump;
+  std::uint32_t unnamed_ = 0;
+  std::unordered_map<std::string, std::uint32_t> scopeByPath_;  // parent's number and name
+
+  std::vector<LineScope> lineScopes_;
+  bool lineRoot_ = false;
+  Tally* lineTally_ = nullptr;  // of the last section, unless it counted there
+  std::uint64_t lineNumber_ = 0;
+  std::string lineWhat_;
+};
+
+/// Reads the declarations from a dump's start. Throws Failure with Unusable for what is no VCD file
+/// or declares no variable; messages call the dump `name`.
+Declarations ReadDeclarations(DumpWords& words, const std::string& name);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_FREE_FORMAT_DECLARATION_READER_H_

@@ -1,0 +1,55 @@
+#include "free_format/dump_format.h"
+
+#include <algorithm>
+
+namespace orsa::kesncd {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+struct Magic {
+  std::string_view bytes;
+  ForeignFormat format;
+};
+
+constexpr Magic kMagics[] = {
+    {"\x1F\x8B"sv, {"gzip", "unpack it with gunzip"}},
+    {"\x28\xB5\x2F\xFD"sv, {"zstd", "unpack it with unzstd"}},
+    {"\xFD\x37zXZ"sv, {"xz", "unpack it with unxz"}},
+    {"BZh"sv, {"bzip2", "unpack it with bunzip2"}},
+    {"PK\x03\x04"sv, {"zip", "unpack it with unzip"}},
+    {"\0\0\0\0\0\0\0\x01\x49"sv, {"FST", "convert it with fst2vcd (GTKWave)"}},
+    {"\xFE\0\0\0\0"sv, {"FST", "convert it with fst2vcd (GTKWave)"}},  // packed once more
+    {"\x13\x80"sv, {"LXT2", "convert it with lxt2vcd (GTKWave), or simulate without -lxt2"}},
+    {"\x01\x38"sv, {"LXT", "simulate again without -lxt"}},
+    {"VZ"sv, {"VZT", "convert it with vzt2vcd (GTKWave)"}},
+    {"GHDLwave\n"sv, {"GHW", "simulate with --vcd=FILE in place of --wave=FILE"}},
+    {"version https://git-lfs"sv, {"a git-lfs pointer", "fetch the file with git lfs pull"}},
+    {"\xFF\xFE"sv, {"UTF-16", "convert it with iconv -f UTF-16 -t UTF-8"}},
+    {"\xFE\xFF"sv, {"UTF-16", "convert it with iconv -f UTF-16 -t UTF-8"}},
+    {"$\0"sv, {"UTF-16", "convert it with iconv -f UTF-16LE -t UTF-8"}},
+    {"\0$"sv, {"UTF-16", "convert it with iconv -f UTF-16BE -t UTF-8"}},
+};
+
+constexpr std::size_t kLooked = 4096;
+
+}  // namespace
+
+ForeignFormat ForeignFormatOf(std::string_view firstBytes) {
+  for (const Magic& magic : kMagics) {
+    if (firstBytes.substr(0, magic.bytes.size()) == magic.bytes) return magic.format;
+  }
+  // A text has no NULs; a dump that a crash left with a hole does, but not without a keyword first.
+  const std::string_view head = firstBytes.substr(0, kLooked);
+  if (head.find('\0') != std::string_view::npos && head.find('$') > head.find('\0')) {
+    return {"a binary file", "have the simulator write VCD"};
+  }
+  return {};
+}
+
+std::string ForeignText(const ForeignFormat& format) {
+  return "is " + std::string(format.name) + ", no VCD file: " + std::string(format.remedy);
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,47 @@
+#include "free_format/slot_watch.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace orsa::kesncd {
+
+namespace {
+
+double NumberIn(const std::string& slot) {
+  double ticks = 0;
+  (void)std::from_chars(slot.data(), slot.data() + slot.size(), ticks);
+  return ticks;
+}
+
+}  // namespace
+
+void SlotWatch::PutDigits(std::string_view stamp) {
+  const std::string_view digits = stamp.substr(0, stamp.find_first_not_of("0123456789"));
+  Put(shared_, digits, false);
+  Put(own_, digits, false);
+}
+
+void SlotWatch::Put(std::string& slot, std::string_view word, bool isEnded) {
+  if (slot.size() <= word.size()) slot.resize(word.size() + 1);
+  std::copy(word.begin(), word.end(), slot.begin());
+  if (isEnded) slot[word.size()] = '\0';
+}
+
+double SlotWatch::StampFor(double ticks) const {
+  const double shared = NumberIn(shared_);
+  return shared != ticks ? shared : NumberIn(own_);
+}
+
+bool SlotWatch::MayMislead(std::uint64_t lastStamp, std::size_t longestCode) const {
+  std::size_t digits = std::to_string(lastStamp).size();
+  if (longestCode > digits) return true;
+  for (; digits < shared_.size(); ++digits) {
+    const std::string text = std::string(digits, '1') + shared_.substr(digits);
+    double ticks = 0;
+    const char* const end = std::from_chars(text.data(), text.data() + text.size(), ticks).ptr;
+    if (end != text.data() + digits) return true;
+  }
+  return false;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,40 @@
+// What the line readers read a time stamp as. They keep the digits of a stamp in one place, where
+// the digits end nothing: a longer text that stood there before goes on behind them. In the flat
+// run's reader the second words of lines pass through the same place.
+#ifndef KESNCD_FREE_FORMAT_SLOT_WATCH_H_
+#define KESNCD_FREE_FORMAT_SLOT_WATCH_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+class SlotWatch {
+ public:
+  /// Every word of the dump, in order.
+  void Take(std::string_view word, bool startsLine) {
+    index_ = startsLine ? 0 : index_ + 1;
+    if (index_ == 0 && word.front() == '#') PutDigits(word.substr(1));
+    if (index_ == 1) Put(shared_, word, true);
+  }
+  /// What the stamp that was the last word taken is read as: otherwise than `ticks` if one of the
+  /// readers does so.
+  double StampFor(double ticks) const;
+  /// Whether stamps to come, no shorter than the last one, might be misread. Codes of vectors, the
+  /// second words of their lines, have up to `longestCode` characters.
+  bool MayMislead(std::uint64_t lastStamp, std::size_t longestCode) const;
+
+ private:
+  void PutDigits(std::string_view stamp);
+  static void Put(std::string& slot, std::string_view word, bool isEnded);
+
+  std::size_t index_ = 0;
+  std::string shared_;  // of second words and stamps
+  std::string own_;     // of stamps alone
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_FREE_FORMAT_SLOT_WATCH_H_

@@ -1,0 +1,206 @@
+// The flat module: parallel vectors addressed by signal index.
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <utility>
+
+#include "kesncd/kesncd.h"
+#include "kesncd/model/activity_file.h"
+#include "names/frequency.h"
+#include "text/file.h"
+#include "text/number.h"
+#include "vcd/change_count.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+template <class T>
+T At(const std::vector<T>& values, int index) {
+  const auto position = static_cast<std::size_t>(index);
+  return position < values.size() ? values[position] : T();
+}
+
+template <class T>
+void EraseAt(std::vector<T>& values, std::size_t index) {
+  if (index < values.size()) values.erase(values.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+/// Makes sure that one element more can be appended.
+template <class T>
+void MakeRoom(std::vector<T>& values) {
+  if (values.size() == values.capacity()) values.reserve(2 * values.size() + 1);
+}
+
+std::size_t FirstOf(const std::vector<std::string>& values, const std::string& value) {
+  return static_cast<std::size_t>(std::find(values.begin(), values.end(), value) - values.begin());
+}
+
+}  // namespace
+
+Vmod::Vmod() : indexed_(0) {}
+
+Vmod::Vmod(const std::string& name) : name_(name), indexed_(0) {}
+
+Vmod::~Vmod() = default;
+
+void Vmod::SetName(const std::string& name) {
+  name_ = name;
+}
+
+std::string Vmod::GetName() const {
+  return name_;
+}
+
+void Vmod::AddSignal(const std::string& name, const std::string& type, const std::string& symbol,
+                     int nbit) {
+  // What can fail comes first, so that the lists stay in step.
+  std::string texts[] = {name, type, symbol};
+  MakeRoom(names_);
+  MakeRoom(types_);
+  MakeRoom(symbols_);
+  MakeRoom(nbits_);
+  MakeRoom(changes_);
+  MakeRoom(states_);
+  names_.push_back(std::move(texts[0]));
+  types_.push_back(std::move(texts[1]));
+  symbols_.push_back(std::move(texts[2]));
+  nbits_.push_back(nbit);
+  changes_.push_back(0);
+  states_.emplace_back();
+}
+
+int Vmod::GetSignalSize() const {
+  return static_cast<int>(names_.size());
+}
+std::string Vmod::GetSignalName(int index) const {
+  return At(names_, index);
+}
+std::string Vmod::GetSignalType(int index) const {
+  return At(types_, index);
+}
+std::string Vmod::GetSignalSymb(int index) const {
+  return At(symbols_, index);
+}
+std::string Vmod::GetSignalState(int index) const {
+  return At(states_, index);
+}
+int Vmod::GetSignalNbit(int index) const {
+  return At(nbits_, index);
+}
+int Vmod::GetSignalChange(int index) const {
+  return At(changes_, index);
+}
+
+/// Brings firstOfSymbol_ up to the signals added since the last count.
+void Vmod::IndexSymbols() {
+  for (; indexed_ < symbols_.size(); ++indexed_) {
+    firstOfSymbol_.emplace(symbols_[indexed_], indexed_);
+  }
+}
+
+void Vmod::IncreaseChangeForSymbol(const std::string& symbol) {
+  IndexSymbols();
+  const auto found = firstOfSymbol_.find(symbol);
+  if (found != firstOfSymbol_.end()) AddToCount(changes_[found->second], 1);
+}
+
+void Vmod::AddChanges(int index, std::uint32_t count) {
+  AddToCount(changes_[static_cast<std::size_t>(index)], count);
+}
+
+double Vmod::GetSignalFreq(int index) const {
+  ClearDebugLatch();
+  return ToggleFrequency(GetSignalChange(index), endCycle - startCycle);
+}
+
+/// Removes a signal. The widths are a list of their own: one removal leaves them alone.
+void Vmod::Remove(std::size_t index, bool widthToo) {
+  if (index >= names_.size()) return;
+  EraseAt(names_, index);
+  EraseAt(types_, index);
+  EraseAt(symbols_, index);
+  EraseAt(changes_, index);
+  EraseAt(states_, index);
+  if (widthToo) EraseAt(nbits_, index);
+  firstOfSymbol_.clear();
+  indexed_ = 0;
+}
+
+void Vmod::RemoveSignal(int index) {
+  Remove(static_cast<std::size_t>(index), true);
+}
+
+void Vmod::RemoveSignal(const std::string& name) {
+  Remove(FirstOf(names_, name), false);
+}
+
+void Vmod::RemoveSignal(const std::string& name, const std::string& type) {
+  std::size_t index = 0;
+  while (index < names_.size() && (names_[index] != name || types_[index] != type)) ++index;
+  Remove(index, true);
+}
+
+void Vmod::Clear() {
+  name_.clear();
+  names_.clear();
+  types_.clear();
+  symbols_.clear();
+  nbits_.clear();
+  changes_.clear();
+  states_.clear();
+  firstOfSymbol_.clear();
+  indexed_ = 0;
+}
+
+void Vmod::PrintMod() const {
+  std::cout << "PrintMod: name=" << name_ << std::endl;
+  for (int i = 0; i < GetSignalSize(); ++i) {
+    std::cout << "  " << GetSignalName(i) << " (" << GetSignalType(i)
+              << ") symbol= " << GetSignalSymb(i) << " (bit=" << std::to_string(GetSignalNbit(i))
+              << ") change: " << std::to_string(GetSignalChange(i))
+              << "  freq: " << DisplayText(GetSignalFreq(i)) << std::endl;
+  }
+}
+
+void Vmod::PrintModSimple() const {
+  std::cout << "name=" << name_ << std::endl;
+  for (int i = 0; i < GetSignalSize(); ++i) {
+    std::cout << "  " << GetSignalName(i) << "  freq: " << DisplayText(GetSignalFreq(i))
+              << std::endl;
+  }
+}
+
+void Vmod::DumpIntoFile(const std::string& path) const {
+  const File file(std::fopen(path.c_str(), "a"));
+  if (file != nullptr) WriteActivity(*this, file.get());
+}
+
+Vsig::Vsig() : freq_(-1.0) {}
+
+Vsig::Vsig(const std::string& name) : name_(name), freq_(-1.0) {}
+
+void Vsig::SetSig(const std::string& name) {
+  name_ = name;
+}
+
+void Vsig::SetSig(const std::string& name, const std::string& /*type*/, double /*freq*/) {
+  name_ = name;
+}
+
+std::string Vsig::GetSigName() const {
+  return name_;
+}
+std::string Vsig::GetSigType() const {
+  return type_;
+}
+double Vsig::GetSigFreq() const {
+  return freq_;
+}
+
+void Vsig::PrintSig() const {
+  std::cout << "PrintSig: name=" << name_ << " type=" << type_ << " freq=" << DisplayText(freq_)
+            << std::endl;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,29 @@
+// Walks over a module tree. Dumps nest their scopes as deep as they like, so no walk recurses.
+#ifndef KESNCD_MODEL_TREE_WALK_H_
+#define KESNCD_MODEL_TREE_WALK_H_
+
+#include <vector>
+
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd {
+
+/// Visits a node and its subtree, each node before its children and those in their order, until
+/// `visit` returns true; whether it did.
+template <class Node, class Visit>
+bool WalkTree(Node& start, Visit visit) {
+  std::vector<Node*> pending{&start};
+  while (!pending.empty()) {
+    Node& node = *pending.back();
+    pending.pop_back();
+    if (visit(node)) return true;
+    for (auto child = node.subMods.rbegin(); child != node.subMods.rend(); ++child) {
+      if (*child != nullptr) pending.push_back(*child);
+    }
+  }
+  return false;
+}
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_MODEL_TREE_WALK_H_

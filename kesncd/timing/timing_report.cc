@@ -1,0 +1,85 @@
+// Clock frequencies of the timing report. The report holds much else; what counts is the table
+// under a heading with "Preference" and "Constraint", between two separators.
+#include <cstring>
+#include <utility>
+
+#include "kesncd/kesncd.h"
+#include "kesncd/timing/timing_row.h"
+#include "text/file.h"
+#include "text/line_source.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr std::size_t kLineBytes = 1024;
+constexpr char kSeparator[] = "--------------------------------------------";
+
+bool Holds(const char* line, const char* text) {
+  return std::strstr(line, text) != nullptr;
+}
+
+bool IsHeading(const char* line) {
+  return Holds(line, "Preference") && Holds(line, "Constraint");
+}
+
+/// The lines of the report's tables that belong to rows.
+class TableLines {
+ public:
+  explicit TableLines(std::FILE* report) : lines_(report, kLineBytes) {}
+
+  /// The next line that starts a row or, inside one, just the next line: a row that is under way
+  /// swallows even the separator that would close the table. Null at the end.
+  const char* Next(bool insideRow) {
+    const char* line = lines_.Next();
+    while (line != nullptr && !insideRow && !IsRowStart(line)) line = lines_.Next();
+    return line;
+  }
+
+ private:
+  enum class Place { Outside, UnderHeading, Inside };
+
+  bool IsRowStart(const char* line) {
+    if (place_ == Place::Inside) {
+      if (!Holds(line, kSeparator)) return StartsRow(line);
+      place_ = Place::Outside;
+    } else if (IsHeading(line)) {
+      place_ = Place::UnderHeading;
+    } else if (place_ == Place::UnderHeading && Holds(line, kSeparator)) {
+      place_ = Place::Inside;
+    }
+    return false;
+  }
+
+  LineSource lines_;
+  Place place_ = Place::Outside;
+};
+
+/// Fills `clocks` with the report's rows as `row` reads them. The first row for a name wins, and
+/// what `clocks` held goes only when the whole report was read and has a row to replace it.
+template <class Row>
+bool ReadClocks(const std::string& path, Row row, std::map<std::string, double>& clocks) {
+  const File report = path.empty() ? nullptr : OpenForReading(path);
+  if (report == nullptr) return false;
+  TableLines lines(report.get());
+  std::map<std::string, double> found;
+  while (const char* line = lines.Next(row.IsOpen())) {
+    std::optional<Clock> clock = row.TakeLine(line);
+    if (clock) found.emplace(std::move(clock->name), clock->frequency);
+  }
+  if (found.empty() || std::ferror(report.get()) != 0) return false;
+  clocks.swap(found);
+  return true;
+}
+
+}  // namespace
+
+bool KesNCD::ReadTWR2(int mode) {
+  return ReadClocks(twrFile, JoinedRow(mode), clockFreqs);
+}
+
+bool KesNCD::ReadTWR(int mode) {
+  return ReadClocks(twrFile, WordwiseRow(mode), clockFreqs);
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,180 @@
+#include "kesncd/timing/timing_row.h"
+
+#include <iterator>
+#include <utility>
+
+#include "text/number.h"
+#include "text/words.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr double kUnknown = -1.0;
+constexpr std::size_t kTableColumns = 4;
+constexpr std::string_view kMegahertz = "MHz";
+constexpr std::string_view kNameBlanks = " \t\"";
+constexpr std::string_view kValueBlanks = " ;\t";
+constexpr std::string_view kPreferenceBlanks = " ;\t\"";
+
+/// Keywords before a name, in ReadTWR: two of them, whichever they are.
+constexpr std::size_t kStepsBeforeName = 2;
+
+bool Contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+double Scan(std::string_view word) {
+  double value = kUnknown;
+  ScanDouble(std::string(word).c_str(), value);
+  return value;
+}
+
+/// The number in a column that holds a number, "MHz" and nothing else.
+std::optional<double> Megahertz(std::string_view column) {
+  const auto words = FirstWords<3>(column, kValueBlanks);
+  if (words[1] != kMegahertz || !words[2].empty()) return std::nullopt;
+  return Scan(words[0]);
+}
+
+bool IsKeyword(std::string_view word) {
+  return word == "FREQUENCY" || word == "NET" || word == "PORT";
+}
+
+/// Whether the first word of a line goes on with a name that the line before cut off. It does not
+/// where it is a unit, stands before one, or more than two words follow it.
+bool ContinuesName(std::string_view preference) {
+  const auto words = FirstWords<4>(preference, kNameBlanks);
+  if (!words[3].empty()) return false;
+  return !Contains(words[2].empty() ? words[0] : words[1], "Hz");
+}
+
+}  // namespace
+
+bool StartsRow(std::string_view line) {
+  return Contains(line, "FREQUENCY NET") || Contains(line, "FREQUENCY PORT");
+}
+
+RowColumns::RowColumns(std::string_view line) {
+  std::string_view* const columns[] = {&preference, &constraint, &achieved};
+  for (std::string_view column = TakeWord(line, "|"); !column.empty();
+       column = TakeWord(line, "|")) {
+    // The line's end is no part of a column, but it keeps a blank last column from vanishing.
+    if (column.back() == '\n') column.remove_suffix(1);
+    if (count < std::size(columns)) *columns[count] = column;
+    ++count;
+  }
+}
+
+std::optional<Clock> JoinedRow::TakeLine(std::string_view line) {
+  if (StartsRow(line)) {
+    preference_.clear();
+    constraint_.clear();
+    achieved_.clear();
+  }
+  const RowColumns columns(line);
+  if (columns.count != kTableColumns) {
+    open_ = false;
+    return std::nullopt;
+  }
+  open_ = columns.preference.find_first_not_of(kNameBlanks) != std::string_view::npos;
+  if (!open_) return Evaluate();
+  preference_ += columns.preference;
+  constraint_ += columns.constraint;
+  achieved_ += columns.achieved;
+  return std::nullopt;
+}
+
+/// A row whose preference text gives no frequency but whose constraint does has an empty name, and
+/// is kept under it.
+std::optional<Clock> JoinedRow::Evaluate() {
+  const auto words = FirstWords<5>(preference_, kPreferenceBlanks);
+  std::string_view name;
+  double preference = kUnknown;
+  if (words[4] == kMegahertz) {
+    name = words[2];
+    preference = Scan(words[3]);
+  }
+  const double constraint = Megahertz(constraint_).value_or(kUnknown);
+  if (constraint >= 0.0) preference = constraint;
+  const double achieved = Megahertz(achieved_).value_or(kUnknown);
+  const std::optional<double> chosen = Choose(preference, achieved);
+  if (!chosen) return std::nullopt;
+  return Clock{std::string(name), *chosen};
+}
+
+std::optional<double> JoinedRow::Choose(double preference, double achieved) const {
+  switch (mode_) {
+    case 0:
+      if (preference < 0.0) return std::nullopt;
+      return achieved >= 0.0 && achieved < preference ? achieved : preference;
+    case 1:
+      if (!(preference >= 0.0)) return std::nullopt;
+      return preference;
+    case 2:
+      if (preference < 0.0) return std::nullopt;
+      return achieved >= 0.0 ? achieved : preference;
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<Clock> WordwiseRow::TakeLine(std::string_view line) {
+  const RowColumns columns(line);
+  std::string_view rest = columns.preference;
+  std::string_view word = TakeWord(rest, kNameBlanks);
+  if (word.empty()) {
+    Reset();
+    return std::nullopt;
+  }
+  open_ = true;
+  for (bool isFirst = true; !word.empty(); word = TakeWord(rest, kNameBlanks), isFirst = false) {
+    if (word == ";" && !name_.empty()) {
+      if (std::optional<Clock> clock = Close(columns)) return clock;
+    } else if (isFirst && steps_ > kStepsBeforeName && !IsKeyword(word)) {
+      if (ContinuesName(columns.preference)) name_ += word;
+      ++steps_;
+    } else {
+      TakeNameWord(word);
+    }
+  }
+  return std::nullopt;
+}
+
+void WordwiseRow::TakeNameWord(std::string_view word) {
+  if (IsKeyword(word)) {
+    ++steps_;
+  } else if (steps_ == kStepsBeforeName) {
+    name_ = word;
+    ++steps_;
+  }
+}
+
+/// Only the achieved column must be in MHz; of the constraint, whatever number it starts with.
+std::optional<Clock> WordwiseRow::Close(const RowColumns& columns) {
+  const std::optional<double> achieved = Megahertz(columns.achieved);
+  if (!achieved) return std::nullopt;
+  const double constraint = Scan(FirstWords<1>(columns.constraint, kValueBlanks)[0]);
+  Clock clock{std::move(name_), Choose(constraint, *achieved)};
+  Reset();
+  return clock;
+}
+
+double WordwiseRow::Choose(double constraint, double achieved) const {
+  switch (mode_) {
+    case 0:
+      return achieved < constraint ? achieved : constraint;
+    case 1:
+      return constraint;
+    default:
+      return achieved;
+  }
+}
+
+void WordwiseRow::Reset() {
+  name_.clear();
+  steps_ = 0;
+  open_ = false;
+}
+
+}  // namespace orsa::kesncd

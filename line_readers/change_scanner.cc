@@ -1,0 +1,201 @@
+#include "line_readers/change_scanner.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+
+#include "text/number.h"
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace orsa::kesncd {
+
+namespace {
+
+// Slots hold at least this many characters from the start, and count as written as far as that:
+// what is put there past the splitter must not reach further.
+constexpr std::size_t kLongestText = 255;
+
+// The second piece of a stamp and the second word of a line.
+constexpr int kSecond = 1;
+
+static_assert(LineSource::kPadding >= 64, "the last bytes of a block are looked at 64 at a time");
+static_assert(LineSource::kPadding >= CodeCounts::kReadAhead, "and codes are read ahead");
+
+/// Masks of the first bytes of four in memory, none to all.
+constexpr std::uint32_t kFirstBytes[] = {
+    0, std::bit_cast<std::uint32_t>(std::array<unsigned char, 4>{0xFF, 0, 0, 0}),
+    std::bit_cast<std::uint32_t>(std::array<unsigned char, 4>{0xFF, 0xFF, 0, 0}),
+    std::bit_cast<std::uint32_t>(std::array<unsigned char, 4>{0xFF, 0xFF, 0xFF, 0}), 0xFFFFFFFF};
+
+std::uint64_t LowBits(std::size_t count) {
+  return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
+}
+
+/// Whether the first `length` bytes at `text` are digits; eight are read at a time.
+bool AllDigits(const char* text, std::size_t length) {
+  for (std::size_t at = 0; at < length; at += sizeof(std::uint64_t)) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, text + at, sizeof bytes);
+    const std::uint64_t wanted = LowBits(8 * (length - at));
+    constexpr std::uint64_t kHighHalves = 0xF0F0F0F0F0F0F0F0U;
+    constexpr std::uint64_t kThrees = 0x3030303030303030U;
+    // Digits are 0x30 to 0x39: adding 6 leaves the high half as it is.
+    const std::uint64_t wrong = ((bytes ^ kThrees) | ((bytes + 0x0606060606060606U) ^ kThrees));
+    if ((wrong & kHighHalves & wanted) != 0) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool useChangeScanner = true;
+
+std::uint64_t MarkOddBytesPlainly(const char* bytes) {
+  std::uint64_t marks = 0;
+  for (int i = 0; i < 64; ++i) {
+    marks |= static_cast<std::uint64_t>(bytes[i] <= ' ' || (bytes[i] & 0x80) != 0) << i;
+  }
+  return marks;
+}
+
+#ifdef __SSE2__
+std::uint64_t MarkOddBytes(const char* bytes) {
+  const __m128i below = _mm_set1_epi8(' ');
+  std::uint64_t marks = 0;
+  for (std::size_t at = 0; at < 64; at += sizeof(__m128i)) {
+    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+    // Signed comparisons: bytes from 128 on are negative, so not above a blank.
+    const __m128i plain = _mm_cmpgt_epi8(part, below);
+    const auto odd = static_cast<std::uint16_t>(~_mm_movemask_epi8(plain));
+    marks |= static_cast<std::uint64_t>(odd) << at;
+  }
+  return marks;
+}
+#else
+std::uint64_t MarkOddBytes(const char* bytes) {
+  return MarkOddBytesPlainly(bytes);
+}
+#endif
+
+ChangeScanner::ChangeScanner(CodeCounts& counts, Mem& stampSplitter, const Mem* wordSplitter,
+                             std::size_t longestLine)
+    : counts_(counts),
+      stampSplitter_(stampSplitter),
+      wordSplitter_(wordSplitter),
+      longestLine_(longestLine) {}
+
+void ChangeScanner::TakeLines(LineSource& source) {
+  if (recording != 1) return;  // simulators write next to nothing while a dump is off
+  spanOpen_ = startCycle >= 0 && endCycle >= 0;
+  tooLong_ = longestLine_;
+  codeSlot_ = nullptr;
+  if (wordSplitter_ != nullptr) {
+    // A line longer than any before it changes the splitter that stamps are read from.
+    tooLong_ = std::min(tooLong_, static_cast<std::size_t>(wordSplitter_->slotLength));
+    codeSlot_ = wordSplitter_->slots[kSecond];
+  }
+  const std::string_view block = source.Block();
+  const char* const stop = Scan(block.data(), block.data() + block.size());
+  ConvertStamp();
+  const auto taken = static_cast<std::size_t>(stop - block.data());
+  source.Skip(taken);
+  unsettled_ += taken;  // at least two bytes a change, so this is soon enough
+  if (unsettled_ < CodeCounts::kMostBetween) return;
+  counts_.Settle();
+  unsettled_ = 0;
+}
+
+/// Takes lines up to the first one that is not plain, or may be too long for one, or has no end in
+/// the block, and returns its start.
+const char* ChangeScanner::Scan(const char* begin, const char* end) {
+  const char* line = begin;
+  const char* blank = nullptr;  // the one blank of the line so far
+  for (const char* chunk = begin; chunk < end; chunk += 64) {
+    if (static_cast<std::size_t>(chunk + 64 - line) >= tooLong_) return line;
+    std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
+    for (; marks != 0; marks &= marks - 1) {
+      const char* const odd = chunk + static_cast<unsigned>(std::countr_zero(marks));
+      if (*odd == '\n') [[likely]] {
+        if (blank == nullptr && (*line | 1) == '1') [[likely]] {  // 0 and 1 alike
+          counts_.CountPlain(line + 1, static_cast<std::size_t>(odd - line - 1));
+        } else if (!TakeOtherLine(line, blank, odd)) {
+          return line;
+        }
+        line = odd + 1;
+        blank = nullptr;
+      } else if (*odd == ' ' && blank == nullptr) {
+        blank = odd;
+      } else {
+        return line;
+      }
+    }
+  }
+  return line;
+}
+
+/// Takes one line of plain characters, but for a blank if any, that is no scalar change to 0 or 1;
+/// false when it is not plain.
+inline bool ChangeScanner::TakeOtherLine(const char* line, const char* blank, const char* end) {
+  if (blank != nullptr) return TakeChangeWithCode(line, blank, end);
+  const char first = *line;
+  if (first == '#') return TakeStampLine(line, end);
+  return first == 'x' || first == 'X' || first == 'z' || first == 'Z' || first == '\n';
+}
+
+inline bool ChangeScanner::TakeChangeWithCode(const char* line, const char* blank,
+                                              const char* end) {
+  const char first = *line;
+  if (first != 'b' && first != 'B' && first != 'r' && first != 'R') return false;
+  const char* const code = blank + 1;
+  const auto length = static_cast<std::size_t>(end - code);
+  if (length == 0 || length > kLongestText) return false;
+  // The code lands in the slot from which stamps may be read.
+  if (codeSlot_ != nullptr) StoreCode(code, length);
+  counts_.CountPlain(code, length);
+  return true;
+}
+
+/// A short code is blended into the slot, so that its length costs no branch.
+inline void ChangeScanner::StoreCode(const char* code, std::size_t length) {
+  std::uint32_t held = 0;
+  std::uint32_t bytes = 0;
+  if (length >= sizeof held) {
+    std::memcpy(codeSlot_, code, length);
+    codeSlot_[length] = '\0';
+    return;
+  }
+  std::memcpy(&held, codeSlot_, sizeof held);
+  std::memcpy(&bytes, code, sizeof bytes);
+  // With a NUL behind it; what the slot holds after that stays.
+  held = (held & ~kFirstBytes[length + 1]) | (bytes & kFirstBytes[length]);
+  std::memcpy(codeSlot_, &held, sizeof held);
+}
+
+/// Takes a stamp that only moves the end of the span. Its digits go to their slot; they are
+/// converted when no later stamp of the block has replaced them.
+[[gnu::noinline]] bool ChangeScanner::TakeStampLine(const char* line, const char* end) {
+  const char* const digits = line + 1;
+  const auto length = static_cast<std::size_t>(end - digits);
+  if (!spanOpen_ || length == 0 || length > kLongestText || !AllDigits(digits, length)) {
+    return false;
+  }
+  char* const slot = stampSplitter_.slots[kSecond];
+  if (slot[length] != '\0') return false;  // a longer text's tail would show behind the digits
+  std::memcpy(slot, digits, length);
+  stamp_ = {digits, length};
+  return true;
+}
+
+void ChangeScanner::ConvertStamp() {
+  if (stamp_.empty()) return;
+  std::array<char, kLongestText + 1> text{};
+  std::copy(stamp_.begin(), stamp_.end(), text.begin());
+  ScanDouble(text.data(), endCycle);
+  stamp_ = {};
+}
+
+}  // namespace orsa::kesncd

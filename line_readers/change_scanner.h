@@ -1,0 +1,61 @@
+// The fast path over a dump's value changes.
+//
+// Nearly all of a dump is lines of four plain shapes: a scalar change, a vector or real change with
+// its code, a time stamp of digits, nothing. The scanner takes those straight from a block of the
+// file and leaves every other line, and every line it is not sure of, to the reader's plain path.
+// What it leaves behind (counts, span, the texts in the splitter's slots) is what the plain path
+// would have left.
+#ifndef KESNCD_LINE_READERS_CHANGE_SCANNER_H_
+#define KESNCD_LINE_READERS_CHANGE_SCANNER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "kesncd/kesncd.h"
+#include "line_readers/code_counts.h"
+#include "text/line_source.h"
+
+namespace orsa::kesncd {
+
+/// Whether readers use the fast path. Tests switch it off to compare; nothing else does.
+extern bool useChangeScanner;
+
+/// Marks the bytes that are not plain (above a blank, below 128) among the 64 at `bytes`, the first
+/// one in the lowest bit.
+std::uint64_t MarkOddBytes(const char* bytes);
+/// The same, byte by byte.
+std::uint64_t MarkOddBytesPlainly(const char* bytes);
+
+class ChangeScanner {
+ public:
+  /// `longestLine` is the most characters that a line may have. `wordSplitter` is given where the
+  /// words of lines and the pieces of stamps share the splitter's slots, else null.
+  ChangeScanner(CodeCounts& counts, Mem& stampSplitter, const Mem* wordSplitter,
+                std::size_t longestLine);
+
+  /// Takes the plain lines at the start of the source's block.
+  void TakeLines(LineSource& source);
+
+ private:
+  const char* Scan(const char* begin, const char* end);
+  bool TakeOtherLine(const char* line, const char* blank, const char* end);
+  bool TakeChangeWithCode(const char* line, const char* blank, const char* end);
+  bool TakeStampLine(const char* line, const char* end);
+  void StoreCode(const char* code, std::size_t length);
+  void ConvertStamp();
+
+  CodeCounts& counts_;
+  Mem& stampSplitter_;
+  const Mem* const wordSplitter_;
+  const std::size_t longestLine_;
+  std::size_t tooLong_ = 0;      // lines of this many characters are not plain
+  std::uint64_t unsettled_ = 0;  // bytes scanned since the counters were settled
+  char* codeSlot_ = nullptr;     // where the code of a line of two words goes, if anywhere
+  bool spanOpen_ = false;
+  std::string_view stamp_;  // the last stamp's digits, not yet converted
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_LINE_READERS_CHANGE_SCANNER_H_

@@ -1,0 +1,92 @@
+#include "line_readers/code_index.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "vcd/change_count.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// A declaration as it is sorted: by code, then in its order. Small and lying together, where the
+/// signals themselves lie far apart.
+struct Key {
+  std::uint64_t start;  // of the code
+  std::size_t position;
+};
+
+constexpr std::size_t kStartBytes = sizeof(std::uint64_t);
+
+// How many declarations ahead memory is fetched: those of a large header lie far apart.
+constexpr std::size_t kAhead = 16;
+
+/// The first eight bytes as a number that orders as the bytes do; zeros behind a shorter code.
+std::uint64_t StartOf(const std::string& code) {
+  std::uint64_t start = 0;
+  for (std::size_t i = 0; i < kStartBytes; ++i) {
+    start = start << 8 | (i < code.size() ? static_cast<unsigned char>(code[i]) : 0U);
+  }
+  return start;
+}
+
+/// Whether the start is the whole code: codes hold no NUL, so a zero stands behind a shorter one.
+bool IsWhole(std::uint64_t start) {
+  return (start & 0xFF) == 0;
+}
+
+/// The code of such a start, without a look at the signal.
+std::string CodeOf(std::uint64_t start) {
+  std::string code;
+  for (int shift = 8 * (kStartBytes - 1); (start >> shift & 0xFF) != 0; shift -= 8) {
+    code += static_cast<char>(start >> shift & 0xFF);
+  }
+  return code;
+}
+
+}  // namespace
+
+void DeclarationList::Append(VmodHier* scope, VmodSignal& signal) {
+  list_.push_back({scope, &signal});
+}
+
+void DeclarationList::FetchAhead(std::size_t position, const CodeCounts& counts) const {
+  if (position + kAhead < list_.size()) counts.Fetch(list_[position + kAhead].signal->symbol);
+}
+
+void DeclarationList::AddCounts(CodeCounts& counts) const {
+  for (std::size_t i = 0; i < list_.size(); ++i) {
+    FetchAhead(i, counts);
+    AddToCount(list_[i].signal->changes, counts.Get(list_[i].signal->symbol));
+  }
+}
+
+void DeclarationList::Index(CodeIndex& index, CodeCounts& counts) {
+  std::vector<Key> keys;
+  keys.reserve(list_.size() - indexed_);
+  for (; indexed_ < list_.size(); ++indexed_) {
+    FetchAhead(indexed_, counts);
+    const std::string& code = list_[indexed_].signal->symbol;
+    if (!index.contains(code)) counts.Add(code);
+    keys.push_back({StartOf(code), indexed_});
+  }
+  const auto longCode = [this](const Key& key) -> const std::string& {
+    return list_[key.position].signal->symbol;
+  };
+  std::sort(keys.begin(), keys.end(), [&longCode](const Key& a, const Key& b) {
+    if (a.start != b.start) return a.start < b.start;
+    const int order = IsWhole(a.start) ? 0 : longCode(a).compare(longCode(b));
+    return order != 0 ? order < 0 : a.position < b.position;
+  });
+  auto entry = index.end();
+  std::string code;
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (i + kAhead < keys.size()) __builtin_prefetch(&list_[keys[i + kAhead].position]);
+    const Key& key = keys[i];
+    code = IsWhole(key.start) ? CodeOf(key.start) : longCode(key);
+    if (entry == index.end() || entry->first != code) entry = index.try_emplace(index.end(), code);
+    entry->second.push_back(list_[key.position].scope);
+  }
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,31 @@
+#include "line_readers/dump_lines.h"
+
+#include "line_readers/dump_rules.h"
+
+namespace orsa::kesncd {
+
+DumpLines::DumpLines(std::FILE* dump, std::size_t lineBytes, Splitters splitters)
+    : source_(dump, lineBytes),
+      stampSplitter_(splitters == Splitters::Shared ? wordSplitter_ : ownStampSplitter_),
+      scanner_(counts_, stampSplitter_, splitters == Splitters::Shared ? &wordSplitter_ : nullptr,
+               lineBytes - 1) {}
+
+bool DumpLines::Next(bool inBody, VcdLine& line) {
+  do {
+    if (inBody && useChangeScanner) {
+      source_.ReadBlocks();
+      scanner_.TakeLines(source_);
+    }
+    const char* const text = source_.Next();
+    if (text == nullptr) return false;
+    line.words = wordSplitter_.GetArrayOfTokens(text, kVcdBlanks, &line.count);
+  } while (line.count == 0);
+  return true;
+}
+
+void DumpLines::TakeBodyLine(const VcdLine& line, LineKind kind) {
+  const char* const code = orsa::kesncd::TakeBodyLine(line, kind, stampSplitter_);
+  if (code != nullptr) counts_.Count(code);
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,44 @@
+// The rules that every line reader keeps alike: the recording switch, the time span, what a
+// declaration is and what a value change counts.
+#ifndef KESNCD_LINE_READERS_DUMP_RULES_H_
+#define KESNCD_LINE_READERS_DUMP_RULES_H_
+
+#include <string>
+
+#include "kesncd/kesncd.h"
+#include "line_readers/vcd_line.h"
+
+namespace orsa::kesncd {
+
+/// Sets `recording` for a line that switches it; false for every other line.
+bool SwitchRecording(LineKind kind);
+
+/// Takes a time stamp into the span: the first one opens it, later ones move its end. A span with
+/// one negative bound is left alone.
+void TakeStamp(double ticks);
+
+/// Takes the stamp that a word such as "#1200" holds: the number in its second piece.
+void TakeStampWord(Mem& splitter, const char* word);
+
+/// A "$var" line of six words, or of seven with the range glued to the name.
+struct Declaration {
+  std::string name;
+  std::string type;
+  std::string code;
+  int width = 0;
+};
+
+/// Reads a declaration; false, with `declaration` untouched, for every other line.
+bool ReadDeclaration(const VcdLine& line, Declaration& declaration);
+
+/// The identifier code that a value change counts for: null where nothing counts (x, z, a vector
+/// without a code, a line that is no change).
+const char* ChangedCode(const VcdLine& line);
+
+/// What a line after the definitions does: a lone "#..." word moves the span, "$end" nothing, and
+/// any other line is a value change, whose code is returned while recording is on (null: none).
+const char* TakeBodyLine(const VcdLine& line, LineKind kind, Mem& stampSplitter);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_LINE_READERS_DUMP_RULES_H_

@@ -1,0 +1,33 @@
+#include "line_readers/header_probe.h"
+
+#include "kesncd/kesncd.h"
+#include "line_readers/vcd_line.h"
+#include "text/line_source.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr std::size_t kLineBytes = 1024;
+
+}  // namespace
+
+std::string ProbeTopModule(std::FILE* dump) {
+  LineSource lines(dump, kLineBytes);
+  Mem splitter;
+  std::string candidate;
+  for (const char* text = lines.Next(); text != nullptr; text = lines.Next()) {
+    VcdLine line{};
+    line.words = splitter.GetArrayOfTokens(text, kVcdBlanks, &line.count);
+    // Short lines ("$upscope $end", stamps, comments) never end the run of scopes.
+    if (line.count < 4) continue;
+    if (line.Is(0, "$scope") && line.Is(1, "module")) {
+      candidate = line.words[2];
+    } else if (!candidate.empty()) {
+      break;
+    }
+  }
+  return candidate;
+}
+
+}  // namespace orsa::kesncd

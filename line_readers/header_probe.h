@@ -1,0 +1,16 @@
+// Proposes a top module from a dump's header.
+#ifndef KESNCD_LINE_READERS_HEADER_PROBE_H_
+#define KESNCD_LINE_READERS_HEADER_PROBE_H_
+
+#include <cstdio>
+#include <string>
+
+namespace orsa::kesncd {
+
+/// The innermost module of the first unbroken run of module scopes: the one whose scope directly
+/// encloses the first declaration. Empty when there is none.
+std::string ProbeTopModule(std::FILE* dump);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_LINE_READERS_HEADER_PROBE_H_

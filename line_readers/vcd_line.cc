@@ -1,0 +1,43 @@
+#include "line_readers/vcd_line.h"
+
+#include <cstring>
+
+namespace orsa::kesncd {
+
+namespace {
+
+LineKind KindOfWord(const VcdLine& line) {
+  if (line.words[0][0] != '$') return LineKind::Word;
+  if (line.Is(0, "$timescale")) return LineKind::Timescale;
+  if (line.Is(0, "$dumpall") || line.Is(0, "$dumpon") || line.Is(0, "$dumpvars")) {
+    return LineKind::RecordingOn;
+  }
+  return line.Is(0, "$dumpoff") ? LineKind::RecordingOff : LineKind::Word;
+}
+
+LineKind KindOfPair(const VcdLine& line) {
+  if (!line.Is(1, "$end")) return LineKind::Other;
+  if (line.Is(0, "$upscope")) return LineKind::Upscope;
+  return line.Is(0, "$enddefinitions") ? LineKind::EndDefinitions : LineKind::Other;
+}
+
+}  // namespace
+
+bool VcdLine::Is(int index, const char* text) const {
+  return std::strcmp(words[index], text) == 0;
+}
+
+LineKind VcdLine::Kind() const {
+  switch (count) {
+    case 1:
+      return KindOfWord(*this);
+    case 2:
+      return KindOfPair(*this);
+    case 4:
+      return Is(0, "$scope") && Is(3, "$end") ? LineKind::Scope : LineKind::Other;
+    default:
+      return LineKind::Other;
+  }
+}
+
+}  // namespace orsa::kesncd

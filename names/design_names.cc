@@ -1,0 +1,32 @@
+#include "names/design_names.h"
+
+#include <algorithm>
+
+#include "text/number.h"
+
+namespace orsa::kesncd {
+
+std::uint64_t DesignNames::RangeSize() const {
+  return isRange ? static_cast<std::uint64_t>(high - low) + 1 : 0;
+}
+
+DesignNames RewriteName(const std::string& declared) {
+  DesignNames names;
+  names.base = declared.substr(0, declared.find(']'));
+  const std::size_t bracket = names.base.find('[');
+  if (bracket == std::string::npos) return names;
+  names.base[bracket] = '_';
+  const std::size_t colon = names.base.find(':');
+  if (colon == std::string::npos) return names;
+  // A ':' in front of the bracket leaves the first bound open to the end of the name.
+  const std::size_t firstLength = colon > bracket ? colon - bracket - 1 : std::string::npos;
+  const int first = ScanInt(names.base.substr(bracket + 1, firstLength).c_str());
+  const int second = ScanInt(names.base.substr(colon + 1).c_str());
+  names.isRange = true;
+  names.low = std::min(first, second);
+  names.high = std::max(first, second);
+  names.base.resize(bracket + 1);
+  return names;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,184 @@
+#include "names/name_index.h"
+
+#include <algorithm>
+#include <bit>
+#include <cctype>
+#include <functional>
+#include <set>
+
+#include "kesncd/model/tree_walk.h"
+#include "names/frequency.h"
+
+namespace orsa::kesncd {
+
+NameIndex::NameIndex(const VmodHier& root, bool exact, const std::vector<std::string_view>& asked)
+    : root_(root), exact_(exact), texts_(&memory_), ranges_(&memory_) {
+  for (std::size_t c = 0; c < folds_.size(); ++c) {
+    folds_[c] = static_cast<char>(exact ? static_cast<int>(c) : std::tolower(static_cast<int>(c)));
+  }
+  constexpr std::size_t kBitsOfName = 128;  // for about eight keys: few that are no key look so
+  expected_.resize(std::bit_ceil(kBitsOfName * (asked.size() + 1)));
+  for (const std::string_view signal : asked) ExpectKeysOf(signal);
+  WalkTree(root, [this](const VmodHier& scope) {
+    // Whether the root takes part depends on what is asked; a scope below it must match itself.
+    if (&scope != &root_ && !VmodHier::IsNameEqual(scope.name, scope.name, exact_)) return false;
+    for (const auto& [code, signal] : scope.signals) signals_.push_back(&signal);
+    if (&scope == &root_) ofRoot_ = signals_.size();
+    return false;
+  });
+  for (Place place = 0; place < signals_.size(); ++place) Enter(place);
+  for (const auto& [base, ranges] : ranges_) segments_.emplace(base, Segments(ranges));
+}
+
+/// A design name may be meant as it stands or flattened, with or without the extra letter.
+NameIndex::Keys NameIndex::KeysOf(std::string_view signal) const {
+  const std::string_view seen = SeenPart(signal, exact_);
+  Keys keys;
+  keys.forms[0] = Folded(seen);
+  keys.count = seen.find('/') == std::string_view::npos ? 1 : 2;
+  if (keys.count == 2) keys.forms[1] = VmodHier::GetNameFlat(keys.forms[0]);
+  keys.hasLetter = seen.size() == signal.size();  // behind a NUL the letter is out of sight
+  return keys;
+}
+
+std::size_t NameIndex::BitOf(std::string_view text) const {
+  return std::hash<std::string_view>{}(text) & (expected_.size() - 1);
+}
+
+void NameIndex::ExpectKeysOf(std::string_view signal) {
+  Keys keys = KeysOf(signal);
+  for (std::string& form : keys) {
+    Expect(form);
+    if (const auto bit = SplitIndex(form, Slashes::Kept)) Expect(bit->base);
+    if (keys.hasLetter) Expect(form += folds_[kExtraLetter]);
+  }
+}
+
+void NameIndex::Expect(std::string_view text) {
+  expected_[BitOf(text)] = true;
+}
+
+/// False for a text that no asked name is looked up by.
+bool NameIndex::IsExpected(std::string_view text) const {
+  return expected_[BitOf(text)];
+}
+
+void NameIndex::Enter(Place place) {
+  const DumpName name = ParseDumpName(signals_[place]->name);
+  switch (name.kind) {
+    case DumpName::Kind::Nothing:
+      break;
+    case DumpName::Kind::Plain:
+      EnterText(name.text, place);
+      if (const auto rewritten = RewriteBitIndex(name.text)) EnterText(*rewritten, place);
+      break;
+    case DumpName::Kind::Range:
+      if (SeenPart(name.text, exact_).size() < name.text.size()) {  // the index is out of sight
+        EnterText(name.text, place);
+      } else {
+        const std::string folded = Folded(name.text);
+        if (IsExpected(folded)) {
+          ranges_[Kept(folded)].push_back({name.low, name.high, place});
+        }
+      }
+      break;
+  }
+}
+
+void NameIndex::EnterText(std::string_view text, Place place) {
+  const std::string folded = Folded(text);
+  if (!IsExpected(folded)) return;
+  auto entry = texts_.find(folded);
+  if (entry == texts_.end()) entry = texts_.emplace(Kept(folded), First()).first;
+  entry->second.Take(FirstAt(place));
+}
+
+/// Cuts the indices into segments in each of which the same ranges hold all indices.
+std::vector<NameIndex::Segment> NameIndex::Segments(const std::pmr::vector<Range>& ranges) const {
+  struct Event {
+    std::int64_t at;
+    bool opens;
+    Place place;
+  };
+  std::vector<Event> events;
+  for (const Range& range : ranges) {
+    events.push_back({range.low, true, range.place});
+    events.push_back({range.high + 1, false, range.place});
+  }
+  std::sort(events.begin(), events.end(),
+            [](const Event& a, const Event& b) { return a.at < b.at; });
+  std::vector<Segment> segments;
+  std::set<Place> open;
+  for (const Event& event : events) {
+    if (event.opens) {
+      open.insert(event.place);
+    } else {
+      open.erase(event.place);
+    }
+    if (segments.empty() || segments.back().low != event.at) segments.push_back({event.at, {}});
+    First& first = segments.back().first;
+    first.ofAll = open.empty() ? kNowhere : *open.begin();
+    const auto below = open.lower_bound(static_cast<Place>(ofRoot_));
+    first.below = below == open.end() ? kNowhere : *below;
+  }
+  return segments;
+}
+
+/// A text as it is compared: as it stands, or as far as it is seen and in one letter case.
+std::string NameIndex::Folded(std::string_view text) const {
+  std::string folded(SeenPart(text, exact_));
+  if (exact_) return folded;
+  for (char& c : folded) c = folds_[static_cast<unsigned char>(c)];
+  return folded;
+}
+
+/// A copy of a text that lives as long as the index.
+std::string_view NameIndex::Kept(std::string_view text) {
+  if (text.empty()) return {};
+  char* const copy = static_cast<char*>(memory_.allocate(text.size(), 1));
+  // cppcheck-suppress invalidLifetime ; the caller's text lives until it returns
+  std::copy(text.begin(), text.end(), copy);
+  return {copy, text.size()};
+}
+
+void NameIndex::First::Take(const First& other) {
+  ofAll = std::min(ofAll, other.ofAll);
+  below = std::min(below, other.below);
+}
+
+NameIndex::First NameIndex::FirstAt(Place place) const {
+  return {place, place < ofRoot_ ? kNowhere : place};
+}
+
+NameIndex::First NameIndex::FindText(const std::string& text) const {
+  const auto found = texts_.find(text);
+  return found == texts_.end() ? First() : found->second;
+}
+
+NameIndex::First NameIndex::FindBit(const std::string& design) const {
+  const std::optional<IndexedName> bit = SplitIndex(design, Slashes::Kept);
+  if (!bit) return {};
+  const auto found = segments_.find(bit->base);
+  if (found == segments_.end()) return {};
+  const auto above = std::upper_bound(
+      found->second.begin(), found->second.end(), bit->index,
+      [](std::int64_t index, const Segment& segment) { return index < segment.low; });
+  return above == found->second.begin() ? First() : std::prev(above)->first;
+}
+
+bool NameIndex::Find(const std::string& module, const std::string& signal, double& freq) const {
+  First first;
+  Keys keys = KeysOf(signal);
+  for (std::string& form : keys) {
+    first.Take(FindText(form));
+    first.Take(FindBit(form));
+    if (keys.hasLetter) first.Take(FindText(form += folds_[kExtraLetter]));
+  }
+  const bool withRoot = VmodHier::IsNameEqual(root_.name, module, exact_);
+  const Place place = withRoot ? first.ofAll : first.below;
+  if (place == kNowhere) return false;
+  freq = ToggleFrequency(signals_[place]->changes, endCycle - startCycle);
+  return true;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,91 @@
+// An index of a tree's signals by the design names that they match.
+//
+// It answers what VmodHier::FindSignalFreqHier answers, in constant time, for the length of one
+// export. It is built for the names that will be asked, so that the many signals of the tree that
+// none of them can mean cost a look each and no memory. The tree must stay as it is meanwhile.
+#ifndef KESNCD_NAMES_NAME_INDEX_H_
+#define KESNCD_NAMES_NAME_INDEX_H_
+
+#include <array>
+#include <cstdint>
+#include <memory_resource>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "kesncd/kesncd.h"
+#include "names/name_match.h"
+
+namespace orsa::kesncd {
+
+class NameIndex {
+ public:
+  /// An index of the tree below `root` for the signals named `asked`.
+  NameIndex(const VmodHier& root, bool exact, const std::vector<std::string_view>& asked);
+
+  /// The same as root.FindSignalFreqHier(module, signal, freq, exact), for a signal that was given
+  /// to the constructor.
+  bool Find(const std::string& module, const std::string& signal, double& freq) const;
+
+ private:
+  // A signal's place in the order in which a search meets them: the root's own come first.
+  using Place = std::uint32_t;
+  static constexpr Place kNowhere = UINT32_MAX;
+
+  /// The first of the signals that match, among all and among those below the root.
+  struct First {
+    Place ofAll = kNowhere;
+    Place below = kNowhere;
+
+    void Take(const First& other);
+  };
+  /// From `low` on, up to the next segment, `first` is the first range that holds an index.
+  struct Segment {
+    std::int64_t low;
+    First first;
+  };
+  struct Range {
+    std::int64_t low, high;
+    Place place;
+  };
+
+  /// What an asked name is looked up by: its forms, each also with the extra letter if that shows.
+  struct Keys {
+    std::array<std::string, 2> forms;
+    std::size_t count = 0;
+    bool hasLetter = false;
+
+    std::string* begin() { return forms.data(); }
+    std::string* end() { return forms.data() + count; }
+  };
+
+  Keys KeysOf(std::string_view signal) const;
+  void ExpectKeysOf(std::string_view signal);
+  void Expect(std::string_view text);
+  bool IsExpected(std::string_view text) const;
+  void Enter(Place place);
+  void EnterText(std::string_view text, Place place);
+  std::vector<Segment> Segments(const std::pmr::vector<Range>& ranges) const;
+  std::string Folded(std::string_view text) const;
+  std::string_view Kept(std::string_view text);
+  First FirstAt(Place place) const;
+  First FindText(const std::string& text) const;
+  First FindBit(const std::string& design) const;
+  std::size_t BitOf(std::string_view text) const;
+
+  const VmodHier& root_;
+  const bool exact_;
+  std::pmr::monotonic_buffer_resource memory_;
+  std::array<char, 256> folds_{};           // characters as they are compared
+  std::vector<bool> expected_;              // by hash: texts that an asked name may be looked up by
+  std::vector<const VmodSignal*> signals_;  // by place
+  std::size_t ofRoot_ = 0;
+  std::pmr::unordered_map<std::string_view, First> texts_;
+  std::pmr::unordered_map<std::string_view, std::pmr::vector<Range>> ranges_;
+  std::unordered_map<std::string_view, std::vector<Segment>> segments_;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_NAMES_NAME_INDEX_H_

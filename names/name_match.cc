@@ -1,0 +1,157 @@
+// Whether a name of the dump means an object of the design.
+//
+// A range stands for all its indices, and a damaged one such as [2147483647:0] for very many, so
+// the indices are never walked: the index that the design name holds is read and looked for in
+// the range.
+#include "names/name_match.h"
+
+#include <algorithm>
+#include <cctype>
+#include <limits>
+
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr std::size_t kNone = std::string_view::npos;
+constexpr std::int64_t kMostIndex = std::numeric_limits<int>::max();
+
+/// How the characters of two names are compared.
+class Comparison {
+ public:
+  explicit Comparison(bool exact) : exact_(exact) {}
+
+  bool Same(char a, char b) const { return exact_ ? a == b : Lower(a) == Lower(b); }
+
+  bool Same(std::string_view name, std::string_view design, Slashes slashes) const {
+    const bool flat = slashes == Slashes::Flat;
+    return std::equal(name.begin(), name.end(), design.begin(), design.end(),
+                      [this, flat](char a, char b) { return Same(a, flat && b == '/' ? '_' : b); });
+  }
+
+  std::string_view Seen(std::string_view name) const { return SeenPart(name, exact_); }
+
+ private:
+  static int Lower(char c) { return std::tolower(static_cast<unsigned char>(c)); }
+
+  bool exact_;
+};
+
+/// `name` is the design name as it stands or flattened, either of them with an "I" behind it.
+bool IsPlainMatch(std::string_view name, std::string_view design, const Comparison& compare) {
+  name = compare.Seen(name);
+  const std::string_view seen = compare.Seen(design);
+  // Behind a NUL the "I" is out of sight.
+  if (seen.size() == design.size() && name.size() == seen.size() + 1) {
+    if (!compare.Same(name.back(), kExtraLetter)) return false;
+    name.remove_suffix(1);
+  }
+  return compare.Same(name, seen, Slashes::Kept) || compare.Same(name, seen, Slashes::Flat);
+}
+
+bool IsBitMatch(std::string_view name, std::string_view design, const Comparison& compare) {
+  if (IsPlainMatch(name, design, compare)) return true;
+  const std::optional<std::string> rewritten = RewriteBitIndex(name);
+  return rewritten && IsPlainMatch(*rewritten, design, compare);
+}
+
+bool IsRangeMatch(const DumpName& range, std::string_view design, const Comparison& compare) {
+  if (compare.Seen(range.text).size() < range.text.size()) {  // the index is out of sight
+    return IsPlainMatch(range.text, design, compare);
+  }
+  const auto matches = [&](Slashes slashes) {
+    const std::optional<IndexedName> bit = SplitIndex(compare.Seen(design), slashes);
+    return bit && range.low <= bit->index && bit->index <= range.high &&
+           compare.Same(range.text, bit->base, slashes);
+  };
+  return matches(Slashes::Kept) || matches(Slashes::Flat);
+}
+
+/// A bound of a range: blanks, a sign, digits; clamped to 32 bits, 0 without a digit.
+std::int64_t ReadBound(std::string_view text) {
+  std::size_t at = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+  const bool negative = at < text.size() && text[at] == '-';
+  if (negative || (at < text.size() && text[at] == '+')) ++at;
+  std::int64_t value = 0;
+  for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+    value = std::min<std::int64_t>(10 * value + (text[at] - '0'), kMostIndex + 1);
+  }
+  return negative ? -value : std::min(value, kMostIndex);
+}
+
+/// Reads an index that is written as an integer of 32 bits is.
+std::optional<std::int64_t> ReadIndex(std::string_view text) {
+  constexpr std::size_t kMostDigits = 10;
+  const bool negative = !text.empty() && text.front() == '-';
+  const std::string_view digits = text.substr(negative ? 1 : 0);
+  if (digits.empty() || digits.size() > kMostDigits) return std::nullopt;
+  if (digits.front() == '0' && text.size() > 1) return std::nullopt;
+  std::int64_t value = 0;
+  for (const char digit : digits) value = 10 * value + (digit - '0');
+  if (value > kMostIndex + (negative ? 1 : 0)) return std::nullopt;
+  return negative ? -value : value;
+}
+
+}  // namespace
+
+std::string_view SeenPart(std::string_view name, bool exact) {
+  return exact ? name : name.substr(0, name.find('\0'));
+}
+
+DumpName ParseDumpName(std::string_view name) {
+  using Kind = DumpName::Kind;
+  if (name.find(':') == kNone) return {Kind::Plain, name};
+  // A range is never compared whole: what stands behind its last ']' is dropped.
+  name = name.substr(0, name.rfind(']'));
+  const std::size_t bracket = name.rfind('[');
+  if (bracket == kNone) return {Kind::Nothing, {}};
+  const std::size_t colon = name.find(':');
+  if (colon == kNone) return {Kind::Plain, name};
+  if (colon < bracket) return {Kind::Nothing, {}};
+  const std::int64_t first = ReadBound(name.substr(bracket + 1, colon - bracket - 1));
+  const std::int64_t second = ReadBound(name.substr(colon + 1));
+  return {Kind::Range, name.substr(0, bracket), std::min(first, second), std::max(first, second)};
+}
+
+std::optional<std::string> RewriteBitIndex(std::string_view name) {
+  if (name.empty() || name.back() != ']') return std::nullopt;
+  const std::size_t bracket = name.rfind('[');
+  if (bracket == kNone) return std::nullopt;
+  std::string rewritten(name);
+  rewritten[bracket] = '_';
+  rewritten.back() = '_';
+  return rewritten;
+}
+
+std::optional<IndexedName> SplitIndex(std::string_view design, Slashes slashes) {
+  const auto read = [slashes](char c) { return slashes == Slashes::Flat && c == '/' ? '_' : c; };
+  if (design.empty()) return std::nullopt;
+  const char close = read(design.back());
+  if (close != ']' && close != '_') return std::nullopt;
+  const std::string_view text = design.substr(0, design.size() - 1);
+  const std::size_t last = text.find_last_not_of("0123456789");
+  if (last == kNone) return std::nullopt;
+  const std::size_t open = text[last] == '-' && last > 0 ? last - 1 : last;
+  if (read(text[open]) != (close == ']' ? '[' : '_')) return std::nullopt;
+  const std::optional<std::int64_t> index = ReadIndex(text.substr(open + 1));
+  if (!index) return std::nullopt;
+  return IndexedName{text.substr(0, open), *index};
+}
+
+bool VmodHier::IsNameEqual(const std::string& vcdName, const std::string& designName, bool exact) {
+  const Comparison compare(exact);
+  const DumpName name = ParseDumpName(vcdName);
+  switch (name.kind) {
+    case DumpName::Kind::Nothing:
+      return false;
+    case DumpName::Kind::Plain:
+      return IsBitMatch(name.text, designName, compare);
+    case DumpName::Kind::Range:
+      return IsRangeMatch(name, designName, compare);
+  }
+  return false;
+}
+
+}  // namespace orsa::kesncd

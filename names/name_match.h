@@ -1,0 +1,54 @@
+// The parts of name matching: what a name of the dump stands for, and what a name of the design may
+// mean. VmodHier::IsNameEqual puts them together for one pair, NameIndex for whole trees.
+#ifndef KESNCD_NAMES_NAME_MATCH_H_
+#define KESNCD_NAMES_NAME_MATCH_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+/// What a name of the dump stands for.
+struct DumpName {
+  enum class Kind {
+    Nothing,  // a ':' where no range is: matches no name
+    Plain,    // `text`, which may end in a bit index
+    Range,    // `text` with each index from `low` to `high` in brackets behind it
+  };
+
+  Kind kind;
+  std::string_view text;
+  std::int64_t low = 0;
+  std::int64_t high = 0;
+};
+
+DumpName ParseDumpName(std::string_view name);
+
+/// A plain name with the bit index at its end written as a design writes it: "cnt[3]" is "cnt_3_".
+/// Nothing where the name has no index.
+std::optional<std::string> RewriteBitIndex(std::string_view name);
+
+/// How the "/" of a design name are read: as they stand, or as "_".
+enum class Slashes { Kept, Flat };
+
+/// A design name that ends in an index: "data[5]" or "data_5_". The index is written as an integer
+/// is: no leading zero, no sign but '-'.
+struct IndexedName {
+  std::string_view base;
+  std::int64_t index;
+};
+
+std::optional<IndexedName> SplitIndex(std::string_view design, Slashes slashes);
+
+/// The part of a name that comparing sees: all of it, or as far as a C string goes when letter case
+/// is ignored.
+std::string_view SeenPart(std::string_view name, bool exact);
+
+/// The capital letter that a dump's name may have behind a design's.
+inline constexpr char kExtraLetter = 'I';
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_NAMES_NAME_MATCH_H_

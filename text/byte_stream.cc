@@ -1,0 +1,80 @@
+#include "text/byte_stream.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "text/failure.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& path) {
+  throw Failure(FailureKind::Unusable, path + ": " + std::strerror(errno));
+}
+
+int Open(const std::string& path) {
+  if (path == "-") return fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+  return open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
+
+}  // namespace
+
+FileSource::FileSource(const std::string& path) : path_(path), file_(Open(path)) {
+  if (file_ < 0) Fail(path);
+}
+
+FileSource::~FileSource() {
+  (void)close(file_);
+}
+
+std::size_t FileSource::Read(char* to, std::size_t most) {
+  ssize_t got = 0;
+  do {
+    got = read(file_, to, most);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) Fail(path_);
+  return static_cast<std::size_t>(got);
+}
+
+std::uint64_t FileSource::size() const {
+  struct stat status {};
+  const bool isFile = fstat(file_, &status) == 0 && S_ISREG(status.st_mode);
+  return isFile ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::size_t ResumedSource::Read(char* to, std::size_t most) {
+  if (given_ == start_.size()) return rest_->Read(to, most);
+  const std::size_t got = start_.copy(to, most, given_);
+  given_ += got;
+  if (given_ == start_.size()) {
+    start_ = {};
+    given_ = 0;
+  }
+  return got;
+}
+
+std::size_t ReadFully(ByteSource& source, char* to, std::size_t most) {
+  std::size_t held = 0;
+  while (held < most) {
+    const std::size_t got = source.Read(to + held, most - held);
+    if (got == 0) break;
+    held += got;
+  }
+  return held;
+}
+
+void CopyBytes(ByteSource& from, ByteSink& to) {
+  constexpr std::size_t kBlock = std::size_t{1} << 17;
+  std::vector<char> block(kBlock);
+  while (const std::size_t got = from.Read(block.data(), block.size())) {
+    to.Write({block.data(), got});
+  }
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,77 @@
+// Where a dump's bytes come from and where a rewritten dump goes: files, pipes, whatever
+// decompresses.
+#ifndef KESNCD_TEXT_BYTE_STREAM_H_
+#define KESNCD_TEXT_BYTE_STREAM_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+class ByteSource {
+ public:
+  ByteSource() = default;
+  virtual ~ByteSource() = default;
+  ByteSource(const ByteSource&) = delete;
+  ByteSource& operator=(const ByteSource&) = delete;
+
+  /// Reads up to `most` bytes, at least one; 0 only at the end. Throws Failure with Unusable when
+  /// the bytes cannot be had.
+  virtual std::size_t Read(char* to, std::size_t most) = 0;
+};
+
+class ByteSink {
+ public:
+  ByteSink() = default;
+  virtual ~ByteSink() = default;
+  ByteSink(const ByteSink&) = delete;
+  ByteSink& operator=(const ByteSink&) = delete;
+
+  /// Takes all bytes or throws Failure with OutputFailed.
+  virtual void Write(std::string_view bytes) = 0;
+};
+
+/// A file, read as it is; "-" is standard input.
+class FileSource : public ByteSource {
+ public:
+  /// Throws Failure for what cannot be opened.
+  explicit FileSource(const std::string& path);
+  ~FileSource() override;
+
+  std::size_t Read(char* to, std::size_t most) override;
+  /// A path under which the file can be opened once more, and no other file can be made.
+  std::string SecondPath() const { return "/proc/self/fd/" + std::to_string(file_); }
+  /// Its bytes; 0 where that is not known, as of a pipe.
+  std::uint64_t size() const;
+
+ private:
+  const std::string path_;
+  const int file_;
+};
+
+/// Bytes that were read before, then the rest of what they came from.
+class ResumedSource : public ByteSource {
+ public:
+  ResumedSource(std::string start, std::unique_ptr<ByteSource> rest)
+      : start_(std::move(start)), rest_(std::move(rest)) {}
+
+  std::size_t Read(char* to, std::size_t most) override;
+
+ private:
+  std::string start_;
+  std::size_t given_ = 0;
+  const std::unique_ptr<ByteSource> rest_;
+};
+
+/// Fills `to` as far as the source goes.
+std::size_t ReadFully(ByteSource& source, char* to, std::size_t most);
+
+/// Passes all of a source on.
+void CopyBytes(ByteSource& from, ByteSink& to);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_TEXT_BYTE_STREAM_H_

@@ -1,0 +1,94 @@
+#include "text/line_source.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "text/stream.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+#ifdef KESNCD_SMALL_BLOCKS
+constexpr std::size_t kBlockBytes = 4200;  // short dumps meet the ends of blocks
+#else
+// Much larger than any line, small enough to stay in the processor's second cache.
+constexpr std::size_t kBlockBytes = std::size_t{128} * 1024;
+#endif
+
+}  // namespace
+
+LineSource::LineSource(std::FILE* stream, std::size_t bufferBytes)
+    : stream_(stream), line_(bufferBytes) {}
+
+LineSource::~LineSource() {
+  const auto ahead = static_cast<long>(held_ - taken_);
+  // A pipe cannot take anything back; its reader has then read ahead.
+  if (ahead > 0) (void)std::fseek(stream_, -ahead, SEEK_CUR);
+}
+
+void LineSource::ReadBlocks() {
+  if (block_.empty()) block_.resize(kBlockBytes + kPadding);
+}
+
+const char* LineSource::Next() {
+  if (stream_ == nullptr) return nullptr;
+  if (!block_.empty()) return NextOfBlock();
+  return NextOfStream();
+}
+
+/// As fgets, but nothing is lost when a signal interrupts the reading.
+const char* LineSource::NextOfStream() {
+  const std::size_t longest = line_.size() - 1;
+  std::size_t length = 0;
+  while (length < longest && (length == 0 || line_[length - 1] != '\n')) {
+    const std::string_view ahead = ReadAhead(stream_).substr(0, longest - length);
+    if (ahead.empty()) {
+      const int c = ReadCharacter(stream_);
+      if (c == EOF) break;
+      line_[length++] = static_cast<char>(c);
+      continue;
+    }
+    const std::size_t newline = ahead.find('\n');
+    const std::size_t taken = newline == std::string_view::npos ? ahead.size() : newline + 1;
+    std::memcpy(line_.data() + length, ahead.data(), taken);
+    TakeAhead(stream_, taken);
+    length += taken;
+  }
+  if (length == 0) return nullptr;
+  line_[length] = '\0';
+  return line_.data();
+}
+
+/// Cuts a line from the block as fgets would from the stream.
+const char* LineSource::NextOfBlock() {
+  const std::size_t longest = line_.size() - 1;
+  std::size_t length = 0;
+  do {
+    const std::string_view text = Block().substr(0, longest);
+    const std::size_t newline = text.find('\n');
+    length = newline == std::string_view::npos ? text.size() : newline + 1;
+    if (newline != std::string_view::npos || length == longest) break;
+  } while (Refill());
+  if (length == 0) return nullptr;
+  std::memcpy(line_.data(), block_.data() + taken_, length);
+  line_[length] = '\0';
+  taken_ += length;
+  return line_.data();
+}
+
+/// Moves what is left of the block to its front and reads on behind it; false at the end.
+bool LineSource::Refill() {
+  std::copy(block_.begin() + static_cast<std::ptrdiff_t>(taken_),
+            block_.begin() + static_cast<std::ptrdiff_t>(held_), block_.begin());
+  held_ -= taken_;
+  taken_ = 0;
+  std::size_t got = 0;
+  do {
+    got = std::fread(block_.data() + held_, 1, kBlockBytes - held_, stream_);
+  } while (WasInterrupted(stream_) && got == 0);
+  held_ += got;
+  return got > 0;
+}
+
+}  // namespace orsa::kesncd

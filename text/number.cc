@@ -1,0 +1,57 @@
+#include "text/number.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+namespace orsa::kesncd {
+
+namespace {
+
+locale_t CLocale() {
+  // The "C" locale object is built into the C library: nothing is allocated or lost here.
+  static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+  return locale;
+}
+
+/// Takes a text of digits only, as time stamps are, so few that each step is exact.
+bool ScanDigits(const char* text, double& value) {
+  constexpr int kExactDigits = 15;
+  std::int64_t number = 0;
+  int count = 0;
+  for (; text[count] >= '0' && text[count] <= '9' && count < kExactDigits; ++count) {
+    number = 10 * number + (text[count] - '0');
+  }
+  if (count == 0 || text[count] != '\0') return false;
+  value = static_cast<double>(number);
+  return true;
+}
+
+}  // namespace
+
+CLocaleScope::CLocaleScope() : host_(uselocale(CLocale())) {}
+
+CLocaleScope::~CLocaleScope() {
+  uselocale(host_);
+}
+
+bool ScanDouble(const char* text, double& value) {
+  if (ScanDigits(text, value)) return true;
+  const CLocaleScope scope;
+  // Dumps are read by what scanf takes for a number, prefixes and all, so scanf itself decides.
+  return std::sscanf(text, "%lf", &value) == 1;  // NOLINT(cert-err34-c)
+}
+
+int ScanInt(const char* text) {
+  return static_cast<int>(static_cast<std::uint32_t>(std::strtol(text, nullptr, 10)));
+}
+
+std::string DisplayText(double value) {
+  const CLocaleScope scope;
+  std::array<char, 32> text{};
+  (void)std::snprintf(text.data(), text.size(), "%g", value);
+  return text.data();
+}
+
+}  // namespace orsa::kesncd

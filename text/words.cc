@@ -1,0 +1,14 @@
+#include "text/words.h"
+
+#include <algorithm>
+
+namespace orsa::kesncd {
+
+std::string_view TakeWord(std::string_view& text, std::string_view delims) {
+  text.remove_prefix(std::min(text.find_first_not_of(delims), text.size()));
+  const std::string_view word = text.substr(0, text.find_first_of(delims));
+  text.remove_prefix(word.size());
+  return word;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,82 @@
+// What a dump declares, read in free format: its time scale and its scopes as a tree.
+#ifndef KESNCD_VCD_DECLARATIONS_H_
+#define KESNCD_VCD_DECLARATIONS_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "vcd/code_table.h"
+#include "vcd/tally.h"
+
+namespace orsa::kesncd {
+
+struct DumpVariable {
+  std::string name;  // the range glued on; never empty
+  std::string type;
+  std::uint32_t width = 0;
+  std::uint32_t code = 0;  // its number in the dump's codes
+  std::uint32_t scope = 0;
+  std::uint64_t line = 0;
+};
+
+struct DumpScope {
+  std::string name;  // never empty
+  std::string kind;  // "module", "begin", ...
+  std::uint32_t parent = 0;
+  std::uint64_t line = 0;
+  bool populated = false;  // it or a scope below it declares variables
+  std::vector<std::uint32_t> scopes;
+  std::vector<std::uint32_t> variables;
+};
+
+/// What the library's line readers, which see a keyword only on a line of its own and know three
+/// kinds of scopes, would make of declarations.
+struct LineReading {
+  bool timescale = false;  // they read it
+  Tally lateTimescale;     // time scales behind a scope, which close it and all around it for them
+  Tally overlooked;        // variables that stand on no line of theirs
+  Tally scopeLines;        // the same of $scope, $upscope and $enddefinitions
+  Tally quoted;            // lines of comments that look like declarations
+  Tally keywords;          // keywords in capitals, which they do not know
+  Tally foreign;           // scopes of other kinds
+  Tally wrongScope;        // variables put into another scope of the tree
+  Tally unreachable;       // variables that no way leads to from the tree's root
+  Tally late;              // variables declared behind a sub-scope: no flat run takes them
+  Tally split;             // scopes opened again under the same path
+  Tally grammarCodes;      // vectors whose code the grammar reader takes for a time or a value
+  Tally attributes;        // sections that the grammar reader does not know
+};
+
+struct Declarations {
+  static constexpr std::uint32_t kDump = 0;  // the scope that holds the top-level ones
+
+  std::vector<DumpScope> scopes;
+  std::vector<DumpVariable> variables;
+  CodeTable codes;
+  std::optional<std::uint64_t> tick;  // femtoseconds
+  std::string timescale;              // as it stands in the dump; empty for none
+  std::uint64_t timescaleLine = 0;
+  std::size_t longestCode = 0;
+  Tally malformed;       // $var without a code
+  Tally unbalanced;      // $upscope with nothing open
+  Tally renamed;         // variables and scopes that could not keep their names
+  bool ended = false;    // by $enddefinitions
+  bool hasWord = false;  // the last word taken already belongs to the body
+  LineReading lines;
+
+  /// The path of a scope, or of a variable, from a top-level scope: "tb/dut/q". The start of a very
+  /// deep one is left out.
+  std::string PathOf(std::uint32_t scope) const;
+  std::string PathOf(const DumpVariable& variable) const;
+};
+
+/// The outermost module that declares variables; of several, the one with most of them in it and
+/// below it, since packages stand beside a design too. Where no module does, the same of all
+/// scopes. kDump when there is none.
+std::uint32_t OutermostWithVariables(const Declarations& declarations);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_VCD_DECLARATIONS_H_

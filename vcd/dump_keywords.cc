@@ -1,0 +1,69 @@
+#include "vcd/dump_keywords.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace orsa::kesncd {
+
+namespace {
+
+struct Row {
+  std::string_view word;
+  Keyword keyword;
+};
+
+constexpr Row kRows[] = {
+    {"$end", Keyword::End},
+    {"$var", Keyword::Var},
+    {"$scope", Keyword::Scope},
+    {"$upscope", Keyword::Upscope},
+    {"$comment", Keyword::Comment},
+    {"$date", Keyword::Text},
+    {"$version", Keyword::Text},
+    {"$timescale", Keyword::Timescale},
+    {"$enddefinitions", Keyword::EndDefinitions},
+    {"$dumpvars", Keyword::DumpVars},
+    {"$dumpall", Keyword::DumpAll},
+    {"$dumpon", Keyword::DumpOn},
+    {"$dumpoff", Keyword::DumpOff},
+    {"$dumpports", Keyword::DumpVars},
+    {"$dumpportsall", Keyword::DumpAll},
+    {"$dumpportson", Keyword::DumpOn},
+    {"$dumpportsoff", Keyword::DumpOff},
+    {"$vcdclose", Keyword::Close},
+};
+
+bool IsAnyLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+}  // namespace
+
+Keyword KeywordOf(std::string_view word) {
+  if (word.size() < 2 || word.front() != '$') return Keyword::None;
+  for (const Row& row : kRows) {
+    if (word.size() == row.word.size() &&
+        strncasecmp(word.data(), row.word.data(), word.size()) == 0) {
+      return row.keyword;
+    }
+  }
+  return IsAnyLetter(word[1]) ? Keyword::Section : Keyword::None;
+}
+
+bool IsPlainKeyword(std::string_view word) {
+  return !word.starts_with("$dumpports") &&
+         std::any_of(std::begin(kRows), std::end(kRows),
+                     [word](const Row& row) { return row.word == word; });
+}
+
+bool IsDumpCommand(Keyword keyword) {
+  return keyword >= Keyword::DumpVars && keyword <= Keyword::DumpOff;
+}
+
+bool StartsSection(Keyword keyword) {
+  return keyword != Keyword::None && keyword != Keyword::End && keyword != Keyword::Section;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,29 @@
+// How often something was met, with the first time as the example.
+#ifndef KESNCD_VCD_TALLY_H_
+#define KESNCD_VCD_TALLY_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+struct Tally {
+  std::uint64_t count = 0;
+  std::uint64_t line = 0;  // of the example
+  std::string example;
+
+  void Add(std::uint64_t atLine, std::string_view what) {
+    if (count++ > 0) return;
+    line = atLine;
+    example = what.substr(0, kShown);
+  }
+  explicit operator bool() const { return count > 0; }
+
+ private:
+  static constexpr std::size_t kShown = 100;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_VCD_TALLY_H_

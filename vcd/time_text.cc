@@ -1,0 +1,66 @@
+#include "vcd/time_text.h"
+
+#include <strings.h>
+
+#include <cstddef>
+
+namespace orsa::kesncd {
+
+namespace {
+
+struct Unit {
+  const char* name;
+  int zeros;  // of its femtoseconds
+};
+
+constexpr Unit kUnits[] = {{"s", 15}, {"ms", 12}, {"us", 9}, {"ns", 6}, {"ps", 3}, {"fs", 0}};
+constexpr char kDigits[] = "0123456789";
+
+/// Appends a decimal digit; false where the number gets too large.
+bool Append(std::uint64_t& number, int digit) {
+  return !__builtin_mul_overflow(number, 10U, &number) &&
+         !__builtin_add_overflow(number, static_cast<unsigned>(digit), &number);
+}
+
+std::optional<std::uint64_t> Scale(std::string_view whole, std::string_view fraction, int zeros) {
+  std::uint64_t value = 0;
+  for (const char c : whole) {
+    if (!Append(value, c - '0')) return {};
+  }
+  while (!fraction.empty() && fraction.back() == '0') fraction.remove_suffix(1);
+  if (fraction.size() > static_cast<std::size_t>(zeros)) return {};
+  for (std::size_t i = 0; i < static_cast<std::size_t>(zeros); ++i) {
+    if (!Append(value, i < fraction.size() ? fraction[i] - '0' : 0)) return {};
+  }
+  return value;
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> Femtoseconds(std::string_view text) {
+  const std::string_view whole = text.substr(0, text.find_first_not_of(kDigits));
+  text.remove_prefix(whole.size());
+  std::string_view fraction;
+  if (!text.empty() && text.front() == '.') {
+    fraction = text.substr(1, text.substr(1).find_first_not_of(kDigits));
+    text.remove_prefix(1 + fraction.size());
+  }
+  if (whole.empty() && fraction.empty()) return {};
+  for (const Unit& unit : kUnits) {
+    if (strcasecmp(std::string(text).c_str(), unit.name) == 0) {
+      return Scale(whole, fraction, unit.zeros);
+    }
+  }
+  return {};
+}
+
+std::string TimeText(std::uint64_t femtoseconds) {
+  for (const Unit& unit : kUnits) {
+    std::uint64_t size = 1;
+    for (int i = 0; i < unit.zeros; ++i) size *= 10;
+    if (femtoseconds % size == 0) return std::to_string(femtoseconds / size) + unit.name;
+  }
+  return "";  // not reached: the last unit divides everything
+}
+
+}  // namespace orsa::kesncd
