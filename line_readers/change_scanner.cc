@@ -7,10 +7,6 @@
 
 #include "text/number.h"
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 namespace orsa::kesncd {
 
 namespace {
@@ -22,7 +18,7 @@ constexpr std::size_t kLongestText = 255;
 // The second piece of a stamp and the second word of a line.
 constexpr int kSecond = 1;
 
-static_assert(LineSource::kPadding >= 64, "the last bytes of a block are looked at 64 at a time");
+static_assert(LineSource::kPadding >= kScanPadding, "blocks are scanned to their last byte");
 static_assert(LineSource::kPadding >= CodeCounts::kReadAhead, "and codes are read ahead");
 
 /// Masks of the first bytes of four in memory, none to all.
@@ -30,10 +26,6 @@ constexpr std::uint32_t kFirstBytes[] = {
     0, std::bit_cast<std::uint32_t>(std::array<unsigned char, 4>{0xFF, 0, 0, 0}),
     std::bit_cast<std::uint32_t>(std::array<unsigned char, 4>{0xFF, 0xFF, 0, 0}),
     std::bit_cast<std::uint32_t>(std::array<unsigned char, 4>{0xFF, 0xFF, 0xFF, 0}), 0xFFFFFFFF};
-
-std::uint64_t LowBits(std::size_t count) {
-  return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
-}
 
 /// Whether the first `length` bytes at `text` are digits; eight are read at a time.
 bool AllDigits(const char* text, std::size_t length) {
@@ -54,33 +46,6 @@ bool AllDigits(const char* text, std::size_t length) {
 
 bool useChangeScanner = true;
 
-std::uint64_t MarkOddBytesPlainly(const char* bytes) {
-  std::uint64_t marks = 0;
-  for (int i = 0; i < 64; ++i) {
-    marks |= static_cast<std::uint64_t>(bytes[i] <= ' ' || (bytes[i] & 0x80) != 0) << i;
-  }
-  return marks;
-}
-
-#ifdef __SSE2__
-std::uint64_t MarkOddBytes(const char* bytes) {
-  const __m128i below = _mm_set1_epi8(' ');
-  std::uint64_t marks = 0;
-  for (std::size_t at = 0; at < 64; at += sizeof(__m128i)) {
-    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
-    // Signed comparisons: bytes from 128 on are negative, so not above a blank.
-    const __m128i plain = _mm_cmpgt_epi8(part, below);
-    const auto odd = static_cast<std::uint16_t>(~_mm_movemask_epi8(plain));
-    marks |= static_cast<std::uint64_t>(odd) << at;
-  }
-  return marks;
-}
-#else
-std::uint64_t MarkOddBytes(const char* bytes) {
-  return MarkOddBytesPlainly(bytes);
-}
-#endif
-
 ChangeScanner::ChangeScanner(CodeCounts& counts, Mem& stampSplitter, const Mem* wordSplitter,
                              std::size_t longestLine)
     : counts_(counts),
@@ -88,53 +53,13 @@ ChangeScanner::ChangeScanner(CodeCounts& counts, Mem& stampSplitter, const Mem* 
       wordSplitter_(wordSplitter),
       longestLine_(longestLine) {}
 
-void ChangeScanner::TakeLines(LineSource& source) {
-  if (recording != 1) return;  // simulators write next to nothing while a dump is off
-  spanOpen_ = startCycle >= 0 && endCycle >= 0;
-  tooLong_ = longestLine_;
-  codeSlot_ = nullptr;
-  if (wordSplitter_ != nullptr) {
-    // A line longer than any before it changes the splitter that stamps are read from.
-    tooLong_ = std::min(tooLong_, static_cast<std::size_t>(wordSplitter_->slotLength));
-    codeSlot_ = wordSplitter_->slots[kSecond];
-  }
-  const std::string_view block = source.Block();
-  const char* const stop = Scan(block.data(), block.data() + block.size());
-  ConvertStamp();
-  const auto taken = static_cast<std::size_t>(stop - block.data());
-  source.Skip(taken);
-  unsettled_ += taken;  // at least two bytes a change, so this is soon enough
-  if (unsettled_ < CodeCounts::kMostBetween) return;
-  counts_.Settle();
-  unsettled_ = 0;
+inline void ChangeScanner::LineTaker::Scalar(const char* line, const char* newline) {
+  counts.CountPlain(line + 1, static_cast<std::size_t>(newline - line - 1));
 }
 
-/// Takes lines up to the first one that is not plain, or may be too long for one, or has no end in
-/// the block, and returns its start.
-const char* ChangeScanner::Scan(const char* begin, const char* end) {
-  const char* line = begin;
-  const char* blank = nullptr;  // the one blank of the line so far
-  for (const char* chunk = begin; chunk < end; chunk += 64) {
-    if (static_cast<std::size_t>(chunk + 64 - line) >= tooLong_) return line;
-    std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
-    for (; marks != 0; marks &= marks - 1) {
-      const char* const odd = chunk + static_cast<unsigned>(std::countr_zero(marks));
-      if (*odd == '\n') [[likely]] {
-        if (blank == nullptr && (*line | 1) == '1') [[likely]] {  // 0 and 1 alike
-          counts_.CountPlain(line + 1, static_cast<std::size_t>(odd - line - 1));
-        } else if (!TakeOtherLine(line, blank, odd)) {
-          return line;
-        }
-        line = odd + 1;
-        blank = nullptr;
-      } else if (*odd == ' ' && blank == nullptr) {
-        blank = odd;
-      } else {
-        return line;
-      }
-    }
-  }
-  return line;
+inline bool ChangeScanner::LineTaker::Other(const char* line, const char* blank,
+                                            const char* newline) {
+  return scanner.TakeOtherLine(line, blank, newline);
 }
 
 /// Takes one line of plain characters, but for a blank if any, that is no scalar change to 0 or 1;
@@ -196,6 +121,29 @@ void ChangeScanner::ConvertStamp() {
   std::copy(stamp_.begin(), stamp_.end(), text.begin());
   ScanDouble(text.data(), endCycle);
   stamp_ = {};
+}
+
+void ChangeScanner::TakeLines(LineSource& source) {
+  if (recording != 1) return;  // simulators write next to nothing while a dump is off
+  spanOpen_ = startCycle >= 0 && endCycle >= 0;
+  tooLong_ = longestLine_;
+  codeSlot_ = nullptr;
+  if (wordSplitter_ != nullptr) {
+    // A line longer than any before it changes the splitter that stamps are read from.
+    tooLong_ = std::min(tooLong_, static_cast<std::size_t>(wordSplitter_->slotLength));
+    codeSlot_ = wordSplitter_->slots[kSecond];
+  }
+  const std::string_view block = source.Block();
+  LineTaker taker{*this, counts_};
+  const char* const stop =
+      ScanPlainLines(block.data(), block.data() + block.size(), tooLong_, taker);
+  ConvertStamp();
+  const auto taken = static_cast<std::size_t>(stop - block.data());
+  source.Skip(taken);
+  unsettled_ += taken;  // at least two bytes a change, so this is soon enough
+  if (unsettled_ < CodeCounts::kMostBetween) return;
+  counts_.Settle();
+  unsettled_ = 0;
 }
 
 }  // namespace orsa::kesncd

@@ -15,17 +15,12 @@
 #include "kesncd/kesncd.h"
 #include "line_readers/code_counts.h"
 #include "text/line_source.h"
+#include "vcd/plain_lines.h"
 
 namespace orsa::kesncd {
 
 /// Whether readers use the fast path. Tests switch it off to compare; nothing else does.
 extern bool useChangeScanner;
-
-/// Marks the bytes that are not plain (above a blank, below 128) among the 64 at `bytes`, the first
-/// one in the lowest bit.
-std::uint64_t MarkOddBytes(const char* bytes);
-/// The same, byte by byte.
-std::uint64_t MarkOddBytesPlainly(const char* bytes);
 
 class ChangeScanner {
  public:
@@ -38,7 +33,15 @@ class ChangeScanner {
   void TakeLines(LineSource& source);
 
  private:
-  const char* Scan(const char* begin, const char* end);
+  /// What the scan hands its lines to.
+  struct LineTaker {
+    ChangeScanner& scanner;
+    CodeCounts& counts;
+
+    void Scalar(const char* line, const char* newline);
+    bool Other(const char* line, const char* blank, const char* newline);
+  };
+
   bool TakeOtherLine(const char* line, const char* blank, const char* end);
   bool TakeChangeWithCode(const char* line, const char* blank, const char* end);
   bool TakeStampLine(const char* line, const char* end);

@@ -1,0 +1,97 @@
+// The fast scan over the lines of a dump's body.
+//
+// Nearly all of a dump is short lines of printable characters with at most one blank: a scalar
+// change, a vector or real change with its identifier code, a time stamp. The scan finds the ends
+// and blanks of such lines 64 bytes at a time and hands each line to a taker. At the first line
+// that is not of that shape, or that the taker does not want, it stops: the caller's plain path
+// reads that line, and the scan goes on after it. Which of the two ways a line takes must not
+// change what it counts, so a taker accepts only lines that it is sure of.
+#ifndef KESNCD_VCD_PLAIN_LINES_H_
+#define KESNCD_VCD_PLAIN_LINES_H_
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace orsa::kesncd {
+
+/// Bytes that may be read, though not looked at, after the end of what is scanned.
+inline constexpr std::size_t kScanPadding = 64;
+
+/// Marks the bytes that are not plain (above a blank, below 128) among the 64 at `bytes`, the first
+/// one in the lowest bit; byte by byte.
+inline std::uint64_t MarkOddBytesPlainly(const char* bytes) {
+  std::uint64_t marks = 0;
+  for (int i = 0; i < 64; ++i) {
+    marks |= static_cast<std::uint64_t>(bytes[i] <= ' ' || (bytes[i] & 0x80) != 0) << i;
+  }
+  return marks;
+}
+
+/// The same, 16 bytes at a time where the processor can.
+inline std::uint64_t MarkOddBytes(const char* bytes) {
+#ifdef __SSE2__
+  const __m128i below = _mm_set1_epi8(' ');
+  std::uint64_t marks = 0;
+  for (std::size_t at = 0; at < 64; at += sizeof(__m128i)) {
+    const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at));
+    // Signed comparisons: bytes from 128 on are negative, so not above a blank.
+    const __m128i plain = _mm_cmpgt_epi8(part, below);
+    const auto odd = static_cast<std::uint16_t>(~_mm_movemask_epi8(plain));
+    marks |= static_cast<std::uint64_t>(odd) << at;
+  }
+  return marks;
+#else
+  return MarkOddBytesPlainly(bytes);
+#endif
+}
+
+/// The lowest `count` bits, all of them from 64 on.
+inline std::uint64_t LowBits(std::size_t count) {
+  return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
+}
+
+/// Hands the plain lines from `begin` on to `taker` and returns the start of the first line that is
+/// not plain, that may have `tooLong` characters or more, that has no newline before `end`, or that
+/// the taker refuses. Up to kScanPadding bytes after `end` are read. The taker has two operations:
+///
+///   void Scalar(const char* line, const char* newline)    a line without a blank that begins with
+///                                                         0 or 1
+///   bool Other(const char* line, const char* blank, const char* newline)
+///                                                         any other line, an empty one too;
+///                                                         `blank` is its one blank or null; false:
+///                                                         refused
+template <class Taker>
+const char* ScanPlainLines(const char* begin, const char* end, std::size_t tooLong, Taker& taker) {
+  const char* line = begin;
+  const char* blank = nullptr;  // the one blank of the line so far
+  for (const char* chunk = begin; chunk < end; chunk += 64) {
+    if (static_cast<std::size_t>(chunk + 64 - line) >= tooLong) return line;
+    std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
+    for (; marks != 0; marks &= marks - 1) {
+      const char* const odd = chunk + static_cast<unsigned>(std::countr_zero(marks));
+      if (*odd == '\n') [[likely]] {
+        if (blank == nullptr && (*line | 1) == '1') [[likely]] {  // 0 and 1 alike
+          taker.Scalar(line, odd);
+        } else if (!taker.Other(line, blank, odd)) {
+          return line;
+        }
+        line = odd + 1;
+        blank = nullptr;
+      } else if (*odd == ' ' && blank == nullptr) {
+        blank = odd;
+      } else {
+        return line;
+      }
+    }
+  }
+  return line;
+}
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_VCD_PLAIN_LINES_H_
