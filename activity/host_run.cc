@@ -117,57 +117,57 @@ std::string PercentText(std::uint64_t part, std::uint64_t whole) {
   return std::to_string(rounded / 10) + "." + std::to_string(rounded % 10);
 }
 
-std::vector<std::string> RemarksOn(const HostRun& run, const ItemTallies& items) {
-  std::vector<std::string> remarks = ReadingRemarks(run.declarations, items);
-  if (run.time.isEndCut) {
+std::vector<std::string> RemarksOn(const Declarations& declarations, const ItemTallies& items,
+                                   const BodyTime& time, const HostCounter& counter) {
+  std::vector<std::string> remarks = ReadingRemarks(declarations, items);
+  if (time.isEndCut) {
     remarks.emplace_back("the window ends after the dump: it is cut back to the dump's end");
   }
-  if (run.offTicks > 0) {
+  if (counter.offTicks() > 0) {
     remarks.push_back("dumping was off for " +
-                      PercentText(run.offTicks, run.time.last - run.time.first) +
-                      " % of the span; " + std::to_string(run.repeated) +
+                      PercentText(counter.offTicks(), time.last - time.first) + " % of the span; " +
+                      std::to_string(counter.repeated()) +
                       " counted values repeat the value before");
   }
   return remarks;
 }
 
-}  // namespace
-
-std::optional<double> HostRun::NanosecondsPerTick() const {
-  if (!declarations.tick) return std::nullopt;
-  return Nanoseconds(*declarations.tick);
-}
-
-std::string HostRun::WhyUnknown() const {
+std::string WhyUnknown(const Declarations& declarations, const BodyTime& time) {
+  constexpr char kRemedy[] = ", so no frequency is known; kesncd prepare --timescale gives one";
   if (!declarations.tick && declarations.timescale.empty()) {
-    return "it has no time scale, so no frequency is known; kesncd prepare --timescale gives one";
+    return std::string("it has no time scale") + kRemedy;
   }
   if (!declarations.tick) {
-    return "its time scale \"" + declarations.timescale.substr(0, 40) +
-           "\" is not understood, so no frequency is known; kesncd prepare --timescale gives one";
+    return "its time scale \"" + declarations.timescale.substr(0, 40) + "\" is not understood" +
+           kRemedy;
   }
   if (time.stamps == 0) return "it has no time stamp, so no frequency is known";
   if (time.first == time.last) return "it spans no time, so no frequency is known";
   return "";
 }
 
+}  // namespace
+
 HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window) {
   DumpWords words(dump);
-  HostRun run{ReadDeclarations(words, name), {}, {}, 0, 0, {}};
+  HostRun run;
+  run.declarations = ReadDeclarations(words, name);
   const TickWindow ticks = WindowInTicks(window, run.declarations.tick, name);
   DumpItems items(words, run.declarations);
   HostCounter counter(run.declarations.codes.size());
   BodyWindow<HostCounter> body(ticks, counter);
   ReadBody(items, body);
   body.Finish();
-  run.time = body.time();
-  if (!run.time.isOpen) {
+  const BodyTime& time = body.time();
+  if (!time.isOpen) {
     throw Failure(FailureKind::NothingMatched, name + ": nothing lies in the window");
   }
   run.changes = counter.TakeChanges();
-  run.offTicks = counter.offTicks();
-  run.repeated = counter.repeated();
-  run.remarks = RemarksOn(run, items.tallies());
+  run.firstTick = static_cast<double>(time.first);
+  run.lastTick = static_cast<double>(time.last);
+  if (run.declarations.tick) run.nsPerTick = Nanoseconds(*run.declarations.tick);
+  run.whyUnknown = WhyUnknown(run.declarations, time);
+  run.remarks = RemarksOn(run.declarations, items.tallies(), time, counter);
   return run;
 }
 

@@ -23,18 +23,13 @@ inline constexpr std::uint32_t kMostChanges = INT32_MAX;
 struct HostRun {
   Declarations declarations;
   std::vector<std::uint32_t> changes;  // by code number, kMostChanges at most
-  BodyTime time;                       // the span, in ticks
-  std::uint64_t offTicks = 0;          // of the span, while dumping was off
-  std::uint64_t repeated = 0;          // counted values that were no change
-  std::vector<std::string> remarks;    // what could not be read, and what a user must know
+  double firstTick = 0;                // the span
+  double lastTick = 0;
+  std::optional<double> nsPerTick;   // nothing for a dump without a time scale
+  std::string whyUnknown;            // why no frequency is known; empty where they are
+  std::vector<std::string> remarks;  // what could not be read, and what a user must know
 
-  /// The length of a tick in nanoseconds; nothing for a dump without a time scale.
-  std::optional<double> NanosecondsPerTick() const;
-  double SpanTicks() const {
-    return static_cast<double>(time.last) - static_cast<double>(time.first);
-  }
-  /// Why no frequency is known; empty where they are.
-  std::string WhyUnknown() const;
+  double SpanTicks() const { return lastTick - firstTick; }
   std::uint32_t ChangesOf(const DumpVariable& variable) const { return changes[variable.codeId]; }
 };
 

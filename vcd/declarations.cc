@@ -26,13 +26,17 @@ bool AppendLastParts(const Declarations& declarations, std::uint32_t scope, std:
 }  // namespace
 
 std::string Declarations::PathOf(std::uint32_t scope) const {
+  return PathBelow(kDump, scope);
+}
+
+std::string Declarations::PathBelow(std::uint32_t top, std::uint32_t scope) const {
   std::size_t length = 0;
-  for (std::uint32_t at = scope; at != kDump; at = scopes[at].parent) {
+  for (std::uint32_t at = scope; at != top; at = scopes[at].parent) {
     length += scopes[at].name.size() + 1;
   }
   if (length == 0) return "";
   std::string path(length - 1, '/');
-  for (std::size_t end = path.size(); scope != kDump; scope = scopes[scope].parent) {
+  for (std::size_t end = path.size(); scope != top; scope = scopes[scope].parent) {
     const std::string& name = scopes[scope].name;
     path.replace(end - name.size(), name.size(), name);
     end -= name.size() + 1;

@@ -76,6 +76,8 @@ struct Declarations {
   /// The path of a scope, or of a variable, from a top-level scope: "tb/dut/q". Empty for kDump.
   std::string PathOf(std::uint32_t scope) const;
   std::string PathOf(const DumpVariable& variable) const;
+  /// The path of a scope from below `top`, a scope around it.
+  std::string PathBelow(std::uint32_t top, std::uint32_t scope) const;
   /// The same for a message: the middle of a long one is left out.
   std::string ShortPathOf(std::uint32_t scope) const;
   std::string ShortPathOf(const DumpVariable& variable) const;
