@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <string>
 
+#include "line_readers/dump_lines.h"
+
 namespace orsa::kesncd {
 
 enum class Reader { Unfiltered, Filtered, Hierarchical, Grammar };
@@ -25,10 +27,10 @@ struct Reading {
   bool complete = true;   ///< as far as the reader says
   long long changes = 0;  ///< all counts together
 };
-Reading ReadDump(Reader reader, std::FILE* stream, bool fast = true);
+Reading ReadDump(Reader reader, std::FILE* stream, const ReadingOptions& options = {});
 
-/// Reads a dump by the fast path and by the plain one, which must agree, also in where they leave
-/// the stream.
+/// Reads a dump by the fast path, by the plain one, and with small blocks and tables, which must
+/// agree, also in where they leave the stream.
 Reading ExpectSamePaths(Reader reader, const std::string& dump);
 
 }  // namespace orsa::kesncd

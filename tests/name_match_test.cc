@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "fuzz/plain_names.h"
-#include "names/name_index.h"
+#include "kesncd/model/tree_index.h"
 #include "tests/support.h"
 
 namespace orsa::kesncd {
@@ -99,7 +99,7 @@ TEST(NameMatch, IndexFindsWhatTheSearchFinds) {
     for (const bool exact : {true, false}) {
       std::vector<std::string> asked(200);
       std::generate(asked.begin(), asked.end(), name);
-      const NameIndex index(root, exact, {asked.begin(), asked.end()});
+      const TreeIndex index(root, exact, {asked.begin(), asked.end()});
       for (const std::string& signal : asked) {
         const std::string module = scopeName();
         double plain = -1;
