@@ -56,7 +56,7 @@ std::string ReadDump(int reader, const ReadingOptions& options, const std::strin
   std::ostringstream text;
   text << support::StateText() << " complete " << complete << " at " << std::ftell(stream);
   AppendTree(analyser, text);
-  while (unlinked != nullptr) delete unlinked;
+  VmodHier::DeleteList(unlinked);
   return text.str();
 }
 

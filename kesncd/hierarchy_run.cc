@@ -1,24 +1,10 @@
 // The hierarchical run: dump to module tree.
 #include "kesncd/kesncd.h"
 #include "kesncd/model/module_node.h"
-#include "kesncd/model/tree_walk.h"
 #include "kesncd/run_messages.h"
 #include "text/file.h"
 
 namespace orsa::kesncd {
-
-namespace {
-
-/// Takes the nodes below `root` out of the list of those that hang nowhere: a host has hung them
-/// there since, if it was past AddSubMod.
-void UnlinkBelow(VmodHier& root) {
-  WalkTree(root, [&root](VmodHier& node) {
-    if (&node != &root) node.Unlink();
-    return false;
-  });
-}
-
-}  // namespace
 
 /// Deletes the tree and what leads into it: the code index and the scopes that hang nowhere. What a
 /// host has hung into a tree since, or has made the root, goes with that tree only.
@@ -26,15 +12,11 @@ void KesNCD::DeleteHierarchy() {
   codeIndex.clear();
   if (unlinkedScopes_ != nullptr && hierRoot != nullptr) {
     hierRoot->Unlink();
-    UnlinkBelow(*hierRoot);
+    hierRoot->UnlinkBelow();
   }
   delete hierRoot;
   hierRoot = nullptr;
-  while (unlinkedScopes_ != nullptr) {
-    VmodHier* const scope = unlinkedScopes_;
-    UnlinkBelow(*scope);
-    delete scope;
-  }
+  VmodHier::DeleteList(unlinkedScopes_);
 }
 
 bool KesNCD::ReadVCDHier(const std::set<std::string>& signals, std::string& message) {

@@ -283,6 +283,8 @@ class KESNCD_API VmodHier {
   // added to another node or deleted.
   KESNCD_LOCAL void LinkTo(VmodHier*& list);
   KESNCD_LOCAL void Unlink();
+  KESNCD_LOCAL void UnlinkBelow();
+  KESNCD_LOCAL static void DeleteList(VmodHier*& list);
 
  private:
   VmodHier* nextUnlinked_ = nullptr;

@@ -36,6 +36,21 @@ void VmodHier::Unlink() {
   linkToThis_ = nullptr;
 }
 
+/// Takes the nodes of the subtree, but not this one, out of their lists: a host has hung them here
+/// since, if it was past AddSubMod.
+void VmodHier::UnlinkBelow() {
+  WalkTree(*this, [this](VmodHier& node) {
+    if (&node != this) node.Unlink();
+    return false;
+  });
+}
+
+/// Deletes the nodes of a list with all below them. First, those that hang below others leave it.
+void VmodHier::DeleteList(VmodHier*& list) {
+  for (VmodHier* node = list; node != nullptr; node = node->nextUnlinked_) node->UnlinkBelow();
+  while (list != nullptr) delete list;
+}
+
 /// Deletes the subtree child by child, each one's own children first. The way back up is kept in
 /// the parent links of the nodes that are about to go, and a node's children are turned round once,
 /// so that the next one is the last: a deep tree costs neither stack nor memory.

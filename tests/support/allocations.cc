@@ -36,6 +36,8 @@ void* __wrap_realloc(void* memory, std::size_t bytes) {
   return memory == nullptr ? Counted(__real_realloc(memory, bytes)) : __real_realloc(memory, bytes);
 }
 void __wrap_free(void* memory) {
+  auto* const freed = allocations.freed;
+  if (freed != nullptr && freed->size() < freed->capacity()) freed->push_back(memory);
   allocations.held -= memory != nullptr ? 1 : 0;
   __real_free(memory);
 }

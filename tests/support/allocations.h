@@ -3,12 +3,15 @@
 #ifndef KESNCD_TESTS_SUPPORT_ALLOCATIONS_H_
 #define KESNCD_TESTS_SUPPORT_ALLOCATIONS_H_
 
+#include <vector>
+
 namespace orsa::kesncd {
 
 struct Allocations {
-  long made = 0;     // malloc, calloc, realloc, new
-  long held = 0;     // and not freed
-  long failing = 0;  // fails when `made` reaches it
+  long made = 0;                              // malloc, calloc, realloc, new
+  long held = 0;                              // and not freed
+  long failing = 0;                           // fails when `made` reaches it
+  std::vector<const void*>* freed = nullptr;  // takes what is freed, in order, if it has room
 };
 extern Allocations allocations;
 

@@ -71,7 +71,7 @@ Reading ReadDump(Reader reader, std::FILE* stream, const ReadingOptions& options
   text << State();
   if (!topMod.GetName().empty()) text << topMod.GetName() << "(" << TopModCounts() << ")";
   reading.text = text.str() + TreeText(analyser);
-  while (unlinked != nullptr) delete unlinked;
+  VmodHier::DeleteList(unlinked);
   return reading;
 }
 
