@@ -36,15 +36,14 @@ std::uint64_t Unmixed(std::uint64_t block) {
   block *= inverse;
   return (block ^ block >> 47) * inverse;
 }
-bool IsPrintable(std::uint64_t block) {
+bool MayStandInACode(std::uint64_t block) {
   for (int shift = 0; shift < 64; shift += 8) {
-    const auto byte = static_cast<unsigned char>(block >> shift);
-    if (byte <= ' ' || byte >= 127) return false;
+    if (static_cast<unsigned char>(block >> shift) <= ' ') return false;
   }
   return true;
 }
 
-/// Two blocks of printable characters whose mixed values differ in the highest bit only. That bit
+/// Two blocks of characters that codes may have, whose mixed values differ in the highest bit only. That bit
 /// passes through the hash unchanged, so two such blocks in a row cancel it.
 std::pair<std::string, std::string> Twins() {
   std::uint64_t random = 1;
@@ -55,7 +54,7 @@ std::pair<std::string, std::string> Twins() {
       block |= (33 + (random >> 33) % 94) << shift;
     }
     const std::uint64_t twin = Unmixed(Mixed(block) ^ std::uint64_t{1} << 63);
-    if (!IsPrintable(twin)) continue;
+    if (!MayStandInACode(twin)) continue;
     std::string texts[2] = {std::string(8, ' '), std::string(8, ' ')};
     std::memcpy(texts[0].data(), &block, 8);
     std::memcpy(texts[1].data(), &twin, 8);
