@@ -9,7 +9,6 @@
 #include "host/standalone/standalone_host.h"
 #include "kesncd/kesncd.h"
 #include "line_readers/code_counts.h"
-#include "names/name_index.h"
 
 namespace orsa::kesncd {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "fuzz/target.h"
 #include "kesncd/kesncd.h"
-#include "line_readers/change_scanner.h"
+#include "kesncd/readings.h"
 #include "tests/support/input.h"
 #include "tests/support/reader_state.h"
 #include "tests/support/require.h"
@@ -42,20 +42,21 @@ void AppendTree(const KesNCD& analyser, std::ostringstream& text) {
   }
 }
 
-std::string ReadDump(int reader, bool fast, const std::string& dump) {
+std::string ReadDump(int reader, const ReadingOptions& options, const std::string& dump) {
   ResetReaderState();
-  useChangeScanner = fast;
   KesNCD analyser;
   analyser.SetTopModule("top");
   const TextStream stream(dump);
   bool complete = true;
-  if (reader == 0) complete = analyser.ParseVcdFile(stream);
-  if (reader == 1) analyser.ParseVcdFile2(stream, {"clk"});
-  if (reader == 2) complete = analyser.ParseVcdFileHier(stream, {});
-  useChangeScanner = true;
+  const std::set<std::string> selection{"clk"};
+  VmodHier* unlinked = nullptr;
+  const ModuleTree tree{analyser.codeIndex, analyser.hierRoot, unlinked};
+  if (reader < 2) complete = ReadFlat(stream, reader == 0 ? nullptr : &selection, options);
+  if (reader == 2) complete = ReadTree(stream, tree, options);
   std::ostringstream text;
   text << support::StateText() << " complete " << complete << " at " << std::ftell(stream);
   AppendTree(analyser, text);
+  while (unlinked != nullptr) delete unlinked;
   return text.str();
 }
 
@@ -64,8 +65,8 @@ std::string ReadDump(int reader, bool fast, const std::string& dump) {
 void CheckInput(std::string_view bytes) {
   const std::string dump = Padded(support::Input(bytes));
   for (const int reader : {0, 1, 2}) {
-    const std::string fast = ReadDump(reader, true, dump);
-    const std::string plain = ReadDump(reader, false, dump);
+    const std::string fast = ReadDump(reader, {.blockBytes = 4200, .longestDirectCode = 2}, dump);
+    const std::string plain = ReadDump(reader, {.scansPlainLines = false}, dump);
     support::Require(fast == plain, [&] { return "fast: " + fast + "\nplain: " + plain; });
   }
 }

@@ -9,7 +9,7 @@
 #include "fuzz/target.h"
 #include "host/power_data.h"
 #include "kesncd/kesncd.h"
-#include "names/name_index.h"
+#include "kesncd/model/tree_index.h"
 #include "tests/support/input.h"
 #include "tests/support/plain_names.h"
 #include "tests/support/reader_state.h"
@@ -170,7 +170,7 @@ std::string TextOf(const std::vector<KesSigFreq>& records) {
 void CheckIndex(const VmodHier& root, const PD_TABLE& table, bool exact) {
   std::vector<std::string_view> names;
   for (const auto& row : table.rows) names.insert(names.end(), row.begin(), row.end());
-  const NameIndex index(root, exact, names);
+  const TreeIndex index(root, exact, names);
   constexpr std::size_t kMostLookups = 30;
   names.resize(std::min(names.size(), kMostLookups));
   std::string module = root.name;

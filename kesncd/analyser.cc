@@ -4,9 +4,8 @@
 #include <utility>
 
 #include "kesncd/kesncd.h"
-#include "line_readers/flat_reader.h"
+#include "kesncd/readings.h"
 #include "line_readers/header_probe.h"
-#include "line_readers/hierarchy_reader.h"
 #include "line_readers/timescale.h"
 #include "text/file.h"
 
@@ -20,7 +19,7 @@ std::unique_ptr<char[]> ownedTopModName;
 
 }  // namespace
 
-KesNCD::KesNCD() : twrFileOn(false), hierRoot(nullptr) {
+KesNCD::KesNCD() : twrFileOn(false), hierRoot(nullptr), unlinkedScopes_(nullptr) {
   topModName = nullptr;
 }
 
@@ -58,16 +57,16 @@ bool KesNCD::SetVCDFileHier(std::string path, const std::set<std::string>& signa
 }
 
 bool KesNCD::ParseVcdFile(std::FILE* file) {
-  return FlatReader(file, UnfilteredRules()).Read();
+  return ReadFlat(file, nullptr);
 }
 
 int KesNCD::ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals) {
-  FlatReader(file, FilteredRules(signals)).Read();
+  ReadFlat(file, &signals);
   return 0;
 }
 
 bool KesNCD::ParseVcdFileHier(std::FILE* file, const std::set<std::string>& /*signals*/) {
-  return HierarchyReader(file, *this).Read();
+  return ReadTree(file, {codeIndex, hierRoot, unlinkedScopes_});
 }
 
 // cppcheck-suppress passedByValue ; the public interface says so
@@ -82,7 +81,7 @@ bool KesNCD::GetTopModuleNameInVCD(std::string path, std::string& topModule, std
 }
 
 double KesNCD::GetTimeInVCD(char** tokens, int count) {
-  return ReadTimescale(tokens, count);
+  return ReadTimescale(tokens, count, timeScale);
 }
 
 }  // namespace orsa::kesncd

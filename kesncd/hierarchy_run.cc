@@ -1,17 +1,40 @@
 // The hierarchical run: dump to module tree.
 #include "kesncd/kesncd.h"
+#include "kesncd/model/module_node.h"
+#include "kesncd/model/tree_walk.h"
 #include "kesncd/run_messages.h"
 #include "text/file.h"
 
 namespace orsa::kesncd {
 
-/// Deletes the tree and what leads into it: the code index and the scopes that hang nowhere.
+namespace {
+
+/// Takes the nodes below `root` out of the list of those that hang nowhere: a host has hung them
+/// there since, if it was past AddSubMod.
+void UnlinkBelow(VmodHier& root) {
+  WalkTree(root, [&root](VmodHier& node) {
+    if (&node != &root) node.Unlink();
+    return false;
+  });
+}
+
+}  // namespace
+
+/// Deletes the tree and what leads into it: the code index and the scopes that hang nowhere. What a
+/// host has hung into a tree since, or has made the root, goes with that tree only.
 void KesNCD::DeleteHierarchy() {
   codeIndex.clear();
+  if (unlinkedScopes_ != nullptr && hierRoot != nullptr) {
+    hierRoot->Unlink();
+    UnlinkBelow(*hierRoot);
+  }
   delete hierRoot;
   hierRoot = nullptr;
-  for (VmodHier* scope : unlinkedScopes_) delete scope;
-  unlinkedScopes_.clear();
+  while (unlinkedScopes_ != nullptr) {
+    VmodHier* const scope = unlinkedScopes_;
+    UnlinkBelow(*scope);
+    delete scope;
+  }
 }
 
 bool KesNCD::ReadVCDHier(const std::set<std::string>& signals, std::string& message) {
@@ -40,7 +63,7 @@ bool KesNCD::ReadVCDHier(const std::set<std::string>& signals, std::string& mess
 void KesNCD::IncreaseChangeForSymbol(const std::string& symbol) {
   const auto declared = codeIndex.find(symbol);
   if (declared == codeIndex.end()) return;
-  for (VmodHier* scope : declared->second) scope->AddChanges(symbol, 1);
+  for (VmodHier* scope : declared->second) AddChangesIn(*scope, symbol, 1);
 }
 
 }  // namespace orsa::kesncd

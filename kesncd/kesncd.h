@@ -44,7 +44,6 @@
 #include <map>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 /// Part of the interface, whatever visibility the host is compiled with.
@@ -62,6 +61,9 @@ namespace orsa {
 namespace kesncd {
 
 class VmodHier;
+// Of the library's inside.
+class CodeCounts;
+class Splitter;
 
 // ---------------------------------------------------------------------------------------------
 // Line splitting
@@ -103,22 +105,7 @@ class KESNCD_API Mem {
   char* workBuffer;  ///< copy of the line last cut into tokens
 
  private:
-  KESNCD_LOCAL void Release();
-  KESNCD_LOCAL void HoldLine(const char* line, std::size_t length);
-  KESNCD_LOCAL void HoldText(const char* text, std::size_t length);
-  KESNCD_LOCAL void HoldSlots(std::size_t count);
-  KESNCD_LOCAL void HoldBytes(std::size_t bytes);
-  KESNCD_LOCAL void DoubleSlots();
-  KESNCD_LOCAL void Store(std::size_t slot, const char* text, std::size_t bytes);
-  KESNCD_LOCAL void ClearSlot(std::size_t slot, std::size_t from);
-  KESNCD_LOCAL void KeepStrings();
-
-  std::size_t heldSlots_;  // slots that exist
-  std::size_t heldBytes_;  // bytes of every one of them
-  std::size_t* written_;   // bytes of each that may not be zero
-  std::size_t workBytes_;  // bytes of workBuffer
-  char* text_;             // copy of the text being cut into pieces
-  std::size_t textBytes_;
+  Splitter* splitter_;  // owned; the fields above are its own
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -180,9 +167,13 @@ class KESNCD_API Vmod {
   /// file at `path`. Nothing happens when the file cannot be opened.
   void DumpIntoFile(const std::string& path) const;
 
+  // For the library's readers: gives each code a counter, and takes its changes for the first
+  // signal that has it.
+  KESNCD_LOCAL void AddCodesTo(CodeCounts& counts) const;
+  KESNCD_LOCAL void TakeChangesOf(CodeCounts& counts);
+
  private:
-  friend class CodeCounts;
-  KESNCD_LOCAL void AddChanges(int index, std::uint32_t count);
+  KESNCD_LOCAL std::size_t& SlotOf(const std::string& symbol);
   KESNCD_LOCAL void IndexSymbols();
   KESNCD_LOCAL void Remove(std::size_t index, bool widthToo);
 
@@ -194,8 +185,8 @@ class KESNCD_API Vmod {
   std::vector<int> changes_;
   std::vector<std::string> states_;
 
-  std::unordered_map<std::string, std::size_t> firstOfSymbol_;
-  std::size_t indexed_;  // signals that firstOfSymbol_ covers
+  std::vector<std::size_t> firstOfSymbol_;  // by hash: one more than its index, 0 for none
+  std::size_t indexed_;                     // signals that firstOfSymbol_ covers
 };
 
 /// A signal record by itself: a name, with a type and a frequency that stay at their first values.
@@ -288,12 +279,14 @@ class KESNCD_API VmodHier {
   std::vector<VmodHier*> subMods;             ///< child scopes in declaration order, owned
   VmodHier* parent;                           ///< enclosing scope, null for the root
 
+  // For the library: the list of an analyser's nodes that hang nowhere. A node leaves it when it is
+  // added to another node or deleted.
+  KESNCD_LOCAL void LinkTo(VmodHier*& list);
+  KESNCD_LOCAL void Unlink();
+
  private:
-  friend class HierarchyReader;
-  friend class KesNCD;
-  KESNCD_LOCAL VmodSignal& Declare(std::string name, std::string type, std::string symbol,
-                                   int width);
-  KESNCD_LOCAL void AddChanges(const std::string& symbol, std::uint32_t count);
+  VmodHier* nextUnlinked_ = nullptr;
+  VmodHier** linkToThis_ = nullptr;  // null outside a list
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -351,7 +344,7 @@ class KESNCD_API KesNCD {
 
   /// The flat run: reads the dump's top module into `topMod` and fills `signalFreqs` (MHz by
   /// design-style name: "data[3]" becomes "data_3", "data[7:0]" becomes "data_0" to "data_7"), then
-  /// writes the activity to the dump's path with ".txt" behind it (not reported when that fails).
+  /// writes the activity to the dump's path with ".txt" after it (not reported when that fails).
   /// `signals` selects variables by name, also with "/" for "_"; a name with a bit index or a range
   /// is always taken. False with `message` set, and `signalFreqs` as it was, when the path is empty
   /// or cannot be opened or read to its end, the top module has never been met, or the ranges of
@@ -365,8 +358,8 @@ class KESNCD_API KesNCD {
   /// Reads an open dump into `topMod`, which the caller has emptied: every variable of the top
   /// module, lines of up to 1023 characters. False when the time scale is not understood, the top
   /// module's scope ends without a variable, the definitions end without the top module, or a read
-  /// error ends the stream. The stream stays the caller's, right behind the last line handled if it
-  /// can seek (the values behind the definitions are read in blocks).
+  /// error ends the stream. The stream stays the caller's, right after the last line handled if it
+  /// can seek (the values after the definitions are read in blocks).
   bool ParseVcdFile(std::FILE* file);
   /// The same for the selected variables (see ReadVCD), lines of up to 4095 characters. Always 0.
   int ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals);
@@ -420,10 +413,9 @@ class KESNCD_API KesNCD {
   std::string ncdName;                                      ///< name of the design extracted
 
  private:
-  friend class HierarchyReader;
   KESNCD_LOCAL void DeleteHierarchy();
 
-  std::vector<VmodHier*> unlinkedScopes_;  // top-level scopes after the root; owned
+  VmodHier* unlinkedScopes_;  // list of the top-level scopes after the root; owned
 };
 
 // ---------------------------------------------------------------------------------------------

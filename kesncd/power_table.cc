@@ -6,7 +6,7 @@
 
 #include "host/power_data.h"
 #include "kesncd/kesncd.h"
-#include "names/name_index.h"
+#include "kesncd/model/tree_index.h"
 
 // Only the host has this type's run-time information. Weak, it may be missing, so that the library
 // also loads into a program that has no power data.
@@ -138,7 +138,7 @@ class TreeLookup {
   const bool exact_;
   std::vector<std::string_view> names_;
   int searches_ = 0;
-  std::optional<NameIndex> index_;
+  std::optional<TreeIndex> index_;
 };
 
 /// Enters the module tree's frequencies into records; what the tree does not know stays as it is.

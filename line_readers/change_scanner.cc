@@ -1,3 +1,4 @@
+// Which lines of the body are plain, and what they count.
 #include "line_readers/change_scanner.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@ namespace {
 
 // Slots hold at least this many characters from the start, and count as written as far as that:
 // what is put there past the splitter must not reach further.
-constexpr std::size_t kLongestText = 255;
+constexpr std::size_t kLongestText = Splitter::kLeastRoom - 1;
 
 // The second piece of a stamp and the second word of a line.
 constexpr int kSecond = 1;
@@ -44,11 +45,10 @@ bool AllDigits(const char* text, std::size_t length) {
 
 }  // namespace
 
-bool useChangeScanner = true;
-
-ChangeScanner::ChangeScanner(CodeCounts& counts, Mem& stampSplitter, const Mem* wordSplitter,
-                             std::size_t longestLine)
+ChangeScanner::ChangeScanner(CodeCounts& counts, ReadingState& state, Splitter& stampSplitter,
+                             const Splitter* wordSplitter, std::size_t longestLine)
     : counts_(counts),
+      state_(state),
       stampSplitter_(stampSplitter),
       wordSplitter_(wordSplitter),
       longestLine_(longestLine) {}
@@ -95,7 +95,7 @@ inline void ChangeScanner::StoreCode(const char* code, std::size_t length) {
   }
   std::memcpy(&held, codeSlot_, sizeof held);
   std::memcpy(&bytes, code, sizeof bytes);
-  // With a NUL behind it; what the slot holds after that stays.
+  // With a NUL after it; what the slot holds after that stays.
   held = (held & ~kFirstBytes[length + 1]) | (bytes & kFirstBytes[length]);
   std::memcpy(codeSlot_, &held, sizeof held);
 }
@@ -108,8 +108,8 @@ inline void ChangeScanner::StoreCode(const char* code, std::size_t length) {
   if (!spanOpen_ || length == 0 || length > kLongestText || !AllDigits(digits, length)) {
     return false;
   }
-  char* const slot = stampSplitter_.slots[kSecond];
-  if (slot[length] != '\0') return false;  // a longer text's tail would show behind the digits
+  char* const slot = stampSplitter_.slots()[kSecond];
+  if (slot[length] != '\0') return false;  // a longer text's tail would show after the digits
   std::memcpy(slot, digits, length);
   stamp_ = {digits, length};
   return true;
@@ -119,19 +119,19 @@ void ChangeScanner::ConvertStamp() {
   if (stamp_.empty()) return;
   std::array<char, kLongestText + 1> text{};
   std::copy(stamp_.begin(), stamp_.end(), text.begin());
-  ScanDouble(text.data(), endCycle);
+  ScanDouble(text.data(), state_.lastTick);
   stamp_ = {};
 }
 
 void ChangeScanner::TakeLines(LineSource& source) {
-  if (recording != 1) return;  // simulators write next to nothing while a dump is off
-  spanOpen_ = startCycle >= 0 && endCycle >= 0;
+  if (state_.recording != 1) return;  // simulators write next to nothing while a dump is off
+  spanOpen_ = state_.firstTick >= 0 && state_.lastTick >= 0;
   tooLong_ = longestLine_;
   codeSlot_ = nullptr;
   if (wordSplitter_ != nullptr) {
     // A line longer than any before it changes the splitter that stamps are read from.
-    tooLong_ = std::min(tooLong_, static_cast<std::size_t>(wordSplitter_->slotLength));
-    codeSlot_ = wordSplitter_->slots[kSecond];
+    tooLong_ = std::min(tooLong_, static_cast<std::size_t>(wordSplitter_->slotLength()));
+    codeSlot_ = wordSplitter_->slots()[kSecond];
   }
   const std::string_view block = source.Block();
   LineTaker taker{*this, counts_};

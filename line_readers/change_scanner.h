@@ -12,22 +12,20 @@
 #include <cstdint>
 #include <string_view>
 
-#include "kesncd/kesncd.h"
 #include "line_readers/code_counts.h"
+#include "line_readers/reading_state.h"
 #include "text/line_source.h"
+#include "text/splitter.h"
 #include "vcd/plain_lines.h"
 
 namespace orsa::kesncd {
-
-/// Whether readers use the fast path. Tests switch it off to compare; nothing else does.
-extern bool useChangeScanner;
 
 class ChangeScanner {
  public:
   /// `longestLine` is the most characters that a line may have. `wordSplitter` is given where the
   /// words of lines and the pieces of stamps share the splitter's slots, else null.
-  ChangeScanner(CodeCounts& counts, Mem& stampSplitter, const Mem* wordSplitter,
-                std::size_t longestLine);
+  ChangeScanner(CodeCounts& counts, ReadingState& state, Splitter& stampSplitter,
+                const Splitter* wordSplitter, std::size_t longestLine);
 
   /// Takes the plain lines at the start of the source's block.
   void TakeLines(LineSource& source);
@@ -49,8 +47,9 @@ class ChangeScanner {
   void ConvertStamp();
 
   CodeCounts& counts_;
-  Mem& stampSplitter_;
-  const Mem* const wordSplitter_;
+  ReadingState& state_;
+  Splitter& stampSplitter_;
+  const Splitter* const wordSplitter_;
   const std::size_t longestLine_;
   std::size_t tooLong_ = 0;      // lines of this many characters are not plain
   std::uint64_t unsettled_ = 0;  // bytes scanned since the counters were settled

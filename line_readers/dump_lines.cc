@@ -1,30 +1,35 @@
+// Where the lines of a dump come from, and the two ways that they take.
 #include "line_readers/dump_lines.h"
 
 #include "line_readers/dump_rules.h"
 
 namespace orsa::kesncd {
 
-DumpLines::DumpLines(std::FILE* dump, std::size_t lineBytes, Splitters splitters)
-    : source_(dump, lineBytes),
+DumpLines::DumpLines(std::FILE* dump, std::size_t lineBytes, Splitters splitters,
+                     CodeCounts& counts, ReadingState& state, const ReadingOptions& options)
+    : scansPlainLines_(options.scansPlainLines),
+      source_(dump, lineBytes, options.blockBytes),
       stampSplitter_(splitters == Splitters::Shared ? wordSplitter_ : ownStampSplitter_),
-      scanner_(counts_, stampSplitter_, splitters == Splitters::Shared ? &wordSplitter_ : nullptr,
-               lineBytes - 1) {}
+      counts_(counts),
+      state_(state),
+      scanner_(counts_, state_, stampSplitter_,
+               splitters == Splitters::Shared ? &wordSplitter_ : nullptr, lineBytes - 1) {}
 
 bool DumpLines::Next(bool inBody, VcdLine& line) {
   do {
-    if (inBody && useChangeScanner) {
+    if (inBody && scansPlainLines_) {
       source_.ReadBlocks();
       scanner_.TakeLines(source_);
     }
     const char* const text = source_.Next();
     if (text == nullptr) return false;
-    line.words = wordSplitter_.GetArrayOfTokens(text, kVcdBlanks, &line.count);
+    line.words = wordSplitter_.CutWords(text, kVcdBlanks, &line.count);
   } while (line.count == 0);
   return true;
 }
 
 void DumpLines::TakeBodyLine(const VcdLine& line, LineKind kind) {
-  const char* const code = orsa::kesncd::TakeBodyLine(line, kind, stampSplitter_);
+  const char* const code = orsa::kesncd::TakeBodyLine(line, kind, stampSplitter_, state_);
   if (code != nullptr) counts_.Count(code);
 }
 

@@ -6,20 +6,28 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "kesncd/kesncd.h"
 #include "line_readers/change_scanner.h"
 #include "line_readers/code_counts.h"
 #include "line_readers/vcd_line.h"
 #include "text/line_source.h"
+#include "text/splitter.h"
 
 namespace orsa::kesncd {
 
 /// Whether stamps are cut in slots of their own, or in those of the words, whose tails they keep.
 enum class Splitters { Separate, Shared };
 
+/// How a dump is read; what is read from it does not depend on that, which tests check.
+struct ReadingOptions {
+  bool scansPlainLines = true;  // by the fast path
+  std::size_t blockBytes = LineSource::kBlockBytes;
+  std::size_t longestDirectCode = CodeCells::kLongestDirect;  // see CodeCells
+};
+
 class DumpLines {
  public:
-  DumpLines(std::FILE* dump, std::size_t lineBytes, Splitters splitters);
+  DumpLines(std::FILE* dump, std::size_t lineBytes, Splitters splitters, CodeCounts& counts,
+            ReadingState& state, const ReadingOptions& options);
 
   /// The next line with words for the reader; false at the end. `inBody`: value changes are read.
   bool Next(bool inBody, VcdLine& line);
@@ -28,14 +36,16 @@ class DumpLines {
   /// Takes a line of the body: a stamp, or a change that counts if recording is on.
   void TakeBodyLine(const VcdLine& line, LineKind kind);
 
-  CodeCounts& counts() { return counts_; }
+  ReadingState& state() { return state_; }
 
  private:
+  const bool scansPlainLines_;
   LineSource source_;
-  Mem wordSplitter_;
-  Mem ownStampSplitter_;
-  Mem& stampSplitter_;
-  CodeCounts counts_;
+  Splitter wordSplitter_;
+  Splitter ownStampSplitter_;
+  Splitter& stampSplitter_;
+  CodeCounts& counts_;
+  ReadingState& state_;
   ChangeScanner scanner_;
 };
 

@@ -1,32 +1,33 @@
+// The rules as functions of a line and of the reading's state.
 #include "line_readers/dump_rules.h"
 
 #include "text/number.h"
 
 namespace orsa::kesncd {
 
-bool SwitchRecording(LineKind kind) {
+bool SwitchRecording(LineKind kind, ReadingState& state) {
   if (kind != LineKind::RecordingOn && kind != LineKind::RecordingOff) return false;
-  recording = kind == LineKind::RecordingOn ? 1 : 0;
+  state.recording = kind == LineKind::RecordingOn ? 1 : 0;
   return true;
 }
 
-void TakeStamp(double ticks) {
-  if (startCycle < 0 && endCycle < 0) {
-    startCycle = ticks;
-    endCycle = ticks;
-  } else if (startCycle >= 0 && endCycle >= 0) {
-    endCycle = ticks;
+void TakeStamp(double ticks, double& firstTick, double& lastTick) {
+  if (firstTick < 0 && lastTick < 0) {
+    firstTick = ticks;
+    lastTick = ticks;
+  } else if (firstTick >= 0 && lastTick >= 0) {
+    lastTick = ticks;
   }
 }
 
-void TakeStampWord(Mem& splitter, const char* word) {
+void TakeStampWord(Splitter& splitter, const char* word, ReadingState& state) {
   int count = 0;
-  char** pieces = splitter.GetArrayOfPieces(word, &count);
+  char** pieces = splitter.CutPieces(word, &count);
   // A text that is no number leaves the bound that it would have set; a lone "#" has no second
   // piece, and the slot's earlier text stands in for it.
-  double ticks = startCycle < 0 ? startCycle : endCycle;
+  double ticks = state.firstTick < 0 ? state.firstTick : state.lastTick;
   ScanDouble(pieces[1], ticks);
-  TakeStamp(ticks);
+  TakeStamp(ticks, state.firstTick, state.lastTick);
 }
 
 bool ReadDeclaration(const VcdLine& line, Declaration& declaration) {
@@ -54,13 +55,14 @@ const char* ChangedCode(const VcdLine& line) {
   }
 }
 
-const char* TakeBodyLine(const VcdLine& line, LineKind kind, Mem& stampSplitter) {
+const char* TakeBodyLine(const VcdLine& line, LineKind kind, Splitter& stampSplitter,
+                         ReadingState& state) {
   if (kind == LineKind::Word && line.words[0][0] == '#') {
-    TakeStampWord(stampSplitter, line.words[0]);
+    TakeStampWord(stampSplitter, line.words[0], state);
     return nullptr;
   }
   const char* code = ChangedCode(line);  // "$end" is none
-  return recording == 1 ? code : nullptr;
+  return state.recording == 1 ? code : nullptr;
 }
 
 }  // namespace orsa::kesncd

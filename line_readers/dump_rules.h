@@ -5,20 +5,21 @@
 
 #include <string>
 
-#include "kesncd/kesncd.h"
+#include "line_readers/reading_state.h"
 #include "line_readers/vcd_line.h"
+#include "text/splitter.h"
 
 namespace orsa::kesncd {
 
-/// Sets `recording` for a line that switches it; false for every other line.
-bool SwitchRecording(LineKind kind);
+/// Switches the recording for a line that says so; false for every other line.
+bool SwitchRecording(LineKind kind, ReadingState& state);
 
 /// Takes a time stamp into the span: the first one opens it, later ones move its end. A span with
 /// one negative bound is left alone.
-void TakeStamp(double ticks);
+void TakeStamp(double ticks, double& firstTick, double& lastTick);
 
 /// Takes the stamp that a word such as "#1200" holds: the number in its second piece.
-void TakeStampWord(Mem& splitter, const char* word);
+void TakeStampWord(Splitter& splitter, const char* word, ReadingState& state);
 
 /// A "$var" line of six words, or of seven with the range glued to the name.
 struct Declaration {
@@ -37,7 +38,8 @@ const char* ChangedCode(const VcdLine& line);
 
 /// What a line after the definitions does: a lone "#..." word moves the span, "$end" nothing, and
 /// any other line is a value change, whose code is returned while recording is on (null: none).
-const char* TakeBodyLine(const VcdLine& line, LineKind kind, Mem& stampSplitter);
+const char* TakeBodyLine(const VcdLine& line, LineKind kind, Splitter& stampSplitter,
+                         ReadingState& state);
 
 }  // namespace orsa::kesncd
 

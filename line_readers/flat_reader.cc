@@ -1,9 +1,11 @@
+// The states of the flat readers and what each makes of a line.
 #include "line_readers/flat_reader.h"
 
 #include <cstring>
 
 #include "line_readers/dump_rules.h"
 #include "line_readers/timescale.h"
+#include "text/words.h"
 
 namespace orsa::kesncd {
 
@@ -16,36 +18,25 @@ bool IsModuleScope(const VcdLine& line, LineKind kind) {
 }  // namespace
 
 FlatRules UnfilteredRules() {
-  return {.lineBytes = 1024,
-          .selection = nullptr,
-          .countsEarlierSignals = true,
-          .splitters = Splitters::Separate};
+  return {.lineBytes = 1024, .selection = nullptr, .splitters = Splitters::Separate};
 }
 
 FlatRules FilteredRules(const std::set<std::string>& selection) {
-  return {.lineBytes = 4096,
-          .selection = &selection,
-          .countsEarlierSignals = false,
-          .splitters = Splitters::Shared};
+  return {.lineBytes = 4096, .selection = &selection, .splitters = Splitters::Shared};
 }
 
-FlatReader::FlatReader(std::FILE* dump, const FlatRules& rules)
-    : rules_(rules), lines_(dump, rules.lineBytes, rules.splitters) {
-  if (rules_.selection != nullptr) {
-    for (const std::string& name : *rules_.selection) {
-      flatSelection_.insert(VmodHier::GetNameFlat(name));
-    }
-  }
-  if (rules_.countsEarlierSignals) lines_.counts().AddSymbols(topMod);
+FlatReader::FlatReader(std::FILE* dump, const FlatRules& rules, const FlatTarget& target,
+                       DeclarationSink& sink, CodeCounts& counts, ReadingState& state,
+                       const ReadingOptions& options)
+    : rules_(rules),
+      target_(target),
+      sink_(sink),
+      lines_(dump, rules.lineBytes, rules.splitters, counts, state, options) {
+  if (rules_.selection == nullptr) return;
+  for (const std::string& name : *rules_.selection) flatSelection_.insert(SlashesFlattened(name));
 }
 
 bool FlatReader::Read() {
-  const bool complete = ReadLines();
-  lines_.counts().WriteTo(topMod);
-  return complete;
-}
-
-bool FlatReader::ReadLines() {
   VcdLine line{};
   while (lines_.Next(state_ == State::Body, line)) {
     if (!TakeLine(line)) return false;
@@ -60,7 +51,7 @@ bool FlatReader::TakeLine(const VcdLine& line) {
     state_ = State::Timescale;
     return true;
   }
-  if (SwitchRecording(kind)) return true;
+  if (SwitchRecording(kind, lines_.state())) return true;
   switch (state_) {
     case State::Searching:
       return TakeHeaderLine(line, kind);
@@ -78,33 +69,37 @@ bool FlatReader::TakeLine(const VcdLine& line) {
 bool FlatReader::TakeHeaderLine(const VcdLine& line, LineKind kind) {
   if (kind == LineKind::EndDefinitions) {
     state_ = State::Body;
-    return !topMod.GetName().empty();
+    sink_.EndDefinitions();
+    return target_.isNamed;
   }
-  if (IsModuleScope(line, kind) && topModName != nullptr && line.Is(2, topModName)) {
-    topMod.SetName(topModName);
-    isTopModNameEverMatched = 1;
+  if (IsModuleScope(line, kind) && target_.topModule != nullptr && line.Is(2, target_.topModule)) {
+    sink_.OpenScope(target_.topModule);
+    target_.isNamed = true;
+    lines_.state().topMatched = 1;
     state_ = State::TopModule;
   }
   return true;
 }
 
 bool FlatReader::TakeTimescaleLine(const VcdLine& line) {
-  timeScale = ReadTimescale(line.words, line.count);
+  double& nsPerTick = lines_.state().nsPerTick;
+  nsPerTick = ReadTimescale(line.words, line.count, nsPerTick);
   state_ = State::Searching;
-  return timeScale != -1.0;
+  return nsPerTick != -1.0;
 }
 
 bool FlatReader::TakeTopModuleLine(const VcdLine& line, LineKind kind) {
   // A nested module ends the collection just as the scope's own end does: what the top module
-  // declares behind its first sub-module is not taken.
+  // declares after its first sub-module is not taken.
   if (kind == LineKind::Upscope || IsModuleScope(line, kind)) {
     state_ = State::Searching;
-    return topMod.GetSignalSize() > 0;
+    sink_.CloseScope();
+    return target_.hasSignals;
   }
   Declaration declaration;
   if (ReadDeclaration(line, declaration) && Selects(declaration.name)) {
-    topMod.AddSignal(declaration.name, declaration.type, declaration.code, declaration.width);
-    lines_.counts().Add(declaration.code);
+    sink_.Declare(declaration);
+    target_.hasSignals = true;
   }
   return true;
 }

@@ -1,5 +1,5 @@
-// The flat readers: one machine that collects the variables declared directly in the top module
-// into `topMod` and counts their changes, under two sets of rules.
+// The flat readers: one machine that collects the variables declared directly in the top module and
+// counts their changes, under two sets of rules.
 #ifndef KESNCD_LINE_READERS_FLAT_READER_H_
 #define KESNCD_LINE_READERS_FLAT_READER_H_
 
@@ -8,7 +8,7 @@
 #include <set>
 #include <string>
 
-#include "kesncd/kesncd.h"
+#include "line_readers/declaration_sink.h"
 #include "line_readers/dump_lines.h"
 #include "line_readers/vcd_line.h"
 
@@ -18,7 +18,6 @@ namespace orsa::kesncd {
 struct FlatRules {
   std::size_t lineBytes;                   // longer lines arrive in pieces
   const std::set<std::string>* selection;  // names to take; null takes every variable
-  bool countsEarlierSignals;               // codes that topMod held before the reading count too
   Splitters splitters;                     // of words and of stamps
 };
 
@@ -27,9 +26,20 @@ FlatRules UnfilteredRules();
 /// The selected variables, and every one with a bit index or a range.
 FlatRules FilteredRules(const std::set<std::string>& selection);
 
+/// The module that a flat reading fills, as it is before the reading.
+struct FlatTarget {
+  const char* topModule;  // the scope to look for; null matches none
+  bool isNamed;           // a scope was matched before
+  bool hasSignals;
+};
+
+/// Construct it for one dump, then Read once.
 class FlatReader {
  public:
-  FlatReader(std::FILE* dump, const FlatRules& rules);
+  /// The sink's scope is the top module, its variables are those that the rules select.
+  FlatReader(std::FILE* dump, const FlatRules& rules, const FlatTarget& target,
+             DeclarationSink& sink, CodeCounts& counts, ReadingState& state,
+             const ReadingOptions& options);
 
   /// Reads to the end of the dump. False when it gives up before: a time scale that is not
   /// understood, a top module without a variable before its first sub-module, definitions that end
@@ -39,7 +49,6 @@ class FlatReader {
  private:
   enum class State { Searching, Timescale, TopModule, Body };
 
-  bool ReadLines();
   bool TakeLine(const VcdLine& line);
   bool TakeHeaderLine(const VcdLine& line, LineKind kind);
   bool TakeTimescaleLine(const VcdLine& line);
@@ -47,6 +56,8 @@ class FlatReader {
   bool Selects(const std::string& name) const;
 
   const FlatRules rules_;
+  FlatTarget target_;
+  DeclarationSink& sink_;
   std::set<std::string> flatSelection_;  // the selection with "/" turned into "_"
   DumpLines lines_;
   State state_ = State::Searching;

@@ -1,8 +1,9 @@
+// The scan for the innermost module of the first run of scopes.
 #include "line_readers/header_probe.h"
 
-#include "kesncd/kesncd.h"
 #include "line_readers/vcd_line.h"
 #include "text/line_source.h"
+#include "text/splitter.h"
 
 namespace orsa::kesncd {
 
@@ -14,11 +15,11 @@ constexpr std::size_t kLineBytes = 1024;
 
 std::string ProbeTopModule(std::FILE* dump) {
   LineSource lines(dump, kLineBytes);
-  Mem splitter;
+  Splitter splitter;
   std::string candidate;
   for (const char* text = lines.Next(); text != nullptr; text = lines.Next()) {
     VcdLine line{};
-    line.words = splitter.GetArrayOfTokens(text, kVcdBlanks, &line.count);
+    line.words = splitter.CutWords(text, kVcdBlanks, &line.count);
     // Short lines ("$upscope $end", stamps, comments) never end the run of scopes.
     if (line.count < 4) continue;
     if (line.Is(0, "$scope") && line.Is(1, "module")) {

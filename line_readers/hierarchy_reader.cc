@@ -1,9 +1,6 @@
+// The states of the hierarchical reader and what each makes of a line.
 #include "line_readers/hierarchy_reader.h"
 
-#include <memory>
-#include <utility>
-
-#include "line_readers/dump_rules.h"
 #include "line_readers/timescale.h"
 
 namespace orsa::kesncd {
@@ -21,17 +18,11 @@ bool OpensNode(const VcdLine& line, LineKind kind) {
 
 }  // namespace
 
-HierarchyReader::HierarchyReader(std::FILE* dump, KesNCD& analyser)
-    : analyser_(analyser), lines_(dump, kLineBytes, Splitters::Separate) {}
+HierarchyReader::HierarchyReader(std::FILE* dump, DeclarationSink& sink, CodeCounts& counts,
+                                 ReadingState& state, const ReadingOptions& options)
+    : sink_(sink), lines_(dump, kLineBytes, Splitters::Separate, counts, state, options) {}
 
 bool HierarchyReader::Read() {
-  const bool complete = ReadLines();
-  IndexDeclarations();
-  declarations_.AddCounts(lines_.counts());
-  return complete;
-}
-
-bool HierarchyReader::ReadLines() {
   VcdLine line{};
   while (lines_.Next(state_ == State::Body, line)) {
     if (!TakeLine(line)) return false;
@@ -46,18 +37,20 @@ bool HierarchyReader::TakeLine(const VcdLine& line) {
     state_ = State::Timescale;
     return true;
   }
-  if (SwitchRecording(kind)) return true;
-  if (OpensNode(line, kind)) {  // in every state, also after the definitions
-    OpenScope(line.words[2]);
+  if (SwitchRecording(kind, lines_.state())) return true;
+  if (OpensNode(line, kind)) {
+    // In every state: such a line after the definitions leads back into them, and one right after
+    // "$timescale" leaves the time scale unread.
+    sink_.OpenScope(line.words[2]);
+    lines_.state().topMatched = 1;
+    state_ = State::Definitions;
     return true;
   }
   switch (state_) {
     case State::Idle:
       return true;
     case State::Timescale:
-      timeScale = ReadTimescale(line.words, line.count);
-      state_ = State::Idle;
-      return timeScale != -1.0;
+      return TakeTimescaleLine(line);
     case State::Definitions:
       TakeDefinitionLine(line, kind);
       return true;
@@ -68,55 +61,23 @@ bool HierarchyReader::TakeLine(const VcdLine& line) {
   return true;
 }
 
+bool HierarchyReader::TakeTimescaleLine(const VcdLine& line) {
+  double& nsPerTick = lines_.state().nsPerTick;
+  nsPerTick = ReadTimescale(line.words, line.count, nsPerTick);
+  state_ = State::Idle;
+  return nsPerTick != -1.0;
+}
+
 void HierarchyReader::TakeDefinitionLine(const VcdLine& line, LineKind kind) {
   if (kind == LineKind::Upscope) {
-    if (current_ != nullptr) current_ = current_->parent;
+    sink_.CloseScope();
   } else if (kind == LineKind::EndDefinitions) {
     state_ = State::Body;
-    counting_ = true;
-    IndexDeclarations();
+    sink_.EndDefinitions();
   } else {
-    Declare(line);
+    Declaration declaration;
+    if (ReadDeclaration(line, declaration)) sink_.Declare(declaration);
   }
-}
-
-void HierarchyReader::OpenScope(const char* name) {
-  auto node = std::make_unique<VmodHier>(name);
-  node->parent = current_;
-  if (analyser_.hierRoot == nullptr) {
-    analyser_.hierRoot = node.get();
-  } else if (current_ != nullptr) {
-    current_->AddSubMod(node.get());
-  } else {
-    // A further top-level scope: its signals count, but nothing leads to it from the root.
-    analyser_.unlinkedScopes_.push_back(node.get());
-  }
-  current_ = node.release();
-  state_ = State::Definitions;
-  isTopModNameEverMatched = 1;
-}
-
-void HierarchyReader::Declare(const VcdLine& line) {
-  Declaration declaration;
-  if (current_ == nullptr || !ReadDeclaration(line, declaration)) return;
-  WriteCounts(declaration.code);
-  VmodSignal& signal = current_->Declare(std::move(declaration.name), std::move(declaration.type),
-                                         std::move(declaration.code), declaration.width);
-  declarations_.Append(current_, signal);
-}
-
-/// Brings the code index up to the declarations so far, before changes are read.
-void HierarchyReader::IndexDeclarations() {
-  declarations_.Index(analyser_.codeIndex, lines_.counts());
-}
-
-/// Gives a code's changes so far to the scopes that declared it: they are not those of a scope that
-/// declares it now.
-void HierarchyReader::WriteCounts(const std::string& code) {
-  if (!counting_) return;
-  const std::uint32_t changes = lines_.counts().Take(code);
-  if (changes == 0) return;
-  for (VmodHier* scope : analyser_.codeIndex[code]) scope->AddChanges(code, changes);
 }
 
 }  // namespace orsa::kesncd

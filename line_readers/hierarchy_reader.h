@@ -1,22 +1,20 @@
-// The hierarchical reader: scopes become the module tree, declarations their signals, and every
-// change counts in each scope that declared its code.
+// The hierarchical reader: every scope of a dump with its declarations, and every change counted.
 #ifndef KESNCD_LINE_READERS_HIERARCHY_READER_H_
 #define KESNCD_LINE_READERS_HIERARCHY_READER_H_
 
 #include <cstdio>
-#include <string>
 
-#include "kesncd/kesncd.h"
-#include "line_readers/code_index.h"
+#include "line_readers/declaration_sink.h"
 #include "line_readers/dump_lines.h"
 #include "line_readers/vcd_line.h"
 
 namespace orsa::kesncd {
 
+/// Construct it for one dump, then Read once.
 class HierarchyReader {
  public:
-  /// Fills the tree and the code index of `analyser`.
-  HierarchyReader(std::FILE* dump, KesNCD& analyser);
+  HierarchyReader(std::FILE* dump, DeclarationSink& sink, CodeCounts& counts, ReadingState& state,
+                  const ReadingOptions& options);
 
   /// Reads to the end of the dump; false when it stops at a time scale that is not understood or
   /// at a read error.
@@ -25,20 +23,13 @@ class HierarchyReader {
  private:
   enum class State { Idle, Timescale, Definitions, Body };
 
-  bool ReadLines();
   bool TakeLine(const VcdLine& line);
+  bool TakeTimescaleLine(const VcdLine& line);
   void TakeDefinitionLine(const VcdLine& line, LineKind kind);
-  void OpenScope(const char* name);
-  void Declare(const VcdLine& line);
-  void IndexDeclarations();
-  void WriteCounts(const std::string& code);
 
-  KesNCD& analyser_;
-  DumpLines lines_;  // counts the codes that this reading brought into the index
-  DeclarationList declarations_;
-  VmodHier* current_ = nullptr;
+  DeclarationSink& sink_;
+  DumpLines lines_;
   State state_ = State::Idle;
-  bool counting_ = false;  // the definitions have ended once
 };
 
 }  // namespace orsa::kesncd

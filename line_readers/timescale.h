@@ -1,18 +1,13 @@
-// Time scales: the length of a dump's tick in nanoseconds.
+// Time scales as the strict readers take them: from the line after a lone "$timescale".
 #ifndef KESNCD_LINE_READERS_TIMESCALE_H_
 #define KESNCD_LINE_READERS_TIMESCALE_H_
 
 namespace orsa::kesncd {
 
-/// How unit texts are compared. The line readers take "ns" only; the grammar reader takes "NS" too.
-enum class UnitCase { Exact, Ignored };
-
-/// Nanoseconds in one `unit` ("s" to "fs"); 0.0 for any other text.
-double NanosecondsPer(const char* unit, UnitCase unitCase);
-
-/// Converts the words of a time-scale line ("10ps", or "10" and "ps") into `timeScale`, which it
-/// also returns; -1.0 when they are not understood.
-double ReadTimescale(char** tokens, int count);
+/// Converts the words of a time-scale line ("10ps", or "10" and "ps") into nanoseconds a tick,
+/// which it stores and returns; -1.0 when they are not understood. A number that does not scan
+/// leaves the earlier time scale in place, to be multiplied again.
+double ReadTimescale(char** words, int count, double& nsPerTick);
 
 }  // namespace orsa::kesncd
 

@@ -1,3 +1,4 @@
+// Telling the kinds of lines apart.
 #include "line_readers/vcd_line.h"
 
 #include <cstring>

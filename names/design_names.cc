@@ -1,3 +1,4 @@
+// Rewriting a declared name; the range is kept as its bounds, however many bits it has.
 #include "names/design_names.h"
 
 #include <algorithm>
@@ -18,7 +19,7 @@ DesignNames RewriteName(const std::string& declared) {
   names.base[bracket] = '_';
   const std::size_t colon = names.base.find(':');
   if (colon == std::string::npos) return names;
-  // A ':' in front of the bracket leaves the first bound open to the end of the name.
+  // A ':' before the bracket leaves the first bound open to the end of the name.
   const std::size_t firstLength = colon > bracket ? colon - bracket - 1 : std::string::npos;
   const int first = ScanInt(names.base.substr(bracket + 1, firstLength).c_str());
   const int second = ScanInt(names.base.substr(colon + 1).c_str());

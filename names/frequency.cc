@@ -1,20 +1,15 @@
+// The formula, in the order of steps that its results to the last bit depend on.
 #include "names/frequency.h"
-
-#include "kesncd/kesncd.h"
 
 namespace orsa::kesncd {
 
-double ToggleFrequency(int changes, double spanTicks) {
+double ToggleFrequency(int changes, double spanTicks, double nsPerTick) {
   if (changes == 0) return 0.0;
   const double cycles = (changes - 1) * 0.5;
   if (cycles == 0.0) return 0.0;
-  const double periodNs = spanTicks * timeScale / cycles;
+  const double periodNs = spanTicks * nsPerTick / cycles;
   if (periodNs == 0.0) return 0.0;
-  return 1000.0 / periodNs;  // a negative span shows as a negative frequency
-}
-
-void ClearDebugLatch() {
-  if (onlyOnce == 1 && debug == 1) onlyOnce = 0;
+  return 1000.0 / periodNs;
 }
 
 }  // namespace orsa::kesncd

@@ -1,32 +1,25 @@
+// Entering names by all that can be asked for them, and looking them up.
 #include "names/name_index.h"
 
 #include <algorithm>
 #include <bit>
 #include <cctype>
-#include <functional>
 #include <set>
 
-#include "kesncd/model/tree_walk.h"
-#include "names/frequency.h"
+#include "text/words.h"
 
 namespace orsa::kesncd {
 
-NameIndex::NameIndex(const VmodHier& root, bool exact, const std::vector<std::string_view>& asked)
-    : root_(root), exact_(exact), texts_(&memory_), ranges_(&memory_) {
+NameIndex::NameIndex(const std::vector<std::string_view>& signals, std::size_t ofRoot, bool exact,
+                     const std::vector<std::string_view>& asked)
+    : exact_(exact), ofRoot_(ofRoot), texts_(&memory_), ranges_(&memory_) {
   for (std::size_t c = 0; c < folds_.size(); ++c) {
     folds_[c] = static_cast<char>(exact ? static_cast<int>(c) : std::tolower(static_cast<int>(c)));
   }
   constexpr std::size_t kBitsOfName = 128;  // for about eight keys: few that are no key look so
   expected_.resize(std::bit_ceil(kBitsOfName * (asked.size() + 1)));
   for (const std::string_view signal : asked) ExpectKeysOf(signal);
-  WalkTree(root, [this](const VmodHier& scope) {
-    // Whether the root takes part depends on what is asked; a scope below it must match itself.
-    if (&scope != &root_ && !VmodHier::IsNameEqual(scope.name, scope.name, exact_)) return false;
-    for (const auto& [code, signal] : scope.signals) signals_.push_back(&signal);
-    if (&scope == &root_) ofRoot_ = signals_.size();
-    return false;
-  });
-  for (Place place = 0; place < signals_.size(); ++place) Enter(place);
+  for (Place place = 0; place < signals.size(); ++place) Enter(signals[place], place);
   for (const auto& [base, ranges] : ranges_) segments_.emplace(base, Segments(ranges));
 }
 
@@ -36,13 +29,13 @@ NameIndex::Keys NameIndex::KeysOf(std::string_view signal) const {
   Keys keys;
   keys.forms[0] = Folded(seen);
   keys.count = seen.find('/') == std::string_view::npos ? 1 : 2;
-  if (keys.count == 2) keys.forms[1] = VmodHier::GetNameFlat(keys.forms[0]);
-  keys.hasLetter = seen.size() == signal.size();  // behind a NUL the letter is out of sight
+  if (keys.count == 2) keys.forms[1] = SlashesFlattened(keys.forms[0]);
+  keys.hasLetter = seen.size() == signal.size();  // after a NUL the letter is out of sight
   return keys;
 }
 
 std::size_t NameIndex::BitOf(std::string_view text) const {
-  return std::hash<std::string_view>{}(text) & (expected_.size() - 1);
+  return SecretHash(text) & (expected_.size() - 1);
 }
 
 void NameIndex::ExpectKeysOf(std::string_view signal) {
@@ -63,8 +56,8 @@ bool NameIndex::IsExpected(std::string_view text) const {
   return expected_[BitOf(text)];
 }
 
-void NameIndex::Enter(Place place) {
-  const DumpName name = ParseDumpName(signals_[place]->name);
+void NameIndex::Enter(std::string_view signal, Place place) {
+  const DumpName name = ParseDumpName(signal);
   switch (name.kind) {
     case DumpName::Kind::Nothing:
       break;
@@ -166,19 +159,15 @@ NameIndex::First NameIndex::FindBit(const std::string& design) const {
   return above == found->second.begin() ? First() : std::prev(above)->first;
 }
 
-bool NameIndex::Find(const std::string& module, const std::string& signal, double& freq) const {
+NameIndex::Place NameIndex::Find(const std::string& design, bool withRoot) const {
   First first;
-  Keys keys = KeysOf(signal);
+  Keys keys = KeysOf(design);
   for (std::string& form : keys) {
     first.Take(FindText(form));
     first.Take(FindBit(form));
     if (keys.hasLetter) first.Take(FindText(form += folds_[kExtraLetter]));
   }
-  const bool withRoot = VmodHier::IsNameEqual(root_.name, module, exact_);
-  const Place place = withRoot ? first.ofAll : first.below;
-  if (place == kNowhere) return false;
-  freq = ToggleFrequency(signals_[place]->changes, endCycle - startCycle);
-  return true;
+  return withRoot ? first.ofAll : first.below;
 }
 
 }  // namespace orsa::kesncd

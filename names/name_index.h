@@ -1,8 +1,8 @@
-// An index of a tree's signals by the design names that they match.
+// An index of signals by the design names that they match.
 //
-// It answers what VmodHier::FindSignalFreqHier answers, in constant time, for the length of one
-// export. It is built for the names that will be asked, so that the many signals of the tree that
-// none of them can mean cost a look each and no memory. The tree must stay as it is meanwhile.
+// It finds the first of many signals that a design name means, in constant time. It is built for
+// the names that will be asked, so that the many signals that none of them can mean cost a look
+// each and no memory.
 #ifndef KESNCD_NAMES_NAME_INDEX_H_
 #define KESNCD_NAMES_NAME_INDEX_H_
 
@@ -14,25 +14,28 @@
 #include <unordered_map>
 #include <vector>
 
-#include "kesncd/kesncd.h"
 #include "names/name_match.h"
+#include "text/secret_hash.h"
 
 namespace orsa::kesncd {
 
 class NameIndex {
  public:
-  /// An index of the tree below `root` for the signals named `asked`.
-  NameIndex(const VmodHier& root, bool exact, const std::vector<std::string_view>& asked);
-
-  /// The same as root.FindSignalFreqHier(module, signal, freq, exact), for a signal that was given
-  /// to the constructor.
-  bool Find(const std::string& module, const std::string& signal, double& freq) const;
-
- private:
-  // A signal's place in the order in which a search meets them: the root's own come first.
+  /// A signal's place in the list.
   using Place = std::uint32_t;
   static constexpr Place kNowhere = UINT32_MAX;
 
+  /// An index of `signals`, the dump's names in the order in which a search meets them, for the
+  /// design names `asked`. The first `ofRoot` of the signals stand in the scope where a search
+  /// starts, which does not always take part. Neither list is kept.
+  NameIndex(const std::vector<std::string_view>& signals, std::size_t ofRoot, bool exact,
+            const std::vector<std::string_view>& asked);
+
+  /// The first signal that an asked design name means, without those of the root unless they take
+  /// part; kNowhere when there is none.
+  Place Find(const std::string& design, bool withRoot) const;
+
+ private:
   /// The first of the signals that match, among all and among those below the root.
   struct First {
     Place ofAll = kNowhere;
@@ -64,7 +67,7 @@ class NameIndex {
   void ExpectKeysOf(std::string_view signal);
   void Expect(std::string_view text);
   bool IsExpected(std::string_view text) const;
-  void Enter(Place place);
+  void Enter(std::string_view name, Place place);
   void EnterText(std::string_view text, Place place);
   std::vector<Segment> Segments(const std::pmr::vector<Range>& ranges) const;
   std::string Folded(std::string_view text) const;
@@ -74,16 +77,14 @@ class NameIndex {
   First FindBit(const std::string& design) const;
   std::size_t BitOf(std::string_view text) const;
 
-  const VmodHier& root_;
   const bool exact_;
+  const std::size_t ofRoot_;
   std::pmr::monotonic_buffer_resource memory_;
-  std::array<char, 256> folds_{};           // characters as they are compared
-  std::vector<bool> expected_;              // by hash: texts that an asked name may be looked up by
-  std::vector<const VmodSignal*> signals_;  // by place
-  std::size_t ofRoot_ = 0;
-  std::pmr::unordered_map<std::string_view, First> texts_;
-  std::pmr::unordered_map<std::string_view, std::pmr::vector<Range>> ranges_;
-  std::unordered_map<std::string_view, std::vector<Segment>> segments_;
+  std::array<char, 256> folds_{};  // characters as they are compared
+  std::vector<bool> expected_;     // by hash: texts that an asked name may be looked up by
+  std::pmr::unordered_map<std::string_view, First, SecretTextHash> texts_;
+  std::pmr::unordered_map<std::string_view, std::pmr::vector<Range>, SecretTextHash> ranges_;
+  std::unordered_map<std::string_view, std::vector<Segment>, SecretTextHash> segments_;
 };
 
 }  // namespace orsa::kesncd

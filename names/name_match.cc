@@ -1,6 +1,6 @@
 // Whether a name of the dump means an object of the design.
 //
-// A range stands for all its indices, and a damaged one such as [2147483647:0] for very many, so
+// A range stands for all its indices, and a corrupt one such as [2147483647:0] for very many, so
 // the indices are never walked: the index that the design name holds is read and looked for in
 // the range.
 #include "names/name_match.h"
@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cctype>
 #include <limits>
-
-#include "kesncd/kesncd.h"
 
 namespace orsa::kesncd {
 
@@ -39,11 +37,11 @@ class Comparison {
   bool exact_;
 };
 
-/// `name` is the design name as it stands or flattened, either of them with an "I" behind it.
+/// `name` is the design name as it stands or flattened, either of them with an "I" after it.
 bool IsPlainMatch(std::string_view name, std::string_view design, const Comparison& compare) {
   name = compare.Seen(name);
   const std::string_view seen = compare.Seen(design);
-  // Behind a NUL the "I" is out of sight.
+  // After a NUL the "I" is out of sight.
   if (seen.size() == design.size() && name.size() == seen.size() + 1) {
     if (!compare.Same(name.back(), kExtraLetter)) return false;
     name.remove_suffix(1);
@@ -103,7 +101,7 @@ std::string_view SeenPart(std::string_view name, bool exact) {
 DumpName ParseDumpName(std::string_view name) {
   using Kind = DumpName::Kind;
   if (name.find(':') == kNone) return {Kind::Plain, name};
-  // A range is never compared whole: what stands behind its last ']' is dropped.
+  // A range is never compared whole: what stands after its last ']' is dropped.
   name = name.substr(0, name.rfind(']'));
   const std::size_t bracket = name.rfind('[');
   if (bracket == kNone) return {Kind::Nothing, {}};
@@ -140,9 +138,9 @@ std::optional<IndexedName> SplitIndex(std::string_view design, Slashes slashes) 
   return IndexedName{text.substr(0, open), *index};
 }
 
-bool VmodHier::IsNameEqual(const std::string& vcdName, const std::string& designName, bool exact) {
+bool NamesMatch(std::string_view dumpName, std::string_view designName, bool exact) {
   const Comparison compare(exact);
-  const DumpName name = ParseDumpName(vcdName);
+  const DumpName name = ParseDumpName(dumpName);
   switch (name.kind) {
     case DumpName::Kind::Nothing:
       return false;

@@ -1,5 +1,6 @@
-// The parts of name matching: what a name of the dump stands for, and what a name of the design may
-// mean. VmodHier::IsNameEqual puts them together for one pair, NameIndex for whole trees.
+// Name matching: whether a name of the dump and a name of the design mean the same object.
+// NamesMatch answers it for one pair, NameIndex for many names at once; both are made of the parts
+// below it: what a name of the dump stands for, and what a name of the design may mean.
 #ifndef KESNCD_NAMES_NAME_MATCH_H_
 #define KESNCD_NAMES_NAME_MATCH_H_
 
@@ -10,12 +11,16 @@
 
 namespace orsa::kesncd {
 
+/// Whether the two names mean the same object; see VmodHier::IsNameEqual. "exact" false ignores
+/// letter case.
+bool NamesMatch(std::string_view dumpName, std::string_view designName, bool exact);
+
 /// What a name of the dump stands for.
 struct DumpName {
   enum class Kind {
     Nothing,  // a ':' where no range is: matches no name
     Plain,    // `text`, which may end in a bit index
-    Range,    // `text` with each index from `low` to `high` in brackets behind it
+    Range,    // `text` with each index from `low` to `high` in brackets after it
   };
 
   Kind kind;
@@ -46,7 +51,7 @@ std::optional<IndexedName> SplitIndex(std::string_view design, Slashes slashes);
 /// is ignored.
 std::string_view SeenPart(std::string_view name, bool exact);
 
-/// The capital letter that a dump's name may have behind a design's.
+/// The capital letter that a dump's name may have after a design's.
 inline constexpr char kExtraLetter = 'I';
 
 }  // namespace orsa::kesncd

@@ -1,3 +1,4 @@
+// Lines from the stream's own buffer or from blocks.
 #include "text/line_source.h"
 
 #include <algorithm>
@@ -7,19 +8,8 @@
 
 namespace orsa::kesncd {
 
-namespace {
-
-#ifdef KESNCD_SMALL_BLOCKS
-constexpr std::size_t kBlockBytes = 4200;  // short dumps meet the ends of blocks
-#else
-// Much larger than any line, small enough to stay in the processor's second cache.
-constexpr std::size_t kBlockBytes = std::size_t{128} * 1024;
-#endif
-
-}  // namespace
-
-LineSource::LineSource(std::FILE* stream, std::size_t bufferBytes)
-    : stream_(stream), line_(bufferBytes) {}
+LineSource::LineSource(std::FILE* stream, std::size_t bufferBytes, std::size_t blockBytes)
+    : stream_(stream), blockBytes_(blockBytes), line_(bufferBytes) {}
 
 LineSource::~LineSource() {
   const auto ahead = static_cast<long>(held_ - taken_);
@@ -28,7 +18,7 @@ LineSource::~LineSource() {
 }
 
 void LineSource::ReadBlocks() {
-  if (block_.empty()) block_.resize(kBlockBytes + kPadding);
+  if (block_.empty()) block_.resize(blockBytes_ + kPadding);
 }
 
 const char* LineSource::Next() {
@@ -45,7 +35,10 @@ const char* LineSource::NextOfStream() {
     const std::string_view ahead = ReadAhead(stream_).substr(0, longest - length);
     if (ahead.empty()) {
       const int c = ReadCharacter(stream_);
-      if (c == EOF) break;
+      if (c == EOF) {
+        failed_ = HasFailed(stream_);
+        break;
+      }
       line_[length++] = static_cast<char>(c);
       continue;
     }
@@ -77,16 +70,20 @@ const char* LineSource::NextOfBlock() {
   return line_.data();
 }
 
-/// Moves what is left of the block to its front and reads on behind it; false at the end.
+/// Moves what is left of the block to its front and reads on after it; false at the end.
 bool LineSource::Refill() {
   std::copy(block_.begin() + static_cast<std::ptrdiff_t>(taken_),
             block_.begin() + static_cast<std::ptrdiff_t>(held_), block_.begin());
   held_ -= taken_;
   taken_ = 0;
+  const std::size_t wanted = blockBytes_ - held_;
   std::size_t got = 0;
+  bool interrupted = false;
   do {
-    got = std::fread(block_.data() + held_, 1, kBlockBytes - held_, stream_);
-  } while (WasInterrupted(stream_) && got == 0);
+    got = std::fread(block_.data() + held_, 1, wanted, stream_);
+    interrupted = got < wanted && WasInterrupted(stream_);
+  } while (interrupted && got == 0);
+  if (got < wanted && !interrupted && HasFailed(stream_)) failed_ = true;
   held_ += got;
   return got > 0;
 }

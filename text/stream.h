@@ -9,13 +9,21 @@
 
 namespace orsa::kesncd {
 
-/// Whether a read ended because a signal came; if so, the stream is good to read on. A host's
-/// signal handlers may interrupt a read from a pipe or a network file. The C library reports that
-/// as an error, although nothing is lost.
+// A stream may come with its error flag set: reading goes on all the same, as with fgets. So what a
+// read that came back short means is asked of the end-of-file flag, which an error leaves alone.
+
+/// Whether a read that came back short was interrupted by a signal; if so, the stream is good to
+/// read on. A host's signal handlers may interrupt a read from a pipe or a network file. The C
+/// library reports that as an error, although nothing is lost.
 inline bool WasInterrupted(std::FILE* stream) {
-  if (std::ferror(stream) == 0 || errno != EINTR) return false;
+  if (std::feof(stream) != 0 || std::ferror(stream) == 0 || errno != EINTR) return false;
   std::clearerr(stream);
   return true;
+}
+
+/// Whether a read that came back short, and was not interrupted, failed.
+inline bool HasFailed(std::FILE* stream) {
+  return std::feof(stream) == 0;
 }
 
 /// The next character; EOF at the end of the stream or on a read error.

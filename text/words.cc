@@ -1,3 +1,4 @@
+// Cutting views into words, and the flat form of a path.
 #include "text/words.h"
 
 #include <algorithm>
@@ -9,6 +10,12 @@ std::string_view TakeWord(std::string_view& text, std::string_view delims) {
   const std::string_view word = text.substr(0, text.find_first_of(delims));
   text.remove_prefix(word.size());
   return word;
+}
+
+std::string SlashesFlattened(std::string_view text) {
+  std::string flat(text);
+  std::replace(flat.begin(), flat.end(), '/', '_');
+  return flat;
 }
 
 }  // namespace orsa::kesncd

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace orsa::kesncd {
@@ -19,6 +20,9 @@ std::array<std::string_view, Most> FirstWords(std::string_view text, std::string
   for (std::string_view& word : words) word = TakeWord(text, delims);
   return words;
 }
+
+/// A copy of `text` with each "/" turned into "_": how flat names write a path.
+std::string SlashesFlattened(std::string_view text);
 
 }  // namespace orsa::kesncd
 

@@ -1,45 +1,98 @@
+// Adding codes, and finding the cells of those that are not short.
 #include "vcd/code_table.h"
 
+#include <algorithm>
 #include <array>
 #include <new>
-#include <random>
 #include <utility>
 
 namespace orsa::kesncd {
 
-CodeTable::CodeTable()
-    : direct_(static_cast<std::uint32_t*>(std::calloc(kDirectCodes, sizeof(std::uint32_t)))),
-      salt_(std::uint64_t{std::random_device{}()} << 32 | std::random_device{}()),
-      slots_(kFirstSlots) {
-  if (direct_ == nullptr) throw std::bad_alloc();
+CodeCells::CodeCells(std::size_t longestDirect)
+    : longestDirect_(longestDirect), salt_(ProcessKey().low), packed_(64) {
+  ReservePlaces(std::max<std::size_t>(longestDirect, 2) - 1);
+}
+
+/// Makes places for codes of up to `longest` characters, more than there are.
+void CodeCells::ReservePlaces(std::size_t longest) {
+  const std::size_t places = Places(longest);
+  const std::size_t words = places + places / 32;
+  std::unique_ptr<std::uint32_t[], Release> more(
+      static_cast<std::uint32_t*>(std::calloc(words, sizeof(std::uint32_t))));
+  if (more == nullptr) throw std::bad_alloc();
+  std::copy_n(direct_.get(), places_, more.get());
+  std::copy_n(direct_.get() + places_, places_ / 32, more.get() + places);
+  direct_ = std::move(more);
+  places_ = places;
+}
+
+std::uint64_t CodeCells::Pack(std::string_view code) {
+  std::array<char, kReadAhead> bytes{};
+  code.copy(bytes.data(), bytes.size());
+  return Load(bytes.data(), code.size());
+}
+
+std::uint32_t* CodeCells::Find(std::string_view code) {
+  if (code.size() > kLongestPacked) {
+    const auto found = longCodes_.find(code);
+    return found == longCodes_.end() ? nullptr : &found->second;
+  }
+  const std::uint64_t key = Pack(code);
+  if (IsDirect(key)) {
+    if (key >= places_ || (AddedWord(key) & AddedBit(key)) == 0) return nullptr;
+    return &direct_[key];
+  }
+  Slot& slot = packed_[SlotOf(key)];
+  return slot.key != 0 ? &slot.cell : nullptr;
+}
+
+/// Finds the cell of a code that has no place of its own yet or never has one.
+std::uint32_t* CodeCells::LookFurther(const char* code, std::size_t length) {
+  if (length > kLongestPacked) return Find({code, length});
+  Slot& slot = packed_[SlotOf(Load(code, length))];
+  return slot.key != 0 ? &slot.cell : nullptr;
+}
+
+CodeCells::Added CodeCells::Add(std::string_view code) {
+  if (code.size() > kLongestPacked) {
+    // Looked for first: a code that is there needs no text of its own.
+    const auto found = longCodes_.find(code);
+    if (found != longCodes_.end()) return {&found->second, false};
+    return {&longCodes_.emplace(code, 0).first->second, true};
+  }
+  const std::uint64_t key = Pack(code);
+  if (IsDirect(key)) {
+    if (key >= places_) ReservePlaces(longestDirect_);
+    const bool isNew = (AddedWord(key) & AddedBit(key)) == 0;
+    AddedWord(key) |= AddedBit(key);
+    return {&direct_[key], isNew};
+  }
+  if (std::uint32_t* const cell = Find(code); cell != nullptr) return {cell, false};
+  if (2 * (packedCodes_ + 1) > packed_.size()) Grow();
+  ++packedCodes_;
+  Slot& slot = packed_[SlotOf(key)];
+  slot = {key, 0};
+  return {&slot.cell, true};
+}
+
+void CodeCells::Fetch(std::string_view code) const {
+  if (code.size() > kLongestPacked) return;
+  const std::uint64_t key = Pack(code);
+  if (!IsDirect(key)) __builtin_prefetch(&packed_[StartOf(key)]);
+}
+
+void CodeCells::Grow() {
+  std::vector<Slot> old(2 * packed_.size());
+  old.swap(packed_);
+  for (const Slot& slot : old) {
+    if (slot.key != 0) packed_[SlotOf(slot.key)] = slot;
+  }
 }
 
 std::uint32_t CodeTable::Add(std::string_view code) {
-  if (code.size() > kPacked) {
-    const auto [place, isNew] = longCodes_.try_emplace(std::string(code), size_);
-    if (isNew) ++size_;
-    return place->second;
-  }
-  std::array<char, kPacked> bytes{};
-  code.copy(bytes.data(), bytes.size());
-  const std::uint64_t key = Pack(bytes.data(), code.size());
-  if ((key & kNotDirect) != 0) return AddPacked(key);
-  std::uint32_t& place = direct_[DirectIndex(key)];
-  if (place == 0) place = ++size_;
-  return place - 1;
-}
-
-std::uint32_t CodeTable::AddPacked(std::uint64_t key) {
-  Slot& slot = slots_[SlotOf(key)];
-  if (slot.key != 0) return slot.number;
-  slot = {key, size_};
-  if (std::size_t{2} * ++packed_ > slots_.size()) {
-    const std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(2 * slots_.size()));
-    for (const Slot& held : old) {
-      if (held.key != 0) slots_[SlotOf(held.key)] = held;
-    }
-  }
-  return size_++;
+  const auto [cell, isNew] = cells_.Add(code);
+  if (isNew) *cell = ++size_;
+  return *cell - 1;
 }
 
 }  // namespace orsa::kesncd

@@ -1,102 +1,189 @@
-// Identifier codes by number, looked up once for every change of a dump.
+// Identifier codes and what is kept for each: a number, or a count of changes.
 //
-// Simulators number their codes through, and nearly always in up to three printable characters:
-// those index a table directly, so that neighbours in a dump's header are neighbours there. Longer
-// ones of up to eight bytes are looked up as one integer, the rest as strings.
+// A dump names a code on every change, so finding its cell takes constant time and allocates
+// nothing. Simulators number their codes through, and nearly always in up to three printable
+// characters: those index a table directly, so that neighbours in a dump's header are neighbours
+// there. Longer ones of up to eight bytes are looked up as one integer, the rest as texts.
 #ifndef KESNCD_VCD_CODE_TABLE_H_
 #define KESNCD_VCD_CODE_TABLE_H_
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "text/secret_hash.h"
+
 namespace orsa::kesncd {
 
-class CodeTable {
+/// A cell of 32 bits for each code. Codes hold no NUL.
+class CodeCells {
  public:
-  static constexpr std::uint32_t kNone = UINT32_MAX;
+  /// Bytes that are read from the start of a code, however short it is, where a call says so.
+  static constexpr std::size_t kReadAhead = sizeof(std::uint64_t);
+  static constexpr std::size_t kLongestDirect = 3;
 
-  CodeTable();
+  /// Codes of up to `longestDirect` characters, 3 at most, index the table directly; tests ask for
+  /// fewer. Which way a code takes makes no difference to its cell.
+  explicit CodeCells(std::size_t longestDirect = kLongestDirect);
 
-  /// The code's number; a new code gets the next one.
-  std::uint32_t Add(std::string_view code);
-  /// The code's number or kNone. Eight bytes may be read from the code's start, however short it
-  /// is.
-  std::uint32_t Find(std::string_view code) const;
-  std::uint32_t size() const { return size_; }
+  /// A code's cell, and whether the code is new, which its cell is not cleared for.
+  struct Added {
+    std::uint32_t* cell;
+    bool isNew;
+  };
+  Added Add(std::string_view code);
+  /// The cell of a code that was added; null for others.
+  std::uint32_t* Find(std::string_view code);
+  /// The same, but may also give a cell to a code of up to three characters that was not added:
+  /// one that is zero unless the caller changed it. Reads kReadAhead bytes.
+  std::uint32_t* Look(const char* code, std::size_t length);
+  const std::uint32_t* Look(const char* code, std::size_t length) const;
+  /// The same for a code of bytes below 128 only, as the fast scan of a dump's body finds them.
+  std::uint32_t* LookPlain(const char* code, std::size_t length);
+  /// Fetches what Add or Find of a code will look at: in a large header each waits for memory.
+  void Fetch(std::string_view code) const;
+  /// Hands every added code's cell to `take`. Touches no memory that no code uses.
+  template <class Take>
+  void ForEach(Take take);
 
  private:
   struct Slot {
-    std::uint64_t key = 0;  // 0: free
-    std::uint32_t number = kNone;
+    std::uint64_t key = 0;  // 0: free; only the empty code packs to 0, and it is a direct one
+    std::uint32_t cell = 0;
   };
   struct Release {
     void operator()(void* memory) const { std::free(memory); }
   };
-  static constexpr std::size_t kFirstSlots = 1024;
-  static constexpr std::size_t kPacked = sizeof(std::uint64_t);
-  static constexpr std::size_t kAsciiBits = 7;
-  static constexpr std::size_t kDirectCodes = std::size_t{1} << 3 * kAsciiBits;
+  static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
   static constexpr std::uint64_t kNotDirect = 0xFFFFFFFFFF808080U;  // bits of a packed code
 
-  static std::uint64_t Pack(const char* code, std::size_t length);
-  static std::size_t DirectIndex(std::uint64_t key);
-  std::size_t Hash(std::uint64_t key) const;
+  // Places for codes of up to `longest` ASCII characters.
+  static constexpr std::size_t Places(std::size_t longest) {
+    return std::size_t{1} << (8 * longest - 1);
+  }
+  static std::size_t PlaceOf(const char* code, std::size_t length);
+  static std::uint64_t Load(const char* code, std::size_t length);
+  static std::uint64_t Pack(std::string_view code);
+  bool IsDirect(std::uint64_t key) const {
+    return (key & kNotDirect) == 0 && key < Places(longestDirect_);
+  }
+  std::size_t StartOf(std::uint64_t key) const;
   std::size_t SlotOf(std::uint64_t key) const;
-  std::uint32_t AddPacked(std::uint64_t key);
+  std::uint32_t* LookFurther(const char* code, std::size_t length);
+  void ReservePlaces(std::size_t longest);
+  void Grow();
+  /// The word after the cells that says whether the code of a place was added, and its bit.
+  std::uint32_t& AddedWord(std::size_t place) const { return direct_[places_ + place / 32]; }
+  static std::uint32_t AddedBit(std::size_t place) { return std::uint32_t{1} << place % 32; }
 
-  // One more than the code's number; 0 for none. Pages that no code touches take no memory.
+  // A code's bytes are its place as a number, the first one lowest, as simulators number their
+  // codes; gathering the places closer would cost each change more than the gaps between them do.
+  // There are places for the longest of them only once one is added, and then pages that no code
+  // uses take no memory.
   std::unique_ptr<std::uint32_t[], Release> direct_;
-  std::uint64_t salt_;       // nobody who writes a dump knows where its codes fall
-  std::vector<Slot> slots_;  // open addressing, a power of two, at most half full
-  std::unordered_map<std::string, std::uint32_t> longCodes_;
-  std::uint32_t packed_ = 0;
+  std::size_t places_ = 0;
+  std::size_t longestDirect_;
+  std::uint64_t salt_;        // nobody who writes a dump knows where its codes fall
+  std::vector<Slot> packed_;  // open addressing, a power of two, at most half full
+  std::size_t packedCodes_ = 0;
+  std::unordered_map<std::string, std::uint32_t, SecretTextHash, std::equal_to<>> longCodes_;
+};
+
+/// Codes by number, in the order in which they are added.
+class CodeTable {
+ public:
+  static constexpr std::uint32_t kNone = UINT32_MAX;
+
+  /// The code's number; a new code gets the next one.
+  std::uint32_t Add(std::string_view code);
+  /// The code's number or kNone. CodeCells::kReadAhead bytes may be read from the code's start.
+  std::uint32_t Find(std::string_view code) const;
+  std::uint32_t size() const { return size_; }
+
+ private:
+  CodeCells cells_;  // one more than the code's number; 0 for none
   std::uint32_t size_ = 0;
 };
 
-/// The bytes of a code of up to eight as one integer, the first one lowest, zeros behind the last.
-/// Words hold no NUL, so different codes stay different.
-inline std::uint64_t CodeTable::Pack(const char* code, std::size_t length) {
+/// The bytes of a code of up to eight as one integer, the first one lowest, zeros after the last.
+/// Eight bytes are read.
+inline std::uint64_t CodeCells::Load(const char* code, std::size_t length) {
   std::uint64_t bytes = 0;
   std::memcpy(&bytes, code, sizeof bytes);
   if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
-  return length < kPacked ? bytes & ((std::uint64_t{1} << 8 * length) - 1) : bytes;
+  return length < kLongestPacked ? bytes & ((std::uint64_t{1} << 8 * length) - 1) : bytes;
 }
 
-/// The place of a packed code of up to three ASCII characters.
-inline std::size_t CodeTable::DirectIndex(std::uint64_t key) {
-  return (key & 0x7F) | (key >> 1 & 0x7F << kAsciiBits) | (key >> 2 & 0x7F << 2 * kAsciiBits);
-}
-
-inline std::size_t CodeTable::Hash(std::uint64_t key) const {
+/// Where the search for a packed code starts.
+inline std::size_t CodeCells::StartOf(std::uint64_t key) const {
   const std::uint64_t salted = key ^ salt_;
   std::uint64_t mixed = (salted ^ salted >> 32) * 0x9E3779B97F4A7C15U;
   mixed = (mixed ^ mixed >> 29) * 0xBF58476D1CE4E5B9U;
-  return static_cast<std::size_t>(mixed ^ mixed >> 32);
+  return (mixed ^ mixed >> 32) & (packed_.size() - 1);
 }
 
-inline std::size_t CodeTable::SlotOf(std::uint64_t key) const {
-  const std::size_t mask = slots_.size() - 1;
-  std::size_t slot = Hash(key) & mask;
-  while (slots_[slot].key != 0 && slots_[slot].key != key) slot = (slot + 1) & mask;
+inline std::size_t CodeCells::SlotOf(std::uint64_t key) const {
+  const std::size_t mask = packed_.size() - 1;
+  std::size_t slot = StartOf(key);
+  while (packed_[slot].key != 0 && packed_[slot].key != key) slot = (slot + 1) & mask;
   return slot;
 }
 
-inline std::uint32_t CodeTable::Find(std::string_view code) const {
-  if (code.size() > kPacked) {
-    const auto found = longCodes_.find(std::string(code));
-    return found == longCodes_.end() ? kNone : found->second;
+/// The place of a code of up to three characters. Four bytes are read.
+inline std::size_t CodeCells::PlaceOf(const char* code, std::size_t length) {
+  static constexpr std::uint32_t kMasks[] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
+  std::uint32_t bytes = 0;
+  std::memcpy(&bytes, code, sizeof bytes);
+  if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
+  return bytes & kMasks[length];
+}
+
+inline std::uint32_t* CodeCells::LookPlain(const char* code, std::size_t length) {
+  if (length <= kLongestDirect) [[likely]] {
+    const std::size_t place = PlaceOf(code, length);
+    if (place < places_) [[likely]]
+      return &direct_[place];
   }
-  const std::uint64_t key = Pack(code.data(), code.size());
-  // The empty code, which none is, indexes a place that stays 0.
-  if ((key & kNotDirect) == 0) return direct_[DirectIndex(key)] - 1;
-  return slots_[SlotOf(key)].number;
+  return LookFurther(code, length);
+}
+
+inline std::uint32_t* CodeCells::Look(const char* code, std::size_t length) {
+  if (length <= kLongestDirect) [[likely]] {
+    const std::size_t place = PlaceOf(code, length);
+    if (place < places_ && (place & kNotDirect) == 0) [[likely]]
+      return &direct_[place];
+  }
+  return LookFurther(code, length);
+}
+
+inline const std::uint32_t* CodeCells::Look(const char* code, std::size_t length) const {
+  return const_cast<CodeCells*>(this)->Look(code, length);  // which changes nothing
+}
+
+template <class Take>
+void CodeCells::ForEach(Take take) {
+  for (std::size_t word = 0; word < places_ / 32; ++word) {
+    for (std::uint32_t bits = direct_[places_ + word]; bits != 0; bits &= bits - 1) {
+      take(direct_[32 * word + static_cast<unsigned>(std::countr_zero(bits))]);
+    }
+  }
+  for (Slot& slot : packed_) {
+    if (slot.key != 0) take(slot.cell);
+  }
+  for (auto& [code, cell] : longCodes_) take(cell);
+}
+
+inline std::uint32_t CodeTable::Find(std::string_view code) const {
+  const std::uint32_t* const cell = cells_.Look(code.data(), code.size());
+  return cell == nullptr ? kNone : *cell - 1;
 }
 
 }  // namespace orsa::kesncd

@@ -58,54 +58,52 @@ std::map<std::string, double> ClocksOfDump(orsa::kesncd::KesNCD& analyser,
 }
 
 ExitStatus Run(const ClocksOptions& options) {
+  CheckOutputs({options.report, options.input.dump}, {options.output.path});
   orsa::kesncd::KesNCD analyser;
   ReadClocks(analyser, options);
   const bool compares = !options.input.dump.empty();
-  Report report{{{"report", options.report}, {"mode", std::int64_t{options.mode}}},
-                "clocks",
-                {"clock", "freq_mhz"},
-                {},
-                ""};
+  ResultHead head{{{"report", options.report}, {"mode", std::int64_t{options.mode}}},
+                  "clocks",
+                  {"clock", "freq_mhz"}};
   std::map<std::string, double> found;
   if (compares) {
-    report.columns.emplace_back("dump_freq_mhz");
+    head.columns.emplace_back("dump_freq_mhz");
     found = ClocksOfDump(analyser, options);
   }
+  ResultOutput result(options.output, head);
   for (const auto& [name, frequency] : analyser.clockFreqs) {
-    report.rows.push_back({name, frequency});
-    if (!compares) continue;
+    Row row{name, frequency};
     const auto place = found.find(name);
-    report.rows.back().push_back(place == found.end() ? Cell() : Cell(place->second));
+    if (compares) row.push_back(place == found.end() ? Cell() : Cell(place->second));
+    result.Add(row);
   }
-  WriteReport(report, options.output);
-  if (!report.rows.empty()) return ExitStatus::Done;
+  result.End();
+  if (result.rows() > 0) return ExitStatus::Done;
   Say(options.report, "no clock frequencies; is it a timing report with a preference table?");
   return ExitStatus::NothingMatched;
 }
 
 }  // namespace
 
-void AddModeOption(CLI::App& command, int& mode) {
+void AddModeOption(Command& command, int& mode) {
   command
-      .add_option("--mode", mode,
-                  "0: the lower of constraint and achieved frequency, 1: the constraint, "
-                  "2: the achieved frequency")
-      ->check(CLI::Range(0, 2))
-      ->type_name("N");
+      .AddCount("--mode", "N", {0, 2}, mode,
+                "0: the lower of constraint and achieved frequency, 1: the constraint, "
+                "2: the achieved frequency")
+      .Initially("0");
 }
 
-void AddClocksCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("clocks", kHelp);
+void AddClocksCommand(CommandLine& line) {
+  Command& command = line.Add("clocks", kHelp);
   const auto options = std::make_shared<ClocksOptions>();
-  command->add_option("REPORT", options->report, "timing report")->required();
-  command->add_option("--dump", options->input.dump, "compare with the clocks of a dump")
-      ->type_name("DUMP");
-  AddReadingFlags(*command, options->input);
-  AddModeOption(*command, options->mode);
-  command->add_flag("--earlier-reader", options->earlierReader,
-                    "close a row at its \";\", as older versions did");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  command.AddFileOperand("REPORT", options->report, "timing report").Required();
+  command.AddFile("--dump", "DUMP", options->input.dump, "compare with the clocks of a dump");
+  AddReadingFlags(command, options->input);
+  AddModeOption(command, options->mode);
+  command.AddFlag("--earlier-reader", options->earlierReader,
+                  "close a row at its \";\", as older versions did");
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -31,13 +31,13 @@ constexpr char kHelp[] =
     "(without --module they always do), all scopes below it do in any case.\n";
 
 /// A name with where it was found, under which name and with which frequency.
-std::vector<Cell> RowOf(const std::string& name, const FoundSignal& found,
-                        const std::string& addedRoot) {
+Row RowOf(const std::string& name, const FoundSignal& found, const std::string& addedRoot) {
   if (found.signal == nullptr) return {name, "not found", Cell(), Cell()};
   return {name, PathOf(*found.scope, addedRoot), found.signal->name, FrequencyOf(*found.signal)};
 }
 
 ExitStatus Run(const FindOptions& options) {
+  CheckOutputs({options.input.dump, options.namesFrom}, {options.output.path});
   std::vector<std::string> names = options.names;
   if (!options.namesFrom.empty()) {
     for (std::string& name : ReadNames(options.namesFrom)) names.push_back(std::move(name));
@@ -47,40 +47,36 @@ ExitStatus Run(const FindOptions& options) {
   orsa::kesncd::KesNCD analyser;
   ReadTree(analyser, input);
   const std::string addedRoot = input.AddedRoot();
-  Report report{RunFacts(input.name(), options.module),
-                "names",
-                {"name", "scope", "signal", "freq_mhz"},
-                {},
-                ""};
   const orsa::kesncd::VmodHier& root = *analyser.hierRoot;
   const NameSearch search(root, options.module.empty() ? root.name : options.module,
                           !options.ignoreCase, names);
+  ResultOutput result(
+      options.output,
+      {RunFacts(input.name(), options.module), "names", {"name", "scope", "signal", "freq_mhz"}});
   std::int64_t found = 0;
   for (const std::string& name : names) {
     const FoundSignal hit = search.Find(name);
-    report.rows.push_back(RowOf(name, hit, addedRoot));
+    result.Add(RowOf(name, hit, addedRoot));
     if (hit.signal != nullptr) ++found;
   }
-  report.facts.emplace_back("found", found);
-  report.lastLine = std::to_string(found) + " of " + std::to_string(names.size()) + " found";
-  WriteReport(report, options.output);
+  result.End({{{"found", found}},
+              {},
+              std::to_string(found) + " of " + std::to_string(names.size()) + " found"});
   return found > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
 
 }  // namespace
 
-void AddFindCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("find", kHelp);
+void AddFindCommand(CommandLine& line) {
+  Command& command = line.Add("find", kHelp);
   const auto options = std::make_shared<FindOptions>();
-  AddInputOptions(*command, options->input);
-  command->add_option("NAME", options->names, "names in the design");
-  command->add_option("--names-from", options->namesFrom, "find the names that FILE lists too")
-      ->type_name("FILE");
-  command->add_option("--module", options->module, "module name asked of the root")
-      ->type_name("NAME");
-  command->add_flag("--ignore-case", options->ignoreCase, "letter case makes no difference");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddInputOptions(command, options->input);
+  command.AddOperands("NAME", options->names, "names in the design");
+  command.AddFile("--names-from", "FILE", options->namesFrom, "find the names that FILE lists too");
+  command.AddText("--module", "NAME", options->module, "module name asked of the root");
+  command.AddFlag("--ignore-case", options->ignoreCase, "letter case makes no difference");
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -35,7 +35,7 @@ constexpr char kHelp[] =
 
 class PowerRows {
  public:
-  explicit PowerRows(Report& report) : report_(report) {}
+  explicit PowerRows(ResultOutput& result) : result_(result) {}
 
   void Append(const KesSigFreq& signal) {
     signal_ = signal.name;
@@ -54,15 +54,16 @@ class PowerRows {
 
   void Append(const char* kind, const std::string& component, const std::string& type,
               const std::string& port, const std::string& net, double frequency) {
-    report_.rows.push_back(
+    result_.Add(
         {kind, signal_, component, type, port, net, frequency < 0 ? Cell() : Cell(frequency)});
   }
 
-  Report& report_;
+  ResultOutput& result_;
   std::string signal_;
 };
 
 ExitStatus Run(const PowerOptions& options) {
+  CheckOutputs({options.input.dump, options.table}, {options.output.path});
   orsa::kesncd::standalone::PowerDocument document;
   std::string message;
   if (!document.ReadConnections(options.table, message)) {
@@ -73,40 +74,36 @@ ExitStatus Run(const PowerOptions& options) {
   ReadTree(analyser, input);
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   analyser.SetTopModule(top);
-  Report report{RunFacts(input.name(), top),
-                "records",
-                {"kind", "signal", "component", "type", "port", "net", "freq_mhz"},
-                {},
-                ""};
-  report.unknown = "unknown";
-  report.facts.emplace_back("default_freq_mhz", options.defaultFrequency);
-  PowerRows rows(report);
+  ResultHead head{RunFacts(input.name(), top),
+                  "records",
+                  {"kind", "signal", "component", "type", "port", "net", "freq_mhz"},
+                  "unknown"};
+  head.facts.emplace_back("default_freq_mhz", options.defaultFrequency);
+  ResultOutput result(options.output, head);
+  PowerRows rows(result);
   for (const KesSigFreq& signal :
        analyser.CreateKesSigFreq(&document, options.defaultFrequency, !options.ignoreCase)) {
     rows.Append(signal);
   }
-  WriteReport(report, options.output);
-  if (!report.rows.empty()) return ExitStatus::Done;
+  result.End();
+  if (result.rows() > 0) return ExitStatus::Done;
   Say(options.table, "no signal with components on it");
   return ExitStatus::NothingMatched;
 }
 
 }  // namespace
 
-void AddPowerCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("power", kHelp);
+void AddPowerCommand(CommandLine& line) {
+  Command& command = line.Add("power", kHelp);
   const auto options = std::make_shared<PowerOptions>();
-  AddInputOptions(*command, options->input);
-  command->add_option("TABLE", options->table, "table of connections (CSV)")->required();
-  command->add_option("--top", options->top, "top module, the dump's outermost scope")
-      ->type_name("NAME");
-  command
-      ->add_option("--default-freq", options->defaultFrequency,
-                   "stands in for unknown inputs in a mean, in MHz")
-      ->type_name("MHZ");
-  command->add_flag("--ignore-case", options->ignoreCase, "letter case makes no difference");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddInputOptions(command, options->input);
+  command.AddFileOperand("TABLE", options->table, "table of connections (CSV)").Required();
+  command.AddText("--top", "NAME", options->top, "top module, the dump's outermost scope");
+  command.AddNumber("--default-freq", "MHZ", 0, options->defaultFrequency,
+                    "stands in for unknown inputs in a mean, in MHz");
+  command.AddFlag("--ignore-case", options->ignoreCase, "letter case makes no difference");
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -1,5 +1,4 @@
 // kesncd top: the module that a dump's header proposes.
-#include <iostream>
 #include <memory>
 
 #include "cli/commands/commands.h"
@@ -31,18 +30,19 @@ ExitStatus Run(const InputOptions& options) {
   feed.Finish();
   if (!isRead) throw Failure(FailureKind::Unusable, name + ": " + message);
   if (top.empty()) throw Failure(FailureKind::NothingMatched, name + ": no module to propose");
-  std::cout << top << std::endl;
-  if (!std::cout) throw Failure(FailureKind::OutputFailed, "standard output: cannot write");
+  OutputFile out("");
+  out.Write(top + "\n");
+  out.Commit();
   return ExitStatus::Done;
 }
 
 }  // namespace
 
-void AddTopCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("top", kHelp);
+void AddTopCommand(CommandLine& line) {
+  Command& command = line.Add("top", kHelp);
   const auto options = std::make_shared<InputOptions>();
-  AddDumpOptions(*command, *options);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddDumpOptions(command, *options);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

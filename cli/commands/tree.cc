@@ -1,23 +1,18 @@
 // kesncd tree: the module tree with its activity.
-#include <algorithm>
-#include <cstdint>
 #include <limits>
 #include <memory>
-#include <unordered_map>
 
+#include "activity/module_totals.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/name_search.h"
-#include "cli/commands/tree_path.h"
-#include "kesncd/kesncd.h"
+#include "cli/commands/figures.h"
+#include "names/scope_search.h"
 
 namespace orsa::kesncd::cli {
 
 namespace {
 
-using orsa::kesncd::VmodHier;
-
 struct TreeOptions {
-  InputOptions input;
+  FigureOptions figures;
   std::string top;
   int depth = std::numeric_limits<int>::max();
   bool signals = false;
@@ -32,142 +27,139 @@ constexpr char kHelp[] =
     "  kesncd tree sim.vcd --top soc --depth 1     soc and the modules directly in it\n"
     "  kesncd tree sim.vcd --signals --format csv  with every signal\n"
     "\n"
-    "The tree_ columns count a module together with everything below it.\n";
+    "The tree_ columns count a module together with everything below it. A signal that has "
+    "several\n"
+    "names in a module counts once there. Figures are a host's: changes count as it counts them.\n";
 
-/// Activity of one module, or of a module with all below it.
-struct Activity {
-  std::int64_t signals = 0;
-  std::int64_t changes = 0;
-  double sum = 0.0;
-  double highest = 0.0;
+// More scopes than a design nests; paths of a corrupt dump must not fill the memory.
+constexpr std::size_t kPartsShown = 64;
 
-  void Add(std::int64_t moreChanges, double frequency) {
-    highest = signals == 0 ? frequency : std::max(highest, frequency);
-    ++signals;
-    changes += moreChanges;
-    sum += frequency;
+/// Rows of scopes, each before those in it.
+class TreeRows {
+ public:
+  TreeRows(const Figures& figures, const TreeOptions& options, ResultOutput& out)
+      : figures_(figures),
+        declarations_(figures.run.declarations),
+        options_(options),
+        totals_(SumModules(figures.run)),
+        out_(out) {}
+
+  void Write(std::uint32_t start) {
+    struct Pending {
+      std::uint32_t scope;
+      int depth;
+    };
+    std::vector<Pending> pending{{start, 0}};
+    while (!pending.empty()) {
+      const Pending next = pending.back();
+      pending.pop_back();
+      WriteScope(next.scope);
+      // The scope of all scopes is none of the dump's: only its own variables belong to it.
+      if (next.depth >= options_.depth || next.scope == Declarations::kDump) continue;
+      const auto& below = declarations_.scopes[next.scope].scopes;
+      for (auto child = below.rbegin(); child != below.rend(); ++child) {
+        if (declarations_.scopes[*child].populated) pending.push_back({*child, next.depth + 1});
+      }
+    }
   }
-  void Add(const Activity& other) {
-    if (other.signals == 0) return;
-    highest = signals == 0 ? other.highest : std::max(highest, other.highest);
-    signals += other.signals;
-    changes += other.changes;
-    sum += other.sum;
+
+ private:
+  void WriteScope(std::uint32_t scope) {
+    const std::string path = DisplayPath(scope);
+    Row row{path, std::string("module")};
+    AppendTotal(totals_.own[scope], row);
+    AppendTotal(scope == Declarations::kDump ? totals_.own[scope] : totals_.tree[scope], row);
+    out_.Add(row);
+    if (!options_.signals) return;
+    for (const std::uint32_t index : declarations_.scopes[scope].variables) {
+      WriteSignal(declarations_.variables[index], path);
+    }
   }
-  void AppendTo(std::vector<Cell>& row) const {
-    row.emplace_back(signals);
-    row.emplace_back(changes);
-    row.push_back(signals > 0 ? Cell(sum / static_cast<double>(signals)) : Cell());
-    row.push_back(signals > 0 ? Cell(highest) : Cell());
+
+  void WriteSignal(const DumpVariable& variable, const std::string& path) {
+    const Cell frequency = figures_.FrequencyOf(variable);
+    out_.Add({path.empty() ? variable.name : path + "/" + variable.name, std::string("signal"),
+              Cell(), std::int64_t{figures_.run.ChangesOf(variable)}, frequency, frequency, Cell(),
+              Cell(), Cell(), Cell()});
   }
+
+  void AppendTotal(const ModuleTotal& total, Row& row) const {
+    row.emplace_back(static_cast<std::int64_t>(total.signals));
+    row.emplace_back(static_cast<std::int64_t>(total.changes));
+    if (total.signals == 0) {
+      row.resize(row.size() + 2);
+      return;
+    }
+    row.push_back(Mean(total));
+    row.push_back(figures_.Frequency(total.most));
+  }
+
+  /// Frequencies grow with the counted changes, so the mean is that of their mean.
+  Cell Mean(const ModuleTotal& total) const {
+    const Cell one = figures_.Frequency(2);  // of a single counted change
+    const double* const frequency = std::get_if<double>(&one);
+    if (frequency == nullptr) return {};
+    return *frequency * static_cast<double>(total.counted) / static_cast<double>(total.signals);
+  }
+
+  std::string DisplayPath(std::uint32_t scope) const {
+    std::uint32_t top = scope;
+    std::size_t parts = 0;
+    for (; top != Declarations::kDump && parts < kPartsShown; ++parts) {
+      top = declarations_.scopes[top].parent;
+    }
+    const std::string path = declarations_.PathBelow(top, scope);
+    return top == Declarations::kDump ? path : ".../" + path;
+  }
+
+  const Figures& figures_;
+  const Declarations& declarations_;
+  const TreeOptions& options_;
+  const ModuleTotals totals_;
+  ResultOutput& out_;
 };
 
-using Totals = std::unordered_map<const VmodHier*, Activity>;
-
-Activity OwnActivity(const VmodHier& scope) {
-  Activity own;
-  for (const auto& [code, signal] : scope.signals) own.Add(signal.changes, FrequencyOf(signal));
-  return own;
-}
-
-/// Activity of each scope with all below it, summed from the leaves up.
-Totals SumUp(const VmodHier& start) {
-  std::vector<const VmodHier*> scopes;
-  WalkScopes(
-      start,
-      [&scopes](const VmodHier& scope, int) {
-        scopes.push_back(&scope);
-        return false;
-      },
-      [](const VmodHier&, int) { return true; });
-  Totals totals;
-  for (auto scope = scopes.rbegin(); scope != scopes.rend(); ++scope) {
-    Activity& total = totals[*scope];
-    total.Add(OwnActivity(**scope));
-    for (const VmodHier* child : (*scope)->subMods) total.Add(totals[child]);
+/// Where the tree starts: what the user named, else every top-level scope with variables.
+std::vector<std::uint32_t> Starts(const Figures& figures, const std::string& top) {
+  if (!top.empty()) return {ChosenScope(figures, top)};
+  std::vector<std::uint32_t> starts;
+  const auto& scopes = figures.run.declarations.scopes;
+  if (!scopes[Declarations::kDump].variables.empty()) starts.push_back(Declarations::kDump);
+  for (const std::uint32_t scope : scopes[Declarations::kDump].scopes) {
+    if (scopes[scope].populated) starts.push_back(scope);
   }
-  return totals;
-}
-
-void AppendSignals(const VmodHier& scope, const std::string& path, Report& report) {
-  for (const auto& [code, signal] : scope.signals) {
-    const double frequency = FrequencyOf(signal);
-    report.rows.push_back({path + "/" + signal.name, "signal", Cell(), std::int64_t{signal.changes},
-                           frequency, frequency, Cell(), Cell(), Cell(), Cell()});
-  }
-}
-
-void AppendScopes(const VmodHier& start, const TreeOptions& options, const std::string& addedRoot,
-                  Report& report) {
-  const Totals totals = SumUp(start);
-  WalkScopes(
-      start,
-      [&](const VmodHier& scope, int) {
-        const std::string path = PathOf(scope, addedRoot);
-        std::vector<Cell> row{path, "module"};
-        OwnActivity(scope).AppendTo(row);
-        totals.at(&scope).AppendTo(row);
-        report.rows.push_back(std::move(row));
-        if (options.signals) AppendSignals(scope, path, report);
-        return false;
-      },
-      [&options](const VmodHier&, int depth) { return depth < options.depth; });
-}
-
-/// The scopes that the user named, by name or by path; the outermost when none was named.
-std::vector<const VmodHier*> Starts(const VmodHier& root, const std::string& top,
-                                    const std::string& addedRoot) {
-  if (top.empty() && (root.name != addedRoot || !root.signals.empty())) return {&root};
-  if (top.empty()) return {root.subMods.begin(), root.subMods.end()};
-  std::vector<const VmodHier*> starts;
-  const bool isPath = top.find('/') != std::string::npos;
-  const auto isStart = [&](const VmodHier& scope) {
-    return scope.name == top || (isPath && PathOf(scope, addedRoot) == top);
-  };
-  WalkScopes(
-      root,
-      [&](const VmodHier& scope, int) {
-        if (isStart(scope)) starts.push_back(&scope);
-        return false;
-      },
-      [&](const VmodHier& scope, int) { return !isStart(scope); });
   return starts;
 }
 
 ExitStatus Run(const TreeOptions& options) {
-  DumpInput input(options.input);
-  orsa::kesncd::KesNCD analyser;
-  ReadTree(analyser, input);
-  const std::string addedRoot = input.AddedRoot();
-  Report report{RunFacts(input.name(), options.top),
-                "scopes",
-                {"path", "kind", "signals", "changes", "mean_freq_mhz", "max_freq_mhz",
-                 "tree_signals", "tree_changes", "tree_mean_freq_mhz", "tree_max_freq_mhz"},
-                {},
-                ""};
-  for (const VmodHier* start : Starts(*analyser.hierRoot, options.top, addedRoot)) {
-    AppendScopes(*start, options, addedRoot, report);
-  }
-  WriteReport(report, options.output);
-  if (!report.rows.empty()) return ExitStatus::Done;
-  Say(input.name(), "no scope " + options.top + " can be reached from the root");
-  return ExitStatus::NothingMatched;
+  CheckOutputs({options.figures.input.dump}, {options.output.path});
+  const Figures figures = ReadFigures(options.figures);
+  const std::vector<std::uint32_t> starts = Starts(figures, options.top);
+  const ResultHead head{
+      RunFacts(figures, options.top),
+      "scopes",
+      {"path", "kind", "signals", "changes", "mean_freq_mhz", "max_freq_mhz", "tree_signals",
+       "tree_changes", "tree_mean_freq_mhz", "tree_max_freq_mhz"}};
+  ResultOutput out(options.output, head);
+  TreeRows rows(figures, options, out);
+  for (const std::uint32_t start : starts) rows.Write(start);
+  out.End();
+  return out.rows() > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
 
 }  // namespace
 
-void AddTreeCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("tree", kHelp);
+void AddTreeCommand(CommandLine& line) {
+  Command& command = line.Add("tree", kHelp);
   const auto options = std::make_shared<TreeOptions>();
-  AddInputOptions(*command, options->input);
-  command->add_option("--top", options->top, "start at this scope, a name or a path")
-      ->type_name("NAME");
-  command->add_option("--depth", options->depth, "levels below the start to show")
-      ->check(CLI::NonNegativeNumber)
-      ->type_name("N");
-  command->add_flag("--signals", options->signals, "show the signals too");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddFigureOptions(command, options->figures);
+  command.AddText("--top", "NAME", options->top, "start at this scope, a name or a path");
+  command.AddCount("--depth", "N", {0}, options->depth, "levels below the start to show")
+      .Initially("all");
+  command.AddFlag("--signals", options->signals, "show the signals too");
+  AddOutputOptions(command, options->output);
+  command.check = [options] { CheckFigureOptions(options->figures); };
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -9,8 +9,8 @@
 
 #include "kesncd/grammar/token_value.h"
 #include "line_readers/dump_rules.h"
-#include "line_readers/timescale.h"
 #include "text/number.h"
+#include "vcd/time_units.h"
 
 namespace orsa::kesncd {
 
@@ -27,10 +27,7 @@ namespace {
 bool ConvertTimescale(const char* number, const char* unit) {
   const CLocaleScope scope;
   timeScale = std::strtod(number, nullptr);
-  const double factor = NanosecondsPer(unit, UnitCase::Ignored);
-  if (factor == 0.0) return false;
-  timeScale *= factor;
-  return true;
+  return ConvertToNanoseconds(timeScale, unit, UnitCase::Ignored);
 }
 
 /// Numbers and letters of a word, released with the object.
@@ -67,7 +64,7 @@ void TakeTwoWordTimescale(const char* number, const char* unit) {
 }
 
 /// A scope of any kind counts. One inside the top module ends the collection: what the top module
-/// declares behind its first sub-module is not taken.
+/// declares after its first sub-module is not taken.
 void EnterScope(const char* name) {
   const bool isTop = topModName != nullptr && std::strcmp(name, topModName) == 0;
   if (isTop && isReadingTopMod == 0) {
@@ -115,7 +112,7 @@ int TracedStamp(double ticks) {
 
 void TakeStampText(const char* text) {
   ScanDouble(text, cur_time);  // a text that is no number repeats the stamp before
-  TakeStamp(cur_time);
+  TakeStamp(cur_time, startCycle, endCycle);
   if (debug != 0) std::printf("#%d\n", TracedStamp(cur_time));
 }
 
@@ -221,7 +218,7 @@ void DumpActions::TakeScalar(const char* word) {
 void DumpActions::CountChange(const char* code) {
   if (recording != 1) return;
   if (!gathering_) {
-    counts_.AddSymbols(topMod);
+    topMod.AddCodesTo(counts_);
     gathering_ = true;
   }
   if (++unsettled_ == CodeCounts::kMostBetween) {
@@ -238,7 +235,7 @@ void DumpActions::CountChange(const char* code) {
 }
 
 void DumpActions::WriteCounts() {
-  counts_.WriteTo(topMod);
+  topMod.TakeChangesOf(counts_);
 }
 
 }  // namespace orsa::kesncd

@@ -34,7 +34,7 @@ class DumpActions {
 
   CodeCounts counts_;
   std::uint32_t unsettled_ = 0;  // changes since the counters were last settled
-  bool gathering_ = false;       // counts_ knows the signals: no more are declared behind a change
+  bool gathering_ = false;       // counts_ knows the signals: no more are declared after a change
 };
 
 }  // namespace orsa::kesncd

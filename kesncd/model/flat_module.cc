@@ -1,14 +1,17 @@
 // The flat module: parallel vectors addressed by signal index.
 #include <algorithm>
+#include <bit>
 #include <cstdio>
 #include <iostream>
 #include <utility>
 
 #include "kesncd/kesncd.h"
 #include "kesncd/model/activity_file.h"
-#include "names/frequency.h"
+#include "kesncd/model/state_frequency.h"
+#include "line_readers/code_counts.h"
 #include "text/file.h"
 #include "text/number.h"
+#include "text/secret_hash.h"
 #include "vcd/change_count.h"
 
 namespace orsa::kesncd {
@@ -92,26 +95,49 @@ int Vmod::GetSignalChange(int index) const {
   return At(changes_, index);
 }
 
-/// Brings firstOfSymbol_ up to the signals added since the last count.
+/// The place of firstOfSymbol_ that a symbol has, or that it would take.
+std::size_t& Vmod::SlotOf(const std::string& symbol) {
+  const std::size_t mask = firstOfSymbol_.size() - 1;
+  std::size_t slot = SecretHash(symbol) & mask;
+  while (firstOfSymbol_[slot] != 0 && symbols_[firstOfSymbol_[slot] - 1] != symbol) {
+    slot = (slot + 1) & mask;
+  }
+  return firstOfSymbol_[slot];
+}
+
+/// Brings firstOfSymbol_ up to the signals added since the last count. Of its places, a power of
+/// two, half stay free at least.
 void Vmod::IndexSymbols() {
+  if (indexed_ == symbols_.size() && !firstOfSymbol_.empty()) return;
+  if (firstOfSymbol_.size() < 2 * symbols_.size() + 1) {
+    firstOfSymbol_.assign(std::bit_ceil(4 * symbols_.size() + 1), 0);
+    indexed_ = 0;
+  }
   for (; indexed_ < symbols_.size(); ++indexed_) {
-    firstOfSymbol_.emplace(symbols_[indexed_], indexed_);
+    std::size_t& slot = SlotOf(symbols_[indexed_]);
+    if (slot == 0) slot = indexed_ + 1;
   }
 }
 
 void Vmod::IncreaseChangeForSymbol(const std::string& symbol) {
   IndexSymbols();
-  const auto found = firstOfSymbol_.find(symbol);
-  if (found != firstOfSymbol_.end()) AddToCount(changes_[found->second], 1);
+  const std::size_t found = SlotOf(symbol);
+  if (found != 0) AddToCount(changes_[found - 1], 1);
 }
 
-void Vmod::AddChanges(int index, std::uint32_t count) {
-  AddToCount(changes_[static_cast<std::size_t>(index)], count);
+void Vmod::AddCodesTo(CodeCounts& counts) const {
+  for (const std::string& symbol : symbols_) counts.Add(symbol);
+}
+
+void Vmod::TakeChangesOf(CodeCounts& counts) {
+  for (std::size_t i = 0; i < symbols_.size(); ++i) {
+    AddToCount(changes_[i], counts.Take(symbols_[i]));
+  }
 }
 
 double Vmod::GetSignalFreq(int index) const {
   ClearDebugLatch();
-  return ToggleFrequency(GetSignalChange(index), endCycle - startCycle);
+  return FrequencyOf(GetSignalChange(index));
 }
 
 /// Removes a signal. The widths are a list of their own: one removal leaves them alone.

@@ -1,22 +1,26 @@
 // Frequencies of the module tree, by design name or all of them.
 #include "kesncd/kesncd.h"
+#include "kesncd/model/state_frequency.h"
 #include "kesncd/model/tree_walk.h"
-#include "names/frequency.h"
+#include "names/name_match.h"
 
 namespace orsa::kesncd {
+
+bool VmodHier::IsNameEqual(const std::string& vcdName, const std::string& designName, bool exact) {
+  return NamesMatch(vcdName, designName, exact);
+}
 
 // cppcheck-suppress passedByValue ; the public interface says so
 bool VmodHier::FindSignalFreqHier(std::string module, std::string signal, double& freq,
                                   bool exact) const {
-  const double span = endCycle - startCycle;
   return WalkTree(*this, [&](const VmodHier& scope) {
     // Only the start is asked for the module's name; below it a scope is asked for its own, which
     // all hold but those with a ':' in it.
     const std::string& asked = &scope == this ? module : scope.name;
-    if (!IsNameEqual(scope.name, asked, exact)) return false;
+    if (!NamesMatch(scope.name, asked, exact)) return false;
     for (const auto& [code, candidate] : scope.signals) {
-      if (!IsNameEqual(candidate.name, signal, exact)) continue;
-      freq = ToggleFrequency(candidate.changes, span);
+      if (!NamesMatch(candidate.name, signal, exact)) continue;
+      freq = FrequencyOf(candidate.changes);
       return true;
     }
     return false;
@@ -27,7 +31,7 @@ void VmodHier::GetSignalFreqHier(std::map<std::string, double>& frequencies) con
   WalkTree(*this, [&](const VmodHier& scope) {
     for (const auto& [code, signal] : scope.signals) {
       ClearDebugLatch();
-      frequencies.emplace(signal.name, ToggleFrequency(signal.changes, endCycle - startCycle));
+      frequencies.emplace(signal.name, FrequencyOf(signal.changes));
     }
     return false;
   });

@@ -1,241 +1,48 @@
-// The splitter of the hand-written readers.
-//
-// The public counts follow rules of their own (they double once, or take a length for a count), so
-// they say when something visible happens but never how much memory there is: that is kept in the
-// held* fields, which only grow.
-#include <algorithm>
-#include <array>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <limits>
-#include <new>
-
+// The public line splitter: the splitter of text/ with its fields shown as hosts have always seen
+// them.
 #include "kesncd/kesncd.h"
+#include "text/splitter.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
-constexpr int kFirstSlots = 32;
-constexpr int kFirstLength = 256;
-// So much of a slot always counts as written: the fast path writes there too.
-constexpr std::size_t kLeastWritten = kFirstLength + 1;
-
-enum class CharClass { Digit, Letter, Other };
-
-CharClass ClassOf(char c) {
-  if (c >= '0' && c <= '9') return CharClass::Digit;
-  if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')) return CharClass::Letter;
-  return CharClass::Other;
-}
-
-/// The bytes at which a token ends: the delimiters and the end of the text.
-class ByteSet {
+/// Shows the splitter's fields when a call ends, also by an exception.
+class Shown {
  public:
-  explicit ByteSet(const char* delims) {
-    Add('\0');
-    for (; *delims != '\0'; ++delims) Add(*delims);
+  Shown(Mem& mem, const Splitter& splitter) : mem_(mem), splitter_(splitter) {}
+  ~Shown() {
+    mem_.slotCount = splitter_.slotCount();
+    mem_.slotLength = splitter_.slotLength();
+    mem_.slots = splitter_.slots();
+    mem_.workBuffer = splitter_.workBuffer();
   }
-  bool Has(char c) const { return (bits_[Byte(c) / 64] >> Byte(c) % 64 & 1) != 0; }
+  Shown(const Shown&) = delete;
+  Shown& operator=(const Shown&) = delete;
 
  private:
-  static unsigned Byte(char c) { return static_cast<unsigned char>(c); }
-  void Add(char c) { bits_[Byte(c) / 64] |= std::uint64_t{1} << Byte(c) % 64; }
-
-  std::array<std::uint64_t, 4> bits_{};
+  Mem& mem_;
+  const Splitter& splitter_;
 };
-
-/// Length of the piece that starts at `text`, 0 at its end.
-std::size_t PieceLength(const char* text) {
-  std::size_t length = 0;
-  while (text[length] != '\0' && ClassOf(text[length]) == ClassOf(*text)) ++length;
-  return length;
-}
-
-int CountPieces(const char* text) {
-  int count = 0;
-  for (; *text != '\0'; text += PieceLength(text)) ++count;
-  return count;
-}
-
-int ToInt(std::size_t size) {
-  return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
-}
-
-int Doubled(int count) {
-  return ToInt(2 * static_cast<std::size_t>(std::max(count, 0)));
-}
-
-/// Grows a zero-filled buffer, keeping its bytes; throws with the buffer as it was.
-void Grow(char*& buffer, std::size_t held, std::size_t wanted) {
-  void* grown = std::realloc(buffer, wanted);
-  if (grown == nullptr) throw std::bad_alloc();
-  buffer = static_cast<char*>(grown);
-  std::memset(buffer + held, 0, wanted - held);
-}
-
-/// Makes room for more elements, whose values are not set; throws with the array as it was.
-template <class T>
-T* Resized(T* array, std::size_t count) {
-  void* grown = std::realloc(array, count * sizeof(T));
-  if (grown == nullptr) throw std::bad_alloc();
-  return static_cast<T*>(grown);
-}
 
 }  // namespace
 
-Mem::Mem()
-    : slotCount(kFirstSlots),
-      slotLength(kFirstLength),
-      slots(nullptr),
-      workBuffer(nullptr),
-      heldSlots_(0),
-      heldBytes_(kFirstLength + 1),
-      written_(nullptr),
-      workBytes_(0),
-      text_(nullptr),
-      textBytes_(0) {
-  try {
-    Grow(workBuffer, 0, kFirstLength + 1);
-    workBytes_ = kFirstLength + 1;
-    HoldSlots(kFirstSlots);
-  } catch (...) {
-    Release();
-    throw;
-  }
+Mem::Mem() : splitter_(new Splitter) {
+  const Shown shown(*this, *splitter_);
 }
 
 Mem::~Mem() {
-  Release();
-}
-
-void Mem::Release() {
-  for (std::size_t i = 0; i < heldSlots_; ++i) std::free(slots[i]);
-  std::free(slots);
-  std::free(written_);
-  std::free(workBuffer);
-  std::free(text_);
-}
-
-/// Makes sure that `count` slots exist; new ones are empty.
-void Mem::HoldSlots(std::size_t count) {
-  if (count <= heldSlots_) return;
-  slots = Resized(slots, count);
-  written_ = Resized(written_, count);
-  while (heldSlots_ < count) {
-    slots[heldSlots_] = nullptr;
-    Grow(slots[heldSlots_], 0, heldBytes_);
-    written_[heldSlots_] = kLeastWritten;
-    ++heldSlots_;
-  }
-}
-
-/// Makes sure that every slot has `bytes` bytes; what they hold stays.
-void Mem::HoldBytes(std::size_t bytes) {
-  if (bytes <= heldBytes_) return;
-  for (std::size_t i = 0; i < heldSlots_; ++i) Grow(slots[i], heldBytes_, bytes);
-  heldBytes_ = bytes;
-}
-
-/// Writes to the start of a slot.
-void Mem::Store(std::size_t slot, const char* text, std::size_t bytes) {
-  std::memcpy(slots[slot], text, bytes);
-  written_[slot] = std::max(written_[slot], bytes);
-}
-
-/// Clears a slot from a byte on. Only what was written is cleared: slots may be many and long, and
-/// a dump can ask for this on every line.
-void Mem::ClearSlot(std::size_t slot, std::size_t from) {
-  if (from < written_[slot]) std::memset(slots[slot] + from, 0, written_[slot] - from);
-  written_[slot] = std::max(from, kLeastWritten);
-}
-
-/// Clears what lies behind the strings of the slots, as a move into fresh slots would.
-void Mem::KeepStrings() {
-  for (std::size_t i = 0; i < heldSlots_; ++i) ClearSlot(i, std::strlen(slots[i]));
-}
-
-/// Doubles the reported count: the strings move into fresh slots, and those beyond are empty.
-void Mem::DoubleSlots() {
-  const std::size_t kept = std::min<std::size_t>(static_cast<std::size_t>(slotCount), heldSlots_);
-  HoldSlots(static_cast<std::size_t>(Doubled(slotCount)));
-  for (std::size_t i = kept; i < heldSlots_; ++i) *slots[i] = '\0';
-  KeepStrings();
-  slotCount = Doubled(slotCount);
-}
-
-/// Copies the line that is to be cut into the work buffer. The line may lie in a slot or in the
-/// work buffer itself, so it is copied before anything moves.
-void Mem::HoldLine(const char* line, std::size_t length) {
-  if (length < workBytes_) {
-    std::memmove(workBuffer, line, length + 1);
-  } else {
-    auto* grown = static_cast<char*>(std::malloc(length + 1));
-    if (grown == nullptr) throw std::bad_alloc();
-    std::memcpy(grown, line, length + 1);
-    std::free(workBuffer);
-    workBuffer = grown;
-    workBytes_ = length + 1;
-  }
-  if (length > static_cast<std::size_t>(slotLength)) {
-    HoldBytes(length + 1);
-    slotLength = ToInt(length);
-  }
+  delete splitter_;
 }
 
 char** Mem::GetArrayOfTokens(const char* line, const char* delims, int* count) {
-  *count = 0;
-  const ByteSet ends(delims);  // made first: the line may be what they are written in
-  HoldLine(line, std::strlen(line));
-  char* token = workBuffer;
-  while (true) {
-    while (*token != '\0' && ends.Has(*token)) ++token;
-    if (*token == '\0') return slots;
-    char* end = token;
-    while (!ends.Has(*end)) ++end;
-    char* const next = *end == '\0' ? end : end + 1;
-    *end = '\0';
-    if (end[-1] == '\n') *--end = '\0';
-    const auto index = static_cast<std::size_t>(*count);
-    if (index == heldSlots_) HoldSlots(2 * heldSlots_);
-    Store(index, token, static_cast<std::size_t>(end - token) + 1);
-    if (++*count == slotCount) DoubleSlots();
-    token = next;
-  }
-}
-
-/// Copies the text that is to be cut into pieces: it may lie in a slot that a piece overwrites.
-void Mem::HoldText(const char* text, std::size_t length) {
-  if (length >= textBytes_) {
-    Grow(text_, textBytes_, length + 1);
-    textBytes_ = length + 1;
-  }
-  std::memmove(text_, text, length + 1);
+  const Shown shown(*this, *splitter_);
+  return splitter_->CutWords(line, delims, count);
 }
 
 char** Mem::GetArrayOfPieces(const char* text, int* count) {
-  HoldText(text, std::strlen(text));
-  const int pieces = CountPieces(text_);
-  if (pieces > slotCount) {
-    HoldSlots(static_cast<std::size_t>(std::max(pieces, Doubled(slotCount))));
-    for (std::size_t i = 0; i < heldSlots_; ++i) ClearSlot(i, 0);
-    slotCount = Doubled(slotCount);
-  }
-  HoldSlots(static_cast<std::size_t>(pieces));
-  const char* piece = text_;
-  for (int i = 0; i < pieces; ++i) {
-    const std::size_t length = PieceLength(piece);
-    if (length > static_cast<std::size_t>(slotLength)) {
-      HoldBytes(2 * length + 1);
-      KeepStrings();
-      slotCount = ToInt(2 * length);
-    }
-    Store(static_cast<std::size_t>(i), piece, length);  // no terminator: the slot's old tail stays
-    piece += length;
-  }
-  *count = pieces;
-  return slots;
+  const Shown shown(*this, *splitter_);
+  return splitter_->CutPieces(text, count);
 }
 
 }  // namespace orsa::kesncd

@@ -3,7 +3,9 @@
 #include <utility>
 
 #include "kesncd/kesncd.h"
+#include "kesncd/model/module_node.h"
 #include "kesncd/model/tree_walk.h"
+#include "text/words.h"
 #include "vcd/change_count.h"
 
 namespace orsa::kesncd {
@@ -13,21 +15,45 @@ VmodHier::VmodHier() : parent(nullptr) {}
 VmodHier::VmodHier(std::string scopeName) : name(std::move(scopeName)), parent(nullptr) {}
 
 VmodHier::~VmodHier() {
+  Unlink();
   Clear();
 }
 
-/// Deletes the subtree leaf by leaf. The way back up is kept in the parent links of the nodes that
-/// are about to go, so a deep tree costs neither stack nor memory.
+/// Makes the node the first of a list of nodes that hang nowhere.
+void VmodHier::LinkTo(VmodHier*& list) {
+  nextUnlinked_ = list;
+  linkToThis_ = &list;
+  if (list != nullptr) list->linkToThis_ = &nextUnlinked_;
+  list = this;
+}
+
+/// Takes the node out of its list, if it is in one.
+void VmodHier::Unlink() {
+  if (linkToThis_ == nullptr) return;
+  *linkToThis_ = nextUnlinked_;
+  if (nextUnlinked_ != nullptr) nextUnlinked_->linkToThis_ = linkToThis_;
+  nextUnlinked_ = nullptr;
+  linkToThis_ = nullptr;
+}
+
+/// Deletes the subtree child by child, each one's own children first. The way back up is kept in
+/// the parent links of the nodes that are about to go, and a node's children are turned round once,
+/// so that the next one is the last: a deep tree costs neither stack nor memory.
 void VmodHier::Clear() {
-  name.clear();
-  signals.clear();
-  names.clear();
+  const auto empty = [](VmodHier& node) {
+    node.name.clear();
+    node.signals.clear();
+    node.names.clear();
+    std::reverse(node.subMods.begin(), node.subMods.end());
+  };
+  empty(*this);
   VmodHier* node = this;
   while (node != this || !subMods.empty()) {
     if (!node->subMods.empty()) {
       VmodHier* const child = node->subMods.back();
       node->subMods.pop_back();
       if (child == nullptr) continue;
+      empty(*child);
       child->parent = node;
       node = child;
     } else {
@@ -40,37 +66,37 @@ void VmodHier::Clear() {
 
 void VmodHier::AddSubMod(VmodHier* child) {
   subMods.push_back(child);
+  if (child != nullptr) child->Unlink();
 }
 
 void VmodHier::AddSignal(std::string signalName, std::string type, std::string symbol, int width) {
-  Declare(std::move(signalName), std::move(type), std::move(symbol), width);
+  DeclareIn(*this, std::move(signalName), std::move(type), std::move(symbol), width);
 }
 
-/// Declares a signal; returns the one that the code has from now on.
-VmodSignal& VmodHier::Declare(std::string signalName, std::string type, std::string symbol,
-                              int width) {
+VmodSignal& DeclareIn(VmodHier& scope, std::string name, std::string type, std::string symbol,
+                      int width) {
   // Simulators number their codes through, and many sort their names.
-  const std::size_t codes = signals.size();
-  VmodSignal& signal = signals.try_emplace(signals.end(), symbol)->second;
-  if (signals.size() > codes) {
-    signal.name = signalName;
+  const std::size_t codes = scope.signals.size();
+  VmodSignal& signal = scope.signals.try_emplace(scope.signals.end(), symbol)->second;
+  if (scope.signals.size() > codes) {
+    signal.name = name;
     signal.type = std::move(type);
     signal.symbol = symbol;
     signal.width = width;
   }
-  names.try_emplace(names.end(), std::move(signalName), std::move(symbol));
+  scope.names.try_emplace(scope.names.end(), std::move(name), std::move(symbol));
   return signal;
 }
 
-void VmodHier::AddChanges(const std::string& symbol, std::uint32_t count) {
-  const auto declared = signals.find(symbol);
-  if (declared != signals.end()) AddToCount(declared->second.changes, count);
+void AddChangesIn(VmodHier& scope, const std::string& symbol, std::uint32_t changes) {
+  const auto declared = scope.signals.find(symbol);
+  if (declared != scope.signals.end()) AddToCount(declared->second.changes, changes);
 }
 
 bool VmodHier::IncreaseChangeForSymbol(const std::string& symbol) {
   return WalkTree(*this, [&symbol](VmodHier& node) {
     if (!node.signals.contains(symbol)) return false;
-    node.AddChanges(symbol, 1);
+    AddChangesIn(node, symbol, 1);
     return true;
   });
 }
@@ -80,9 +106,7 @@ std::string VmodHier::GetNameHier(const std::string& scopeName) const {
 }
 
 std::string VmodHier::GetNameFlat(const std::string& scopeName) {
-  std::string flat = scopeName;
-  std::replace(flat.begin(), flat.end(), '/', '_');
-  return flat;
+  return SlashesFlattened(scopeName);
 }
 
 }  // namespace orsa::kesncd

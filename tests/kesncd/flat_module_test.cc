@@ -42,11 +42,10 @@ TEST_F(FlatModule, TurnsCountsIntoFrequencies) {
                             {0, 1000, 1, 0},
                             {2147483647, 1, 1, 1000 / (1 / (2147483646 * 0.5))}};
   for (const auto& [changes, span, scale, megahertz] : rows) {
-    timeScale = scale;
-    EXPECT_EQ(ToggleFrequency(static_cast<int>(changes), span), megahertz)
+    EXPECT_EQ(ToggleFrequency(static_cast<int>(changes), span, scale), megahertz)
         << changes << " " << span;
   }
-  const double frequency = ToggleFrequency(3, std::numeric_limits<double>::quiet_NaN());
+  const double frequency = ToggleFrequency(3, std::numeric_limits<double>::quiet_NaN(), 1);
   EXPECT_NE(frequency, frequency);
 }
 

@@ -48,9 +48,9 @@ struct FaultyStream {
   int reads = 0;
 };
 
-Reading ReadFaulty(Reader reader, FaultyStream faulty, bool fast = true) {
+Reading ReadFaulty(Reader reader, FaultyStream faulty, const ReadingOptions& options = {}) {
   std::FILE* const stream = faulty.Open();
-  const Reading reading = ReadDump(reader, stream, fast);
+  const Reading reading = ReadDump(reader, stream, options);
   std::fclose(stream);
   return reading;
 }
@@ -63,7 +63,8 @@ TEST_F(IoFault, ShortAndInterruptedReadsLoseNothing) {
     EXPECT_NE(expected.find("0-10 top(c[0]=3)"), std::string::npos) << expected;
     for (std::size_t most = 1; most < 9; ++most) {
       for (int way = 0; way < 4; ++way) {
-        const Reading reading = ReadFaulty(reader, {kDump, most, way % 2 == 0}, way < 2);
+        const Reading reading =
+            ReadFaulty(reader, {kDump, most, way % 2 == 0}, {.scansPlainLines = way < 2});
         EXPECT_EQ(reading.text, expected) << most << " " << way;
         EXPECT_TRUE(reading.complete) << most << " " << way;
       }

@@ -63,7 +63,7 @@ TEST_F(Readers, KeepASpanWithOneNegativeBound) {
       startCycle = start;
       endCycle = end;
       const TextStream dump(Dump("HEAD~x!~#" + std::to_string(static_cast<int>(stamp)) + "~"));
-      inDump ? (void)KesNCD().ParseVcdFileHier(dump, {}) : TakeStamp(stamp);
+      inDump ? (void)KesNCD().ParseVcdFileHier(dump, {}) : TakeStamp(stamp, startCycle, endCycle);
       EXPECT_EQ(std::pair(startCycle, endCycle), std::pair(newStart, newEnd)) << stamp;
     }
   }

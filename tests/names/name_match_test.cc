@@ -3,7 +3,7 @@
 #include <random>
 #include <vector>
 
-#include "names/name_index.h"
+#include "kesncd/model/tree_index.h"
 #include "tests/support/plain_names.h"
 #include "tests/support/testing.h"
 
@@ -99,7 +99,7 @@ TEST(NameMatch, IndexFindsWhatTheSearchFinds) {
     for (const bool exact : {true, false}) {
       std::vector<std::string> asked(200);
       std::generate(asked.begin(), asked.end(), name);
-      const NameIndex index(root, exact, {asked.begin(), asked.end()});
+      const TreeIndex index(root, exact, {asked.begin(), asked.end()});
       for (const std::string& signal : asked) {
         const std::string module = scopeName();
         double plain = -1;

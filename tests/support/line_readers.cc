@@ -3,7 +3,7 @@
 
 #include <sstream>
 
-#include "line_readers/change_scanner.h"
+#include "kesncd/readings.h"
 #include "tests/support/testing.h"
 
 namespace orsa::kesncd {
@@ -51,17 +51,18 @@ std::string TreeText(const KesNCD& analyser) {
   return text.str();
 }
 
-Reading ReadDump(Reader reader, std::FILE* stream, bool fast) {
+Reading ReadDump(Reader reader, std::FILE* stream, const ReadingOptions& options) {
   ResetReaderState();
-  useChangeScanner = fast;
   KesNCD analyser;
   analyser.SetTopModule("top");
   Reading reading;
-  if (reader == Reader::Unfiltered) reading.complete = analyser.ParseVcdFile(stream);
-  if (reader == Reader::Filtered) analyser.ParseVcdFile2(stream, {"clk", "u/q"});
-  if (reader == Reader::Hierarchical) reading.complete = analyser.ParseVcdFileHier(stream, {});
+  const std::set<std::string> selection{"clk", "u/q"};
+  VmodHier* unlinked = nullptr;
+  const ModuleTree tree{analyser.codeIndex, analyser.hierRoot, unlinked};
+  if (reader == Reader::Unfiltered) reading.complete = ReadFlat(stream, nullptr, options);
+  if (reader == Reader::Filtered) ReadFlat(stream, &selection, options);
+  if (reader == Reader::Hierarchical) reading.complete = ReadTree(stream, tree, options);
   if (reader == Reader::Grammar) reading.complete = ParseVcdFile(stream) == 0;
-  useChangeScanner = true;
   for (const auto& [code, scopes] : analyser.codeIndex) {
     for (VmodHier* scope : scopes) reading.changes += scope->signals[code].changes;
   }
@@ -70,21 +71,24 @@ Reading ReadDump(Reader reader, std::FILE* stream, bool fast) {
   text << State();
   if (!topMod.GetName().empty()) text << topMod.GetName() << "(" << TopModCounts() << ")";
   reading.text = text.str() + TreeText(analyser);
+  while (unlinked != nullptr) delete unlinked;
   return reading;
 }
 
 Reading ExpectSamePaths(Reader reader, const std::string& dump) {
-  Reading readings[2];
-  std::string ends[2];
-  for (const bool fast : {false, true}) {
+  Reading reading;
+  std::string expected;
+  const ReadingOptions small{.blockBytes = 4200, .longestDirectCode = 2};
+  for (const ReadingOptions& options : {ReadingOptions{.scansPlainLines = false}, small, {}}) {
     const TextStream stream(dump);
-    readings[fast] = ReadDump(reader, stream, fast);
-    ends[fast] = readings[fast].text + (readings[fast].complete ? " at " : " gave up at ") +
-                 std::to_string(std::ftell(stream));
+    reading = ReadDump(reader, stream, options);
+    const std::string found = reading.text + (reading.complete ? " at " : " gave up at ") +
+                              std::to_string(std::ftell(stream));
+    if (expected.empty()) expected = found;
+    EXPECT_EQ(found, expected) << "reader " << static_cast<int>(reader) << "\n"
+                               << ::testing::PrintToString(dump.substr(0, 3000));
   }
-  EXPECT_EQ(ends[true], ends[false]) << "reader " << static_cast<int>(reader) << "\n"
-                                     << ::testing::PrintToString(dump.substr(0, 3000));
-  return readings[true];
+  return reading;
 }
 
 }  // namespace orsa::kesncd

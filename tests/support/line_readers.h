@@ -6,6 +6,7 @@
 #include <string>
 
 #include "kesncd/kesncd.h"
+#include "line_readers/dump_lines.h"
 
 namespace orsa::kesncd {
 
@@ -27,13 +28,13 @@ struct Reading {
   bool complete = true;   ///< as far as the reader says
   long long changes = 0;  ///< all counts together
 };
-Reading ReadDump(Reader reader, std::FILE* stream, bool fast = true);
+Reading ReadDump(Reader reader, std::FILE* stream, const ReadingOptions& options = {});
 
 /// An analyser's scopes with their counts: "top(clk=1 u(q=0))", after " +" those that hang nowhere.
 std::string TreeText(const KesNCD& analyser);
 
-/// Reads a dump by the fast path and by the plain one, which must agree, also in where they leave
-/// the stream.
+/// Reads a dump by the fast path, by the plain one, and with small blocks and tables, which must
+/// agree, also in where they leave the stream.
 Reading ExpectSamePaths(Reader reader, const std::string& dump);
 
 }  // namespace orsa::kesncd

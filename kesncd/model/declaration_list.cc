@@ -1,4 +1,5 @@
-#include "line_readers/code_index.h"
+// Sorting declarations by code, and sharing out the changes.
+#include "kesncd/model/declaration_list.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -21,7 +22,7 @@ constexpr std::size_t kStartBytes = sizeof(std::uint64_t);
 // How many declarations ahead memory is fetched: those of a large header lie far apart.
 constexpr std::size_t kAhead = 16;
 
-/// The first eight bytes as a number that orders as the bytes do; zeros behind a shorter code.
+/// The first eight bytes as a number that orders as the bytes do; zeros after a shorter code.
 std::uint64_t StartOf(const std::string& code) {
   std::uint64_t start = 0;
   for (std::size_t i = 0; i < kStartBytes; ++i) {
@@ -30,7 +31,7 @@ std::uint64_t StartOf(const std::string& code) {
   return start;
 }
 
-/// Whether the start is the whole code: codes hold no NUL, so a zero stands behind a shorter one.
+/// Whether the start is the whole code: codes hold no NUL, so a zero stands after a shorter one.
 bool IsWhole(std::uint64_t start) {
   return (start & 0xFF) == 0;
 }
@@ -48,26 +49,42 @@ std::string CodeOf(std::uint64_t start) {
 
 void DeclarationList::Append(VmodHier* scope, VmodSignal& signal) {
   list_.push_back({scope, &signal});
+  if (!counting_) return;
+  std::uint64_t& taken = taken_[signal.symbol];
+  taken += counts_.Take(signal.symbol);
+  lateStarts_.push_back(taken);
 }
 
-void DeclarationList::FetchAhead(std::size_t position, const CodeCounts& counts) const {
-  if (position + kAhead < list_.size()) counts.Fetch(list_[position + kAhead].signal->symbol);
+void DeclarationList::FetchAhead(std::size_t position) const {
+  if (position + kAhead < list_.size()) counts_.Fetch(list_[position + kAhead].signal->symbol);
 }
 
-void DeclarationList::AddCounts(CodeCounts& counts) const {
+std::uint64_t DeclarationList::ChangesBefore(std::size_t position) const {
+  return counting_ && position >= firstLate_ ? lateStarts_[position - firstLate_] : 0;
+}
+
+void DeclarationList::AddCounts() {
   for (std::size_t i = 0; i < list_.size(); ++i) {
-    FetchAhead(i, counts);
-    AddToCount(list_[i].signal->changes, counts.Get(list_[i].signal->symbol));
+    FetchAhead(i);
+    VmodSignal& signal = *list_[i].signal;
+    std::uint64_t changes = counts_.Get(signal.symbol);
+    if (!taken_.empty()) {
+      const auto taken = taken_.find(signal.symbol);
+      if (taken != taken_.end()) changes += taken->second;
+    }
+    changes -= ChangesBefore(i);
+    AddToCount(signal.changes,
+               static_cast<std::uint32_t>(std::min<std::uint64_t>(changes, kMostCounted)));
   }
 }
 
-void DeclarationList::Index(CodeIndex& index, CodeCounts& counts) {
+void DeclarationList::Index(CodeIndex& index) {
   std::vector<Key> keys;
   keys.reserve(list_.size() - indexed_);
   for (; indexed_ < list_.size(); ++indexed_) {
-    FetchAhead(indexed_, counts);
+    FetchAhead(indexed_);
     const std::string& code = list_[indexed_].signal->symbol;
-    if (!index.contains(code)) counts.Add(code);
+    if (!index.contains(code)) counts_.Add(code);
     keys.push_back({StartOf(code), indexed_});
   }
   const auto longCode = [this](const Key& key) -> const std::string& {
@@ -86,6 +103,10 @@ void DeclarationList::Index(CodeIndex& index, CodeCounts& counts) {
     code = IsWhole(key.start) ? CodeOf(key.start) : longCode(key);
     if (entry == index.end() || entry->first != code) entry = index.try_emplace(index.end(), code);
     entry->second.push_back(list_[key.position].scope);
+  }
+  if (!counting_) {
+    counting_ = true;
+    firstLate_ = list_.size();
   }
 }
 

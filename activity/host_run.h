@@ -1,0 +1,42 @@
+// What a dump says by the counting rule of hosts, counted straight from its items: how often each
+// identifier code was given a value. Every 0 or 1 of a scalar counts and every value of a vector or
+// a real, also one that repeats the value before; x and z of scalars do not, nor does anything
+// while dumping is off. (Exact activity, bit by bit, is counted elsewhere.)
+#ifndef KESNCD_ACTIVITY_HOST_RUN_H_
+#define KESNCD_ACTIVITY_HOST_RUN_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "free_format/body_window.h"
+#include "free_format/prepare.h"
+#include "text/byte_stream.h"
+#include "vcd/declarations.h"
+
+namespace orsa::kesncd {
+
+/// Where a count stops, as it does in a host.
+inline constexpr std::uint32_t kMostChanges = INT32_MAX;
+
+struct HostRun {
+  Declarations declarations;
+  std::vector<std::uint32_t> changes;  // by code number, kMostChanges at most
+  double firstTick = 0;                // the span
+  double lastTick = 0;
+  std::optional<double> nsPerTick;   // nothing for a dump without a time scale
+  std::string whyUnknown;            // why no frequency is known; empty where they are
+  std::vector<std::string> remarks;  // what could not be read, and what a user must know
+
+  double SpanTicks() const { return lastTick - firstTick; }
+  std::uint32_t ChangesOf(const DumpVariable& variable) const { return changes[variable.codeId]; }
+};
+
+/// Reads a whole dump, once. Throws Failure with Unusable for what is no VCD file or declares no
+/// variable, with NothingMatched where nothing lies in the window; messages call the dump `name`.
+HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {});
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_HOST_RUN_H_

@@ -1,0 +1,186 @@
+// Reading figures one way or the other, and choosing a module of theirs.
+#include "cli/commands/figures.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <unordered_map>
+
+#include "cli/commands/host_runs.h"
+#include "cli/process/exit_status.h"
+#include "names/frequency.h"
+#include "names/scope_search.h"
+#include "text/failure.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+using orsa::kesncd::VmodHier;
+
+Figures ReadDirectly(const FigureOptions& options) {
+  Figures figures{NameOf(options.input), {}, false};
+  UnpackedSource dump = OpenDump(options.input);
+  figures.run = ReadHostRun(*dump.bytes, figures.dump, options.window);
+  dump.bytes.reset();  // and with it the line that shows how far it was read
+  for (const std::string& remark : figures.run.remarks) Remark(figures.dump, remark);
+  if (!figures.run.whyUnknown.empty()) Remark(figures.dump, figures.run.whyUnknown);
+  return figures;
+}
+
+/// Turns a module tree into the declarations that all commands work on.
+class TreeCopy {
+ public:
+  explicit TreeCopy(HostRun& run) : run_(run) { run_.declarations.scopes.resize(1); }
+
+  void Copy(const VmodHier& root) {
+    struct Pending {
+      const VmodHier* node;
+      std::uint32_t parent;
+    };
+    std::vector<Pending> pending{{&root, Declarations::kDump}};
+    while (!pending.empty()) {
+      const Pending next = pending.back();
+      pending.pop_back();
+      const std::uint32_t scope = AddScope(*next.node, next.parent);
+      const auto& below = next.node->subMods;
+      for (auto child = below.rbegin(); child != below.rend(); ++child) {
+        pending.push_back({*child, scope});
+      }
+    }
+  }
+
+ private:
+  std::uint32_t AddScope(const VmodHier& node, std::uint32_t parent) {
+    Declarations& declarations = run_.declarations;
+    const auto scope = static_cast<std::uint32_t>(declarations.scopes.size());
+    declarations.scopes[parent].scopes.push_back(scope);
+    declarations.scopes.emplace_back();
+    declarations.scopes[scope].name = node.name;
+    declarations.scopes[scope].kind = "module";
+    declarations.scopes[scope].parent = parent;
+    declarations.scopes[scope].populated = true;
+    for (const auto& [symbol, signal] : node.signals) AddSignal(symbol, signal, scope);
+    return scope;
+  }
+
+  void AddSignal(const std::string& symbol, const orsa::kesncd::VmodSignal& signal,
+                 std::uint32_t scope) {
+    DumpVariable variable;
+    variable.name = signal.name;
+    variable.width = static_cast<std::uint32_t>(std::max(signal.width, 0));
+    variable.scope = scope;
+    variable.codeId = CodeId(symbol, static_cast<std::uint32_t>(signal.changes));
+    run_.declarations.scopes[scope].variables.push_back(
+        static_cast<std::uint32_t>(run_.declarations.variables.size()));
+    run_.declarations.variables.push_back(std::move(variable));
+  }
+
+  /// A code that was declared again after changes has fewer of them there: that is another signal.
+  std::uint32_t CodeId(const std::string& symbol, std::uint32_t changes) {
+    const auto [place, isNew] = codes_.try_emplace({symbol, changes}, run_.changes.size());
+    if (isNew) run_.changes.push_back(changes);
+    return static_cast<std::uint32_t>(place->second);
+  }
+
+  HostRun& run_;
+  std::map<std::pair<std::string, std::uint32_t>, std::size_t> codes_;
+};
+
+/// Scopes with variables go before those without.
+std::uint32_t BestOf(const Declarations& declarations, const std::vector<std::uint32_t>& scopes) {
+  for (const std::uint32_t scope : scopes) {
+    if (!declarations.scopes[scope].variables.empty()) return scope;
+  }
+  return scopes.front();
+}
+
+void SayWhichOf(const Figures& figures, const std::vector<std::uint32_t>& scopes,
+                const std::string& text, std::uint32_t chosen) {
+  std::vector<std::string> others;
+  for (const std::uint32_t scope : scopes) {
+    if (scope != chosen) others.push_back(figures.run.declarations.ShortPathOf(scope));
+  }
+  if (others.empty()) return;
+  Remark(figures.dump, text + " means " + std::to_string(scopes.size()) + " scopes; taken is " +
+                           figures.run.declarations.ShortPathOf(chosen) + ", not " +
+                           ShortList(others));
+}
+
+[[noreturn]] void FailUnknown(const Figures& figures, const std::string& text) {
+  const Declarations& declarations = figures.run.declarations;
+  std::vector<std::string> near = NearScopes(declarations, text);
+  std::string hint = "; did you mean " + ShortList(near) + "?";
+  if (near.empty()) {
+    for (std::uint32_t i = 1; i < declarations.scopes.size() && near.size() < 100; ++i) {
+      if (!declarations.scopes[i].variables.empty()) near.push_back(declarations.ShortPathOf(i));
+    }
+    hint = "; its modules are " + ShortList(near);
+  }
+  throw Failure(FailureKind::NothingMatched, figures.dump + ": no scope " + text + hint);
+}
+
+}  // namespace
+
+Cell Figures::Frequency(std::uint32_t changes) const {
+  if (!isAsIs && !run.whyUnknown.empty()) return {};
+  const double frequency =
+      ToggleFrequency(static_cast<int>(changes), run.SpanTicks(), run.nsPerTick.value_or(0));
+  if (!std::isfinite(frequency) || (!isAsIs && frequency < 0)) return {};
+  return frequency;
+}
+
+Figures FiguresOfTree(const std::string& dump, const VmodHier& root) {
+  Figures figures{dump, {}, true};
+  TreeCopy(figures.run).Copy(root);
+  figures.run.nsPerTick = orsa::kesncd::timeScale;
+  figures.run.firstTick = orsa::kesncd::startCycle;
+  figures.run.lastTick = orsa::kesncd::endCycle;
+  return figures;
+}
+
+Figures ReadFigures(const FigureOptions& options) {
+  if (!options.input.asIs) return ReadDirectly(options);
+  DumpInput input(options.input);
+  orsa::kesncd::KesNCD analyser;
+  ReadTree(analyser, input);
+  return FiguresOfTree(input.name(), *analyser.hierRoot);
+}
+
+std::string ScopeName(const Declarations& declarations, std::uint32_t scope) {
+  if (scope != Declarations::kDump) return declarations.ShortPathOf(scope);
+  return "/ (variables outside every scope)";
+}
+
+std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
+  const Declarations& declarations = figures.run.declarations;
+  if (text.empty()) return OutermostWithVariables(declarations);
+  if (text == "/") return Declarations::kDump;
+  const std::vector<std::uint32_t> scopes = FindScopes(declarations, text);
+  if (scopes.empty()) FailUnknown(figures, text);
+  const std::uint32_t chosen = BestOf(declarations, scopes);
+  SayWhichOf(figures, scopes, text, chosen);
+  return chosen;
+}
+
+Facts RunFacts(const Figures& figures, const std::string& top) {
+  const HostRun& run = figures.run;
+  return {{"dump", figures.dump},
+          {"top", top},
+          {"timescale_ns", run.nsPerTick ? Cell(*run.nsPerTick) : Cell()},
+          {"start_tick", run.firstTick},
+          {"end_tick", run.lastTick},
+          {"figures", std::string("host")}};
+}
+
+std::string ShortList(const std::vector<std::string>& names) {
+  constexpr std::size_t kShown = 12;
+  std::string text;
+  for (std::size_t i = 0; i < std::min(names.size(), kShown); ++i) {
+    text += (i == 0 ? "" : ", ") + names[i];
+  }
+  if (names.size() <= kShown) return text;
+  return text + " and " + std::to_string(names.size() - kShown) + " more";
+}
+
+}  // namespace orsa::kesncd::cli

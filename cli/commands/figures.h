@@ -1,0 +1,59 @@
+// The figures that most commands start from: a dump's scopes and signals with their counts by the
+// rule of hosts, read directly or, with --as-is, by the library's hierarchical run.
+#ifndef KESNCD_CLI_COMMANDS_FIGURES_H_
+#define KESNCD_CLI_COMMANDS_FIGURES_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "activity/host_run.h"
+#include "cli/input/dump_input.h"
+#include "export/result_writer.h"
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd::cli {
+
+/// What a user tells a command about the dump and the part of its time to look at.
+struct FigureOptions {
+  InputOptions input;
+  TimeWindow window;
+};
+
+struct Figures {
+  std::string dump;  // what messages and results call it
+  HostRun run;
+  bool isAsIs = false;
+
+  /// The frequency of a signal with so many changes. Of a dump without a time scale or a span
+  /// nothing is known, though under --as-is it is what a host gets.
+  Cell Frequency(std::uint32_t changes) const;
+  Cell FrequencyOf(const DumpVariable& variable) const {
+    return Frequency(run.ChangesOf(variable));
+  }
+};
+
+/// Reads the dump and says what a user must know about the figures. Throws Failure.
+Figures ReadFigures(const FigureOptions& options);
+
+/// The figures of a module tree that the library has read last.
+Figures FiguresOfTree(const std::string& dump, const orsa::kesncd::VmodHier& root);
+
+/// The scope that a text means, as every option for a module takes it: a path, the end of one or a
+/// name, "/" for the variables outside every scope; an empty text proposes one that declares
+/// variables. Says which one it took where several are meant. Throws Failure with NothingMatched,
+/// and what may have been meant, where there is none.
+std::uint32_t ChosenScope(const Figures& figures, const std::string& text);
+
+/// What messages call a scope.
+std::string ScopeName(const Declarations& declarations, std::uint32_t scope);
+
+/// The facts that results begin with.
+Facts RunFacts(const Figures& figures, const std::string& top);
+
+/// The first of many names for a message, and how many more there are.
+std::string ShortList(const std::vector<std::string>& names);
+
+}  // namespace orsa::kesncd::cli
+
+#endif  // KESNCD_CLI_COMMANDS_FIGURES_H_

@@ -1,0 +1,45 @@
+// Building the module tree and its code index from the declarations of a hierarchical reading.
+#ifndef KESNCD_MODEL_TREE_BUILDER_H_
+#define KESNCD_MODEL_TREE_BUILDER_H_
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "kesncd/kesncd.h"
+#include "kesncd/model/declaration_list.h"
+#include "line_readers/code_counts.h"
+#include "line_readers/declaration_sink.h"
+
+namespace orsa::kesncd {
+
+/// A tree that a reading adds to. Nodes that hang nowhere are linked to `unlinked`.
+struct ModuleTree {
+  CodeIndex& index;
+  VmodHier*& root;
+  VmodHier*& unlinked;
+};
+
+/// Takes the declarations of one reading; Finish after its last line.
+class TreeBuilder : public DeclarationSink {
+ public:
+  /// `counts` are those of the reading. Codes that the index holds before it are not counted.
+  TreeBuilder(const ModuleTree& tree, CodeCounts& counts) : tree_(tree), declarations_(counts) {}
+
+  void OpenScope(const char* name) override;
+  void CloseScope() override;
+  void Declare(Declaration& declaration) override;
+  void EndDefinitions() override;
+
+  /// Completes the index and gives every signal its changes.
+  void Finish();
+
+ private:
+  ModuleTree tree_;
+  DeclarationList declarations_;
+  VmodHier* current_ = nullptr;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_MODEL_TREE_BUILDER_H_

@@ -1,0 +1,25 @@
+// One reading of an open dump by a strict reader, into the module or the tree that hosts see.
+#ifndef KESNCD_READINGS_H_
+#define KESNCD_READINGS_H_
+
+#include <cstdio>
+#include <set>
+#include <string>
+
+#include "kesncd/kesncd.h"
+#include "kesncd/model/tree_builder.h"
+#include "line_readers/dump_lines.h"
+
+namespace orsa::kesncd {
+
+/// Reads the selected variables of the top module into `topMod`, all of them without a selection.
+/// Then changes of codes that `topMod` held before count too.
+bool ReadFlat(std::FILE* dump, const std::set<std::string>* selection,
+              const ReadingOptions& options = {});
+
+/// Reads all scopes into a tree, which may hold some before.
+bool ReadTree(std::FILE* dump, ModuleTree tree, const ReadingOptions& options = {});
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_READINGS_H_

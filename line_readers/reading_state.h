@@ -1,0 +1,19 @@
+// What a strict reading takes over from the readings before it and leaves to the next one. The
+// readers keep no state of their own: whoever starts a reading passes this in and has it back, also
+// when the reading ends by an exception.
+#ifndef KESNCD_LINE_READERS_READING_STATE_H_
+#define KESNCD_LINE_READERS_READING_STATE_H_
+
+namespace orsa::kesncd {
+
+struct ReadingState {
+  double firstTick = -1.0;  // the first time stamp; negative: none yet
+  double lastTick = -1.0;   // the latest one
+  double nsPerTick = 0.0;   // the time scale
+  int recording = 1;        // changes count while it is exactly 1; a caller may set any value
+  int topMatched = 0;       // becomes 1 when a reader meets its scope, and never 0 again
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_LINE_READERS_READING_STATE_H_

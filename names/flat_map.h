@@ -1,0 +1,61 @@
+// The flat map of a module: its signals under design-style names, a bus bit by bit ("data[7:0]" is
+// data_0 to data_7), as a host gets it. A name that two signals have is the first one's.
+//
+// The map is kept as ranges, so that a bus of a million bits costs no more than a single signal
+// until somebody walks its names.
+#ifndef KESNCD_NAMES_FLAT_MAP_H_
+#define KESNCD_NAMES_FLAT_MAP_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "vcd/declarations.h"
+
+namespace orsa::kesncd {
+
+/// The ranges of one map together may stand for so many names, as in a host's.
+inline constexpr std::uint64_t kMostFlatNames = 16777216;
+
+class FlatMap {
+ public:
+  /// All signals of a scope.
+  FlatMap(const Declarations& declarations, std::uint32_t scope);
+  /// Those that the names ask for: by the dump's own name, with or without its range, or by a name
+  /// of the map, which for a bus means a bit of it. "/" may stand for "_".
+  FlatMap(const Declarations& declarations, std::uint32_t scope,
+          const std::vector<std::string>& names);
+
+  /// How many names its ranges stand for; more than kMostFlatNames are too many to walk.
+  std::uint64_t RangeNames() const;
+  /// Visits the names in order, bits by their number: `visit(name, variable)`.
+  void Walk(
+      const std::function<void(const std::string& name, std::uint32_t variable)>& visit) const;
+  /// The names asked for that no signal has.
+  const std::vector<std::string>& Missing() const { return missing_; }
+
+ private:
+  /// `base` with each number from `low` to `high` after it, or `base` alone.
+  struct Entry {
+    std::string base;
+    bool hasNumber = false;
+    bool isRange = false;
+    std::int64_t low = 0;
+    std::int64_t high = 0;
+    std::uint32_t variable = 0;
+  };
+
+  static Entry EntryOf(const Declarations& declarations, std::uint32_t variable);
+  void Sort();
+  void WalkGroup(std::size_t begin, std::size_t end,
+                 const std::function<void(const std::string&, std::uint32_t)>& visit) const;
+
+  std::vector<Entry> entries_;  // by base, then by number
+  std::vector<std::string> missing_;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_NAMES_FLAT_MAP_H_

@@ -1,0 +1,98 @@
+// Finds many signals of a dump by what a user calls them.
+//
+// A name may be a path from a top-level scope, the end of a path, or a bare name; its last part may
+// be the dump's own name of a signal, a design's name (see name_match.h) or the name under which
+// the flat map lists a bit ("data_3"). The surest reading that finds something counts: a whole path
+// goes before the end of one, more scopes before fewer, the dump's own name before a design's.
+// Scopes that share an identifier code are one answer, the outermost; different codes are different
+// answers.
+#ifndef KESNCD_NAMES_SIGNAL_SEARCH_H_
+#define KESNCD_NAMES_SIGNAL_SEARCH_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "text/secret_hash.h"
+#include "vcd/declarations.h"
+
+namespace orsa::kesncd {
+
+/// What one name means.
+struct SignalAnswer {
+  std::vector<std::uint32_t> variables;  // outermost first; several: the name is ambiguous
+  std::uint64_t more = 0;                // further ones that were not kept
+};
+
+/// The names are looked up together, in one walk of the tree: the time is in proportion to the
+/// names, the declarations and the answers.
+class SignalSearch {
+ public:
+  /// Looks the names up in the scope `top` and those below it. `exact` false: letter case makes no
+  /// difference. Nothing of the arguments is kept.
+  SignalSearch(const Declarations& declarations, std::uint32_t top, bool exact,
+               const std::vector<std::string>& names);
+
+  /// What the name of that number means.
+  const SignalAnswer& Answer(std::size_t name) const { return answers_[answerOf_[name]].answer; }
+
+ private:
+  /// Answers kept for one name. Whoever asks for more means something else.
+  static constexpr std::size_t kMostAnswers = 64;
+
+  struct Query {
+    SignalAnswer answer;
+    std::vector<std::uint32_t> codes;  // of the answer's variables
+    std::uint32_t level = UINT32_MAX;  // how sure the reading is that found them; less is surer
+  };
+  /// A reading of a name: whose it is, and how sure.
+  struct Reading {
+    std::uint32_t query;
+    std::uint32_t level;
+  };
+  /// Readings as a bit of a range, by the bit's number. `next` leads past readings that need no
+  /// further answer.
+  struct BitReadings {
+    std::vector<std::pair<std::int64_t, Reading>> readings;
+    std::vector<std::uint32_t> next;
+  };
+  /// A scope text that names begin with, as a scope's path ends in it.
+  struct ScopeText {
+    std::uint32_t id;
+    bool isWhole;
+  };
+
+  void Ask(const std::string& name);
+  void AddReadings(std::uint32_t query, std::string_view scopeText, std::string_view signal,
+                   std::uint32_t rank);
+  void AddText(std::uint32_t scopeText, char kind, std::string_view text, const Reading& reading);
+  void AddBit(std::uint32_t scopeText, char kind, std::string_view base, std::int64_t bit,
+              const Reading& reading);
+  void SortBits();
+  std::vector<ScopeText> TextsOf(const Declarations& declarations, std::uint32_t scope) const;
+  void Take(const Declarations& declarations, std::uint32_t variable,
+            const std::vector<ScopeText>& texts);
+  void TakeText(std::uint32_t variable, std::uint32_t codeId, const ScopeText& scope, char kind,
+                std::string_view text);
+  void TakeRange(std::uint32_t variable, std::uint32_t codeId, const ScopeText& scope, char kind,
+                 std::string_view base, std::int64_t low, std::int64_t high);
+  bool Enter(const Reading& reading, bool isWhole, std::uint32_t variable, std::uint32_t codeId);
+  std::string Folded(std::string_view text) const;
+  bool IsExpected(std::string_view text) const;
+
+  const bool exact_;
+  std::vector<Query> answers_;
+  std::vector<std::uint32_t> answerOf_;  // by name: names that are alike are asked once
+  std::unordered_map<std::string, std::uint32_t, SecretTextHash> queries_;
+  std::unordered_map<std::string, std::uint32_t, SecretTextHash> scopeTexts_;
+  std::size_t longestScopeText_ = 0;
+  std::unordered_map<std::string, std::vector<Reading>, SecretTextHash> texts_;
+  std::unordered_map<std::string, BitReadings, SecretTextHash> bits_;
+  std::vector<bool> expected_;  // by hash: texts that some reading is looked up by
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_NAMES_SIGNAL_SEARCH_H_
