@@ -6,6 +6,7 @@
 #include "cli/command_line.h"
 #include "cli/options/parse.h"
 #include "cli/process/interrupt.h"
+#include "cli/process/messages.h"
 #include "cli/process/standard_streams.h"
 
 namespace orsa::kesncd::cli {
@@ -33,8 +34,8 @@ int main(int argc, char** argv) {
     status = RunProgram(argc, argv);
     FlushStandardOutput();
   } catch (const Failure& failure) {
-    Say("", failure.what());
     status = StatusOf(failure);
+    if (status != ExitStatus::ReaderGone) Say("", failure.what());
   } catch (const std::exception& error) {
     Say("", error.what());
   }

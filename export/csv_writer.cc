@@ -1,39 +1,51 @@
-#include <ostream>
-
-#include "export/report.h"
+// Rows for spreadsheets and scripts.
+#include "export/result_writer.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
-std::string Quoted(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"') quoted += '"';
-    quoted += c;
+class CsvWriter : public ResultWriter {
+ public:
+  CsvWriter(const ResultHead& head, ByteSink& out) : ResultWriter(out) {
+    for (const Column& column : head.columns) {
+      if (!text_.empty()) text_ += ',';
+      AppendQuoted(column.name);
+    }
+    text_ += "\r\n";
   }
-  return quoted + '"';
-}
 
-std::string CsvText(const Cell& cell) {
-  if (const auto* text = std::get_if<std::string>(&cell)) return Quoted(*text);
-  if (const auto* count = std::get_if<std::int64_t>(&cell)) return std::to_string(*count);
-  if (const auto* value = std::get_if<double>(&cell)) return NumberText(*value);
-  return "";
-}
+  void Add(const Row& row) override {
+    for (std::size_t c = 0; c < row.size(); ++c) {
+      if (c > 0) text_ += ',';
+      if (const auto* text = std::get_if<std::string>(&row[c])) {
+        AppendQuoted(*text);
+      } else {
+        text_ += NumberText(row[c]);
+      }
+    }
+    text_ += "\r\n";
+    PassOn();
+  }
+
+  void End(const ResultTail& /*tail*/) override { PassOn(0); }
+
+ private:
+  void AppendQuoted(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+      text_ += text;
+      return;
+    }
+    text_ += '"';
+    for (const char c : text) text_.append(c == '"' ? 2 : 1, c);
+    text_ += '"';
+  }
+};
 
 }  // namespace
 
-void WriteCsv(const Report& report, std::ostream& out) {
-  for (std::size_t c = 0; c < report.columns.size(); ++c) {
-    out << (c > 0 ? "," : "") << Quoted(report.columns[c]);
-  }
-  out << "\r\n";
-  for (const auto& row : report.rows) {
-    for (std::size_t c = 0; c < row.size(); ++c) out << (c > 0 ? "," : "") << CsvText(row[c]);
-    out << "\r\n";
-  }
+std::unique_ptr<ResultWriter> MakeCsvWriter(const ResultHead& head, ByteSink& out) {
+  return std::make_unique<CsvWriter>(head, out);
 }
 
 }  // namespace orsa::kesncd

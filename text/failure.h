@@ -12,6 +12,7 @@ enum class FailureKind {
   NothingMatched,  // nothing of what was asked for is in the input
   Unusable,        // wrong use, or an input that cannot be read
   OutputFailed,    // the result could not be written
+  ReaderGone,      // who read the result through a pipe wants no more of it
 };
 
 /// The text, which may have several lines, is what the user reads.

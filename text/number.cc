@@ -1,6 +1,8 @@
 #include "text/number.h"
 
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -52,6 +54,27 @@ std::string DisplayText(double value) {
   std::array<char, 32> text{};
   (void)std::snprintf(text.data(), text.size(), "%g", value);
   return text.data();
+}
+
+std::string ShortestText(double value) {
+  std::array<char, 32> text{};
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), value);
+  return {text.data(), result.ptr};
+}
+
+std::string RoundedText(double value, int digits) {
+  constexpr double kLeastPlain = 1e-9;
+  constexpr double kMostPlain = 1e15;
+  std::array<char, 64> text{};
+  char* const end = text.data() + text.size();
+  const auto rounding =
+      std::to_chars(text.data(), end, value, std::chars_format::scientific, digits - 1);
+  double rounded = value;
+  (void)std::from_chars(text.data(), rounding.ptr, rounded);
+  const double size = std::abs(rounded);
+  if (size != 0 && (size < kLeastPlain || size >= kMostPlain)) return ShortestText(rounded);
+  const auto result = std::to_chars(text.data(), end, rounded, std::chars_format::fixed);
+  return {text.data(), result.ptr};
 }
 
 }  // namespace orsa::kesncd

@@ -30,6 +30,13 @@ int ScanInt(const char* text);
 /// A double as an output stream with default formatting writes it: six significant digits.
 std::string DisplayText(double value);
 
+/// The shortest text that reads back to the same value.
+std::string ShortestText(double value);
+
+/// The value rounded to so many significant digits, without an exponent where a reader could still
+/// tell the size: "33.33", "0.0005".
+std::string RoundedText(double value, int digits);
+
 }  // namespace orsa::kesncd
 
 #endif  // KESNCD_TEXT_NUMBER_H_

@@ -3,11 +3,12 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
-#include "cli/output/result_file.h"
+#include "cli/output/output.h"
 #include "cli/process/exit_status.h"
 #include "kesncd/kesncd.h"
 #include "text/byte_stream.h"
@@ -42,11 +43,22 @@ std::string ActivityPathOf(const std::string& dump) {
   return std::filesystem::is_regular_file(dump, ignored) ? dump + ".txt" : "";
 }
 
+void RequireActivityFile(const std::string& path) {
+  constexpr std::string_view kStart = "module | ";
+  if (!PlaceOf(path).IsRegular()) return;
+  std::array<char, kStart.size()> start{};
+  FileSource file(path);
+  const std::size_t size = ReadFully(file, start.data(), start.size());
+  if (std::string_view(start.data(), size) == kStart) return;
+  throw Failure(FailureKind::Unusable,
+                path + ": is there already and is no activity file; it is left as it is");
+}
+
 void SaveActivity(const std::string& path) {
   const MemoryFile memory;
   orsa::kesncd::topMod.DumpIntoFile(memory.path());
   FileSource text(memory.path());
-  ResultFile file(path);
+  OutputFile file(path);
   CopyBytes(text, file);
   file.Commit();
 }

@@ -3,6 +3,7 @@
 
 #include "cli/commands/commands.h"
 #include "free_format/dump_findings.h"
+#include "text/number.h"
 
 namespace orsa::kesncd::cli {
 
@@ -44,9 +45,7 @@ std::string NameOfTop(const Declarations& declarations) {
   return declarations.scopes[top].name;
 }
 
-std::vector<std::pair<std::string, Cell>> Facts(const std::string& dump,
-                                                const Declarations& declarations,
-                                                const BodyFacts& body) {
+Facts FactsOf(const std::string& dump, const Declarations& declarations, const BodyFacts& body) {
   const double ticks = static_cast<double>(body.lastTick) - static_cast<double>(body.firstTick);
   Cell tick;
   Cell span;
@@ -66,7 +65,7 @@ std::vector<std::pair<std::string, Cell>> Facts(const std::string& dump,
           {"top", NameOfTop(declarations)}};
 }
 
-std::vector<Cell> RowOf(const Finding& finding) {
+Row RowOf(const Finding& finding) {
   const FindingText& text = TextOf(finding.kind);
   const auto number = [](std::uint64_t value) { return static_cast<std::int64_t>(value); };
   return {std::string(text.finding),
@@ -77,38 +76,36 @@ std::vector<Cell> RowOf(const Finding& finding) {
           std::string(text.remedy)};
 }
 
-std::string LastLines(const Report& report, const Declarations& declarations,
-                      const BodyFacts& body) {
+std::string LastLines(std::size_t findings, const std::vector<std::string>& modules,
+                      const Declarations& declarations, const BodyFacts& body) {
   const std::string span =
       declarations.tick && body.lastTick > body.firstTick
-          ? NumberText(static_cast<double>(body.lastTick - body.firstTick) *
-                       static_cast<double>(*declarations.tick) / kFemtosecondsPerNanosecond) +
+          ? ShortestText(static_cast<double>(body.lastTick - body.firstTick) *
+                         static_cast<double>(*declarations.tick) / kFemtosecondsPerNanosecond) +
                 " ns"
           : "no time";
-  return Counted(report.rows.size(), "finding") + "; " +
-         Counted(declarations.variables.size(), "signal") + " with " +
-         Counted(body.changes, "change") + " in " + span + "; a good top module is " +
-         NameOfTop(declarations) +
-         "\nmodules with signals: " + ShortList(report.lists.front().second);
+  return Counted(findings, "finding") + "; " + Counted(declarations.variables.size(), "signal") +
+         " with " + Counted(body.changes, "change") + " in " + span + "; a good top module is " +
+         NameOfTop(declarations) + "\nmodules with signals: " + ShortList(modules);
 }
 
 ExitStatus Run(const Options& options) {
+  CheckOutputs({options.input.dump}, {options.output.path});
   const std::string name = NameOf(options.input);
   UnpackedSource dump = OpenDump(options.input);
   const auto [declarations, body, findings] = CheckDump(*dump.bytes, name, dump.packing);
   dump.bytes.reset();
-  Report report{Facts(name, declarations, body),
-                "findings",
-                {"finding", "count", "of", "line", "example", "remedy"},
-                {},
-                ""};
-  for (const Finding& finding : findings) {
-    report.rows.push_back(RowOf(finding));
-  }
-  report.lists.emplace_back("modules", ModulesWithVariables(declarations));
-  report.lastLine = LastLines(report, declarations, body);
-  WriteReport(report, options.output);
-  return report.rows.empty() ? ExitStatus::Done : ExitStatus::Findings;
+  const std::vector<std::string> modules = ModulesWithVariables(declarations);
+  ResultOutput result(
+      options.output,
+      {FactsOf(name, declarations, body),
+       "findings",
+       {{"finding", true}, "count", {"of", true}, "line", "example", {"remedy", true}},
+       "-",
+       {{"modules", modules}}});
+  for (const Finding& finding : findings) result.Add(RowOf(finding));
+  result.End({{}, {}, LastLines(findings.size(), modules, declarations, body)});
+  return findings.empty() ? ExitStatus::Done : ExitStatus::Findings;
 }
 
 }  // namespace

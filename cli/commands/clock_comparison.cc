@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "cli/process/exit_status.h"
+#include "cli/process/messages.h"
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd::cli {
@@ -31,9 +31,9 @@ void SayWrongClocks(const std::string& dump, const std::map<std::string, double>
     const auto found = inDump.find(name);
     if (found == inDump.end() || promised < 0) continue;
     if (std::abs(found->second - promised) <= kTolerance * promised) continue;
-    Say(dump, "clock " + name + " runs at " + Megahertz(found->second) + " here, but at " +
-                  Megahertz(promised) +
-                  " in the timing report: is its period in the test bench right?");
+    Remark(dump, "clock " + name + " runs at " + Megahertz(found->second) + " here, but at " +
+                     Megahertz(promised) +
+                     " in the timing report: is its period in the test bench right?");
   }
 }
 

@@ -58,27 +58,27 @@ std::map<std::string, double> ClocksOfDump(orsa::kesncd::KesNCD& analyser,
 }
 
 ExitStatus Run(const ClocksOptions& options) {
+  CheckOutputs({options.report, options.input.dump}, {options.output.path});
   orsa::kesncd::KesNCD analyser;
   ReadClocks(analyser, options);
   const bool compares = !options.input.dump.empty();
-  Report report{{{"report", options.report}, {"mode", std::int64_t{options.mode}}},
-                "clocks",
-                {"clock", "freq_mhz"},
-                {},
-                ""};
+  ResultHead head{{{"report", options.report}, {"mode", std::int64_t{options.mode}}},
+                  "clocks",
+                  {"clock", "freq_mhz"}};
   std::map<std::string, double> found;
   if (compares) {
-    report.columns.emplace_back("dump_freq_mhz");
+    head.columns.emplace_back("dump_freq_mhz");
     found = ClocksOfDump(analyser, options);
   }
+  ResultOutput result(options.output, head);
   for (const auto& [name, frequency] : analyser.clockFreqs) {
-    report.rows.push_back({name, frequency});
-    if (!compares) continue;
+    Row row{name, frequency};
     const auto place = found.find(name);
-    report.rows.back().push_back(place == found.end() ? Cell() : Cell(place->second));
+    if (compares) row.push_back(place == found.end() ? Cell() : Cell(place->second));
+    result.Add(row);
   }
-  WriteReport(report, options.output);
-  if (!report.rows.empty()) return ExitStatus::Done;
+  result.End();
+  if (result.rows() > 0) return ExitStatus::Done;
   Say(options.report, "no clock frequencies; is it a timing report with a preference table?");
   return ExitStatus::NothingMatched;
 }

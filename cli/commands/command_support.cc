@@ -1,15 +1,10 @@
 // What several commands do alike.
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <limits>
-#include <sstream>
 
 #include "cli/commands/commands.h"
-#include "cli/process/terminal.h"
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd::cli {
@@ -37,8 +32,8 @@ void SayWhetherAmbiguous(const DumpInput& input, const std::string& top) {
   };
   const auto meant = std::count_if(scopes.begin(), scopes.end(), isMeant);
   if (meant < 2) return;
-  Say(input.name(),
-      std::to_string(meant) + " modules are called " + top + "; their signals are taken together");
+  Remark(input.name(), std::to_string(meant) + " modules are called " + top +
+                           "; their signals are taken together");
 }
 
 std::string WithoutLastNewline(std::string text) {
@@ -54,18 +49,14 @@ void AddDump(Command& command, InputOptions& options) {
 }
 
 void AddQuiet(Command& command, InputOptions& options) {
-  command.AddFlag("-q,--quiet", options.quiet, "show no progress");
+  Option& option = command.AddFlag("-q,--quiet", options.quiet, "no remarks and no progress");
+  option.take = [&options](const std::string&) {
+    options.quiet = true;
+    SilenceRemarks();
+  };
 }
 
 }  // namespace
-
-void Say(const std::string& subject, const std::string& text) {
-  const std::string program = Bold(STDERR_FILENO, "kesncd:");
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    std::cerr << program << " " << (subject.empty() ? "" : subject + ": ") << line << "\n";
-  }
-}
 
 std::string ShortList(const std::vector<std::string>& names) {
   constexpr std::size_t kShown = 12;
@@ -81,7 +72,11 @@ void AddOutputOptions(Command& command, OutputOptions& options) {
   command.AddChoice("--format",
                     {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}},
                     options.format, "how the result is written");
-  command.AddFile("-o,--output", "FILE", options.path, "write the result to FILE");
+  command.AddCount("--digits", "N", {1, 17}, options.look.digits, "significant digits in a table")
+      .Initially(std::to_string(options.look.digits));
+  command.AddFlag("--wide", options.look.isWide, "show long names whole in a table");
+  command.AddFile("-o,--output", "FILE", options.path,
+                  "write the result to FILE; - for standard output");
 }
 
 void AddDumpOptions(Command& command, InputOptions& options) {
@@ -113,9 +108,9 @@ void CheckReadable(const std::string& path) {
 void SayWhyZero(const DumpInput& input) {
   using namespace orsa::kesncd;
   if (timeScale == 0.0) {
-    Say(input.name(), "no time scale was read, so all frequencies are 0; kesncd check says why");
+    Remark(input.name(), "no time scale was read, so all frequencies are 0; kesncd check says why");
   } else if (endCycle == startCycle) {
-    Say(input.name(), "the dump spans no time, so all frequencies are 0");
+    Remark(input.name(), "the dump spans no time, so all frequencies are 0");
   }
 }
 
@@ -132,9 +127,10 @@ void ReadTree(orsa::kesncd::KesNCD& analyser, DumpInput& input) {
     }
   }
   if (unreachable.empty()) return;
-  Say(input.name(), std::to_string(unreachable.size()) +
-                        " further top-level scopes with signals cannot be reached from the root " +
-                        analyser.hierRoot->name);
+  Remark(input.name(),
+         std::to_string(unreachable.size()) +
+             " further top-level scopes with signals cannot be reached from the root " +
+             analyser.hierRoot->name);
 }
 
 void ReadFlat(orsa::kesncd::KesNCD& analyser, DumpInput& input,
@@ -171,12 +167,11 @@ std::vector<std::string> ReadNames(const std::string& path) {
   return names;
 }
 
-std::vector<std::pair<std::string, Cell>> RunFacts(const std::string& dump,
-                                                   const std::string& top) {
+Facts RunFacts(const std::string& dump, const std::string& top) {
   using namespace orsa::kesncd;
   return {{"dump", dump},
           {"top", top},
-          {"timescale_ns", timeScale},
+          {"timescale_ns", timeScale > 0 ? Cell(timeScale) : Cell()},
           {"start_tick", startCycle},
           {"end_tick", endCycle}};
 }

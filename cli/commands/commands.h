@@ -9,6 +9,7 @@
 #include "cli/options/option_list.h"
 #include "cli/output/output.h"
 #include "cli/process/exit_status.h"
+#include "cli/process/messages.h"
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd::cli {
@@ -59,8 +60,8 @@ Failure RunFailure(const DumpInput& input, const std::string& libraryMessage);
 /// Reads a file of names, one a line, blank lines and those that start with "#" left out.
 std::vector<std::string> ReadNames(const std::string& path);
 
-/// The facts that every run's report begins with.
-std::vector<std::pair<std::string, Cell>> RunFacts(const std::string& dump, const std::string& top);
+/// The facts that every run's result begins with.
+Facts RunFacts(const std::string& dump, const std::string& top);
 
 }  // namespace orsa::kesncd::cli
 

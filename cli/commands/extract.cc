@@ -4,7 +4,6 @@
 
 #include "cli/commands/clock_comparison.h"
 #include "cli/commands/commands.h"
-#include "cli/output/result_file.h"
 #include "host/standalone/standalone_host.h"
 #include "kesncd/kesncd.h"
 
@@ -25,8 +24,6 @@ struct ExtractOptions {
   OutputOptions output;
 };
 
-constexpr std::size_t kFrequency = 1;  // the column
-
 constexpr char kHelp[] =
     "Frequencies for the nets of a design, from a dump and a timing report\n"
     "\n"
@@ -38,49 +35,54 @@ constexpr char kHelp[] =
     "report gives the frequencies of nets that the dump does not hold; clocks that run at another\n"
     "frequency in the dump are named.\n";
 
-Report NetReport(const KesNCD& analyser, const std::string& dump, const std::string& top) {
-  Report report{RunFacts(dump, top), "nets", {"net", "freq_mhz", "source"}, {}, ""};
+/// How many nets were reached, and from where.
+struct Reached {
   std::int64_t ofDump = 0;
   std::int64_t ofReport = 0;
+  std::vector<std::string> unreached;  // the names that nothing reached
+};
+
+Reached WriteNets(const KesNCD& analyser, ResultOutput& result) {
+  Reached reached;
   for (const standalone::NetFrequency& net : standalone::LastExtraction().nets) {
     if (!net.isKnown) {
-      report.rows.push_back({net.name, Cell(), Cell()});
+      result.Add({net.name, Cell(), Cell()});
+      reached.unreached.push_back(net.name);
       continue;
     }
     const bool inDump = analyser.signalFreqs.contains(net.name);
-    ++(inDump ? ofDump : ofReport);
-    report.rows.push_back({net.name, net.frequency, inDump ? "dump" : "timing report"});
+    ++(inDump ? reached.ofDump : reached.ofReport);
+    result.Add({net.name, net.frequency, inDump ? "dump" : "timing report"});
   }
-  report.facts.emplace_back("nets_of_dump", ofDump);
-  report.facts.emplace_back("nets_of_timing_report", ofReport);
-  report.lastLine = std::to_string(ofDump + ofReport) + " of " +
-                    std::to_string(report.rows.size()) + " nets reached, " +
-                    std::to_string(ofDump) + " from the dump and " + std::to_string(ofReport) +
-                    " from the timing report";
-  return report;
+  return reached;
+}
+
+void EndNets(const Reached& reached, ResultOutput& result) {
+  const std::int64_t all = reached.ofDump + reached.ofReport;
+  result.End({{{"nets_of_dump", reached.ofDump}, {"nets_of_timing_report", reached.ofReport}},
+              {},
+              std::to_string(all) + " of " + std::to_string(result.rows()) + " nets reached, " +
+                  std::to_string(reached.ofDump) + " from the dump and " +
+                  std::to_string(reached.ofReport) + " from the timing report"});
 }
 
 /// Lists the nets that nothing reached: of these nothing is known, while 0 MHz is a net at rest.
-void TellUnmatched(const Report& report, const ExtractOptions& options) {
-  std::string names;
-  std::size_t count = 0;
-  for (const auto& row : report.rows) {
-    if (row[kFrequency].index() != 0) continue;
-    names += std::get<std::string>(row.front()) + "\n";
-    ++count;
-  }
+void TellUnmatched(const std::vector<std::string>& names, std::size_t nets,
+                   const ExtractOptions& options) {
   if (!options.unmatched.empty()) {
-    ResultFile file(options.unmatched);
-    file.Write(names);
+    OutputFile file(options.unmatched);
+    for (const std::string& name : names) file.Write(name + "\n");
     file.Commit();
   }
-  if (count == 0) return;
-  Say(options.nets, std::to_string(count) + " of " + std::to_string(report.rows.size()) +
-                        " nets have no frequency: nothing reached them" +
-                        (options.unmatched.empty() ? "; --unmatched FILE lists them" : ""));
+  if (names.empty()) return;
+  Remark(options.nets, std::to_string(names.size()) + " of " + std::to_string(nets) +
+                           " nets have no frequency: nothing reached them" +
+                           (options.unmatched.empty() ? "; --unmatched FILE lists them" : ""));
 }
 
 ExitStatus Run(const ExtractOptions& options) {
+  CheckOutputs({options.input.dump, options.nets, options.timing},
+               {options.output.path, options.unmatched});
   KesNCD analyser;
   if (!options.timing.empty()) {
     CheckReadable(options.timing);
@@ -96,12 +98,12 @@ ExitStatus Run(const ExtractOptions& options) {
   }
   analyser.ncdFile = options.nets;
   if (analyser.ExtractNCD() == 0) throw Failure(FailureKind::Unusable, standalone::DesignMessage());
-  const Report report = NetReport(analyser, input.name(), top);
-  TellUnmatched(report, options);
-  WriteReport(report, options.output);
-  const bool isReached = std::any_of(report.rows.begin(), report.rows.end(),
-                                     [](const auto& row) { return row[kFrequency].index() != 0; });
-  return isReached ? ExitStatus::Done : ExitStatus::NothingMatched;
+  ResultOutput result(options.output,
+                      {RunFacts(input.name(), top), "nets", {"net", "freq_mhz", "source"}});
+  const Reached reached = WriteNets(analyser, result);
+  TellUnmatched(reached.unreached, result.rows(), options);
+  EndNets(reached, result);
+  return reached.unreached.size() < result.rows() ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
 
 }  // namespace

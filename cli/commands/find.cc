@@ -31,13 +31,13 @@ constexpr char kHelp[] =
     "(without --module they always do), all scopes below it do in any case.\n";
 
 /// A name with where it was found, under which name and with which frequency.
-std::vector<Cell> RowOf(const std::string& name, const FoundSignal& found,
-                        const std::string& addedRoot) {
+Row RowOf(const std::string& name, const FoundSignal& found, const std::string& addedRoot) {
   if (found.signal == nullptr) return {name, "not found", Cell(), Cell()};
   return {name, PathOf(*found.scope, addedRoot), found.signal->name, FrequencyOf(*found.signal)};
 }
 
 ExitStatus Run(const FindOptions& options) {
+  CheckOutputs({options.input.dump, options.namesFrom}, {options.output.path});
   std::vector<std::string> names = options.names;
   if (!options.namesFrom.empty()) {
     for (std::string& name : ReadNames(options.namesFrom)) names.push_back(std::move(name));
@@ -47,23 +47,21 @@ ExitStatus Run(const FindOptions& options) {
   orsa::kesncd::KesNCD analyser;
   ReadTree(analyser, input);
   const std::string addedRoot = input.AddedRoot();
-  Report report{RunFacts(input.name(), options.module),
-                "names",
-                {"name", "scope", "signal", "freq_mhz"},
-                {},
-                ""};
   const orsa::kesncd::VmodHier& root = *analyser.hierRoot;
   const NameSearch search(root, options.module.empty() ? root.name : options.module,
                           !options.ignoreCase, names);
+  ResultOutput result(
+      options.output,
+      {RunFacts(input.name(), options.module), "names", {"name", "scope", "signal", "freq_mhz"}});
   std::int64_t found = 0;
   for (const std::string& name : names) {
     const FoundSignal hit = search.Find(name);
-    report.rows.push_back(RowOf(name, hit, addedRoot));
+    result.Add(RowOf(name, hit, addedRoot));
     if (hit.signal != nullptr) ++found;
   }
-  report.facts.emplace_back("found", found);
-  report.lastLine = std::to_string(found) + " of " + std::to_string(names.size()) + " found";
-  WriteReport(report, options.output);
+  result.End({{{"found", found}},
+              {},
+              std::to_string(found) + " of " + std::to_string(names.size()) + " found"});
   return found > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
 

@@ -1,5 +1,6 @@
 // kesncd flat: the toggle frequencies of one module.
 #include <memory>
+#include <optional>
 
 #include "cli/commands/activity_output.h"
 #include "cli/commands/commands.h"
@@ -16,7 +17,7 @@ struct FlatOptions {
   std::vector<std::string> signals;
   std::string signalsFrom;
   Reader reader = Reader::Lines;
-  std::string activity;
+  std::optional<std::string> activity;  // empty: beside the dump
   OutputOptions output;
 };
 
@@ -28,15 +29,15 @@ constexpr char kHelp[] =
     "  kesncd flat sim.vcd --top soc                all signals of module soc\n"
     "  kesncd flat sim.vcd --top soc --signal clk   clk, and every name with an index\n"
     "  kesncd flat sim.vcd --format csv -o soc.csv\n"
-    "  simulator | kesncd flat - --activity soc.txt\n"
+    "  kesncd flat sim.vcd --activity               also writes sim.vcd.txt\n"
+    "  simulator | kesncd flat - --activity=soc.txt\n"
     "\n"
-    "The activity is also written to DUMP.txt, beside the dump; that of a pipe only where\n"
-    "--activity says.\n";
+    "The activity file is the one that hosts of the library read.\n";
 
 std::string ChosenTop(const DumpInput& input, const FlatOptions& options) {
   if (!options.top.empty()) return options.top;
   std::string top = input.ProposedTop();
-  Say(input.name(), "top module is " + top + "; --top chooses another");
+  Remark(input.name(), "top module is " + top + "; --top chooses another");
   return top;
 }
 
@@ -50,42 +51,41 @@ std::set<std::string> Selection(const DumpInput& input, const FlatOptions& optio
   return asked ? names : AllNames(input);
 }
 
-/// Writes the activity where it was asked for. Beside the dump it is a gift: a folder that takes
-/// none is passed over.
-void LeaveActivity(const FlatOptions& options) {
-  if (!options.activity.empty()) return SaveActivity(options.activity);
+/// Where the activity goes; empty for nowhere.
+std::string ActivityPath(const FlatOptions& options) {
+  if (!options.activity) return "";
+  if (!options.activity->empty()) return *options.activity;
   const std::string beside = ActivityPathOf(options.input.dump);
-  if (beside.empty()) return;
-  try {
-    SaveActivity(beside);
-  } catch (const Failure&) {
+  if (beside.empty()) {
+    throw Failure(FailureKind::Unusable,
+                  NameOf(options.input) + ": is no file with a place beside it; --activity=FILE");
   }
+  return beside;
 }
 
-ExitStatus Finish(const Report& report, const DumpInput& input, const FlatOptions& options,
-                  const std::string& top) {
-  if (report.rows.empty()) {
+/// Writes the signals that `each` gives with their frequencies.
+template <class Each>
+ExitStatus WriteSignals(const DumpInput& input, const FlatOptions& options, const std::string& top,
+                        Each each) {
+  ResultOutput result(options.output,
+                      {RunFacts(input.name(), top), "signals", {"signal", "freq_mhz"}});
+  each([&result](const std::string& name, double frequency) { result.Add({name, frequency}); });
+  if (result.rows() == 0) {
     Say(input.name(), "no signal of " + top + " was selected");
   } else {
     SayWhyZero(input);
   }
-  WriteReport(report, options.output);
-  return report.rows.empty() ? ExitStatus::NothingMatched : ExitStatus::Done;
-}
-
-Report EmptyReport(const DumpInput& input, const std::string& top) {
-  return {RunFacts(input.name(), top), "signals", {"signal", "freq_mhz"}, {}, ""};
+  result.End();
+  return result.rows() == 0 ? ExitStatus::NothingMatched : ExitStatus::Done;
 }
 
 ExitStatus RunLines(DumpInput& input, const FlatOptions& options, const std::string& top) {
   orsa::kesncd::KesNCD analyser;
   ReadFlat(analyser, input, Selection(input, options), top);
-  LeaveActivity(options);
-  Report report = EmptyReport(input, top);
-  for (const auto& [name, frequency] : analyser.signalFreqs) {
-    report.rows.push_back({name, frequency});
-  }
-  return Finish(report, input, options, top);
+  if (options.activity) SaveActivity(ActivityPath(options));
+  return WriteSignals(input, options, top, [&analyser](const auto& write) {
+    for (const auto& [name, frequency] : analyser.signalFreqs) write(name, frequency);
+  });
 }
 
 /// The grammar reader knows no selection and keeps names as they are declared.
@@ -95,16 +95,25 @@ ExitStatus RunGrammar(DumpInput& input, const FlatOptions& options, const std::s
     if (orsa::kesncd::isTopModNameEverMatched == 0) {
       throw RunFailure(input, "the top module " + top + " is not in it");
     }
-    if (!options.activity.empty()) SaveActivity(options.activity);
-    Report report = EmptyReport(input, top);
-    for (int i = 0; i < topMod.GetSignalSize(); ++i) {
-      report.rows.push_back({topMod.GetSignalName(i), topMod.GetSignalFreq(i)});
-    }
-    return Finish(report, input, options, top);
+    if (options.activity) SaveActivity(ActivityPath(options));
+    return WriteSignals(input, options, top, [](const auto& write) {
+      for (int i = 0; i < topMod.GetSignalSize(); ++i) {
+        write(topMod.GetSignalName(i), topMod.GetSignalFreq(i));
+      }
+    });
   });
 }
 
+/// Before a run that may take long: an output must not end the input, or a file of the user's.
+void CheckPlaces(const FlatOptions& options) {
+  std::vector<std::string> outputs{options.output.path};
+  if (options.activity) outputs.push_back(ActivityPath(options));
+  CheckOutputs({options.input.dump, options.signalsFrom}, outputs);
+  if (options.activity) RequireActivityFile(outputs.back());
+}
+
 ExitStatus Run(const FlatOptions& options) {
+  CheckPlaces(options);
   const bool isGrammar = options.reader == Reader::Grammar;
   DumpInput input(options.input, options.reader);
   const std::string top = ChosenTop(input, options);
@@ -123,8 +132,8 @@ void AddFlatCommand(CommandLine& line) {
                   "take the signals that FILE lists");
   command.AddChoice("--reader", {{"lines", Reader::Lines}, {"grammar", Reader::Grammar}},
                     options->reader, "which reader reads it; grammar: all signals, as declared");
-  command.AddFile("--activity", "FILE", options->activity,
-                  "write the activity to FILE instead of beside the dump");
+  command.AddOptionalFile("--activity", "FILE", options->activity,
+                          "also write the activity file: to FILE, else to DUMP.txt");
   AddOutputOptions(command, options->output);
   command.run = [options] { return Run(*options); };
 }

@@ -11,6 +11,7 @@
 #include <exception>
 #include <memory>
 
+#include "cli/process/messages.h"
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd::cli {
@@ -61,7 +62,7 @@ int RunChild(DumpInput& input, const std::string& top, const std::function<ExitS
     Parse(input, top);
     return static_cast<int>(print());
   } catch (const Failure& failure) {
-    Say("", failure.what());
+    if (failure.kind() != FailureKind::ReaderGone) Say("", failure.what());
     return static_cast<int>(StatusOf(failure));
   } catch (const std::exception& error) {
     Say("", error.what());

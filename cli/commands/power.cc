@@ -35,7 +35,7 @@ constexpr char kHelp[] =
 
 class PowerRows {
  public:
-  explicit PowerRows(Report& report) : report_(report) {}
+  explicit PowerRows(ResultOutput& result) : result_(result) {}
 
   void Append(const KesSigFreq& signal) {
     signal_ = signal.name;
@@ -54,15 +54,16 @@ class PowerRows {
 
   void Append(const char* kind, const std::string& component, const std::string& type,
               const std::string& port, const std::string& net, double frequency) {
-    report_.rows.push_back(
+    result_.Add(
         {kind, signal_, component, type, port, net, frequency < 0 ? Cell() : Cell(frequency)});
   }
 
-  Report& report_;
+  ResultOutput& result_;
   std::string signal_;
 };
 
 ExitStatus Run(const PowerOptions& options) {
+  CheckOutputs({options.input.dump, options.table}, {options.output.path});
   orsa::kesncd::standalone::PowerDocument document;
   std::string message;
   if (!document.ReadConnections(options.table, message)) {
@@ -73,20 +74,19 @@ ExitStatus Run(const PowerOptions& options) {
   ReadTree(analyser, input);
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   analyser.SetTopModule(top);
-  Report report{RunFacts(input.name(), top),
-                "records",
-                {"kind", "signal", "component", "type", "port", "net", "freq_mhz"},
-                {},
-                ""};
-  report.unknown = "unknown";
-  report.facts.emplace_back("default_freq_mhz", options.defaultFrequency);
-  PowerRows rows(report);
+  ResultHead head{RunFacts(input.name(), top),
+                  "records",
+                  {"kind", "signal", "component", "type", "port", "net", "freq_mhz"},
+                  "unknown"};
+  head.facts.emplace_back("default_freq_mhz", options.defaultFrequency);
+  ResultOutput result(options.output, head);
+  PowerRows rows(result);
   for (const KesSigFreq& signal :
        analyser.CreateKesSigFreq(&document, options.defaultFrequency, !options.ignoreCase)) {
     rows.Append(signal);
   }
-  WriteReport(report, options.output);
-  if (!report.rows.empty()) return ExitStatus::Done;
+  result.End();
+  if (result.rows() > 0) return ExitStatus::Done;
   Say(options.table, "no signal with components on it");
   return ExitStatus::NothingMatched;
 }

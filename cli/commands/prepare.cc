@@ -2,7 +2,6 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
-#include "cli/output/result_file.h"
 #include "free_format/prepare.h"
 
 namespace orsa::kesncd::cli {
@@ -34,12 +33,13 @@ void Check(const PrepareOptions& given) {
 }
 
 ExitStatus Run(const Options& options) {
+  CheckOutputs({options.input.dump}, {options.output});
   UnpackedSource in = OpenDump(options.input);
-  ResultFile out(options.output);
+  OutputFile out(options.output);
   const PrepareReport report = PrepareDump(*in.bytes, out, options.prepare);
   in.bytes.reset();
   out.Commit();
-  for (const std::string& remark : report.Remarks()) Say(options.prepare.dump, remark);
+  for (const std::string& remark : report.Remarks()) Remark(options.prepare.dump, remark);
   return ExitStatus::Done;
 }
 

@@ -1,5 +1,4 @@
 // kesncd top: the module that a dump's header proposes.
-#include <iostream>
 #include <memory>
 
 #include "cli/commands/commands.h"
@@ -31,8 +30,9 @@ ExitStatus Run(const InputOptions& options) {
   feed.Finish();
   if (!isRead) throw Failure(FailureKind::Unusable, name + ": " + message);
   if (top.empty()) throw Failure(FailureKind::NothingMatched, name + ": no module to propose");
-  std::cout << top << std::endl;
-  if (!std::cout) throw Failure(FailureKind::OutputFailed, "standard output: cannot write");
+  OutputFile out("");
+  out.Write(top + "\n");
+  out.Commit();
   return ExitStatus::Done;
 }
 

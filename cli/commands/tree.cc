@@ -54,7 +54,7 @@ struct Activity {
     changes += other.changes;
     sum += other.sum;
   }
-  void AppendTo(std::vector<Cell>& row) const {
+  void AppendTo(Row& row) const {
     row.emplace_back(signals);
     row.emplace_back(changes);
     row.push_back(signals > 0 ? Cell(sum / static_cast<double>(signals)) : Cell());
@@ -89,26 +89,26 @@ Totals SumUp(const VmodHier& start) {
   return totals;
 }
 
-void AppendSignals(const VmodHier& scope, const std::string& path, Report& report) {
+void AppendSignals(const VmodHier& scope, const std::string& path, ResultOutput& result) {
   for (const auto& [code, signal] : scope.signals) {
     const double frequency = FrequencyOf(signal);
-    report.rows.push_back({path + "/" + signal.name, "signal", Cell(), std::int64_t{signal.changes},
-                           frequency, frequency, Cell(), Cell(), Cell(), Cell()});
+    result.Add({path + "/" + signal.name, "signal", Cell(), std::int64_t{signal.changes}, frequency,
+                frequency, Cell(), Cell(), Cell(), Cell()});
   }
 }
 
 void AppendScopes(const VmodHier& start, const TreeOptions& options, const std::string& addedRoot,
-                  Report& report) {
+                  ResultOutput& result) {
   const Totals totals = SumUp(start);
   WalkScopes(
       start,
       [&](const VmodHier& scope, int) {
         const std::string path = PathOf(scope, addedRoot);
-        std::vector<Cell> row{path, "module"};
+        Row row{path, "module"};
         OwnActivity(scope).AppendTo(row);
         totals.at(&scope).AppendTo(row);
-        report.rows.push_back(std::move(row));
-        if (options.signals) AppendSignals(scope, path, report);
+        result.Add(row);
+        if (options.signals) AppendSignals(scope, path, result);
         return false;
       },
       [&options](const VmodHier&, int depth) { return depth < options.depth; });
@@ -135,21 +135,21 @@ std::vector<const VmodHier*> Starts(const VmodHier& root, const std::string& top
 }
 
 ExitStatus Run(const TreeOptions& options) {
+  CheckOutputs({options.input.dump}, {options.output.path});
   DumpInput input(options.input);
   orsa::kesncd::KesNCD analyser;
   ReadTree(analyser, input);
   const std::string addedRoot = input.AddedRoot();
-  Report report{RunFacts(input.name(), options.top),
-                "scopes",
-                {"path", "kind", "signals", "changes", "mean_freq_mhz", "max_freq_mhz",
-                 "tree_signals", "tree_changes", "tree_mean_freq_mhz", "tree_max_freq_mhz"},
-                {},
-                ""};
+  ResultOutput result(options.output, {RunFacts(input.name(), options.top),
+                                       "scopes",
+                                       {"path", "kind", "signals", "changes", "mean_freq_mhz",
+                                        "max_freq_mhz", "tree_signals", "tree_changes",
+                                        "tree_mean_freq_mhz", "tree_max_freq_mhz"}});
   for (const VmodHier* start : Starts(*analyser.hierRoot, options.top, addedRoot)) {
-    AppendScopes(*start, options, addedRoot, report);
+    AppendScopes(*start, options, addedRoot, result);
   }
-  WriteReport(report, options.output);
-  if (!report.rows.empty()) return ExitStatus::Done;
+  result.End();
+  if (result.rows() > 0) return ExitStatus::Done;
   Say(input.name(), "no scope " + options.top + " can be reached from the root");
   return ExitStatus::NothingMatched;
 }

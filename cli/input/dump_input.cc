@@ -5,11 +5,12 @@
 #include <utility>
 
 #include "cli/input/dump_feed.h"
-#include "cli/process/exit_status.h"
+#include "cli/process/messages.h"
 #include "cli/process/progress.h"
 #include "cli/process/terminal.h"
 #include "free_format/dump_writer.h"
 #include "free_format/prepare.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
@@ -58,8 +59,8 @@ DumpInput::DumpInput(const InputOptions& options, Reader reader)
   if (!lookFailure_.empty()) throw Failure(FailureKind::Unusable, lookFailure_);
   isPrepared_ = !look_.reasons.empty();
   if (!isPrepared_) return;
-  Say(name_, "read through prepare: " + ReasonText(look_.reasons) +
-                 "; --as-is reads it untouched, kesncd check says more");
+  Remark(name_, "read through prepare: " + ReasonText(look_.reasons) +
+                    "; --as-is reads it untouched, kesncd check says more");
 }
 
 /// Looks at the dump's beginning, which then is there to be read again.

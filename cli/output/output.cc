@@ -1,35 +1,98 @@
+// The way of a result out of the program.
 #include "cli/output/output.h"
 
-#include <sstream>
+#include <unistd.h>
 
-#include "cli/output/result_file.h"
+#include "cli/process/interrupt.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
 namespace {
 
-void Write(const Report& report, Format format, std::ostream& out) {
-  switch (format) {
-    case Format::Table:
-      WriteTable(report, out);
-      break;
+WholeFileRules Rules() {
+  WholeFileRules rules;
+  rules.watch = &FilesOfThisRun();
+  return rules;
+}
+
+std::unique_ptr<ResultWriter> MakeWriter(const OutputOptions& options, const ResultHead& head,
+                                         ByteSink& out) {
+  switch (options.format) {
     case Format::Csv:
-      WriteCsv(report, out);
-      break;
+      return MakeCsvWriter(head, out);
     case Format::Json:
-      WriteJson(report, out);
+      return MakeJsonWriter(head, out);
+    case Format::Table:
       break;
   }
+  return MakeTableWriter(head, options.look, out);
+}
+
+Place InputPlace(const std::string& path) {
+  if (path != "-") return PlaceOf(path);
+  Place place;
+  place.descriptor = STDIN_FILENO;
+  place.exists = fstat(STDIN_FILENO, &place.status) == 0;
+  return place;
+}
+
+std::string NameOf(const std::string& output) {
+  return output.empty() || output == "-" ? "standard output" : output;
+}
+
+/// Files that one descriptor reads and another writes are one file too.
+bool IsInput(const Place& output, const Place& input) {
+  Place byName = output;
+  byName.descriptor = -1;
+  return input.exists && IsSameFile(byName, input);
 }
 
 }  // namespace
 
-void WriteReport(const Report& report, const OutputOptions& options) {
-  std::ostringstream text;
-  Write(report, options.format, text);
-  ResultFile file(options.path);
-  file.Write(text.view());
-  file.Commit();
+OutputFile::OutputFile(const std::string& path) : file_(path, Rules()) {
+  if (file_.IsTerminal()) terminal_.emplace(file_);
+}
+
+void OutputFile::Write(std::string_view bytes) {
+  if (terminal_) return terminal_->Write(bytes);
+  file_.Write(bytes);
+}
+
+void OutputFile::Commit() {
+  if (terminal_) terminal_->Finish();
+  file_.Commit();
+}
+
+ResultOutput::ResultOutput(const OutputOptions& options, const ResultHead& head)
+    : file_(options.path), writer_(MakeWriter(options, head, file_)) {}
+
+void ResultOutput::Add(const Row& row) {
+  ++rows_;
+  writer_->Add(row);
+}
+
+void ResultOutput::End(const ResultTail& tail) {
+  writer_->End(tail);
+  file_.Commit();
+}
+
+void CheckOutputs(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs) {
+  std::vector<Place> places;
+  for (const std::string& output : outputs) {
+    const Place place = PlaceOf(output);
+    for (const std::string& input : inputs) {
+      if (!input.empty() && IsInput(place, InputPlace(input))) {
+        throw Failure(FailureKind::Unusable, NameOf(output) + ": is an input too");
+      }
+    }
+    for (const Place& other : places) {
+      if (IsSameFile(place, other)) {
+        throw Failure(FailureKind::Unusable, NameOf(output) + ": is named for two outputs");
+      }
+    }
+    places.push_back(place);
+  }
 }
 
 }  // namespace orsa::kesncd::cli

@@ -1,8 +1,6 @@
-// How the program ends, and what it says of it.
+// How the program ends.
 #ifndef KESNCD_CLI_PROCESS_EXIT_STATUS_H_
 #define KESNCD_CLI_PROCESS_EXIT_STATUS_H_
-
-#include <string>
 
 #include "text/failure.h"
 
@@ -14,6 +12,7 @@ enum class ExitStatus {
   Findings = 1,        // of `check`
   Unusable = 2,        // wrong use, or an input that cannot be read
   OutputFailed = 3,    // the result could not be written
+  ReaderGone = 141,    // nobody wants the rest, as after "| head": what a shell shows for SIGPIPE
 };
 
 /// The status with which a failure ends the program.
@@ -25,12 +24,11 @@ inline ExitStatus StatusOf(const Failure& failure) {
       break;
     case FailureKind::OutputFailed:
       return ExitStatus::OutputFailed;
+    case FailureKind::ReaderGone:
+      return ExitStatus::ReaderGone;
   }
   return ExitStatus::Unusable;
 }
-
-/// Writes "kesncd: SUBJECT: text" to standard error, for each line of the text.
-void Say(const std::string& subject, const std::string& text);
 
 }  // namespace orsa::kesncd::cli
 

@@ -1,8 +1,8 @@
-// An interrupted program: it ends at once and takes back the file that it was writing.
+// An interrupted program: it ends at once and removes the files that it was writing.
 #ifndef KESNCD_CLI_PROCESS_INTERRUPT_H_
 #define KESNCD_CLI_PROCESS_INTERRUPT_H_
 
-#include <string>
+#include "text/whole_file.h"
 
 namespace orsa::kesncd::cli {
 
@@ -10,8 +10,8 @@ namespace orsa::kesncd::cli {
 /// the signal's number: 130 for Ctrl-C.
 void EndWhenInterrupted();
 
-/// A file that an interrupt removes; one at a time. An empty path keeps all.
-void RemoveWhenInterrupted(const std::string& path);
+/// The files that such a signal removes.
+TemporaryFiles& FilesOfThisRun();
 
 }  // namespace orsa::kesncd::cli
 

@@ -1,0 +1,100 @@
+// A result on its way to a format: facts about the run, the rows of one table, and what is known
+// only after the last row. Rows pass through, so that a dump of any size gives a result of any
+// size.
+#ifndef KESNCD_EXPORT_RESULT_WRITER_H_
+#define KESNCD_EXPORT_RESULT_WRITER_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "text/byte_stream.h"
+
+namespace orsa::kesncd {
+
+/// A cell: nothing known, a text, a count, or a measured value. A value that is no finite number is
+/// written as one of which nothing is known.
+using Cell = std::variant<std::monostate, std::string, std::int64_t, double>;
+using Row = std::vector<Cell>;
+using Facts = std::vector<std::pair<std::string, Cell>>;
+using Lists = std::vector<std::pair<std::string, std::vector<std::string>>>;
+
+/// A column's name with its unit, such as "freq_mhz".
+struct Column {
+  Column(const char* text) : name(text) {}  // NOLINT(google-explicit-constructor): reads as a list
+  Column(std::string text, bool prose) : name(std::move(text)), isProse(prose) {}
+
+  std::string name;
+  bool isProse = false;  // sentences of the program's own, which no table cuts
+};
+
+/// What is known before the first row. JSON alone has the facts and the lists.
+struct ResultHead {
+  Facts facts;
+  std::string rowsName;  // the JSON key of the rows
+  std::vector<Column> columns;
+  std::string unknown = "-";  // stands for a cell of which nothing is known, in a table
+  Lists lists{};
+};
+
+/// What is known after the last row. A table alone has the last line.
+struct ResultTail {
+  Facts facts{};
+  Lists lists{};
+  std::string lastLine{};
+};
+
+/// Made with a head, then gets the rows, then the tail. What it is made with must outlive it.
+class ResultWriter {
+ public:
+  virtual ~ResultWriter() = default;
+  ResultWriter(const ResultWriter&) = delete;
+  ResultWriter& operator=(const ResultWriter&) = delete;
+
+  /// A row with a cell for each column.
+  virtual void Add(const Row& row) = 0;
+  /// Once, last.
+  virtual void End(const ResultTail& tail) = 0;
+
+ protected:
+  explicit ResultWriter(ByteSink& out) : out_(out) {}
+  /// Passes the text on where there is enough of it to be worth a call.
+  void PassOn(std::size_t most = kBlock);
+
+  std::string text_;  // written, and not yet passed on
+
+ private:
+  static constexpr std::size_t kBlock = std::size_t{1} << 16U;
+
+  ByteSink& out_;
+};
+
+/// How a table shows what it holds.
+struct TableLook {
+  int digits = 4;       // significant ones of a measured value
+  bool isWide = false;  // long texts are not shortened
+};
+
+/// Aligned columns for reading: texts left, numbers by their decimal points. Holds the cells of all
+/// rows, since the last may widen a column.
+std::unique_ptr<ResultWriter> MakeTableWriter(const ResultHead& head, const TableLook& look,
+                                              ByteSink& out);
+/// RFC 4180. What is not known is an empty field.
+std::unique_ptr<ResultWriter> MakeCsvWriter(const ResultHead& head, ByteSink& out);
+/// One object: the facts, the lists and the rows, then what came last. What is not known is null, a
+/// measured value always has a decimal point or an exponent.
+std::unique_ptr<ResultWriter> MakeJsonWriter(const ResultHead& head, ByteSink& out);
+
+/// The measured value in a cell, when it is a finite number.
+const double* ValueIn(const Cell& cell);
+
+/// The text of a number with every digit; empty for another cell.
+std::string NumberText(const Cell& cell);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_EXPORT_RESULT_WRITER_H_

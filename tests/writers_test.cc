@@ -1,0 +1,128 @@
+// Tables, CSV and JSON: what a reader and a program see of names and numbers of any kind.
+#include <cmath>
+
+#include "export/result_writer.h"
+#include "tests/support.h"
+#include "text/number.h"
+#include "text/printable.h"
+
+namespace orsa::kesncd {
+namespace {
+
+struct TextSink : ByteSink {
+  void Write(std::string_view bytes) override { text += bytes; }
+  std::string text;
+};
+
+enum class As { Table, Wide, Csv, Json };
+
+std::string Written(As format, const std::vector<Column>& columns, const std::vector<Row>& rows,
+                    const ResultTail& tail = {}, int digits = 4) {
+  TextSink out;
+  const ResultHead head{{{"dump", "d"}}, "rows", columns};
+  const TableLook look{digits, format == As::Wide};
+  const auto writer = format == As::Csv    ? MakeCsvWriter(head, out)
+                      : format == As::Json ? MakeJsonWriter(head, out)
+                                           : MakeTableWriter(head, look, out);
+  for (const Row& row : rows) writer->Add(row);
+  writer->End(tail);
+  return out.text;
+}
+
+TEST(Writers, RoundAndAlignInTablesOnly) {
+  const std::vector<Row> rows{{"a", 33.333333333333336, 1},
+                              {"bb", 12345.678, std::int64_t{123456789}},
+                              {"", 0.00012345678, Cell()},
+                              {"nan", std::nan(""), -INFINITY},
+                              {"-", -50.0, 0.0}};
+  EXPECT_EQ(Written(As::Table, {"name", "freq_mhz", "n"}, rows, {{}, {}, "end\x1b"}),
+            "name       freq_mhz          n\n"
+            "a        33.33               1\n"
+            "bb    12350          123456789\n"
+            "          0.0001235          -\n"
+            "nan               -          -\n"
+            "-       -50                  0\n"
+            "end?\n");
+  EXPECT_EQ(Written(As::Table, {"v"}, {{9.99996}, {1e300}, {2e-12}}, {}, 5),
+            "     v\n    10\n1e+300\n 2e-12\n");
+  EXPECT_EQ(Written(As::Csv, {"name", "freq_mhz", "n"}, rows),
+            "name,freq_mhz,n\r\na,33.333333333333336,1\r\nbb,12345.678,123456789\r\n"
+            ",0.00012345678,\r\nnan,,\r\n-,-50,0\r\n");
+  EXPECT_EQ(
+      Written(As::Json, {"name", "freq_mhz"}, {{"a", 50.0}, {"b", NAN}, {"c", 1e300}},
+              {{{"found", std::int64_t{2}}}, {{"none", {}}, {"two", {"x", "\"\\"}}}}),
+      "{\n  \"dump\": \"d\",\n  \"rows\": [\n    {\"name\":\"a\",\"freq_mhz\":50.0},\n"
+      "    {\"name\":\"b\",\"freq_mhz\":null},\n    {\"name\":\"c\",\"freq_mhz\":1e+300}\n  ],\n"
+      "  \"found\": 2,\n  \"none\": [],\n  \"two\": [\"x\",\"\\\"\\\\\"]\n}\n");
+  EXPECT_EQ(Written(As::Json, {"name"}, {}), "{\n  \"dump\": \"d\",\n  \"rows\": []\n}\n");
+}
+
+TEST(Writers, RoundToSignificantDigits) {
+  const std::tuple<double, int, const char*> rows[] = {{0, 4, "0"},
+                                                       {33.333333, 4, "33.33"},
+                                                       {33.333333, 1, "30"},
+                                                       {99999, 4, "100000"},
+                                                       {123456.5, 7, "123456.5"},
+                                                       {0.1 + 0.2, 17, "0.30000000000000004"},
+                                                       {-0.00005, 4, "-0.00005"},
+                                                       {1e14, 4, "100000000000000"},
+                                                       {1e15, 4, "1e+15"},
+                                                       {5e-324, 4, "5e-324"},
+                                                       {1.23456e308, 4, "1.235e+308"}};
+  for (const auto& [value, digits, text] : rows) EXPECT_EQ(RoundedText(value, digits), text);
+}
+
+TEST(Writers, LetNothingSteerATerminal) {
+  const std::tuple<std::string, std::string, std::string> rows[] = {
+      {"clk", "clk", "clk"},
+      {"\x1b[2J\t\x7f", "?[2J??", "\\u001b[2J\\u0009\\u007f"},
+      {"gr\xc3\xb6\xc3\x9f\x65", "gr\xc3\xb6\xc3\x9f\x65", "gr\xc3\xb6\xc3\x9f\x65"},
+      {"\xf0\x9f\x94\x8c", "\xf0\x9f\x94\x8c", "\xf0\x9f\x94\x8c"},
+      {"\xc2\x80\xc2\x9f\xc2\xa0", "??\xc2\xa0", "\\u0080\\u009f\xc2\xa0"},
+      {"\xd8\x9c\xe2\x80\x8e\xe2\x80\x8f", "???", "\\u061c\\u200e\\u200f"},
+      {"\xe2\x80\xaa\xe2\x80\xae\xe2\x81\xa6\xe2\x81\xa9", "????", "\\u202a\\u202e\\u2066\\u2069"},
+      {"\x9b\xff\xc2", "???", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
+      {"\xc0\xaf", "??", "\xef\xbf\xbd\xef\xbf\xbd"},  // overlong
+      {"\xe0\x9f\xbf", "???", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
+      {"\xed\xa0\x80", "???", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},  // half of a pair
+      {"\xf4\x90\x80\x80", "????", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"}};
+  for (const auto& [name, shown, escaped] : rows) {
+    EXPECT_EQ(Printable(name), shown) << escaped;
+    EXPECT_EQ(Printable(Printable(name)), shown) << escaped;
+    EXPECT_EQ(Written(As::Table, {"n"}, {{name}}), "n\n" + shown + "\n");
+    EXPECT_EQ(Written(As::Csv, {"n"}, {{name}}), "n\r\n" + name + "\r\n") << "programs get all";
+    EXPECT_NE(Written(As::Json, {"n"}, {{name}}).find("{\"n\":\"" + escaped + "\"}"),
+              std::string::npos);
+    // A terminal gets the same whatever the pieces it comes in.
+    for (std::size_t size = 1; size <= name.size(); ++size) {
+      TextSink out;
+      TerminalSink terminal(out);
+      for (std::size_t at = 0; at < name.size(); at += size) terminal.Write(name.substr(at, size));
+      terminal.Write("\r\n\r");
+      terminal.Finish();
+      std::string lines = shown;
+      if (name.find('\t') != std::string::npos) lines[4] = '\t';
+      EXPECT_EQ(out.text, lines + "\r\n?") << escaped << size;
+    }
+  }
+}
+
+TEST(Writers, BoundWhatLongNamesCost) {
+  const std::string name = std::string(500, 'a') + std::string(499, 'z') + "\xc3\xb6";
+  std::vector<Row> rows(1000, Row{"n", "m"});
+  rows.push_back({name, name});
+  const std::string shortened = std::string(28, 'a') + "..." + std::string(28, 'z') + "\xc3\xb6";
+  const std::string table = Written(As::Table, {"x", "y"}, rows);
+  EXPECT_LT(table.size(), 1003 * 70U);
+  EXPECT_TRUE(table.ends_with("\n" + shortened + "  " + shortened + "\n")) << table.substr(60000);
+  const std::string wide = Written(As::Wide, {"x", "y"}, rows);
+  EXPECT_LT(wide.size(), 1003 * 170U);
+  EXPECT_TRUE(wide.ends_with("\n" + name + "  " + name + "\n"));
+  const std::string prose(100, 'p');
+  EXPECT_EQ(Written(As::Table, {{"x", true}}, {{prose}}), "x\n" + prose + "\n");
+  EXPECT_EQ(Shortened("12345678", 7), "12...78");
+  EXPECT_EQ(Shortened("1234567", 7), "1234567");
+}
+
+}  // namespace
+}  // namespace orsa::kesncd
