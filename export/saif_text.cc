@@ -3,6 +3,11 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <limits>
+#include <numeric>
+
+#include "text/failure.h"
 
 namespace orsa::kesncd {
 
@@ -23,6 +28,8 @@ constexpr Unit kUnits[] = {{"us", 1'000'000'000}, {"ns", 1'000'000}, {"ps", 1'00
 
 // Deeper instances are indented no further, or a dump of deep scopes would become mostly blanks.
 constexpr std::size_t kDeepestIndent = 32;
+
+constexpr std::size_t kBlock = std::size_t{1} << 16;  // characters written at once
 
 bool IsNameStart(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
@@ -45,32 +52,51 @@ std::string Quotable(const std::string& text) {
   return kept;
 }
 
-/// A product that may be beyond 64 bits, in decimal digits of its own: no locale groups them.
-std::string ProductText(std::uint64_t left, std::uint64_t right) {
-  __extension__ using Wide = unsigned __int128;
-  Wide product = static_cast<Wide>(left) * right;
-  std::string digits;
-  do {
-    digits += static_cast<char>('0' + static_cast<int>(product % 10));
-    product /= 10;
-  } while (product != 0);
-  std::reverse(digits.begin(), digits.end());
-  return digits;
+/// Adds a number in decimal digits of its own: no locale groups them. A time in a fine unit can be
+/// beyond 64 bits.
+void Append(std::string& text, SaifTimes::Wide number) {
+  constexpr std::uint64_t kPart = 10'000'000'000'000'000'000U;
+  std::array<char, 20> digits;
+  if (number >= kPart) {
+    Append(text, number / kPart);
+    const auto rest = static_cast<std::uint64_t>(number % kPart);
+    const auto end = std::to_chars(digits.begin(), digits.end(), rest).ptr;
+    text.append(19 - static_cast<std::size_t>(end - digits.begin()), '0');
+    text.append(digits.begin(), end);
+    return;
+  }
+  const auto end =
+      std::to_chars(digits.begin(), digits.end(), static_cast<std::uint64_t>(number)).ptr;
+  text.append(digits.begin(), end);
 }
 
 }  // namespace
 
-std::optional<SaifTimescale> SaifTimescaleOf(std::uint64_t tickFemtoseconds) {
-  if (tickFemtoseconds == 0) return {};
+SaifTimes::SaifTimes(std::uint64_t tickFemtoseconds, std::uint64_t numerator,
+                     std::uint64_t denominator) {
+  const std::uint64_t common = std::gcd(numerator, denominator);
+  const Wide stretched = static_cast<Wide>(tickFemtoseconds) * (numerator / common);
+  denominator_ = denominator / common;
+  rounded_ = stretched % denominator_ != 0;
+  if (rounded_) {
+    // Ticks have up to 64 bits, so that is what is left for their factor.
+    if (stretched > std::numeric_limits<std::uint64_t>::max() / 2) {
+      throw Failure(FailureKind::Unusable, "the clock's periods are too long to scale times by");
+    }
+    unit_ = "1 fs";
+    factor_ = stretched;
+    return;
+  }
+  const Wide tick = stretched / denominator_;
   for (const Unit& unit : kUnits) {
     for (const unsigned count : {100U, 10U, 1U}) {
       const std::uint64_t size = count * unit.femtoseconds;
-      if (tickFemtoseconds % size == 0) {
-        return SaifTimescale{count, unit.name, tickFemtoseconds / size};
-      }
+      if (tick % size != 0) continue;
+      unit_ = std::to_string(count) + ' ' + std::string(unit.name);
+      factor_ = tick / size;
+      return;
     }
   }
-  return {};  // not reached: the last unit divides every tick
 }
 
 std::string_view SaifBareName(std::string_view name) {
@@ -93,79 +119,94 @@ std::string SaifNetName(std::string_view bareName) {
   return escaped;
 }
 
-SaifStream::SaifStream(std::ostream& out, const SaifHead& head)
-    : out_(out), observed_(head.observed), factor_(head.timescale.factor) {
-  out_ << "(SAIFILE\n"
-          "  (SAIFVERSION \"2.0\")\n"
-          "  (DIRECTION \"backward\")\n"
-          "  (DESIGN \""
-       << Quotable(head.design) << "\")\n  (DATE \"" << Quotable(head.date)
-       << "\")\n"
-          "  (VENDOR \"libkesncd\")\n"
-          "  (PROGRAM_NAME \"kesncd\")\n"
-          "  (VERSION \""
-       << Quotable(head.version)
-       << "\")\n"
-          "  (DIVIDER / )\n"
-          "  (TIMESCALE "
-       << std::to_string(head.timescale.count) << ' ' << head.timescale.unit << ")\n  ";
-  Time("DURATION", head.observed);
-  out_ << '\n';
+SaifStream::SaifStream(std::ostream& out, const SaifHead& head, const SaifTimes& times)
+    : out_(out), times_(times), observed_(head.observed) {
+  text_ =
+      "(SAIFILE\n"
+      "  (SAIFVERSION \"2.0\")\n"
+      "  (DIRECTION \"backward\")\n";
+  text_ += "  (DESIGN \"" + Quotable(head.design) + "\")\n";
+  text_ += "  (DATE \"" + Quotable(head.date) + "\")\n";
+  text_ +=
+      "  (VENDOR \"libkesncd\")\n"
+      "  (PROGRAM_NAME \"kesncd\")\n";
+  text_ += "  (VERSION \"" + Quotable(head.version) + "\")\n";
+  text_ += "  (DIVIDER / )\n";
+  text_ += "  (TIMESCALE " + times_.unit() + ")\n ";
+  Time("DURATION", 0, observed_);
+  text_ += '\n';
 }
 
 void SaifStream::Indent() {
-  for (std::size_t i = 0; i < std::min(depth_, kDeepestIndent); ++i) out_ << "  ";
+  text_.append(2 * std::min(depth_, kDeepestIndent), ' ');
 }
 
-void SaifStream::Time(std::string_view key, std::uint64_t ticks) {
-  out_ << '(' << key << ' ' << ProductText(ticks, factor_) << ')';
+void SaifStream::Line(std::string_view text) {
+  Indent();
+  text_ += text;
+  text_ += '\n';
+  if (text_.size() >= kBlock) Flush();
+}
+
+void SaifStream::Time(std::string_view key, std::uint64_t begin, std::uint64_t end) {
+  text_ += " (";
+  text_ += key;
+  text_ += ' ';
+  Append(text_, times_.Until(end) - times_.Until(begin));
+  text_ += ')';
 }
 
 void SaifStream::Open(std::string_view bareName) {
   CloseNets();
-  Indent();
-  out_ << "(INSTANCE " << bareName << '\n';
+  Line("(INSTANCE " + std::string(bareName));
   ++depth_;
 }
 
-void SaifStream::Net(std::string_view bareName, const SaifFigures& figures) {
+void SaifStream::Net(std::string_view netName, const BitFigures& figures) {
   if (!inNets_) {
-    Indent();
-    out_ << "(NET\n";
+    Line("(NET");
     ++depth_;
     inNets_ = true;
   }
-  const std::uint64_t known = figures.t0 + figures.t1 + figures.tz;
+  // The four times stand in a row: where one ends the next begins.
+  const std::uint64_t until1 = figures.t0 + figures.t1;
+  const std::uint64_t untilZ = until1 + figures.tz;
   Indent();
-  out_ << '(' << SaifNetName(bareName) << ' ';
-  Time("T0", figures.t0);
-  out_ << ' ';
-  Time("T1", figures.t1);
-  out_ << ' ';
-  Time("TX", observed_ - std::min(observed_, known));
-  out_ << ' ';
-  Time("TZ", figures.tz);
-  out_ << " (TB 0) (TC " << std::to_string(figures.toggles) << ") (IG "
-       << std::to_string(figures.glitches) << "))\n";
+  text_ += '(';
+  text_ += netName;
+  Time("T0", 0, figures.t0);
+  Time("T1", figures.t0, until1);
+  Time("TX", untilZ, observed_);
+  Time("TZ", until1, untilZ);
+  text_ += " (TB 0) (TC ";
+  Append(text_, figures.tc);
+  text_ += ") (IG ";
+  Append(text_, figures.ig);
+  text_ += "))\n";
+  if (text_.size() >= kBlock) Flush();
 }
 
 void SaifStream::CloseNets() {
   if (!inNets_) return;
   inNets_ = false;
   --depth_;
-  Indent();
-  out_ << ")\n";
+  Line(")");
 }
 
 void SaifStream::Close() {
   CloseNets();
   --depth_;
-  Indent();
-  out_ << ")\n";
+  Line(")");
 }
 
 void SaifStream::Finish() {
-  out_ << ")\n";
+  text_ += ")\n";
+  Flush();
+}
+
+void SaifStream::Flush() {
+  out_.write(text_.data(), static_cast<std::streamsize>(text_.size()));
+  text_.clear();
 }
 
 }  // namespace orsa::kesncd
