@@ -3,6 +3,8 @@
 // whole one at which every reader stops.
 #include "export/saif_writer.h"
 
+#include <algorithm>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -143,9 +145,10 @@ void SaifTree::ChooseRoot() {
     }
   }
   way_ = {scope};
-  while (!options_.stripsWay && declarations_.scopes[way_.front()].parent != Declarations::kDump) {
-    way_.insert(way_.begin(), declarations_.scopes[way_.front()].parent);
+  while (!options_.stripsWay && declarations_.scopes[way_.back()].parent != Declarations::kDump) {
+    way_.push_back(declarations_.scopes[way_.back()].parent);
   }
+  std::reverse(way_.begin(), way_.end());
   const bool isMade = scope == Declarations::kDump;
   report_.root = !options_.root.empty() ? options_.root
                  : isMade ? "top"
