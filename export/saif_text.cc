@@ -110,6 +110,13 @@ bool IsSaifName(std::string_view bareName) {
          std::find(kKeywords.begin(), kKeywords.end(), bareName) == kKeywords.end();
 }
 
+void CheckSaifRoot(std::string_view bareName) {
+  if (IsSaifName(bareName)) return;
+  throw Failure(FailureKind::Unusable,
+                "no reader of SAIF takes an instance that is called \"" + std::string(bareName) +
+                    "\"; --strip and --root give the outermost one another name");
+}
+
 std::string SaifNetName(std::string_view bareName) {
   std::string escaped;
   for (const char c : bareName) {

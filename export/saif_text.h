@@ -45,6 +45,9 @@ std::string_view SaifBareName(std::string_view name);
 /// of what follows it.
 bool IsSaifName(std::string_view bareName);
 
+/// Throws Failure with Unusable where the outermost instance cannot be called that.
+void CheckSaifRoot(std::string_view bareName);
+
 /// A net's name with a backslash before each bracket, as readers expect it: "q\[3\]".
 std::string SaifNetName(std::string_view bareName);
 

@@ -157,10 +157,7 @@ void SaifTree::ChooseRoot() {
     const std::string_view name = step == way_.front()
                                       ? std::string_view(report_.root)
                                       : SaifBareName(declarations_.scopes[step].name);
-    if (IsSaifName(name)) continue;
-    throw Failure(FailureKind::Unusable,
-                  "no reader of SAIF takes an instance that is called \"" + std::string(name) +
-                      "\"; --strip and --root give the outermost one another name");
+    CheckSaifRoot(name);
   }
 }
 
