@@ -1,6 +1,5 @@
-// The whole command line: what the program says of itself and its commands.
-#include <memory>
-#include <sstream>
+// The whole command line: what the program says of itself, and its commands.
+#include "cli/command_line.h"
 
 #include "cli/commands/commands.h"
 
@@ -18,37 +17,27 @@ constexpr char kHelp[] =
     "  kesncd COMMAND --help                more of a command\n"
     "\n"
     "Exit status: 0 done; 1 done, but nothing matched; 2 wrong use or unreadable input;\n"
-    "3 the result could not be written; 130 interrupted.\n";
-
-/// Lists a command with the first line of its help; the rest shows when the command is asked.
-class HelpFormatter : public CLI::Formatter {
- public:
-  std::string make_subcommand(const CLI::App* command) const override {
-    const std::string help = command->get_description();
-    std::ostringstream line;
-    CLI::detail::format_help(line, command->get_display_name(true), help.substr(0, help.find('\n')),
-                             get_column_width());
-    return line.str();
-  }
-};
+    "3 the result could not be written; 130 interrupted; 141 nobody reads the result any more.\n";
 
 }  // namespace
 
-void AddCommandLine(CLI::App& app, Action& chosen) {
-  app.name("kesncd");
-  app.description(kHelp);
-  app.set_version_flag("--version", "kesncd " KESNCD_VERSION);
-  app.formatter(std::make_shared<HelpFormatter>());
-  app.require_subcommand(1);
-  AddFlatCommand(app, chosen);
-  AddTopCommand(app, chosen);
-  AddTreeCommand(app, chosen);
-  AddFindCommand(app, chosen);
-  AddPrepareCommand(app, chosen);
-  AddCheckCommand(app, chosen);
-  AddClocksCommand(app, chosen);
-  AddPowerCommand(app, chosen);
-  AddExtractCommand(app, chosen);
+CommandLine MakeCommandLine() {
+  CommandLine line{Command("kesncd", kHelp), {}};
+  line.program.AddAnswered("-h,--help", "print this help");
+  line.program.AddAnswered("--version", "print the version");
+  AddFlatCommand(line);
+  AddTopCommand(line);
+  AddTreeCommand(line);
+  AddFindCommand(line);
+  AddPrepareCommand(line);
+  AddCheckCommand(line);
+  AddClocksCommand(line);
+  AddPowerCommand(line);
+  AddExtractCommand(line);
+  for (Command& command : line.commands) {
+    command.AddAnswered("-h,--help", "print this help");
+  }
+  return line;
 }
 
 }  // namespace orsa::kesncd::cli

@@ -1,8 +1,10 @@
 // kesncd: switching activity of a simulation, from the command line.
+#include <algorithm>
 #include <csignal>
 #include <exception>
 
-#include "cli/commands/commands.h"
+#include "cli/command_line.h"
+#include "cli/options/parse.h"
 #include "cli/process/interrupt.h"
 #include "cli/process/standard_streams.h"
 
@@ -11,18 +13,8 @@ namespace orsa::kesncd::cli {
 namespace {
 
 ExitStatus RunProgram(int argc, char** argv) {
-  CLI::App app;
-  Action chosen;
-  AddCommandLine(app, chosen);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    // Help and version are no errors, whatever the parser calls them.
-    if (error.get_exit_code() == 0) return static_cast<ExitStatus>(app.exit(error));
-    Say("", std::string(error.what()) + "\n--help tells how it is used");
-    return ExitStatus::Unusable;
-  }
-  return chosen();
+  const CommandLine line = MakeCommandLine();
+  return ParseWords(line, {argv + std::min(argc, 1), argv + argc})();
 }
 
 }  // namespace

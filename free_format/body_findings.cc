@@ -1,7 +1,9 @@
 // What a dump's body shows of its troubles.
+#include <algorithm>
 #include <array>
 #include <charconv>
 
+#include "free_format/body_reader.h"
 #include "free_format/dump_findings.h"
 #include "free_format/dump_items.h"
 
@@ -10,21 +12,57 @@ namespace orsa::kesncd {
 namespace {
 
 constexpr double kUnknownShare = 0.01;  // of a signal's changes
+// Of a value with its code on a line that the shortest line buffer of a reader holds.
+constexpr std::size_t kLongestWhole = 960;
 
 class BodyCheck {
  public:
-  BodyCheck(DumpWords& words, const SlotWatch& watch, const Declarations& declarations)
+  BodyCheck(DumpWords& words, SlotWatch& watch, const Declarations& declarations)
       : watch_(watch),
         declarations_(declarations),
         items_(words, declarations),
         counts_(declarations.codes.size()) {}
 
   void Run() {
+    PlainLineTaker<BodyCheck> plain(items_, *this);
+    WatchedLines lines{plain, watch_, facts_};
     while (items_.Next()) {
       CheckLine();
-      TakeItem();
+      GiveItem(items_, *this);
+      items_.TakePlainLines(lines);
     }
     CheckItemBefore(items_.place().crowdedLine);
+  }
+
+  // What the body holds.
+  void Scalar(std::uint32_t codeId, char value) {
+    SetLast(ItemKind::Scalar);
+    TakeChange(codeId, value > '1');
+  }
+  void Vector(std::uint32_t codeId, std::string_view value) {
+    SetLast(ItemKind::Vector);
+    if (value.size() > kLongestWhole) longValues_.Add(items_.Line(), "");
+    TakeChange(codeId, false);
+  }
+  void Real(std::uint32_t codeId, std::string_view /*value*/) {
+    SetLast(ItemKind::Vector);
+    TakeChange(codeId, false);
+  }
+  void Command(Keyword command) {
+    SetLast(ItemKind::Command);
+    isDumping_ = command != Keyword::DumpOff;
+  }
+  void SectionEnd() { SetLast(ItemKind::SectionEnd); }
+  void Stamp(std::uint64_t ticks) {
+    SetLast(ItemKind::Stamp);
+    readLast_ = watch_.StampFor(static_cast<double>(ticks));
+    lastTick_ = ticks;
+    if (facts_.stamps++ == 0) {
+      facts_.firstTick = facts_.lastTick = ticks;
+      readFirst_ = readLast_;
+    }
+    facts_.lastTick = std::max(facts_.lastTick, ticks);
+    lastLine_ = items_.Line();
   }
 
   void Report(Findings& findings) {
@@ -37,9 +75,11 @@ class BodyCheck {
     findings.Add(FindingKind::QuotedItems, items.quoted);
     findings.Add(FindingKind::PortCommands, items.keywords);
     findings.Add(FindingKind::Ports, items.ports);
-    findings.Add(FindingKind::Backward, backward_);
+    findings.Add(FindingKind::Backward, items.backward);
+    findings.Add(FindingKind::CutStamp, items.cutStamp);
+    findings.Add(FindingKind::BadStamps, items.badStamps);
     findings.Add(FindingKind::Weak, items.weak);
-    findings.Add(FindingKind::LongValues, items.cut);
+    findings.Add(FindingKind::LongValues, longValues_);
     findings.Add(FindingKind::BeforeFirstStamp, before_);
     findings.Add(FindingKind::Unknown, UnknownShares());
     findings.Add(FindingKind::Undeclared, items.undeclared);
@@ -65,16 +105,42 @@ class BodyCheck {
     bool isSet = false;
   };
 
+  /// Plain lines, which the watch has to see as well. Until the first stamp, lines go one by one,
+  /// so that findings can name them.
+  struct WatchedLines {
+    PlainLineTaker<BodyCheck>& plain;
+    SlotWatch& watch;
+    const BodyFacts& facts;
+
+    bool Scalar(const char* line, const char* newline) {
+      return facts.stamps > 0 && plain.Scalar(line, newline);
+    }
+    bool Other(const char* line, const char* blank, const char* newline) {
+      if (facts.stamps == 0) return false;
+      if (blank != nullptr) {
+        watch.TakeValueLine({blank + 1, static_cast<std::size_t>(newline - blank) - 1});
+      } else if (*line == '#') {
+        watch.TakeStampLine({line + 1, static_cast<std::size_t>(newline - line) - 1});
+      }
+      return plain.Other(line, blank, newline);
+    }
+  };
+
+  void SetLast(ItemKind kind) {
+    last_ = kind;
+    isBehindItem_ = true;
+  }
+
   /// What stands before on the same line hides an item from the line readers, and the item hides a
   /// stamp or a command that stands there.
   void CheckLine() {
     const ItemPlace& place = items_.place();
     CheckItemBefore(place.startsLine ? place.crowdedLine : place.line);
-    isBehindItem_ = true;
-    last_ = items_.kind();
-    const bool isChange = last_ == ItemKind::Scalar || last_ == ItemKind::Vector;
-    const bool counts = isDumping_ && !(last_ == ItemKind::Scalar && items_.value() > '1');
-    if (isChange && counts && (!place.startsLine || !place.isWhole)) {
+    const ItemKind kind = items_.kind();
+    const bool isUnknown = kind == ItemKind::Scalar && items_.value() > '1';
+    const bool isChange =
+        kind == ItemKind::Scalar || kind == ItemKind::Vector || kind == ItemKind::Real;
+    if (isChange && isDumping_ && !isUnknown && (!place.startsLine || !place.isWhole)) {
       changesInLine_.Add(place.line, "");
     }
   }
@@ -87,57 +153,24 @@ class BodyCheck {
     if (last_ == ItemKind::Command) sharedCommands_.Add(line, "");
   }
 
-  void TakeItem() {
-    switch (items_.kind()) {
-      case ItemKind::Stamp:
-        TakeStamp();
-        break;
-      case ItemKind::Command:
-        isDumping_ = items_.command() != Keyword::DumpOff;
-        break;
-      case ItemKind::SectionEnd:
-        break;
-      case ItemKind::Scalar:
-        TakeChange(items_.value() > '1');
-        break;
-      case ItemKind::Vector:
-        TakeChange(false);
-        break;
-    }
-  }
-
-  void TakeStamp() {
-    const std::uint64_t ticks = items_.ticks();
-    if (facts_.stamps > 0 && ticks < lastTick_) {
-      backward_.Add(items_.place().line, StampText(ticks));
-    }
-    readLast_ = watch_.StampFor(static_cast<double>(ticks));
-    if (facts_.stamps++ == 0) {
-      facts_.firstTick = ticks;
-      readFirst_ = readLast_;
-    }
-    facts_.lastTick = lastTick_ = ticks;
-    lastLine_ = items_.place().line;
-  }
-
-  void TakeChange(bool isUnknown) {
+  void TakeChange(std::uint32_t codeId, bool isUnknown) {
     if (!isDumping_) return;
-    Counts& counts = counts_[items_.code()];
+    Counts& counts = counts_[codeId];
     // The x that a signal starts from says nothing about its activity.
     if (!isUnknown || counts.isSet) ++(isUnknown ? counts.unknown : counts.counted);
     counts.isSet = true;
     ++(isUnknown ? facts_.unknown : facts_.changes);
-    if (facts_.stamps == 0 && !isUnknown) before_.Add(items_.place().line, "");
+    if (facts_.stamps == 0 && !isUnknown) before_.Add(items_.Line(), "");
   }
 
   Tally UnknownShares() const {
     Tally shares;
     for (const DumpVariable& variable : declarations_.variables) {
-      const Counts& counts = counts_[variable.code];
+      const Counts& counts = counts_[variable.codeId];
       const auto unknown = static_cast<double>(counts.unknown);
       const double all = unknown + static_cast<double>(counts.counted);
       if (unknown <= kUnknownShare * all) continue;
-      shares.Add(variable.line, shares ? "" : declarations_.PathOf(variable));
+      shares.Add(variable.line, shares ? "" : declarations_.ShortPathOf(variable));
     }
     return shares;
   }
@@ -153,7 +186,7 @@ class BodyCheck {
     return {text.data(), end.ptr};
   }
 
-  const SlotWatch& watch_;
+  SlotWatch& watch_;
   const Declarations& declarations_;
   DumpItems items_;
   std::vector<Counts> counts_;  // by code
@@ -169,13 +202,13 @@ class BodyCheck {
   Tally sharedStamps_;
   Tally sharedCommands_;
   Tally changesInLine_;
-  Tally backward_;
   Tally before_;
+  Tally longValues_;
 };
 
 }  // namespace
 
-BodyFacts FindInBody(DumpWords& words, const SlotWatch& watch, const Declarations& declarations,
+BodyFacts FindInBody(DumpWords& words, SlotWatch& watch, const Declarations& declarations,
                      Findings& findings) {
   BodyCheck check(words, watch, declarations);
   check.Run();

@@ -16,10 +16,11 @@ void FindAliases(const Declarations& declarations, Findings& findings) {
   Tally hidden;
   for (std::size_t i = 0; i < shares.size(); ++i) {
     const DumpVariable& variable = declarations.variables[i];
-    if (shares[i].name == 0 && !shares[i].isRepeated) continue;
-    const std::string path = declarations.PathOf(variable);
-    if (signals.emplace(variable.scope, variable.code).second) doubled.Add(variable.line, path);
-    if (shares[i].name > 0) hidden.Add(variable.line, path);
+    const bool isHidden = shares[i].name > 0 || shares[i].isLeftOut;
+    if (!isHidden && !shares[i].isRepeated) continue;
+    const std::string path = hidden ? "" : declarations.ShortPathOf(variable);
+    if (signals.emplace(variable.scope, variable.codeId).second) doubled.Add(variable.line, path);
+    if (isHidden) hidden.Add(variable.line, path);
   }
   findings.Add(FindingKind::Doubled, doubled);
   findings.Add(FindingKind::Hidden, hidden);

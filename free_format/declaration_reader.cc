@@ -14,42 +14,37 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr std::size_t kWordsKept = 16;  // of a section; a declaration has eight at most
-// Longer names do not fit on a line that every reader takes whole.
-constexpr std::size_t kLongestName = 800;
 constexpr std::size_t kLongestRead = 4000;  // on a line of the readers that take whole dumps
-constexpr std::size_t kLongestType = 20;
+// Of texts that say where a dump comes from; what they hold is of no use to anybody beyond that.
+constexpr std::size_t kTextKept = 4096;
 
-/// The words from `first` on as one: a range belongs to its name, blanks in it to nothing.
-std::string Glued(const std::vector<std::string>& words, std::size_t first) {
-  std::string glued;
-  for (std::size_t i = first; i < words.size(); ++i) glued += words[i];
-  return glued;
+/// The decimal number at the start of a text, limited to 32 bits; 0 where there is none.
+std::int64_t NumberIn(std::string_view text) {
+  constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+  const bool isNegative = !text.empty() && text.front() == '-';
+  if (!text.empty() && (isNegative || text.front() == '+')) text.remove_prefix(1);
+  std::int64_t number = 0;
+  for (const char c : text) {
+    if (c < '0' || c > '9') break;
+    number = std::min(10 * number + (c - '0'), kMost);
+  }
+  return isNegative ? -number : number;
 }
 
 /// The bits of a range such as "[7:0]", or of a plain width.
-std::uint32_t WidthOf(const std::string& size) {
-  const bool isRange = size.front() == '[';
-  const long long left = std::strtoll(size.c_str() + (isRange ? 1 : 0), nullptr, 10);
-  const std::size_t colon = size.find(':');
-  const long long right =
-      colon != std::string::npos ? std::strtoll(size.c_str() + colon + 1, nullptr, 10) : left;
-  const double width = isRange
-                           ? std::abs(static_cast<double>(left) - static_cast<double>(right)) + 1
-                           : static_cast<double>(left);
-  return static_cast<std::uint32_t>(
-      std::clamp<double>(width, 0, std::numeric_limits<std::int32_t>::max()));
-}
-
-/// A size that is a range in several words, as port dumps have it, becomes one word.
-void JoinSize(std::vector<std::string>& words) {
-  while (words.size() > 2 && words[1].front() == '[' && words[1].find(']') == std::string::npos) {
-    words[1] += words[2];
-    words.erase(words.begin() + 2);
+std::uint32_t WidthOf(std::string_view size) {
+  constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+  if (size.front() != '[') {
+    return static_cast<std::uint32_t>(std::max<std::int64_t>(NumberIn(size), 0));
   }
+  const std::int64_t left = NumberIn(size.substr(1));
+  const std::size_t colon = size.find(':');
+  const std::int64_t right =
+      colon != std::string_view::npos ? NumberIn(size.substr(colon + 1)) : left;
+  return static_cast<std::uint32_t>(std::min(std::abs(left - right) + 1, kMost));
 }
 
-bool IsScopeKind(const std::string& word) {
+bool IsScopeKind(std::string_view word) {
   static constexpr std::array<std::string_view, 12> kKinds{
       "module", "task",  "function", "begin",     "fork",    "generate",
       "struct", "union", "class",    "interface", "package", "program"};
@@ -74,6 +69,16 @@ bool IsPlainTimescale(const std::string& text) {
 
 }  // namespace
 
+std::string_view DeclarationReader::Section::Word(std::size_t index) const {
+  const std::size_t start = index == 0 ? 0 : ends[index - 1];
+  return std::string_view(text).substr(start, ends[index] - start);
+}
+
+std::string_view DeclarationReader::Section::From(std::size_t first) const {
+  if (first >= count()) return {};
+  return std::string_view(text).substr(first == 0 ? 0 : ends[first - 1]);
+}
+
 bool DeclarationReader::Advance() {
   if (repeat_) {
     repeat_ = false;
@@ -93,7 +98,7 @@ Declarations DeclarationReader::Read() {
 /// Takes a word outside sections; false when it is the body's first. Where the definitions have no
 /// end, a stamp or a dump command behind a variable is their end.
 bool DeclarationReader::TakeWord() {
-  if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, lineWhat_);
+  if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, "");
   lineTally_ = nullptr;
   const Keyword keyword = KeywordOf(words_.Word());
   if ((IsDumpCommand(keyword) || IsStamp(words_.Word())) && !result_.variables.empty()) {
@@ -107,11 +112,16 @@ bool DeclarationReader::TakeWord() {
 }
 
 void DeclarationReader::TakeSection(Keyword keyword) {
-  section_ = {std::move(section_.words),    words_.Line(), 0, 0, 0, words_.StartsLine(),
-              IsPlainKeyword(words_.Word())};
+  section_.line = words_.Line();
+  section_.firstLine = section_.lastLine = section_.endLine = 0;
+  section_.startsLine = words_.StartsLine();
+  section_.isPlain = IsPlainKeyword(words_.Word());
+  section_.text.clear();
+  section_.ends.clear();
   if (keyword == Keyword::Section || keyword == Keyword::Close) {
     result_.lines.attributes.Add(section_.line, words_.Word());
   }
+  const bool isDate = (words_.Word()[1] | 0x20) == 'd';  // else $version
   if (keyword == Keyword::EndDefinitions || keyword == Keyword::Upscope) {
     ReadEnd();
   } else {
@@ -120,6 +130,7 @@ void DeclarationReader::TakeSection(Keyword keyword) {
   const bool isDeclaration =
       StartsSection(keyword) && keyword != Keyword::Comment && keyword != Keyword::Text;
   if (isDeclaration && !section_.isPlain) result_.lines.keywords.Add(section_.line, "");
+  if (keyword == Keyword::Text) TakeText(isDate ? result_.date : result_.version);
   if (keyword == Keyword::Timescale) TakeTimescale();
   if (keyword == Keyword::Scope) OpenScope();
   if (keyword == Keyword::Upscope) CloseScope();
@@ -127,9 +138,17 @@ void DeclarationReader::TakeSection(Keyword keyword) {
   if (keyword == Keyword::EndDefinitions) EndDefinitions();
 }
 
+/// Keeps the first text of its kind.
+void DeclarationReader::TakeText(std::string& text) {
+  if (!text.empty()) return;
+  for (std::size_t i = 0; i < section_.count(); ++i) {
+    text += (i == 0 ? "" : " ");
+    text += section_.Word(i);
+  }
+}
+
 /// Takes the $end of a section without words only where it follows at once.
 void DeclarationReader::ReadEnd() {
-  section_.words.clear();
   if (!Advance()) return;
   if (KeywordOf(words_.Word()) == Keyword::End) {
     TakeEnd();
@@ -144,87 +163,94 @@ void DeclarationReader::TakeEnd() {
 }
 
 void DeclarationReader::ReadSection(Keyword keyword) {
-  // The words before may look like anything: codes do.
-  const std::size_t plain = keyword == Keyword::Var ? 4 : keyword == Keyword::Scope ? 2 : 0;
-  section_.words.clear();
+  // Names, codes and widths are kept whole; what a comment holds is not worth the memory.
+  const bool isKept = keyword == Keyword::Var || keyword == Keyword::Scope;
+  words_.SetLongest(isKept ? DumpWords::kNoLimit : 0);
   while (Advance()) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) {
       TakeEnd();
       return;
     }
-    // What a comment holds is a comment's, be it a commented-out declaration.
-    const bool isBody = plain > 0 && words_.StartsLine() && IsStamp(words_.Word());
-    if (keyword != Keyword::Comment && section_.words.size() >= plain &&
-        (StartsSection(next) || isBody)) {
+    if (EndsSection(keyword, next)) {
       repeat_ = true;
       return;
     }
     if (words_.StartsLine() && StartsSection(next)) {
       result_.lines.quoted.Add(words_.Line(), words_.Word());
     }
-    if (section_.words.empty()) section_.firstLine = words_.Line();
+    if (section_.firstLine == 0) section_.firstLine = words_.Line();
     section_.lastLine = words_.Line();
-    if (section_.words.size() < kWordsKept) section_.words.emplace_back(words_.Word());
+    KeepWord(keyword);
   }
+}
+
+/// Whether the word begins something else than the section, which has no $end then. What a comment
+/// holds is a comment's, be it a commented-out declaration.
+bool DeclarationReader::EndsSection(Keyword keyword, Keyword next) {
+  if (keyword == Keyword::Comment) return false;
+  // The first words may look like anything: codes do.
+  const std::size_t plain = keyword == Keyword::Var ? 4 : keyword == Keyword::Scope ? 2 : 0;
+  const bool isBody = plain > 0 && words_.StartsLine() && IsStamp(words_.Word());
+  return section_.count() >= plain && (StartsSection(next) || isBody);
+}
+
+void DeclarationReader::KeepWord(Keyword keyword) {
+  if (keyword == Keyword::Comment || keyword == Keyword::Section) return;
+  if (keyword == Keyword::Text && section_.text.size() >= kTextKept) return;
+  section_.text += words_.Word();
+  section_.ends.push_back(section_.text.size());
 }
 
 void DeclarationReader::TakeTimescale() {
   const bool isRead = section_.startsLine && section_.firstLine > section_.line;
   const bool isLate = result_.scopes.size() > 1;  // the first one stands for the dump
-  result_.timescale = Glued(section_.words, 0);
+  result_.timescale = section_.From(0);
   result_.timescaleLine = section_.line;
   result_.tick = Femtoseconds(result_.timescale);
   if (result_.tick == 0U) result_.tick.reset();
   if (isRead && isLate) result_.lines.lateTimescale.Add(section_.line, result_.timescale);
   result_.lines.timescale = isRead && section_.isPlain && section_.firstLine == section_.lastLine &&
-                            section_.endLine != section_.lastLine && section_.words.size() <= 2 &&
+                            section_.endLine != section_.lastLine && section_.count() <= 2 &&
                             IsPlainTimescale(result_.timescale);
 }
 
 void DeclarationReader::OpenScope() {
-  std::vector<std::string>& words = section_.words;
-  const std::size_t count = words.size();
-  if (count == 1 && !IsScopeKind(words[0])) words.insert(words.begin(), "module");
-  const std::string kind = words.empty() ? "module" : words[0];
+  const std::size_t count = section_.count();
+  // A name alone is that of a module.
+  const bool hasKind = count > 1 || (count == 1 && IsScopeKind(section_.Word(0)));
+  const std::string kind(hasKind ? section_.Word(0) : "module");
   bool isNew = false;
-  const std::uint32_t scope = ScopeOf(Glued(words, 1), isNew);
+  const std::uint32_t scope = ScopeOf(section_.From(hasKind ? 1 : 0), isNew);
   if (isNew) {
     result_.scopes[scope].kind = kind;
     result_.scopes[scope].line = section_.line;
   } else {
-    result_.lines.split.Add(section_.line, result_.PathOf(scope));
+    result_.lines.split.Add(section_.line, "");
   }
   current_ = scope;
-  CheckLine(result_.lines.scopeLines, count == 2, result_.PathOf(scope));
+  CheckLine(result_.lines.scopeLines, count == 2);
   FollowScope(scope, kind);
 }
 
 /// A name for what has none.
 std::string DeclarationReader::NewName() {
   std::string name = "unnamed_" + std::to_string(++unnamed_);
-  result_.renamed.Add(section_.line, name);
+  result_.unnamed.Add(section_.line, name);
   return name;
 }
 
-/// A name as every reader can take it: not too long for a line, and no keyword.
-std::string DeclarationReader::Fitting(std::string name, std::uint32_t number) {
-  const Keyword keyword = KeywordOf(name);
-  const bool isKeyword = StartsSection(keyword) || keyword == Keyword::End;
-  if (isKeyword) name.insert(name.begin(), '_');
-  const bool isLong = name.size() > kLongestName;
-  if (isKeyword || isLong) result_.renamed.Add(section_.line, name);
-  if (!isLong) return name;
-  std::string suffix(1, '_');
-  suffix += std::to_string(number);
-  return name.substr(0, kLongestName - suffix.size()) + suffix;
+std::uint32_t DeclarationReader::TypeId(std::string_view type) {
+  const auto [place, isNew] =
+      typeIds_.try_emplace(std::string(type), static_cast<std::uint32_t>(result_.types.size()));
+  if (isNew) result_.types.emplace_back(type);
+  return place->second;
 }
 
 /// The scope of that name in the current one. Every scope without a name is one of its own.
-std::uint32_t DeclarationReader::ScopeOf(const std::string& name, bool& isNew) {
+std::uint32_t DeclarationReader::ScopeOf(std::string_view name, bool& isNew) {
   const auto number = static_cast<std::uint32_t>(result_.scopes.size());
-  std::string given = Fitting(name, number);
-  if (given.empty()) given = NewName();
+  std::string given = name.empty() ? NewName() : std::string(name);
   const auto [place, added] =
       scopeByPath_.try_emplace(std::to_string(current_) + "/" + given, number);
   isNew = added;
@@ -237,63 +263,73 @@ std::uint32_t DeclarationReader::ScopeOf(const std::string& name, bool& isNew) {
 }
 
 void DeclarationReader::CloseScope() {
-  CheckLine(result_.lines.scopeLines, true, result_.PathOf(current_));
+  CheckLine(result_.lines.scopeLines, true);
   if (current_ == Declarations::kDump) result_.unbalanced.Add(section_.line, "$upscope");
   current_ = result_.scopes[current_].parent;
   if (!lineScopes_.empty()) lineScopes_.pop_back();
 }
 
 void DeclarationReader::Declare() {
-  std::vector<std::string>& words = section_.words;
-  const std::size_t count = words.size();
-  if (count > 1) JoinSize(words);
-  if (words.size() < 3) {
-    result_.malformed.Add(section_.line, "$var " + Glued(words, 0));
+  // Port dumps write a size as a range, which may stand in several words.
+  std::size_t sizeEnd = 2;
+  if (section_.count() > 1 && section_.Word(1).front() == '[') {
+    while (sizeEnd < section_.count() &&
+           section_.Word(sizeEnd - 1).find(']') == std::string_view::npos) {
+      ++sizeEnd;
+    }
+  }
+  const std::size_t count = section_.count();
+  if (count <= sizeEnd) {
+    result_.malformed.Add(section_.line, "$var " + std::string(section_.From(0)));
     return;
   }
+  const std::string_view size =
+      section_.From(1).substr(0, section_.ends[sizeEnd - 1] - section_.ends[0]);
+  const std::string_view code = section_.Word(sizeEnd);
   const auto number = static_cast<std::uint32_t>(result_.variables.size());
   DumpVariable variable;
-  variable.name = Glued(words, 3);
+  variable.name = section_.From(sizeEnd + 1);
   if (variable.name.empty()) variable.name = NewName();
-  if (words[1].front() == '[' && variable.name.back() != ']') variable.name += words[1];
-  const bool isOneLine = (count == 4 || count == 5) && variable.name.size() <= kLongestRead;
-  variable.name = Fitting(std::move(variable.name), number);
-  variable.type = words[0].substr(0, kLongestType);
-  variable.width = WidthOf(words[1]);
-  variable.code = result_.codes.Add(words[2]);
-  result_.longestCode = std::max(result_.longestCode, words[2].size());
+  variable.nameWord = static_cast<std::uint32_t>(
+      count > sizeEnd + 1 ? section_.Word(sizeEnd + 1).size() : variable.name.size());
+  if (size.front() == '[' && variable.name.back() != ']') variable.name += size;
+  variable.typeId = TypeId(section_.Word(0));
+  variable.width = WidthOf(size);
+  variable.codeId = result_.codes.Add(code);
   variable.scope = current_;
   variable.line = section_.line;
+  result_.longestCode = std::max(result_.longestCode, code.size());
+  result_.widest = std::max(result_.widest, variable.width);
   for (std::uint32_t scope = current_; !result_.scopes[scope].populated;
        scope = result_.scopes[scope].parent) {
     result_.scopes[scope].populated = true;
   }
-  CheckLine(result_.lines.overlooked, isOneLine, variable.name);
-  FollowVariable(variable, words[2].front());
+  const bool isOneLine = (count == 4 || count == 5) && variable.name.size() <= kLongestRead;
+  CheckLine(result_.lines.overlooked, isOneLine);
+  FollowVariable(variable, code.front());
   result_.scopes[current_].variables.push_back(number);
   result_.variables.push_back(std::move(variable));
 }
 
 void DeclarationReader::EndDefinitions() {
   result_.ended = true;
-  CheckLine(result_.lines.scopeLines, true, "$enddefinitions");
+  CheckLine(result_.lines.scopeLines, true);
 }
 
 /// Counts a section that does not stand alone on one line, as far as that is known before the next
 /// section begins.
-void DeclarationReader::CheckLine(Tally& tally, bool fits, const std::string& what) {
+void DeclarationReader::CheckLine(Tally& tally, bool fits) {
   if (!fits || !section_.startsLine || section_.endLine != section_.line) {
-    tally.Add(section_.line, what);
+    tally.Add(section_.line, section_.From(0));
     return;
   }
   lineTally_ = &tally;
   lineNumber_ = section_.line;
-  lineWhat_ = what;
 }
 
 void DeclarationReader::FollowScope(std::uint32_t scope, const std::string& kind) {
   if (!IsTreeKind(kind)) {
-    result_.lines.foreign.Add(section_.line, kind + " " + result_.PathOf(scope));
+    result_.lines.foreign.Add(section_.line, kind + " " + result_.scopes[scope].name);
     return;
   }
   lineScopes_.push_back(
@@ -304,11 +340,11 @@ void DeclarationReader::FollowScope(std::uint32_t scope, const std::string& kind
 void DeclarationReader::FollowVariable(const DumpVariable& variable, char codeStart) {
   LineReading& lines = result_.lines;
   const auto add = [&](Tally& tally, bool applies) {
-    if (applies) tally.Add(variable.line, tally ? "" : result_.PathOf(variable));
+    if (applies) tally.Add(variable.line, tally ? "" : result_.ShortPathOf(variable));
   };
   add(lines.unreachable, lineScopes_.empty() || !lineScopes_.back().reachable);
   add(lines.wrongScope, lineScopes_.empty() || lineScopes_.back().scope != variable.scope);
-  const bool isWord = variable.width > 1 || variable.type == "real";
+  const bool isWord = variable.width > 1 || result_.TypeOf(variable) == "real";
   add(lines.grammarCodes, isWord && std::string_view("#bBrR").find(codeStart) != std::string::npos);
   add(lines.late, !result_.scopes[variable.scope].scopes.empty());
 }

@@ -26,13 +26,19 @@ class DeclarationReader {
  private:
   /// A keyword with its words, and how they stand on lines.
   struct Section {
-    std::vector<std::string> words;
+    std::string text;               // of all words, one after the other
+    std::vector<std::size_t> ends;  // of each word in the text
     std::uint64_t line = 0;
     std::uint64_t firstLine = 0;  // of its words
     std::uint64_t lastLine = 0;
     std::uint64_t endLine = 0;  // 0: it has no $end
     bool startsLine = false;
     bool isPlain = true;  // readers know its keyword and its $end
+
+    std::size_t count() const { return ends.size(); }
+    std::string_view Word(std::size_t index) const;
+    /// The words from `first` on as one: a range belongs to its name, blanks in it to nothing.
+    std::string_view From(std::size_t first) const;
   };
   /// A scope as the hierarchical reader follows it.
   struct LineScope {
@@ -44,6 +50,8 @@ class DeclarationReader {
   bool TakeWord();
   void TakeSection(Keyword keyword);
   void ReadSection(Keyword keyword);
+  bool EndsSection(Keyword keyword, Keyword next);
+  void KeepWord(Keyword keyword);
   void ReadEnd();
   void TakeEnd();
   void TakeTimescale();
@@ -51,12 +59,13 @@ class DeclarationReader {
   void CloseScope();
   void Declare();
   void EndDefinitions();
+  void TakeText(std::string& text);
   std::string NewName();
-  std::string Fitting(std::string name, std::uint32_t number);
-  std::uint32_t ScopeOf(const std::string& name, bool& isNew);
+  std::uint32_t TypeId(std::string_view type);
+  std::uint32_t ScopeOf(std::string_view name, bool& isNew);
   void FollowScope(std::uint32_t scope, const std::string& kind);
   void FollowVariable(const DumpVariable& variable, char codeStart);
-  void CheckLine(Tally& tally, bool fits, const std::string& what);
+  void CheckLine(Tally& tally, bool fits);
 
   DumpWords& words_;
   bool repeat_ = false;  // the last word is to be taken again
@@ -65,12 +74,12 @@ class DeclarationReader {
   std::uint32_t current_ = Declarations::kDump;
   std::uint32_t unnamed_ = 0;
   std::unordered_map<std::string, std::uint32_t> scopeByPath_;  // parent's number and name
+  std::unordered_map<std::string, std::uint32_t> typeIds_;
 
   std::vector<LineScope> lineScopes_;
   bool lineRoot_ = false;
   Tally* lineTally_ = nullptr;  // of the last section, unless it counted there
   std::uint64_t lineNumber_ = 0;
-  std::string lineWhat_;
 };
 
 /// Reads the declarations from a dump's start. Throws Failure with Unusable for what is no VCD file

@@ -32,6 +32,8 @@ constexpr FindingText kTexts[] = {
     {"dump commands that share their lines are not obeyed", "commands", kPrepare},
     {"values of port dumps are not counted", "changes", kPrepare},
     {"readers misread the time span", "dump", kPrepare},
+    {"time stamp cut off at the end of the dump", "stamps", "simulate again"},
+    {"time stamps that are no whole number below 2^64", "stamps", "fix the dump"},
     {"time stamps go back: the span is not the simulation's", "stamps", "mend the dump"},
     {"signals with several names in a scope count several times in the tree", "signals", kPrepare},
     {"further names of a signal in a scope have no figures", "signals", kPrepare},

@@ -35,6 +35,8 @@ enum class FindingKind {
   CommandsNotAlone,
   Ports,
   MisreadSpan,
+  CutStamp,
+  BadStamps,
   Backward,
   Doubled,
   Hidden,
@@ -110,7 +112,7 @@ struct BodyFacts {
 };
 
 /// Reads the body. `watch` has seen the words of the declarations.
-BodyFacts FindInBody(DumpWords& words, const SlotWatch& watch, const Declarations& declarations,
+BodyFacts FindInBody(DumpWords& words, SlotWatch& watch, const Declarations& declarations,
                      Findings& findings);
 
 /// All that one reading of a dump shows.

@@ -2,58 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 
 namespace orsa::kesncd {
 
 namespace {
-
-using Alphabet = std::array<char, 256>;
-
-/// What the characters `from` become; every other one becomes `rest`.
-constexpr Alphabet MakeAlphabet(char rest, std::string_view from, std::string_view to) {
-  Alphabet alphabet{};
-  for (char& c : alphabet) c = rest;
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    alphabet[static_cast<unsigned char>(from[i])] = to[i];
-  }
-  return alphabet;
-}
-
-constexpr Alphabet MakeIdentity() {
-  Alphabet alphabet{};
-  for (std::size_t i = 0; i < alphabet.size(); ++i) alphabet[i] = static_cast<char>(i);
-  return alphabet;
-}
-
-// The nine values of VHDL besides the four of Verilog: weak ones count as what they pull to.
-constexpr Alphabet kScalars = MakeAlphabet('\0', "01xXzZHhLlUuWw-", "01xxzz1100xxxxx");
-constexpr Alphabet kBits = MakeAlphabet('x', "01zZHhLl", "01zz1100");
-// States of ports: driven from outside, from inside, or from both.
-constexpr Alphabet kPortStates = MakeAlphabet('x', "DdLl0UuHh1ZTF", "0000011111zzz");
-constexpr Alphabet kAsTheyAre = MakeIdentity();
-
-char In(const Alphabet& alphabet, char c) {
-  return alphabet[static_cast<unsigned char>(c)];
-}
-
-/// Writes what a value's characters become. Every alphabet leaves 0 and 1 as they are, and most of
-/// what is dumped is nothing else: that is copied eight at a time.
-void Translate(std::string_view value, char* to, const Alphabet& alphabet) {
-  constexpr std::uint64_t kZeros = 0x3030303030303030U;
-  constexpr std::uint64_t kOneBits = 0x0101010101010101U;
-  std::size_t i = 0;
-  for (; i + sizeof kZeros <= value.size(); i += sizeof kZeros) {
-    std::uint64_t bytes = 0;
-    std::memcpy(&bytes, value.data() + i, sizeof bytes);
-    if (((bytes ^ kZeros) & ~kOneBits) == 0) {
-      std::memcpy(to + i, &bytes, sizeof bytes);
-    } else {
-      for (std::size_t at = i; at < i + sizeof bytes; ++at) to[at] = In(alphabet, value[at]);
-    }
-  }
-  for (; i < value.size(); ++i) to[i] = In(alphabet, value[i]);
-}
 
 // What a line that means something to the library's readers begins with.
 constexpr std::string_view kLineStarts = "01bBrR#$";
@@ -63,7 +15,10 @@ constexpr int kStrengths = 2;  // words between a port's states and its code
 }  // namespace
 
 DumpItems::DumpItems(DumpWords& words, const Declarations& declarations)
-    : words_(words), codes_(declarations.codes), repeat_(declarations.hasWord) {}
+    : words_(words), codes_(declarations.codes), repeat_(declarations.hasWord) {
+  // A longer value loses its left part anyway, and a longer code is none of the dump's.
+  words_.SetLongest(std::max<std::size_t>(declarations.widest, declarations.longestCode) + 1);
+}
 
 bool DumpItems::Advance() {
   if (!repeat_) return words_.Next();
@@ -93,7 +48,7 @@ bool DumpItems::Next() {
 
 /// Takes an item that begins with the word; false where that is nothing that counts.
 bool DumpItems::TakeWord(std::string_view word) {
-  const char value = In(kScalars, word.front());
+  const char value = In(kScalarValues, word.front());
   if (value != '\0') return TakeScalar(word, value);
   switch (word.front()) {
     case 'b':
@@ -129,25 +84,22 @@ bool DumpItems::TakeScalar(std::string_view word, char value) {
   return found;
 }
 
-/// Keeps a value for writing. Its end is kept: of a number, those are the low bits.
-void DumpItems::HoldText(char letter, std::string_view value, const Alphabet& alphabet) {
-  isCut_ = value.size() > kLongestValue;
-  if (isCut_) value.remove_prefix(value.size() - kLongestValue);
-  text_[0] = letter;
-  Translate(value, text_.data() + 1, alphabet);
-  length_ = value.size() + 1;
+/// Keeps a value, whose word goes when the one of its code is taken.
+void DumpItems::HoldText(std::string_view value, const Alphabet& alphabet) {
+  text_.resize(value.size());
+  Translate(value, text_.data(), alphabet);
 }
 
 bool DumpItems::TakeVector(std::string_view word) {
   kind_ = ItemKind::Vector;
-  HoldText('b', word.size() > 1 ? word.substr(1) : "x", kBits);
-  return TakeCodeOfText();
+  HoldText(word.size() > 1 ? word.substr(1) : "x", kBitValues);
+  return TakeCode();
 }
 
 bool DumpItems::TakeReal(std::string_view word) {
-  kind_ = ItemKind::Vector;
-  HoldText('r', word.size() > 1 ? word.substr(1) : "0", kAsTheyAre);
-  return TakeCodeOfText();
+  kind_ = ItemKind::Real;
+  text_ = word.size() > 1 ? word.substr(1) : "0";
+  return TakeCode();
 }
 
 /// "pDU 66 66 <0": a state and two strengths for each bit, then the code.
@@ -160,14 +112,14 @@ bool DumpItems::TakePort(std::string_view word) {
   }
   kind_ = word.size() == 1 ? ItemKind::Scalar : ItemKind::Vector;
   value_ = In(kPortStates, word.front());
-  HoldText('b', word, kPortStates);
+  HoldText(word, kPortStates);
   for (int i = 0; i < kStrengths; ++i) {
     if (!AdvanceInValue()) return false;
     if (words_.Word().find_first_not_of("01234567") == std::string_view::npos) continue;
     repeat_ = true;  // no strength: the code already
     break;
   }
-  if (!TakeCodeOfText()) return false;
+  if (!TakeCode()) return false;
   tallies_.ports.Add(place_.line, words_.Word());
   return true;
 }
@@ -178,17 +130,24 @@ bool DumpItems::TakeString() {
   return false;
 }
 
+/// Takes the whole number of a stamp. One that ends the dump may have lost digits, and a span that
+/// ends there would be wrong by powers of ten.
 bool DumpItems::TakeStamp(std::string_view word) {
   const char* const end = word.data() + word.size();
   const auto [stop, error] = std::from_chars(word.data() + 1, end, ticks_);
   const bool isWhole = stop == end;
   const bool isFraction = stop < end && *stop == '.' &&
                           std::all_of(stop + 1, end, [](char c) { return c >= '0' && c <= '9'; });
-  if (error != std::errc() || (!isWhole && !isFraction)) {
-    tallies_.strays.Add(place_.line, word);
+  if (words_.EndsDump()) {
+    tallies_.cutStamp.Add(place_.line, word);
+    return false;
+  }
+  if (error != std::errc() || (!isWhole && !isFraction) || words_.IsCut()) {
+    tallies_.badStamps.Add(place_.line, word);
     return false;
   }
   if (isFraction) tallies_.fractions.Add(place_.line, word);
+  if (!NoteStamp(ticks_)) tallies_.backward.Add(place_.line, word);
   kind_ = ItemKind::Stamp;
   return true;
 }
@@ -257,16 +216,9 @@ bool DumpItems::TakeCode() {
   return false;
 }
 
-/// The same behind a value that may have been cut.
-bool DumpItems::TakeCodeOfText() {
-  if (!TakeCode()) return false;
-  if (isCut_) tallies_.cut.Add(place_.line, words_.Word());
-  return true;
-}
-
 bool DumpItems::FindCode(std::string_view code) {
-  code_ = codes_.Find(code);
-  if (code_ != CodeTable::kNone) return true;
+  codeId_ = codes_.Find(code);
+  if (codeId_ != CodeTable::kNone) return true;
   tallies_.undeclared.Add(place_.line, code);
   return false;
 }

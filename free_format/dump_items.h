@@ -3,9 +3,8 @@
 #ifndef KESNCD_FREE_FORMAT_DUMP_ITEMS_H_
 #define KESNCD_FREE_FORMAT_DUMP_ITEMS_H_
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "free_format/dump_words.h"
@@ -13,6 +12,7 @@
 #include "vcd/declarations.h"
 #include "vcd/dump_keywords.h"
 #include "vcd/tally.h"
+#include "vcd/value_alphabet.h"
 
 namespace orsa::kesncd {
 
@@ -20,8 +20,9 @@ enum class ItemKind {
   Stamp,       // `ticks`
   Command,     // `command`, one of the four dump commands
   SectionEnd,  // the $end of a dump command, or of nothing
-  Scalar,      // `value` (0, 1, x or z) and `code`
-  Vector,      // `text` ("b01x0" or "r1.5") and `code`
+  Scalar,      // `value` (0, 1, x or z) and `codeId`
+  Vector,      // `text` (of 0, 1, x and z) and `codeId`
+  Real,        // `text` and `codeId`
 };
 
 /// Where an item stood.
@@ -40,8 +41,10 @@ struct ItemTallies {
   Tally strings;     // string values
   Tally undeclared;  // changes of codes that no variable has
   Tally strays;      // words that mean nothing
-  Tally cut;         // values that were cut to kLongestValue
   Tally fractions;   // of stamps
+  Tally backward;    // stamps smaller than one before, which do not move time
+  Tally badStamps;   // words that begin with "#" and are no number below 2^64
+  Tally cutStamp;    // a stamp that ends the dump with nothing after it: its digits may be cut
   Tally late;        // declarations in the body
   Tally keywords;    // dump commands that the library's readers do not know
   Tally quoted;      // lines of comments and the like that the library's readers take for items
@@ -49,12 +52,11 @@ struct ItemTallies {
   Tally torn;        // a value whose code the dump ends before
 };
 
+/// Calling order: construct after the declarations were read, then Next and the properties of the
+/// item it took, until Next returns false. ReadBody (body_reader.h) does that, and takes plain
+/// lines a faster way.
 class DumpItems {
  public:
-  /// The longest text of a vector or real value. Only that it is a value counts, so the high bits
-  /// of longer ones are left out: with them the line would not arrive in one piece at every reader.
-  static constexpr std::size_t kLongestValue = 960;
-
   /// Goes on where reading the declarations ended.
   DumpItems(DumpWords& words, const Declarations& declarations);
 
@@ -65,10 +67,25 @@ class DumpItems {
   std::uint64_t ticks() const { return ticks_; }
   Keyword command() const { return command_; }
   char value() const { return value_; }
-  std::string_view text() const { return {text_.data(), length_}; }
-  std::uint32_t code() const { return code_; }
+  std::string_view text() const { return text_; }
+  std::uint32_t codeId() const { return codeId_; }
   const ItemPlace& place() const { return place_; }
   const ItemTallies& tallies() const { return tallies_; }
+  /// The line that was reached, as far as plain lines are counted.
+  std::uint64_t Line() const { return words_.Line(); }
+
+  /// Hands the plain lines that come next to a taker (see ScanPlainLines).
+  template <class Taker>
+  void TakePlainLines(Taker& taker) {
+    if (!repeat_) words_.TakePlainLines(taker);
+  }
+  const CodeTable& codes() const { return codes_; }
+  /// Takes note of a stamp among the plain lines; false, and no note, where it goes back.
+  bool NoteStamp(std::uint64_t ticks) {
+    if (ticks < largestStamp_) return false;
+    largestStamp_ = ticks;
+    return true;
+  }
 
  private:
   bool Advance();
@@ -82,22 +99,20 @@ class DumpItems {
   bool TakeStamp(std::string_view word);
   bool TakeKeyword(std::string_view word);
   bool TakeCode();
-  bool TakeCodeOfText();
   bool FindCode(std::string_view code);
   void SkipSection(Keyword keyword);
-  void HoldText(char letter, std::string_view value, const std::array<char, 256>& alphabet);
+  void HoldText(std::string_view value, const Alphabet& alphabet);
 
   DumpWords& words_;
   const CodeTable& codes_;
   bool repeat_;  // the last word is to be taken again
   ItemKind kind_ = ItemKind::SectionEnd;
   std::uint64_t ticks_ = 0;
+  std::uint64_t largestStamp_ = 0;
   Keyword command_ = Keyword::None;
   char value_ = 'x';
-  std::uint32_t code_ = 0;
-  std::array<char, kLongestValue + 1> text_{};
-  std::size_t length_ = 0;
-  bool isCut_ = false;  // the text
+  std::uint32_t codeId_ = 0;
+  std::string text_;
   ItemPlace place_;
   ItemTallies tallies_;
 };

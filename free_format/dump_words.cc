@@ -1,3 +1,4 @@
+// Words that reach over the end of a block, and what becomes of very long ones.
 #include "free_format/dump_words.h"
 
 #include <algorithm>
@@ -7,24 +8,30 @@ namespace orsa::kesncd {
 
 namespace {
 
-#ifdef KESNCD_SMALL_BLOCKS
-constexpr std::size_t kBlock = 4200;  // short dumps meet the ends of blocks
-constexpr std::size_t kKept = 2000;
-#else
-constexpr std::size_t kBlock = std::size_t{1} << 18;
-// Of a word that goes on past a block; what is beyond is dropped.
-constexpr std::size_t kKept = std::size_t{1} << 16;
-#endif
 constexpr std::size_t kFirstBytes = 4096;  // to know a format by
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+// Of a word that is cut: enough to know what kind of word it is.
+constexpr std::size_t kBeginning = 16;
+// After the last byte: a blank and a letter, and what scans and look-ups may read.
+constexpr std::size_t kAfter = 2 + kScanPadding;
+static_assert(kScanPadding >= DumpWords::kReadAhead);
 
 }  // namespace
 
-DumpWords::DumpWords(ByteSource& source) : source_(source), block_(kBlock + 2 + kReadAhead) {
+DumpWords::DumpWords(ByteSource& source, std::size_t block, std::size_t kept)
+    : source_(source),
+      readAtOnce_(block),
+      leastKept_(kept),
+      longest_(kept),
+      block_(block + kAfter) {
   SetEnd(0);
-  while (FirstBytes().size() < kFirstBytes && Refill(block_.data())) {
+  while (FirstBytes().size() < std::min(kFirstBytes, readAtOnce_) && Refill(block_.data())) {
   }
   if (FirstBytes().substr(0, kByteOrderMark.size()) == kByteOrderMark) at_ += kByteOrderMark.size();
+}
+
+void DumpWords::SetLongest(std::size_t characters) {
+  longest_ = std::max(leastKept_, characters);
 }
 
 std::string_view DumpWords::FirstBytes() const {
@@ -38,27 +45,49 @@ void DumpWords::SetEnd(std::size_t held) {
   block_[held + 1] = '!';
 }
 
-/// Reads more behind what is kept, which moves to the front; false at the end of the dump.
+/// Reads more after what is kept, which moves to the front; false at the end of the dump.
 bool DumpWords::Refill(const char* keep) {
   const auto kept = static_cast<std::size_t>(end_ - keep);
-  std::memmove(block_.data(), keep, kept);
-  const std::size_t got = source_.Read(block_.data() + kept, kBlock - kept);
+  if (keep != block_.data()) std::memmove(block_.data(), keep, kept);
+  const std::size_t free = block_.size() - kAfter - kept;
+  // A long word gets a block that can hold as much again, so that it is moved but few times.
+  if (free < kept || free == 0) block_.resize(2 * kept + readAtOnce_ + kAfter);
+  const std::size_t got = source_.Read(block_.data() + kept, block_.size() - kAfter - kept);
   SetEnd(kept + got);
   return got > 0;
 }
 
 /// Goes on with a word that reaches the end of the block.
 void DumpWords::FinishWord() {
-  bool more = true;
-  while (more && at_ == end_) {
-    const std::size_t kept = std::min(length_, kKept);
-    end_ = word_ + kept;
-    more = Refill(word_);
+  at_ = end_;
+  length_ = static_cast<std::size_t>(at_ - word_);
+  while (at_ == end_) {
+    DropMiddle(2 * longest_);  // seldom, since it moves what is kept
+    const std::size_t kept = length_;
+    if (!Refill(word_)) {
+      word_ = block_.data();
+      at_ = end_;
+      endsDump_ = true;
+      break;
+    }
     word_ = block_.data();
     at_ = word_ + kept;
     while (!IsBlank(*at_)) ++at_;
     length_ = static_cast<std::size_t>(at_ - word_);
   }
+  DropMiddle(longest_);
+}
+
+/// Keeps the beginning and the end of a word that is too long: of a value, the end is its low bits.
+void DumpWords::DropMiddle(std::size_t most) {
+  if (length_ <= most + kBeginning) return;
+  // What moves lies within the word, so what comes after it stays where it is.
+  char* const word = block_.data() + (word_ - block_.data());
+  char* const front = word + length_ - longest_ - kBeginning;
+  std::memmove(front, word, kBeginning);
+  word_ = front;
+  length_ = longest_ + kBeginning;
+  isCut_ = true;
 }
 
 }  // namespace orsa::kesncd

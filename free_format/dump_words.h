@@ -1,8 +1,8 @@
 // The words of a dump, wherever its lines end: what free-format reading starts from.
 //
 // Every byte up to the space is a blank, so NULs and other control bytes part words and never get
-// into one. Memory does not grow with the dump: a word is valid until the next one is taken, and
-// one longer than any value is read to its end but kept cut.
+// into one. Memory does not grow with the dump: a word is valid until the next one is taken, and of
+// one that is longer than any value or code can be, only the beginning and the end are kept.
 #ifndef KESNCD_FREE_FORMAT_DUMP_WORDS_H_
 #define KESNCD_FREE_FORMAT_DUMP_WORDS_H_
 
@@ -15,21 +15,34 @@
 
 #include "free_format/slot_watch.h"
 #include "text/byte_stream.h"
+#include "vcd/plain_lines.h"
 #include "vcd/tally.h"
 
 namespace orsa::kesncd {
 
+/// Calling order: construct, FirstBytes if wanted, then Next and the properties of the word it
+/// took. Between two words at the start of a line, TakePlainLines may take whole lines.
 class DumpWords {
  public:
   /// Bytes that may be read, though not looked at, from the start of a word, however short it is.
   static constexpr std::size_t kReadAhead = 8;
+  /// Bytes that are read from the source at a time: more than any line, yet few enough to stay in
+  /// the processor's second cache.
+  static constexpr std::size_t kBlock = std::size_t{1} << 18;
+  /// How much of a word is kept unless SetLongest asks for more.
+  static constexpr std::size_t kKept = std::size_t{1} << 16;
 
   /// Reads the first block, and passes over a byte order mark of UTF-8.
-  explicit DumpWords(ByteSource& source);
+  explicit DumpWords(ByteSource& source, std::size_t block = kBlock, std::size_t kept = kKept);
 
+  static constexpr std::size_t kNoLimit = SIZE_MAX / 4;
+  /// Keeps words to come of up to so many characters whole, and in any case as many as the
+  /// constructor was told.
+  void SetLongest(std::size_t characters);
   /// The dump's first bytes, until a word is taken.
   std::string_view FirstBytes() const;
-  /// Shows every word to come to a watch too.
+  /// Shows every word to come to a watch too. Plain lines are not shown to it: who takes some tells
+  /// the watch himself.
   void Show(SlotWatch& watch) { watch_ = &watch; }
   /// Takes the next word; false at the end of the dump.
   bool Next();
@@ -38,9 +51,18 @@ class DumpWords {
   /// Of the word; the first line is 1.
   std::uint64_t Line() const { return line_; }
   /// Whether no other word stands before it on its line.
-  bool StartsLine() const { return line_ != previousLine_; }
+  bool StartsLine() const { return startsLine_; }
+  /// Whether the word was too long to be kept whole.
+  bool IsCut() const { return isCut_; }
+  /// Whether nothing comes after the word, not even a blank.
+  bool EndsDump() const { return endsDump_; }
   /// Control bytes so far that part words here, though in line-based reading they do not.
   const Tally& Controls() const { return controls_; }
+
+  /// Hands the plain lines that come next, as far as the block holds them, to a taker as
+  /// ScanPlainLines does. Takes nothing where the last word does not end its line.
+  template <class Taker>
+  void TakePlainLines(Taker& taker);
 
  private:
   static bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
@@ -49,53 +71,96 @@ class DumpWords {
     return IsBlank(c) && c != ' ' && c != '\n' && c != '\t' && c != '\r';
   }
   void TakeBlank(char c);
+  bool FinishLine();
   bool Refill(const char* keep);
   void FinishWord();
+  void DropMiddle(std::size_t most);
   void SetEnd(std::size_t held);
 
   ByteSource& source_;
+  const std::size_t readAtOnce_;
+  const std::size_t leastKept_;
+  std::size_t longest_;  // characters of a word that are kept
   std::vector<char> block_;
-  const char* at_ = nullptr;   // behind the last word
+  const char* at_ = nullptr;   // after the last word
   const char* end_ = nullptr;  // a blank and a letter stand here, so that scans stop
   const char* word_ = nullptr;
   std::size_t length_ = 0;
   std::uint64_t line_ = 1;
-  std::uint64_t previousLine_ = 0;
+  bool isAtStart_ = true;  // of a line: no word of it was taken
+  bool startsLine_ = false;
+  bool isCut_ = false;
+  bool endsDump_ = false;
   Tally controls_;
   SlotWatch* watch_ = nullptr;
 };
 
 /// How many of the eight bytes at `word` stand before the first blank. Nearly all words are that
-/// short, and a loop over their few characters would be guessed wrong at the end of each.
+/// short, and a loop over their few characters would be predicted wrong at the end of each.
 inline std::size_t DumpWords::ShortLength(const char* word) {
   constexpr std::uint64_t kOnes = 0x0101010101010101U;
   std::uint64_t bytes = 0;
   std::memcpy(&bytes, word, sizeof bytes);
   if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
-  // The lowest bit set is that of the first byte below '!'; a borrow only spoils those behind it.
+  // The lowest bit set is that of the first byte below '!'; a borrow only spoils those after it.
   const std::uint64_t blanks = (bytes - kOnes * '!') & ~bytes & kOnes * 0x80;
   return static_cast<std::size_t>(std::countr_zero(blanks)) / 8;
 }
 
 inline void DumpWords::TakeBlank(char c) {
-  line_ += static_cast<std::uint64_t>(c == '\n');
-  if (IsControl(c)) controls_.Add(line_, "");
+  if (c == '\n') {
+    ++line_;
+    isAtStart_ = true;
+  } else if (IsControl(c)) {
+    controls_.Add(line_, "");
+  }
 }
 
 inline bool DumpWords::Next() {
-  previousLine_ = word_ == nullptr ? 0 : line_;
   for (;;) {
     while (IsBlank(*at_)) TakeBlank(*at_++);
-    if (at_ < end_) break;
+    if (at_ < end_) break;  // else the letter after the end stopped the loop
     if (!Refill(end_)) return false;
   }
+  startsLine_ = isAtStart_;
+  isAtStart_ = false;
+  isCut_ = false;
   word_ = at_;
   std::size_t step = kReadAhead;
   for (; step == kReadAhead; at_ += step) step = ShortLength(at_);
   length_ = static_cast<std::size_t>(at_ - word_);
-  if (at_ == end_) FinishWord();
+  if (at_ >= end_) FinishWord();
   if (watch_ != nullptr) watch_->Take(Word(), StartsLine());
   return true;
+}
+
+/// Takes the blanks after the last word; whether they end its line.
+inline bool DumpWords::FinishLine() {
+  while (!isAtStart_ && at_ < end_ && IsBlank(*at_)) TakeBlank(*at_++);
+  return isAtStart_ && at_ < end_;
+}
+
+template <class Taker>
+void DumpWords::TakePlainLines(Taker& taker) {
+  if (!FinishLine()) return;
+  struct Counted {
+    Taker& taker;
+    std::uint64_t lines = 0;
+
+    bool Scalar(const char* line, const char* newline) {
+      if (!taker.Scalar(line, newline)) return false;
+      ++lines;
+      return true;
+    }
+    bool Other(const char* line, const char* blank, const char* newline) {
+      if (!taker.Other(line, blank, newline)) return false;
+      ++lines;
+      return true;
+    }
+  };
+  Counted counted{taker};
+  at_ = ScanPlainLines(at_, end_, SIZE_MAX, counted);
+  line_ += counted.lines;
 }
 
 }  // namespace orsa::kesncd

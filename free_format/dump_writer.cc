@@ -12,11 +12,11 @@ namespace orsa::kesncd {
 
 namespace {
 
-#ifdef KESNCD_SMALL_BLOCKS
-constexpr std::size_t kHeld = 2000;
-#else
-constexpr std::size_t kHeld = std::size_t{1} << 18;  // more than any one text
-#endif
+// Longer names do not fit on a line that every reader takes whole.
+constexpr std::size_t kLongestName = 800;
+constexpr std::size_t kLongestType = 20;
+// A line of the header, with room to spare.
+constexpr std::size_t kLongestLine = 2000;
 constexpr std::size_t kMostDigits = 20;
 
 /// A type as it can stand in a prepared dump. Readers keep it in memory that a number may stand
@@ -24,7 +24,7 @@ constexpr std::size_t kMostDigits = 20;
 std::string_view TypeText(const std::string& type) {
   const bool isWord =
       !type.empty() && type.find_first_not_of("abcdefghijklmnopqrstuvwxyz_") == std::string::npos;
-  return isWord && type != "port" ? std::string_view(type) : "wire";
+  return isWord && type != "port" ? std::string_view(type).substr(0, kLongestType) : "wire";
 }
 
 std::string_view CommandText(Keyword command) {
@@ -67,12 +67,12 @@ std::string AddedRootOf(const Declarations& declarations) {
   return name;
 }
 
-DumpWriter::DumpWriter(ByteSink& sink, const Declarations& declarations)
+DumpWriter::DumpWriter(ByteSink& sink, const Declarations& declarations, std::size_t block)
     : sink_(sink),
       declarations_(declarations),
       shares_(ShareCodes(declarations)),
       codes_(declarations, shares_),
-      held_(kHeld) {}
+      held_(std::max(block, kLongestLine)) {}
 
 void DumpWriter::Flush() {
   sink_.Write({held_.data(), used_});
@@ -112,23 +112,38 @@ void DumpWriter::WriteScopes(std::uint32_t top) {
 }
 
 /// Opens a scope and declares its variables.
-void DumpWriter::OpenScope(std::uint32_t scope, std::string_view name) {
+void DumpWriter::OpenScope(std::uint32_t scope, const std::string& name) {
   Put("$scope module ");
-  Put(name);
+  Put(FittingName(name, scope, declarations_.scopes[scope].line));
   Put(" $end\n");
   for (const std::uint32_t index : declarations_.scopes[scope].variables) {
-    if (shares_[index].isRepeated) continue;
     const DumpVariable& variable = declarations_.variables[index];
+    if (shares_[index].isLeftOut) leftOut_.Add(variable.line, variable.name);
+    if (shares_[index].isRepeated || shares_[index].isLeftOut) continue;
     Put("$var ");
-    Put(TypeText(variable.type));
+    Put(TypeText(declarations_.TypeOf(variable)));
     Put(" ");
     Put(std::to_string(variable.width));
     Put(" ");
     Put(codes_.CodeOf(variable, shares_[index]));
     Put(" ");
-    Put(variable.name);
+    Put(FittingName(variable.name, index, variable.line));
     Put(" $end\n");
   }
+}
+
+/// A name as every reader can take it: not too long for a line, and no keyword.
+std::string DumpWriter::FittingName(const std::string& name, std::uint32_t number,
+                                    std::uint64_t line) {
+  const Keyword keyword = KeywordOf(name);
+  const bool isKeyword = StartsSection(keyword) || keyword == Keyword::End;
+  std::string fitting = isKeyword ? "_" + name : name;
+  const bool isLong = fitting.size() > kLongestName;
+  if (isKeyword || isLong) renamed_.Add(line, fitting);
+  if (!isLong) return fitting;
+  const std::string suffix = "_" + std::to_string(number);
+  fitting.resize(kLongestName - suffix.size());
+  return fitting + suffix;
 }
 
 void DumpWriter::WriteCommand(Keyword command) {

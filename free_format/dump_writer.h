@@ -23,7 +23,8 @@ std::string AddedRootOf(const Declarations& declarations);
 
 class DumpWriter {
  public:
-  DumpWriter(ByteSink& sink, const Declarations& declarations);
+  /// `block` bytes are passed on at a time, at least as many as the longest line takes.
+  DumpWriter(ByteSink& sink, const Declarations& declarations, std::size_t block);
 
   /// Writes the header: the time scale if there is one, and all scopes that hold variables, under a
   /// common one where several stand at the top.
@@ -40,12 +41,18 @@ class DumpWriter {
   /// Passes what is still held to the sink.
   void Flush();
 
+  /// Names of the header that were replaced because no reader could take them.
+  const Tally& renamed() const { return renamed_; }
+  /// Names that were left out because their signal has too many in one scope.
+  const Tally& leftOut() const { return leftOut_; }
+
  private:
   void Put(std::string_view text);
   void PutScalar(char value, const char* code);
   void PutVector(std::string_view text, const char* code);
   void WriteScopes(std::uint32_t top);
-  void OpenScope(std::uint32_t scope, std::string_view name);
+  void OpenScope(std::uint32_t scope, const std::string& name);
+  std::string FittingName(const std::string& name, std::uint32_t number, std::uint64_t line);
 
   ByteSink& sink_;
   const Declarations& declarations_;
@@ -55,6 +62,8 @@ class DumpWriter {
   std::size_t used_ = 0;
   std::size_t longestStamp_ = 0;
   bool inSection_ = false;
+  Tally renamed_;
+  Tally leftOut_;
 };
 
 inline void DumpWriter::Put(std::string_view text) {

@@ -63,7 +63,7 @@ void FindCollisions(const Declarations& declarations, const DumpScope& scope,
     const bool isNewBase = i == 0 || names[i].base != names[i - 1].base;
     if (!isNewBase && names[i].low <= reached) {
       const DumpVariable& variable = declarations.variables[names[i].variable];
-      collisions.Add(variable.line, declarations.PathOf(variable));
+      collisions.Add(variable.line, declarations.ShortPathOf(variable));
     }
     reached = isNewBase ? names[i].high : std::max(reached, names[i].high);
   }
@@ -88,7 +88,7 @@ void FindInNames(const Declarations& declarations, Findings& findings) {
   for (const DumpVariable& variable : declarations.variables) {
     const std::string& name = variable.name;
     const auto add = [&](Tally& tally, bool isSo) {
-      if (isSo) tally.Add(variable.line, tally ? "" : declarations.PathOf(variable));
+      if (isSo) tally.Add(variable.line, tally ? "" : declarations.ShortPathOf(variable));
     };
     add(escaped, name.front() == '\\');
     add(indices, name.find('[') != name.rfind('['));

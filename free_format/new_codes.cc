@@ -25,14 +25,15 @@ class ScopeNames {
 
   CodeShare Take(std::uint32_t variable) {
     const DumpVariable& taken = declarations_.variables[variable];
-    Entry& entry = byCode_[taken.code];
+    Entry& entry = byCode_[taken.codeId];
     if (entry.names == 0 || entry.scope != scope_) {
       entry = {scope_, 1, variable};
       return {};
     }
-    if (entry.names == 1) shared_.emplace(taken.code, declarations_.variables[entry.first].name);
-    if (!shared_.emplace(taken.code, taken.name).second) return {0, true};
-    return {entry.names++, false};
+    if (entry.names == 1) shared_.emplace(taken.codeId, declarations_.variables[entry.first].name);
+    if (!shared_.emplace(taken.codeId, taken.name).second) return {0, true, false};
+    if (entry.names == kMostNames) return {0, false, true};
+    return {entry.names++, false, false};
   }
 
  private:
@@ -65,7 +66,7 @@ std::vector<CodeShare> ShareCodes(const Declarations& declarations) {
 NewCodes::NewCodes(const Declarations& declarations, const std::vector<CodeShare>& shares)
     : isShared_(declarations.codes.size()), further_(declarations.codes.size()) {
   for (std::size_t i = 0; i < shares.size(); ++i) {
-    const std::uint32_t code = declarations.variables[i].code;
+    const std::uint32_t code = declarations.variables[i].codeId;
     further_[code].count = std::max(further_[code].count, shares[i].name);
     if (shares[i].name > 0) isShared_[code] = true;
   }
@@ -82,9 +83,9 @@ NewCodes::NewCodes(const Declarations& declarations, const std::vector<CodeShare
 }
 
 std::string_view NewCodes::CodeOf(const DumpVariable& variable, const CodeShare& share) {
-  char* const text = share.name == 0
-                         ? &first_[variable.code * step_]
-                         : &furtherTexts_[(further_[variable.code].start + share.name - 1) * step_];
+  char* const text =
+      share.name == 0 ? &first_[variable.codeId * step_]
+                      : &furtherTexts_[(further_[variable.codeId].start + share.name - 1) * step_];
   if (text[0] == '\0') {
     std::uint64_t number = given_++;
     for (std::size_t i = length_; i-- > 0; number /= kLetters.size()) {

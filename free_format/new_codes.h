@@ -20,7 +20,12 @@ namespace orsa::kesncd {
 struct CodeShare {
   std::uint32_t name = 0;   // the how many-eth name of its code in its scope
   bool isRepeated = false;  // name and code stood in the scope before
+  bool isLeftOut = false;   // one name too many
 };
+
+/// How many names of one code a scope may have in a prepared dump. Each change is written once a
+/// name, so without a bound a short dump with very many names of a clock would become a huge one.
+inline constexpr std::uint32_t kMostNames = 32;
 
 /// One for each variable.
 std::vector<CodeShare> ShareCodes(const Declarations& declarations);

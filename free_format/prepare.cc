@@ -1,135 +1,101 @@
+// The way of a dump into its rewrite: header, then the body item by item.
 #include "free_format/prepare.h"
 
 #include <algorithm>
 
+#include "free_format/body_reader.h"
+#include "free_format/body_window.h"
 #include "free_format/declaration_reader.h"
+#include "free_format/dump_items.h"
 #include "free_format/dump_writer.h"
+#include "free_format/remarks.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
-/// Copies the body, or a window of it.
+// The longest text of a vector or real value. Only that it is a value counts, so the high bits of
+// longer ones are left out: with them the line would not arrive in one piece at every reader.
+constexpr std::size_t kLongestValue = 960;
+
+/// Writes the body, or the window of it that BodyWindow lets through.
 class BodyCopy {
  public:
-  BodyCopy(DumpItems& items, DumpWriter& writer, PrepareReport& report)
-      : items_(items), writer_(writer), report_(report) {}
+  BodyCopy(DumpWriter& writer, PrepareReport& report, const DumpItems& items)
+      : writer_(writer), report_(report), items_(items) {}
 
-  /// Keeps only what happens between two ticks. The value that each signal has when the window
-  /// opens becomes its initial value there.
-  void SetWindow(std::uint64_t begin, std::uint64_t end, std::size_t codes) {
-    end_ = end;
-    begin_ = begin;
-    isOpen_ = begin == 0;
-    if (!isOpen_) values_.resize(codes);
+  /// Keeps values from before the window; without this call there is none before.
+  void HoldValues(std::size_t codes) { values_.resize(codes); }
+
+  void Scalar(std::uint32_t codeId, char value) {
+    ++report_.changes;
+    if (isDumping_ && value > '1') ++report_.unknown;
+    writer_.WriteScalar(value, codeId);
+  }
+  void Vector(std::uint32_t codeId, std::string_view value) { Write(codeId, BitText(value)); }
+  void Real(std::uint32_t codeId, std::string_view value) { Write(codeId, RealText(value)); }
+  void Command(Keyword command) {
+    isDumping_ = command != Keyword::DumpOff;
+    writer_.WriteCommand(command);
+  }
+  void SectionEnd() { writer_.EndSection(); }
+  void Stamp(std::uint64_t ticks) {
+    writer_.WriteStamp(ticks);
+    ++report_.stamps;
   }
 
-  /// False when nothing lies in the window.
-  bool Run() {
-    bool more = true;
-    while (more && items_.Next()) {
-      if (items_.kind() == ItemKind::Stamp) {
-        more = TakeStamp(items_.ticks());
-      } else if (isOpen_) {
-        Write();
-      } else {
-        Remember();
-      }
-    }
-    writer_.EndSection();
-    return isOpen_;
+  void RememberScalar(std::uint32_t codeId, char value) { values_[codeId].assign(1, value); }
+  void RememberVector(std::uint32_t codeId, std::string_view value) {
+    values_[codeId] = BitText(value);
+  }
+  void RememberReal(std::uint32_t codeId, std::string_view value) {
+    values_[codeId] = RealText(value);
   }
 
- private:
-  void Write() {
-    switch (items_.kind()) {
-      case ItemKind::Scalar:
-        ++report_.changes;
-        report_.unknown += isDumping_ && items_.value() > '1' ? 1U : 0U;
-        writer_.WriteScalar(items_.value(), items_.code());
-        break;
-      case ItemKind::Vector:
-        ++report_.changes;
-        writer_.WriteVector(items_.text(), items_.code());
-        break;
-      case ItemKind::Command:
-        isDumping_ = items_.command() != Keyword::DumpOff;
-        writer_.WriteCommand(items_.command());
-        break;
-      case ItemKind::SectionEnd:
-        writer_.EndSection();
-        break;
-      case ItemKind::Stamp:
-        break;
-    }
-  }
-
-  void Remember() {
-    switch (items_.kind()) {
-      case ItemKind::Scalar:
-        values_[items_.code()].assign(1, items_.value());
-        break;
-      case ItemKind::Vector:
-        values_[items_.code()] = items_.text();
-        break;
-      case ItemKind::Command:
-        isDumping_ = items_.command() != Keyword::DumpOff;
-        break;
-      case ItemKind::SectionEnd:
-      case ItemKind::Stamp:
-        break;
-    }
-  }
-
-  /// False behind the window.
-  bool TakeStamp(std::uint64_t ticks) {
-    if (seen_ && ticks < last_) ++report_.backward;
-    if (!seen_ && ticks > end_) {
-      isOpen_ = false;
-      return false;
-    }
-    if (!isOpen_ && ticks >= begin_) Open(seen_ ? begin_ : ticks);
-    seen_ = true;
-    last_ = ticks;
-    if (!isOpen_) return true;
-    const std::uint64_t written = std::min(ticks, end_);
-    if (report_.stamps == 0 || written != report_.lastTick) WriteStamp(written);
-    return ticks <= end_;
-  }
-
-  void Open(std::uint64_t ticks) {
-    isOpen_ = true;
-    WriteStamp(ticks);
-    // What was dumped while dumping was off is not counted in the window either.
-    writer_.WriteCommand(isDumping_ ? Keyword::DumpVars : Keyword::DumpOff);
-    for (std::uint32_t code = 0; code < values_.size(); ++code) {
-      const std::string& value = values_[code];
+  /// Writes the values that signals have when the window begins. What was dumped while dumping was
+  /// off is not counted in the window either.
+  void Open(std::uint64_t ticks, bool isDumping) {
+    isDumping_ = isDumping;
+    Stamp(ticks);
+    writer_.WriteCommand(isDumping ? Keyword::DumpVars : Keyword::DumpOff);
+    for (std::uint32_t codeId = 0; codeId < values_.size(); ++codeId) {
+      const std::string& value = values_[codeId];
       if (value.size() == 1) {
-        writer_.WriteScalar(value[0], code);
+        writer_.WriteScalar(value[0], codeId);
       } else if (!value.empty()) {
-        writer_.WriteVector(value, code);
+        writer_.WriteVector(value, codeId);
       }
     }
     writer_.EndSection();
     values_ = {};
   }
 
-  void WriteStamp(std::uint64_t ticks) {
-    writer_.WriteStamp(ticks);
-    if (report_.stamps++ == 0) report_.firstTick = ticks;
-    report_.lastTick = ticks;
+ private:
+  /// "b01x0", of a long value its end: those are the low bits.
+  const std::string& BitText(std::string_view value) {
+    value = Fitting(value);
+    text_.resize(value.size() + 1);
+    text_[0] = 'b';
+    Translate(value, text_.data() + 1, kBitValues);
+    return text_;
+  }
+  const std::string& RealText(std::string_view value) { return (text_ = 'r') += Fitting(value); }
+  std::string_view Fitting(std::string_view value) {
+    if (value.size() <= kLongestValue) return value;
+    report_.cut.Add(items_.Line(), "");
+    return value.substr(value.size() - kLongestValue);
+  }
+  void Write(std::uint32_t codeId, const std::string& text) {
+    ++report_.changes;
+    writer_.WriteVector(text, codeId);
   }
 
-  DumpItems& items_;
   DumpWriter& writer_;
   PrepareReport& report_;
-  std::uint64_t begin_ = 0;
-  std::uint64_t end_ = UINT64_MAX;
-  bool isOpen_ = true;
+  const DumpItems& items_;
   bool isDumping_ = true;
-  bool seen_ = false;                // a stamp
-  std::uint64_t last_ = 0;           // the last one
+  std::string text_;
   std::vector<std::string> values_;  // by code, while the window is not open yet
 };
 
@@ -170,42 +136,54 @@ Declarations ReadHeader(DumpWords& words, const PrepareOptions& options) {
   return declarations;
 }
 
-void SetWindow(BodyCopy& copy, const PrepareOptions& options, const PrepareReport& report,
-               std::size_t codes) {
-  if (!options.begin && !options.end) return;
-  if (!report.tick) {
-    throw Failure(
-        FailureKind::Unusable,
-        options.dump + ": has no time scale, which a window needs; --timescale gives one");
-  }
-  // The first and the last tick that lie in the window.
-  const std::uint64_t begin = options.begin.value_or(0);
-  copy.SetWindow(begin / *report.tick + (begin % *report.tick != 0 ? 1 : 0),
-                 options.end ? *options.end / *report.tick : UINT64_MAX, codes);
+/// Copies the body; false when nothing lies in the window.
+bool CopyBody(DumpItems& items, DumpWriter& writer, const Declarations& declarations,
+              const TickWindow& window, PrepareReport& report) {
+  BodyCopy copy(writer, report, items);
+  if (window.begin) copy.HoldValues(declarations.codes.size());
+  BodyWindow<BodyCopy> body(window, copy);
+  ReadBody(items, body);
+  body.Finish();
+  writer.EndSection();
+  report.firstTick = body.time().first;
+  report.lastTick = body.time().last;
+  report.isEndCut = body.time().isEndCut;
+  report.unread = ReadingRemarks(declarations, items.tallies());
+  report.weak = items.tallies().weak;
+  return body.time().isOpen;
 }
 
 }  // namespace
 
+TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> tick,
+                         const std::string& name) {
+  if (!window.begin && !window.end) return {};
+  if (!tick) {
+    throw Failure(FailureKind::Unusable,
+                  name + ": has no time scale, which a window needs; --timescale gives one");
+  }
+  TickWindow ticks;
+  if (window.begin) ticks.begin = *window.begin / *tick + (*window.begin % *tick != 0 ? 1 : 0);
+  if (window.end) ticks.end = *window.end / *tick;
+  return ticks;
+}
+
 PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& options) {
-  DumpWords words(in);
+  DumpWords words(in, options.block, options.block / 4);
   const Declarations declarations = ReadHeader(words, options);
   PrepareReport report;
   report.tick = declarations.tick ? declarations.tick : options.tick;
   report.timescale = declarations.timescale;
   report.tickNotNeeded = declarations.tick && options.tick && declarations.tick != options.tick;
-  report.isTorn = !declarations.ended && !declarations.hasWord;
-  report.malformed = declarations.malformed;
-  report.unbalanced = declarations.unbalanced;
-  report.renamed = declarations.renamed;
+  report.unnamed = declarations.unnamed;
   report.addedRoot = AddedRootOf(declarations);
+  const TickWindow window = WindowInTicks(options.window, report.tick, options.dump);
   DumpItems items(words, declarations);
-  DumpWriter writer(out, declarations);
-  BodyCopy copy(items, writer, report);
-  SetWindow(copy, options, report, declarations.codes.size());
+  DumpWriter writer(out, declarations, options.block);
   writer.WriteHeader(report.tick);
-  const bool isAnything = copy.Run();
-  report.items = items.tallies();
-  if (!isAnything) {
+  report.renamed = writer.renamed();
+  report.leftOut = writer.leftOut();
+  if (!CopyBody(items, writer, declarations, window, report)) {
     throw Failure(FailureKind::NothingMatched, options.dump + ": nothing lies in the window");
   }
   writer.Flush();

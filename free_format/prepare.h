@@ -11,18 +11,31 @@
 #include <string>
 #include <vector>
 
+#include "free_format/body_window.h"
 #include "free_format/dump_items.h"
+#include "free_format/dump_words.h"
 #include "text/byte_stream.h"
 #include "vcd/declarations.h"
 
 namespace orsa::kesncd {
 
-struct PrepareOptions {
-  std::string dump;                    // what messages call it
-  std::string top;                     // the scope that goes first, a name or a path; may be empty
-  std::optional<std::uint64_t> tick;   // femtoseconds, for a dump without a time scale
-  std::optional<std::uint64_t> begin;  // of the window to keep, in femtoseconds
+/// The bounds of a window in femtoseconds, both of them in it.
+struct TimeWindow {
+  std::optional<std::uint64_t> begin;
   std::optional<std::uint64_t> end;
+};
+
+/// The window in ticks: BEGIN is rounded up, END down. Throws Failure with Unusable where a dump
+/// without a tick is to have a window; messages call it `name`.
+TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> tick,
+                         const std::string& name);
+
+struct PrepareOptions {
+  std::string dump;                   // what messages call it
+  std::string top;                    // the scope that goes first, a name or a path; may be empty
+  std::optional<std::uint64_t> tick;  // femtoseconds, for a dump without a time scale
+  TimeWindow window;                  // to keep
+  std::size_t block = DumpWords::kBlock;  // bytes that are read and written at a time
 };
 
 struct PrepareReport {
@@ -34,13 +47,14 @@ struct PrepareReport {
   std::uint64_t stamps = 0;           // written ones
   std::uint64_t firstTick = 0;
   std::uint64_t lastTick = 0;
-  std::uint64_t backward = 0;  // stamps earlier than the one before
-  bool isTorn = false;         // the dump ends before its declarations do
-  Tally malformed;
-  Tally unbalanced;
-  Tally renamed;
-  std::string addedRoot;  // around several top-level scopes
-  ItemTallies items;
+  bool isEndCut = false;  // the window ends after the dump does
+  Tally unnamed;
+  Tally renamed;                    // names that no reader could take
+  Tally leftOut;                    // further names of a signal, beyond what is written for one
+  Tally cut;                        // values that were cut to what fits on a line of every reader
+  std::string addedRoot;            // around several top-level scopes
+  std::vector<std::string> unread;  // what could not be read, in words
+  Tally weak;                       // changes to H or L
 
   /// What a user of the figures must know, most important first: what is missing, and what the
   /// prepared dump says otherwise than the dump.

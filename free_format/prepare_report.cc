@@ -1,14 +1,10 @@
 // What is said about a prepared dump.
 #include "free_format/prepare.h"
+#include "free_format/remarks.h"
 
 namespace orsa::kesncd {
 
 namespace {
-
-std::string AtLine(const Tally& tally) {
-  return " (first at line " + std::to_string(tally.line) +
-         (tally.example.empty() ? "" : ": " + tally.example) + ")";
-}
 
 struct Row {
   const Tally& tally;
@@ -19,7 +15,6 @@ struct Row {
 
 std::vector<std::string> PrepareReport::Remarks() const {
   std::vector<std::string> remarks;
-  if (isTorn) remarks.emplace_back("it ends inside its declarations and holds no change");
   if (!tick && timescale.empty()) {
     remarks.emplace_back("it has no time scale, so all frequencies are 0; --timescale gives one");
   } else if (!tick) {
@@ -32,27 +27,18 @@ std::vector<std::string> PrepareReport::Remarks() const {
   } else if (firstTick == lastTick) {
     remarks.emplace_back("it spans no time, so all frequencies are 0");
   }
-  if (backward > 0) {
-    remarks.push_back("time stamps that go back in time: " + std::to_string(backward));
-  }
+  if (isEndCut)
+    remarks.emplace_back("the window ends after the dump: it is cut back to the dump's end");
+  remarks.insert(remarks.end(), unread.begin(), unread.end());
   const Row rows[] = {
-      {items.unended, "section without $end, behind which nothing is read"},
-      {items.torn, "value without a code at the end, where the dump is cut off"},
-      {malformed, "declarations without a code, left out"},
-      {items.late, "declarations behind the definitions, left out"},
-      {unbalanced, "$upscope with no scope open"},
-      {items.undeclared, "changes of codes that no variable has, left out"},
-      {items.strings, "changes to strings, which do not count, left out"},
-      {items.strays, "words that are not understood, left out"},
-      {items.weak, "changes to H or L, which now count as 1 or 0"},
-      {items.cut, "values cut to their lowest bits, which count all the same"},
-      {items.fractions, "time stamps that lose their fractions"},
-      {renamed, "names that were missing, too long or keywords, replaced"},
+      {weak, "changes to H or L, which now count as 1 or 0"},
+      {cut, "values cut to their lowest bits, which count all the same"},
+      {unnamed, "names that were missing, replaced"},
+      {renamed, "names that were too long or keywords, replaced"},
+      {leftOut, "further names of signals with very many names in one scope, left out"},
   };
   for (const Row& row : rows) {
-    if (!row.tally) continue;
-    remarks.push_back(std::string(row.text) + ": " + std::to_string(row.tally.count) +
-                      AtLine(row.tally));
+    if (row.tally) remarks.push_back(RemarkOn(row.text, row.tally));
   }
   if (!addedRoot.empty()) {
     remarks.push_back("it has several top-level scopes, which now stand in " + addedRoot);

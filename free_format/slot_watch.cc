@@ -32,16 +32,4 @@ double SlotWatch::StampFor(double ticks) const {
   return shared != ticks ? shared : NumberIn(own_);
 }
 
-bool SlotWatch::MayMislead(std::uint64_t lastStamp, std::size_t longestCode) const {
-  std::size_t digits = std::to_string(lastStamp).size();
-  if (longestCode > digits) return true;
-  for (; digits < shared_.size(); ++digits) {
-    const std::string text = std::string(digits, '1') + shared_.substr(digits);
-    double ticks = 0;
-    const char* const end = std::from_chars(text.data(), text.data() + text.size(), ticks).ptr;
-    if (end != text.data() + digits) return true;
-  }
-  return false;
-}
-
 }  // namespace orsa::kesncd

@@ -13,18 +13,18 @@ namespace orsa::kesncd {
 
 class SlotWatch {
  public:
-  /// Every word of the dump, in order.
+  /// Every word of the dump, in order, but for those of plain lines.
   void Take(std::string_view word, bool startsLine) {
     index_ = startsLine ? 0 : index_ + 1;
     if (index_ == 0 && word.front() == '#') PutDigits(word.substr(1));
     if (index_ == 1) Put(shared_, word, true);
   }
+  /// A plain line: a stamp, or a value with its code.
+  void TakeStampLine(std::string_view digits) { PutDigits(digits); }
+  void TakeValueLine(std::string_view code) { Put(shared_, code, true); }
   /// What the stamp that was the last word taken is read as: otherwise than `ticks` if one of the
   /// readers does so.
   double StampFor(double ticks) const;
-  /// Whether stamps to come, no shorter than the last one, might be misread. Codes of vectors, the
-  /// second words of their lines, have up to `longestCode` characters.
-  bool MayMislead(std::uint64_t lastStamp, std::size_t longestCode) const;
 
  private:
   void PutDigits(std::string_view stamp);

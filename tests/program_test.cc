@@ -38,9 +38,23 @@ kesncd flat d.vcd --top no => 1 =>  => kesncd: d.vcd: ERROR : Not match top modu
 kesncd flat no.vcd --top tb => 2 =>  => kesncd: no.vcd: No such file.*\n
 kesncd flat . --top tb => 2 =>  => kesncd: .: is a directory\n
 kesncd flat d.vcd --top tb --signals-from no => 2 =>  => kesncd: no: cannot be read\n
-kesncd flat => 2 =>  => kesncd: DUMP is required\nkesncd: --help .*\n
+kesncd flat => 2 =>  => kesncd: DUMP is required\nkesncd: kesncd flat --help .*\n
+kesncd flatt d.vcd => 2 =>  => kesncd: flatt is no command; did you mean flat\?\nkesncd: kesncd --help .*\n
+kesncd tree d.vcd --dept 1 => 2 =>  => kesncd: --dept is no option; did you mean --depth\?\n.*\n
+kesncd tree d.vcd --depth -1 => 2 =>  => kesncd: --depth: -1 is no whole number from 0\n.*\n
+kesncd tree d.vcd --depth 99999999999 => 2 =>  => kesncd: --depth: 99999999999 is no whole .*\n.*\n
+kesncd tree d.vcd --depth=1x => 2 =>  => kesncd: --depth: 1x is no whole .*\n.*\n
+kesncd tree d.vcd --depth 1 --depth 1 => 2 =>  => kesncd: --depth is given twice\n.*\n
+kesncd tree d.vcd --depth => 2 =>  => kesncd: --depth needs N\n.*\n
+kesncd tree d.vcd --signals=no => 2 =>  => kesncd: --signals takes no value\n.*\n
+kesncd tree d.vcd d.vcd => 2 =>  => kesncd: d.vcd: one operand too many\n.*\n
+kesncd tree -qqoo d.vcd --depth=0 && cat o && rm o => 0 => path .*\ntb .*\n
+kesncd tree --depth 0 -- d.vcd => 0 => path .*\ntb .*\n
+kesncd tree d.vcd -o "" => 2 =>  => kesncd: --output: an empty text is no path of a file\n.*\n
+for n in nan inf 1e999 -1 x 1e 0x1 ""; do kesncd power d.vcd rows.csv --default-freq "$n"; done 2>&1 |
+     grep -c "is no number from 0" => 0 => 8\n
 kesncd => 2 =>  => kesncd: .*\n.*\n
-kesncd flat d.vcd --format xml => 2 =>  => (.|\n)*xml not in (.|\n)*
+kesncd flat d.vcd --format xml => 2 =>  => kesncd: --format: xml is none of table, csv, json\n.*\n
 kesncd flat d.vcd --top tb > /dev/full => 3 =>  => kesncd: standard output: .*No space.*\n
 kesncd flat d.vcd --top tb -o no/such/file => 3 =>  => kesncd: no/such/file: .*\n
 kesncd tree d.vcd --format csv => 0 => path,kind,signals,changes,mean_freq_mhz,max_freq_mhz,tree_signals,tree_changes,

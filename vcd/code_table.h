@@ -45,6 +45,9 @@ class CodeTable {
   static constexpr std::size_t kDirectCodes = std::size_t{1} << 3 * kAsciiBits;
   static constexpr std::uint64_t kNotDirect = 0xFFFFFFFFFF808080U;  // bits of a packed code
 
+  static constexpr std::size_t kLongestDirect = 3;
+  static constexpr std::uint32_t kMasks[] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
+
   static std::uint64_t Pack(const char* code, std::size_t length);
   static std::size_t DirectIndex(std::uint64_t key);
   std::size_t Hash(std::uint64_t key) const;
@@ -89,6 +92,13 @@ inline std::size_t CodeTable::SlotOf(std::uint64_t key) const {
 }
 
 inline std::uint32_t CodeTable::Find(std::string_view code) const {
+  if (code.size() <= kLongestDirect) [[likely]] {
+    std::uint32_t bytes = 0;
+    std::memcpy(&bytes, code.data(), sizeof bytes);
+    if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
+    const std::uint32_t key = bytes & kMasks[code.size()];
+    if ((key & 0x808080U) == 0) [[likely]] return direct_[DirectIndex(key)] - 1;
+  }
   if (code.size() > kPacked) {
     const auto found = longCodes_.find(std::string(code));
     return found == longCodes_.end() ? kNone : found->second;

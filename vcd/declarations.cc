@@ -1,22 +1,41 @@
+// The scope tree of a dump: paths in it, and the scope that a run takes unless told otherwise.
 #include "vcd/declarations.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
-// More scopes than a design nests; a damaged dump must not make paths that fill the memory.
-constexpr std::size_t kPartsShown = 64;
+// Characters of a path in a message, and how many scopes may come into it.
+constexpr std::size_t kShortPath = 120;
+
+/// The last scopes of a path, as many as a message can show; false where some are left out.
+bool AppendLastParts(const Declarations& declarations, std::uint32_t scope, std::string& path) {
+  std::vector<const std::string*> parts;
+  std::size_t length = 0;
+  for (; scope != Declarations::kDump && length < kShortPath;
+       scope = declarations.scopes[scope].parent) {
+    parts.push_back(&declarations.scopes[scope].name);
+    length += parts.back()->size() + 1;
+  }
+  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+    path += (part == parts.rbegin() ? "" : "/") + (*part)->substr(0, kShortPath);
+  }
+  return scope == Declarations::kDump;
+}
 
 }  // namespace
 
 std::string Declarations::PathOf(std::uint32_t scope) const {
-  std::vector<const std::string*> parts;
-  for (; scope != kDump && parts.size() < kPartsShown; scope = scopes[scope].parent) {
-    parts.push_back(&scopes[scope].name);
+  std::size_t length = 0;
+  for (std::uint32_t at = scope; at != kDump; at = scopes[at].parent) {
+    length += scopes[at].name.size() + 1;
   }
-  std::string path = scope != kDump ? ".../" : "";
-  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
-    path += (part == parts.rbegin() ? "" : "/") + **part;
+  if (length == 0) return "";
+  std::string path(length - 1, '/');
+  for (std::size_t end = path.size(); scope != kDump; scope = scopes[scope].parent) {
+    const std::string& name = scopes[scope].name;
+    path.replace(end - name.size(), name.size(), name);
+    end -= name.size() + 1;
   }
   return path;
 }
@@ -24,6 +43,17 @@ std::string Declarations::PathOf(std::uint32_t scope) const {
 std::string Declarations::PathOf(const DumpVariable& variable) const {
   const std::string scope = PathOf(variable.scope);
   return scope.empty() ? variable.name : scope + "/" + variable.name;
+}
+
+std::string Declarations::ShortPathOf(std::uint32_t scope) const {
+  std::string path;
+  const bool isWhole = AppendLastParts(*this, scope, path);
+  return isWhole ? path : ".../" + path;
+}
+
+std::string Declarations::ShortPathOf(const DumpVariable& variable) const {
+  const std::string scope = ShortPathOf(variable.scope);
+  return (scope.empty() ? "" : scope + "/") + variable.name.substr(0, kShortPath);
 }
 
 namespace {

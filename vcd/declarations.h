@@ -13,10 +13,11 @@
 namespace orsa::kesncd {
 
 struct DumpVariable {
-  std::string name;  // the range glued on; never empty
-  std::string type;
-  std::uint32_t width = 0;
-  std::uint32_t code = 0;  // its number in the dump's codes
+  std::string name;            // as the dump writes it, a range glued on; never empty
+  std::uint32_t nameWord = 0;  // characters of the name that stood in one word; a range may follow
+  std::uint32_t typeId = 0;    // see Declarations::TypeOf
+  std::uint32_t width = 0;     // 0 where the dump gives no positive number
+  std::uint32_t codeId = 0;    // the number of its identifier code in `codes`
   std::uint32_t scope = 0;
   std::uint64_t line = 0;
 };
@@ -58,18 +59,26 @@ struct Declarations {
   std::optional<std::uint64_t> tick;  // femtoseconds
   std::string timescale;              // as it stands in the dump; empty for none
   std::uint64_t timescaleLine = 0;
-  std::size_t longestCode = 0;
-  Tally malformed;       // $var without a code
-  Tally unbalanced;      // $upscope with nothing open
-  Tally renamed;         // variables and scopes that could not keep their names
-  bool ended = false;    // by $enddefinitions
-  bool hasWord = false;  // the last word taken already belongs to the body
+  std::string date;                // the words of $date, parted by blanks
+  std::string version;             // of $version: the simulator
+  std::vector<std::string> types;  // "wire", "reg", ... as the dump writes them
+  std::size_t longestCode = 0;     // characters
+  std::uint32_t widest = 0;        // bits of the widest variable
+  Tally malformed;                 // $var without a code
+  Tally unbalanced;                // $upscope with nothing open
+  Tally unnamed;                   // variables and scopes without a name, which are given one
+  bool ended = false;              // by $enddefinitions
+  bool hasWord = false;            // the last word taken already belongs to the body
   LineReading lines;
 
-  /// The path of a scope, or of a variable, from a top-level scope: "tb/dut/q". The start of a very
-  /// deep one is left out.
+  const std::string& TypeOf(const DumpVariable& variable) const { return types[variable.typeId]; }
+
+  /// The path of a scope, or of a variable, from a top-level scope: "tb/dut/q". Empty for kDump.
   std::string PathOf(std::uint32_t scope) const;
   std::string PathOf(const DumpVariable& variable) const;
+  /// The same for a message: the middle of a long one is left out.
+  std::string ShortPathOf(std::uint32_t scope) const;
+  std::string ShortPathOf(const DumpVariable& variable) const;
 };
 
 /// The outermost module that declares variables; of several, the one with most of them in it and

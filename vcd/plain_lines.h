@@ -12,6 +12,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -60,7 +61,7 @@ inline std::uint64_t LowBits(std::size_t count) {
 /// the taker refuses. Up to kScanPadding bytes after `end` are read. The taker has two operations:
 ///
 ///   void Scalar(const char* line, const char* newline)    a line without a blank that begins with
-///                                                         0 or 1
+///                                                         0 or 1; may return bool, false: refused
 ///   bool Other(const char* line, const char* blank, const char* newline)
 ///                                                         any other line, an empty one too;
 ///                                                         `blank` is its one blank or null; false:
@@ -76,7 +77,11 @@ const char* ScanPlainLines(const char* begin, const char* end, std::size_t tooLo
       const char* const odd = chunk + static_cast<unsigned>(std::countr_zero(marks));
       if (*odd == '\n') [[likely]] {
         if (blank == nullptr && (*line | 1) == '1') [[likely]] {  // 0 and 1 alike
-          taker.Scalar(line, odd);
+          if constexpr (std::is_void_v<decltype(taker.Scalar(line, odd))>) {
+            taker.Scalar(line, odd);
+          } else {
+            if (!taker.Scalar(line, odd)) return line;
+          }
         } else if (!taker.Other(line, blank, odd)) {
           return line;
         }

@@ -3,6 +3,8 @@
 #include <strings.h>
 
 #include <cstddef>
+#include <iterator>
+#include <utility>
 
 namespace orsa::kesncd {
 
@@ -11,9 +13,11 @@ namespace {
 struct Unit {
   const char* name;
   int zeros;  // of its femtoseconds
+  double nanoseconds;
 };
 
-constexpr Unit kUnits[] = {{"s", 15}, {"ms", 12}, {"us", 9}, {"ns", 6}, {"ps", 3}, {"fs", 0}};
+constexpr Unit kUnits[] = {{"s", 15, 1e9}, {"ms", 12, 1e6},  {"us", 9, 1000},
+                           {"ns", 6, 1},   {"ps", 3, 0.001}, {"fs", 0, 1e-6}};
 constexpr char kDigits[] = "0123456789";
 
 /// Appends a decimal digit; false where the number gets too large.
@@ -54,13 +58,28 @@ std::optional<std::uint64_t> Femtoseconds(std::string_view text) {
   return {};
 }
 
-std::string TimeText(std::uint64_t femtoseconds) {
+namespace {
+
+/// The largest unit that leaves the time whole, and how many of it there are.
+std::pair<const Unit*, std::uint64_t> WholeUnits(std::uint64_t femtoseconds) {
   for (const Unit& unit : kUnits) {
     std::uint64_t size = 1;
     for (int i = 0; i < unit.zeros; ++i) size *= 10;
-    if (femtoseconds % size == 0) return std::to_string(femtoseconds / size) + unit.name;
+    if (femtoseconds % size == 0) return {&unit, femtoseconds / size};
   }
-  return "";  // not reached: the last unit divides everything
+  return {std::end(kUnits) - 1, femtoseconds};  // not reached: the last unit divides everything
+}
+
+}  // namespace
+
+std::string TimeText(std::uint64_t femtoseconds) {
+  const auto [unit, count] = WholeUnits(femtoseconds);
+  return std::to_string(count) + unit->name;
+}
+
+double Nanoseconds(std::uint64_t femtoseconds) {
+  const auto [unit, count] = WholeUnits(femtoseconds);
+  return static_cast<double>(count) * unit->nanoseconds;
 }
 
 }  // namespace orsa::kesncd

@@ -15,6 +15,10 @@ std::optional<std::uint64_t> Femtoseconds(std::string_view text);
 /// The time in the largest unit that leaves it whole: "100ps".
 std::string TimeText(std::uint64_t femtoseconds);
 
+/// The time in nanoseconds, computed as the line readers compute it from that text: a host that
+/// reads the same time scale gets the same figure to the last bit.
+double Nanoseconds(std::uint64_t femtoseconds);
+
 }  // namespace orsa::kesncd
 
 #endif  // KESNCD_VCD_TIME_TEXT_H_

@@ -113,12 +113,12 @@ ExitStatus Run(const Options& options) {
 
 }  // namespace
 
-void AddCheckCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("check", kHelp);
+void AddCheckCommand(CommandLine& line) {
+  Command& command = line.Add("check", kHelp);
   const auto options = std::make_shared<Options>();
-  AddDumpOptions(*command, options->input);
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddDumpOptions(command, options->input);
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -85,27 +85,25 @@ ExitStatus Run(const ClocksOptions& options) {
 
 }  // namespace
 
-void AddModeOption(CLI::App& command, int& mode) {
+void AddModeOption(Command& command, int& mode) {
   command
-      .add_option("--mode", mode,
-                  "0: the lower of constraint and achieved frequency, 1: the constraint, "
-                  "2: the achieved frequency")
-      ->check(CLI::Range(0, 2))
-      ->type_name("N");
+      .AddCount("--mode", "N", {0, 2}, mode,
+                "0: the lower of constraint and achieved frequency, 1: the constraint, "
+                "2: the achieved frequency")
+      .Initially("0");
 }
 
-void AddClocksCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("clocks", kHelp);
+void AddClocksCommand(CommandLine& line) {
+  Command& command = line.Add("clocks", kHelp);
   const auto options = std::make_shared<ClocksOptions>();
-  command->add_option("REPORT", options->report, "timing report")->required();
-  command->add_option("--dump", options->input.dump, "compare with the clocks of a dump")
-      ->type_name("DUMP");
-  AddReadingFlags(*command, options->input);
-  AddModeOption(*command, options->mode);
-  command->add_flag("--earlier-reader", options->earlierReader,
-                    "close a row at its \";\", as older versions did");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  command.AddFileOperand("REPORT", options->report, "timing report").Required();
+  command.AddFile("--dump", "DUMP", options->input.dump, "compare with the clocks of a dump");
+  AddReadingFlags(command, options->input);
+  AddModeOption(command, options->mode);
+  command.AddFlag("--earlier-reader", options->earlierReader,
+                  "close a row at its \";\", as older versions did");
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -46,14 +46,15 @@ std::string WithoutLastNewline(std::string text) {
   return text;
 }
 
-void AddDump(CLI::App& command, InputOptions& options) {
+void AddDump(Command& command, InputOptions& options) {
   command
-      .add_option("DUMP", options.dump, "value change dump, plain or packed; - for standard input")
-      ->required();
+      .AddFileOperand("DUMP", options.dump,
+                      "value change dump, plain or packed; - for standard input")
+      .Required();
 }
 
-void AddQuiet(CLI::App& command, InputOptions& options) {
-  command.add_flag("-q,--quiet", options.quiet, "show no progress");
+void AddQuiet(Command& command, InputOptions& options) {
+  command.AddFlag("-q,--quiet", options.quiet, "show no progress");
 }
 
 }  // namespace
@@ -76,31 +77,25 @@ std::string ShortList(const std::vector<std::string>& names) {
   return text + " and " + std::to_string(names.size() - kShown) + " more";
 }
 
-void AddOutputOptions(CLI::App& command, OutputOptions& options) {
-  const std::map<std::string, Format> formats{
-      {"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}};
-  command
-      .add_option_function<std::string>(
-          "--format",
-          [&options, formats](const std::string& name) { options.format = formats.at(name); },
-          "how the result is written, table unless said otherwise")
-      ->check(CLI::IsMember(std::vector<std::string>{"table", "csv", "json"}))
-      ->type_name("");
-  command.add_option("-o,--output", options.path, "write the result to FILE")->type_name("FILE");
+void AddOutputOptions(Command& command, OutputOptions& options) {
+  command.AddChoice("--format",
+                    {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}},
+                    options.format, "how the result is written");
+  command.AddFile("-o,--output", "FILE", options.path, "write the result to FILE");
 }
 
-void AddDumpOptions(CLI::App& command, InputOptions& options) {
+void AddDumpOptions(Command& command, InputOptions& options) {
   AddDump(command, options);
   AddQuiet(command, options);
 }
 
-void AddReadingFlags(CLI::App& command, InputOptions& options) {
-  command.add_flag("--as-is", options.asIs,
-                   "read the dump untouched, as a host does, also where that gives wrong figures");
+void AddReadingFlags(Command& command, InputOptions& options) {
+  command.AddFlag("--as-is", options.asIs,
+                  "read the dump untouched, as a host does, also where that gives wrong figures");
   AddQuiet(command, options);
 }
 
-void AddInputOptions(CLI::App& command, InputOptions& options) {
+void AddInputOptions(Command& command, InputOptions& options) {
   AddDump(command, options);
   AddReadingFlags(command, options);
 }

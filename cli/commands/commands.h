@@ -1,45 +1,38 @@
-// The program's commands. Each adds itself to the command line; what it parsed is run afterwards.
+// The program's commands. Each adds itself to the command line, which runs what was asked for.
 #ifndef KESNCD_CLI_COMMANDS_COMMANDS_H_
 #define KESNCD_CLI_COMMANDS_COMMANDS_H_
 
-#include <CLI/CLI.hpp>
-#include <functional>
 #include <set>
 #include <string>
 
 #include "cli/input/dump_input.h"
+#include "cli/options/option_list.h"
 #include "cli/output/output.h"
 #include "cli/process/exit_status.h"
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd::cli {
 
-/// What the chosen command does.
-using Action = std::function<ExitStatus()>;
-
-/// Makes an empty App the program's command line. Parsing it sets `chosen`.
-void AddCommandLine(CLI::App& app, Action& chosen);
-
-void AddFlatCommand(CLI::App& app, Action& chosen);
-void AddTopCommand(CLI::App& app, Action& chosen);
-void AddTreeCommand(CLI::App& app, Action& chosen);
-void AddFindCommand(CLI::App& app, Action& chosen);
-void AddPrepareCommand(CLI::App& app, Action& chosen);
-void AddCheckCommand(CLI::App& app, Action& chosen);
-void AddClocksCommand(CLI::App& app, Action& chosen);
-void AddPowerCommand(CLI::App& app, Action& chosen);
-void AddExtractCommand(CLI::App& app, Action& chosen);
+void AddFlatCommand(CommandLine& line);
+void AddTopCommand(CommandLine& line);
+void AddTreeCommand(CommandLine& line);
+void AddFindCommand(CommandLine& line);
+void AddPrepareCommand(CommandLine& line);
+void AddCheckCommand(CommandLine& line);
+void AddClocksCommand(CommandLine& line);
+void AddPowerCommand(CommandLine& line);
+void AddExtractCommand(CommandLine& line);
 
 /// Adds --mode of the timing report.
-void AddModeOption(CLI::App& command, int& mode);
+void AddModeOption(Command& command, int& mode);
 /// Adds the dump and --quiet.
-void AddDumpOptions(CLI::App& command, InputOptions& options);
+void AddDumpOptions(Command& command, InputOptions& options);
 /// Adds --as-is and --quiet, of commands whose figures are the library's.
-void AddReadingFlags(CLI::App& command, InputOptions& options);
+void AddReadingFlags(Command& command, InputOptions& options);
 /// Adds the dump with these.
-void AddInputOptions(CLI::App& command, InputOptions& options);
+void AddInputOptions(Command& command, InputOptions& options);
 /// Adds --format and -o.
-void AddOutputOptions(CLI::App& command, OutputOptions& options);
+void AddOutputOptions(Command& command, OutputOptions& options);
 
 /// Throws Failure for a file that cannot be read to its end, where the library would not say so.
 void CheckReadable(const std::string& path);

@@ -106,19 +106,18 @@ ExitStatus Run(const ExtractOptions& options) {
 
 }  // namespace
 
-void AddExtractCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("extract", kHelp);
+void AddExtractCommand(CommandLine& line) {
+  Command& command = line.Add("extract", kHelp);
   const auto options = std::make_shared<ExtractOptions>();
-  AddInputOptions(*command, options->input);
-  command->add_option("--top", options->top, "module whose signals are taken")->type_name("NAME");
-  command->add_option("--nets", options->nets, "nets of the design")->required()->type_name("FILE");
-  command->add_option("--timing", options->timing, "timing report")->type_name("REPORT");
-  command
-      ->add_option("--unmatched", options->unmatched, "list the nets that nothing reached in FILE")
-      ->type_name("FILE");
-  AddModeOption(*command, options->mode);
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddInputOptions(command, options->input);
+  command.AddText("--top", "NAME", options->top, "module whose signals are taken");
+  command.AddFile("--nets", "FILE", options->nets, "nets of the design").Required();
+  command.AddFile("--timing", "REPORT", options->timing, "timing report");
+  command.AddFile("--unmatched", "FILE", options->unmatched,
+                  "list the nets that nothing reached in FILE");
+  AddModeOption(command, options->mode);
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

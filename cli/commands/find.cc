@@ -69,18 +69,16 @@ ExitStatus Run(const FindOptions& options) {
 
 }  // namespace
 
-void AddFindCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("find", kHelp);
+void AddFindCommand(CommandLine& line) {
+  Command& command = line.Add("find", kHelp);
   const auto options = std::make_shared<FindOptions>();
-  AddInputOptions(*command, options->input);
-  command->add_option("NAME", options->names, "names in the design");
-  command->add_option("--names-from", options->namesFrom, "find the names that FILE lists too")
-      ->type_name("FILE");
-  command->add_option("--module", options->module, "module name asked of the root")
-      ->type_name("NAME");
-  command->add_flag("--ignore-case", options->ignoreCase, "letter case makes no difference");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddInputOptions(command, options->input);
+  command.AddOperands("NAME", options->names, "names in the design");
+  command.AddFile("--names-from", "FILE", options->namesFrom, "find the names that FILE lists too");
+  command.AddText("--module", "NAME", options->module, "module name asked of the root");
+  command.AddFlag("--ignore-case", options->ignoreCase, "letter case makes no difference");
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -15,7 +15,7 @@ struct FlatOptions {
   std::string top;
   std::vector<std::string> signals;
   std::string signalsFrom;
-  std::string reader = "lines";
+  Reader reader = Reader::Lines;
   std::string activity;
   OutputOptions output;
 };
@@ -105,33 +105,28 @@ ExitStatus RunGrammar(DumpInput& input, const FlatOptions& options, const std::s
 }
 
 ExitStatus Run(const FlatOptions& options) {
-  const bool isGrammar = options.reader == "grammar";
-  DumpInput input(options.input, isGrammar ? Reader::Grammar : Reader::Lines);
+  const bool isGrammar = options.reader == Reader::Grammar;
+  DumpInput input(options.input, options.reader);
   const std::string top = ChosenTop(input, options);
   return isGrammar ? RunGrammar(input, options, top) : RunLines(input, options, top);
 }
 
 }  // namespace
 
-void AddFlatCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("flat", kHelp);
+void AddFlatCommand(CommandLine& line) {
+  Command& command = line.Add("flat", kHelp);
   const auto options = std::make_shared<FlatOptions>();
-  AddInputOptions(*command, options->input);
-  command->add_option("--top", options->top, "module whose signals are taken")->type_name("NAME");
-  command->add_option("--signal", options->signals, "take this signal (again for more)")
-      ->allow_extra_args(false)
-      ->type_name("NAME");
-  command->add_option("--signals-from", options->signalsFrom, "take the signals that FILE lists")
-      ->type_name("FILE");
-  command->add_option("--reader", options->reader, "lines, or grammar: all signals, as declared")
-      ->check(CLI::IsMember(std::vector<std::string>{"lines", "grammar"}))
-      ->type_name("");
-  command
-      ->add_option("--activity", options->activity,
-                   "write the activity to FILE instead of beside the dump")
-      ->type_name("FILE");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddInputOptions(command, options->input);
+  command.AddText("--top", "NAME", options->top, "module whose signals are taken");
+  command.AddTexts("--signal", "NAME", options->signals, "take this signal (again for more)");
+  command.AddFile("--signals-from", "FILE", options->signalsFrom,
+                  "take the signals that FILE lists");
+  command.AddChoice("--reader", {{"lines", Reader::Lines}, {"grammar", Reader::Grammar}},
+                    options->reader, "which reader reads it; grammar: all signals, as declared");
+  command.AddFile("--activity", "FILE", options->activity,
+                  "write the activity to FILE instead of beside the dump");
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -93,20 +93,17 @@ ExitStatus Run(const PowerOptions& options) {
 
 }  // namespace
 
-void AddPowerCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("power", kHelp);
+void AddPowerCommand(CommandLine& line) {
+  Command& command = line.Add("power", kHelp);
   const auto options = std::make_shared<PowerOptions>();
-  AddInputOptions(*command, options->input);
-  command->add_option("TABLE", options->table, "table of connections (CSV)")->required();
-  command->add_option("--top", options->top, "top module, the dump's outermost scope")
-      ->type_name("NAME");
-  command
-      ->add_option("--default-freq", options->defaultFrequency,
-                   "stands in for unknown inputs in a mean, in MHz")
-      ->type_name("MHZ");
-  command->add_flag("--ignore-case", options->ignoreCase, "letter case makes no difference");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddInputOptions(command, options->input);
+  command.AddFileOperand("TABLE", options->table, "table of connections (CSV)").Required();
+  command.AddText("--top", "NAME", options->top, "top module, the dump's outermost scope");
+  command.AddNumber("--default-freq", "MHZ", 0, options->defaultFrequency,
+                    "stands in for unknown inputs in a mean, in MHz");
+  command.AddFlag("--ignore-case", options->ignoreCase, "letter case makes no difference");
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

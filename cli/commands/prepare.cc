@@ -4,7 +4,6 @@
 #include "cli/commands/commands.h"
 #include "cli/output/result_file.h"
 #include "free_format/prepare.h"
-#include "vcd/time_text.h"
 
 namespace orsa::kesncd::cli {
 
@@ -27,24 +26,11 @@ constexpr char kHelp[] =
     "END;\n"
     "the values that signals have at BEGIN are its initial values.\n";
 
-/// "1 ns" as "1ns": dumps write either.
-std::string WithoutBlanks(std::string text) {
-  std::erase(text, ' ');
-  return text;
-}
-
-/// An option that takes a time with a unit.
-CLI::Option* AddTime(CLI::App& command, const std::string& name, std::optional<std::uint64_t>& time,
-                     const std::string& help) {
-  return command
-      .add_option_function<std::string>(
-          name,
-          [name, &time](const std::string& text) {
-            time = text == "0" ? 0 : Femtoseconds(WithoutBlanks(text));
-            if (!time) throw CLI::ValidationError(name, text + " is no time such as 1.5us or 10ps");
-          },
-          help)
-      ->type_name("TIME");
+void Check(const PrepareOptions& given) {
+  if (given.tick == 0U) throw Failure(FailureKind::Unusable, "--timescale: must not be 0");
+  if (given.begin && given.end && *given.begin > *given.end) {
+    throw Failure(FailureKind::Unusable, "--end: lies before --begin");
+  }
 }
 
 ExitStatus Run(const Options& options) {
@@ -59,27 +45,21 @@ ExitStatus Run(const Options& options) {
 
 }  // namespace
 
-void AddPrepareCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("prepare", kHelp);
+void AddPrepareCommand(CommandLine& line) {
+  Command& command = line.Add("prepare", kHelp);
   const auto options = std::make_shared<Options>();
   PrepareOptions& prepare = options->prepare;
-  AddDumpOptions(*command, options->input);
-  command->add_option("-o,--output", options->output, "write the prepared dump to FILE")
-      ->type_name("FILE");
-  command->add_option("--top", prepare.top, "put this scope first, a name or a path")
-      ->type_name("NAME");
-  AddTime(*command, "--timescale", prepare.tick, "the tick of a dump that has no time scale");
-  AddTime(*command, "--begin", prepare.begin, "leave out what happens before");
-  AddTime(*command, "--end", prepare.end, "leave out what happens after");
-  command->callback([options, &chosen] {
+  AddDumpOptions(command, options->input);
+  command.AddFile("-o,--output", "FILE", options->output, "write the prepared dump to FILE");
+  command.AddText("--top", "NAME", prepare.top, "put this scope first, a name or a path");
+  command.AddTime("--timescale", prepare.tick, "the tick of a dump that has no time scale");
+  command.AddTime("--begin", prepare.begin, "leave out what happens before");
+  command.AddTime("--end", prepare.end, "leave out what happens after");
+  command.check = [options] { Check(options->prepare); };
+  command.run = [options] {
     options->prepare.dump = NameOf(options->input);
-    const PrepareOptions& given = options->prepare;
-    if (given.tick == 0U) throw CLI::ValidationError("--timescale", "must not be 0");
-    if (given.begin && given.end && *given.begin > *given.end) {
-      throw CLI::ValidationError("--end", "lies before --begin");
-    }
-    chosen = [options] { return Run(*options); };
-  });
+    return Run(*options);
+  };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -38,11 +38,11 @@ ExitStatus Run(const InputOptions& options) {
 
 }  // namespace
 
-void AddTopCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("top", kHelp);
+void AddTopCommand(CommandLine& line) {
+  Command& command = line.Add("top", kHelp);
   const auto options = std::make_shared<InputOptions>();
-  AddDumpOptions(*command, *options);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddDumpOptions(command, *options);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -156,18 +156,16 @@ ExitStatus Run(const TreeOptions& options) {
 
 }  // namespace
 
-void AddTreeCommand(CLI::App& app, Action& chosen) {
-  CLI::App* command = app.add_subcommand("tree", kHelp);
+void AddTreeCommand(CommandLine& line) {
+  Command& command = line.Add("tree", kHelp);
   const auto options = std::make_shared<TreeOptions>();
-  AddInputOptions(*command, options->input);
-  command->add_option("--top", options->top, "start at this scope, a name or a path")
-      ->type_name("NAME");
-  command->add_option("--depth", options->depth, "levels below the start to show")
-      ->check(CLI::NonNegativeNumber)
-      ->type_name("N");
-  command->add_flag("--signals", options->signals, "show the signals too");
-  AddOutputOptions(*command, options->output);
-  command->callback([options, &chosen] { chosen = [options] { return Run(*options); }; });
+  AddInputOptions(command, options->input);
+  command.AddText("--top", "NAME", options->top, "start at this scope, a name or a path");
+  command.AddCount("--depth", "N", {0}, options->depth, "levels below the start to show")
+      .Initially("all");
+  command.AddFlag("--signals", options->signals, "show the signals too");
+  AddOutputOptions(command, options->output);
+  command.run = [options] { return Run(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

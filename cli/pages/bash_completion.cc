@@ -8,35 +8,33 @@ namespace orsa::kesncd::cli {
 namespace {
 
 /// A case of the word before the cursor for an option that takes a value.
-void WriteValueCase(std::ostream& out, const CommandRow& command, const OptionRow& option) {
+void WriteValueCase(std::ostream& out, const Command& command, const Option& option) {
   if (option.argument.empty()) return;
   std::vector<std::string> patterns;
   for (const std::string& flag : option.flags) {
-    patterns.push_back("'" + command.name + " " + flag + "'");
+    patterns.push_back("'" + command.name() + " " + flag + "'");
   }
   out << "    " << Join(patterns, " | ") << ") ";
   if (!option.choices.empty()) {
     out << "_kesncd_words '" << Join(option.choices, " ") << "'; ";
-  } else if (option.TakesFile()) {
+  } else if (option.isFile) {
     out << "_kesncd_files; ";
   }
   out << "return ;;\n";
 }
 
 /// What completes a word that is no option's value: an option, else an operand.
-void WriteCommandCase(std::ostream& out, const CommandRow& command) {
-  out << "    '" << command.name << "')\n"
-      << "      options='" << Join(FlagsOf(command), " ") << "' ;;\n";
+void WriteCommandCase(std::ostream& out, const std::string& word, const Command& command) {
+  out << "    '" << word << "')\n"
+      << "      options='" << Join(command.Flags(), " ") << "' ;;\n";
 }
 
 }  // namespace
 
-void WriteBashCompletion(std::ostream& out, const OptionTable& table) {
+void WriteBashCompletion(std::ostream& out, const CommandLine& line) {
   std::vector<std::string> names;
-  for (const CommandRow& command : table.commands) names.push_back(command.name);
-  CommandRow program = table.program;
-  program.name.clear();
-  out << "# bash completion for " << table.program.name << "\n\n"
+  for (const Command& command : line.commands) names.push_back(command.name());
+  out << "# bash completion for " << line.program.name() << "\n\n"
       << "_kesncd_words() { mapfile -t COMPREPLY < <(compgen -W \"$1\" -- \"$cur\"); }\n"
       << "_kesncd_files() { compopt -o filenames 2>/dev/null; "
          "mapfile -t COMPREPLY < <(compgen -f -- \"$cur\"); }\n\n"
@@ -54,13 +52,13 @@ void WriteBashCompletion(std::ostream& out, const OptionTable& table) {
       << "    case $word in " << Join(names, " | ") << ") command=$word; break ;; esac\n"
       << "  done\n"
       << "  case \"$command $prev\" in\n";
-  for (const CommandRow& command : table.commands) {
-    for (const OptionRow& option : command.options) WriteValueCase(out, command, option);
+  for (const Command& command : line.commands) {
+    for (const Option& option : command.options()) WriteValueCase(out, command, option);
   }
   out << "  esac\n"
       << "  case $command in\n";
-  WriteCommandCase(out, program);
-  for (const CommandRow& command : table.commands) WriteCommandCase(out, command);
+  WriteCommandCase(out, "", line.program);
+  for (const Command& command : line.commands) WriteCommandCase(out, command.name(), command);
   out << "  esac\n"
       << "  if [[ $cur == -* ]]; then\n"
       << "    _kesncd_words \"$options\"\n"
@@ -70,7 +68,7 @@ void WriteBashCompletion(std::ostream& out, const OptionTable& table) {
       << "    _kesncd_files\n"
       << "  fi\n"
       << "}\n\n"
-      << "complete -F _kesncd " << table.program.name << "\n";
+      << "complete -F _kesncd " << line.program.name() << "\n";
 }
 
 }  // namespace orsa::kesncd::cli

@@ -17,7 +17,7 @@ std::string Quoted(const std::string& text) {
   return out + "'";
 }
 
-void WriteOption(std::ostream& out, const std::string& start, const OptionRow& option) {
+void WriteOption(std::ostream& out, const std::string& start, const Option& option) {
   out << start;
   for (const std::string& flag : option.flags) {
     const bool isLong = flag.rfind("--", 0) == 0;
@@ -26,31 +26,31 @@ void WriteOption(std::ostream& out, const std::string& start, const OptionRow& o
   if (!option.choices.empty()) {
     out << " -x -a " << Quoted(Join(option.choices, " "));
   } else if (!option.argument.empty()) {
-    out << (option.TakesFile() ? " -r -F" : " -x");
+    out << (option.alsoAlone ? "" : option.isFile ? " -r -F" : " -x");
   }
   out << " -d " << Quoted(option.help) << "\n";
 }
 
-void WriteCommand(std::ostream& out, const std::string& program, const CommandRow& command) {
+void WriteCommand(std::ostream& out, const std::string& program, const Command& command) {
   const std::string start =
-      "complete -c " + program + " -n '__fish_seen_subcommand_from " + command.name + "'";
-  const bool takesFiles = std::any_of(command.operands.begin(), command.operands.end(),
-                                      [](const OptionRow& row) { return row.TakesFile(); });
+      "complete -c " + program + " -n '__fish_seen_subcommand_from " + command.name() + "'";
+  const bool takesFiles = std::any_of(command.operands().begin(), command.operands().end(),
+                                      [](const Option& row) { return row.isFile; });
   if (takesFiles) out << start << " -F\n";
-  for (const OptionRow& option : command.options) WriteOption(out, start, option);
+  for (const Option& option : command.options()) WriteOption(out, start, option);
 }
 
 }  // namespace
 
-void WriteFishCompletion(std::ostream& out, const OptionTable& table) {
-  const std::string start = "complete -c " + table.program.name + " -n __fish_use_subcommand";
-  out << "# fish completion for " << table.program.name << "\n\n"
-      << "complete -c " << table.program.name << " -f\n";
-  for (const OptionRow& option : table.program.options) WriteOption(out, start, option);
-  for (const CommandRow& command : table.commands) {
-    out << start << " -a " << command.name << " -d " << Quoted(command.summary) << "\n";
+void WriteFishCompletion(std::ostream& out, const CommandLine& line) {
+  const std::string start = "complete -c " + line.program.name() + " -n __fish_use_subcommand";
+  out << "# fish completion for " << line.program.name() << "\n\n"
+      << "complete -c " << line.program.name() << " -f\n";
+  for (const Option& option : line.program.options()) WriteOption(out, start, option);
+  for (const Command& command : line.commands) {
+    out << start << " -a " << command.name() << " -d " << Quoted(command.summary()) << "\n";
   }
-  for (const CommandRow& command : table.commands) WriteCommand(out, table.program.name, command);
+  for (const Command& command : line.commands) WriteCommand(out, line.program.name(), command);
 }
 
 }  // namespace orsa::kesncd::cli

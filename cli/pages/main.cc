@@ -1,19 +1,18 @@
 // Writes the man page or a shell's completion to standard output while the program is built:
 //   kesncd-pages man|bash|zsh|fish
-#include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
 #include <map>
 #include <string>
 
-#include "cli/commands/commands.h"
+#include "cli/command_line.h"
 #include "cli/pages/pages.h"
 
 namespace {
 
 int Write(int argc, char** argv) {
   using namespace orsa::kesncd::cli;
-  const std::map<std::string, void (*)(std::ostream&, const OptionTable&)> writers{
+  const std::map<std::string, void (*)(std::ostream&, const CommandLine&)> writers{
       {"man", WriteManPage},
       {"bash", WriteBashCompletion},
       {"zsh", WriteZshCompletion},
@@ -23,10 +22,7 @@ int Write(int argc, char** argv) {
     std::cerr << "kesncd-pages man|bash|zsh|fish\n";
     return 2;
   }
-  CLI::App app;
-  Action chosen;
-  AddCommandLine(app, chosen);
-  writer->second(std::cout, ReadOptionTable(app));
+  writer->second(std::cout, MakeCommandLine());
   return std::cout.flush() ? 0 : 1;
 }
 

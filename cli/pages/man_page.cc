@@ -2,6 +2,7 @@
 #include <ostream>
 #include <sstream>
 
+#include "cli/options/help_text.h"
 #include "cli/pages/pages.h"
 
 namespace orsa::kesncd::cli {
@@ -45,52 +46,56 @@ void WriteText(std::ostream& out, const std::string& text) {
   if (literal) out << ".fi\n";
 }
 
-std::string Synopsis(const CommandRow& command, const std::string& rest) {
+std::string Synopsis(const Command& command) {
   std::string text = "[" + Italic("OPTION") + "]...";
-  for (const OptionRow& option : command.options) {
+  for (const Option& option : command.options()) {
     if (option.required) text += " " + Bold(option.flags.back()) + " " + Italic(option.argument);
   }
-  for (const OptionRow& operand : command.operands) {
+  for (const Option& operand : command.operands()) {
     const std::string name = Italic(operand.argument);
     text += " " + (operand.required ? name : "[" + name + "]") + (operand.repeats ? "..." : "");
   }
-  return text + rest + "\n";
+  return text + "\n";
 }
 
-void WriteRow(std::ostream& out, const OptionRow& row) {
+void WriteRow(std::ostream& out, const Option& row) {
   out << ".TP\n";
   std::vector<std::string> flags;
   for (const std::string& flag : row.flags) flags.push_back(Bold(flag));
-  out << Join(flags, ", ") << (row.flags.empty() || row.argument.empty() ? "" : " ")
-      << (row.choices.empty() ? Italic(row.argument) : Bold(row.argument)) << "\n"
-      << Escaped(row.help) << (row.required && !row.flags.empty() ? " (required)" : "") << "\n";
+  out << Join(flags, ", ")
+      << (row.flags.empty() || row.argument.empty() ? ""
+          : row.alsoAlone                           ? "[="
+                                                    : " ")
+      << (row.choices.empty() ? Italic(row.argument) : Bold(row.argument))
+      << (row.alsoAlone ? "]" : "") << "\n"
+      << Escaped(HelpWithDefault(row)) << "\n";
 }
 
-void WriteRows(std::ostream& out, const CommandRow& command) {
-  for (const OptionRow& operand : command.operands) WriteRow(out, operand);
-  for (const OptionRow& option : command.options) WriteRow(out, option);
+void WriteRows(std::ostream& out, const Command& command) {
+  for (const Option& operand : command.operands()) WriteRow(out, operand);
+  for (const Option& option : command.options()) WriteRow(out, option);
 }
 
 }  // namespace
 
-void WriteManPage(std::ostream& out, const OptionTable& table) {
-  const std::string name = table.program.name;
+void WriteManPage(std::ostream& out, const CommandLine& line) {
+  const std::string name = line.program.name();
   out << ".TH KESNCD 1 \"\" \"" << name << " " KESNCD_VERSION << "\" \"User Commands\"\n"
       << ".SH NAME\n"
-      << name << " \\- " << Escaped(table.program.summary) << "\n"
+      << name << " \\- " << Escaped(line.program.summary()) << "\n"
       << ".SH SYNOPSIS\n"
       << Bold(name) << " " << Italic("COMMAND") << " ["
       << Italic("OPTION") + "]... [" + Italic("ARGUMENT") + "]...\n"
       << ".SH DESCRIPTION\n";
-  WriteText(out, table.program.text);
+  WriteText(out, line.program.text());
   out << ".SH OPTIONS\n";
-  WriteRows(out, table.program);
+  WriteRows(out, line.program);
   out << ".SH COMMANDS\n";
-  for (const CommandRow& command : table.commands) {
-    out << ".SS " << name << " " << command.name << "\n"
-        << Escaped(command.summary) << ".\n.PP\n"
-        << Bold(name + " " + command.name) << " " << Synopsis(command, "");
-    WriteText(out, command.text);
+  for (const Command& command : line.commands) {
+    out << ".SS " << name << " " << command.name() << "\n"
+        << Escaped(command.summary()) << ".\n.PP\n"
+        << Bold(name + " " + command.name()) << " " << Synopsis(command);
+    WriteText(out, command.text());
     WriteRows(out, command);
   }
 }

@@ -4,14 +4,14 @@
 
 #include <iosfwd>
 
-#include "cli/pages/option_table.h"
+#include "cli/options/option_list.h"
 
 namespace orsa::kesncd::cli {
 
-void WriteManPage(std::ostream& out, const OptionTable& table);
-void WriteBashCompletion(std::ostream& out, const OptionTable& table);
-void WriteZshCompletion(std::ostream& out, const OptionTable& table);
-void WriteFishCompletion(std::ostream& out, const OptionTable& table);
+void WriteManPage(std::ostream& out, const CommandLine& line);
+void WriteBashCompletion(std::ostream& out, const CommandLine& line);
+void WriteZshCompletion(std::ostream& out, const CommandLine& line);
+void WriteFishCompletion(std::ostream& out, const CommandLine& line);
 
 }  // namespace orsa::kesncd::cli
 

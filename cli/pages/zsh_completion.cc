@@ -22,55 +22,58 @@ std::string Escaped(const std::string& text) {
 }
 
 /// ":message:action" of a value.
-std::string Value(const OptionRow& row) {
+std::string Value(const Option& row) {
   if (row.argument.empty()) return "";
   const std::string action = !row.choices.empty() ? "(" + Join(row.choices, " ") + ")"
-                             : row.TakesFile()    ? "_files"
+                             : row.isFile         ? "_files"
                                                   : " ";
-  return ":" + Escaped(row.argument) + ":" + action;
+  return (row.alsoAlone ? "::" : ":") + Escaped(row.argument) + ":" + action;
 }
 
 /// "'(-o --output)'{-o+,--output=}'[help]:FILE:_files'": each flag hides the others unless it may
 /// come again, and a value may stand behind it or be the next word.
-std::string Entry(const OptionRow& row) {
+std::string Entry(const Option& row) {
   if (row.flags.empty()) {
     return (row.repeats ? "'*" : row.required ? "'" : "':") + Value(row) + "'";
   }
   std::vector<std::string> forms;
   for (const std::string& flag : row.flags) {
-    forms.push_back(flag + (row.argument.empty() ? "" : flag[1] == '-' ? "=" : "+"));
+    forms.push_back(flag + (row.argument.empty() ? ""
+                            : row.alsoAlone      ? "=-"
+                            : flag[1] == '-'     ? "="
+                                                 : "+"));
   }
   const std::string once = "'" + (row.repeats ? "*" : "(" + Join(row.flags, " ") + ")");
   const std::string names = forms.size() == 1 ? forms[0] : "'{" + Join(forms, ",") + "}'";
   return once + names + "[" + Escaped(row.help) + "]" + Value(row) + "'";
 }
 
-void WriteEntries(std::ostream& out, const CommandRow& command, const std::string& indent) {
-  for (const OptionRow& option : command.options) out << " \\\n" << indent << Entry(option);
-  for (const OptionRow& operand : command.operands) out << " \\\n" << indent << Entry(operand);
+void WriteEntries(std::ostream& out, const Command& command, const std::string& indent) {
+  for (const Option& option : command.options()) out << " \\\n" << indent << Entry(option);
+  for (const Option& operand : command.operands()) out << " \\\n" << indent << Entry(operand);
 }
 
 }  // namespace
 
-void WriteZshCompletion(std::ostream& out, const OptionTable& table) {
-  out << "#compdef " << table.program.name << "\n\n"
+void WriteZshCompletion(std::ostream& out, const CommandLine& line) {
+  out << "#compdef " << line.program.name() << "\n\n"
       << "_kesncd() {\n"
       << "  local curcontext=$curcontext state line\n"
       << "  local -A opt_args\n"
       << "  local -a commands=(\n";
-  for (const CommandRow& command : table.commands) {
-    out << "    '" << command.name << ":" << Escaped(command.summary) << "'\n";
+  for (const Command& command : line.commands) {
+    out << "    '" << command.name() << ":" << Escaped(command.summary()) << "'\n";
   }
   out << "  )\n"
       << "  _arguments -C";
-  WriteEntries(out, table.program, "    ");
+  WriteEntries(out, line.program, "    ");
   out << " \\\n    '1:command:->command' \\\n    '*::argument:->argument'\n"
       << "  case $state in\n"
       << "  command) _describe command commands ;;\n"
       << "  argument)\n"
       << "    case $words[1] in\n";
-  for (const CommandRow& command : table.commands) {
-    out << "    " << command.name << ")\n      _arguments";
+  for (const Command& command : line.commands) {
+    out << "    " << command.name() << ")\n      _arguments";
     WriteEntries(out, command, "        ");
     out << " ;;\n";
   }

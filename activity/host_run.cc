@@ -1,0 +1,174 @@
+// Counting by the rule of hosts: a taker for the body, and what is said about it.
+#include "activity/host_run.h"
+
+#include <cstring>
+
+#include "free_format/body_reader.h"
+#include "free_format/declaration_reader.h"
+#include "free_format/remarks.h"
+#include "text/failure.h"
+#include "vcd/time_text.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// A value as a number, to tell whether the next one repeats it. Different values have different
+/// numbers but for a chance of one in four thousand million.
+std::uint32_t Fingerprint(std::string_view value) {
+  constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
+  std::uint64_t mixed = value.size();
+  std::size_t i = 0;
+  for (; i + sizeof mixed <= value.size(); i += sizeof mixed) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, value.data() + i, sizeof bytes);
+    mixed = (mixed ^ bytes) * kFactor;
+    mixed ^= mixed >> 32;
+  }
+  for (; i < value.size(); ++i) {
+    mixed = (mixed ^ static_cast<unsigned char>(value[i])) * kFactor;
+  }
+  return static_cast<std::uint32_t>(mixed >> 32) | 1U << 31;  // apart from those of scalars
+}
+
+/// Counts what BodyWindow lets through.
+class HostCounter {
+ public:
+  explicit HostCounter(std::size_t codes) : cells_(codes) {}
+
+  void Scalar(std::uint32_t codeId, char value) {
+    // Without branches: which value a signal gets next cannot be predicted.
+    Count(cells_[codeId], static_cast<unsigned char>(value),
+          static_cast<std::uint32_t>(value <= '1') & isDumping_);
+  }
+  void Vector(std::uint32_t codeId, std::string_view value) {
+    Count(cells_[codeId], Fingerprint(value), isDumping_);
+  }
+  void Real(std::uint32_t codeId, std::string_view value) { Vector(codeId, value); }
+  void Command(Keyword command) {
+    const std::uint32_t isDumping = command != Keyword::DumpOff ? 1 : 0;
+    if (isDumping == isDumping_) return;
+    isDumping_ = isDumping;
+    if (isDumping_ == 0) {
+      offSince_ = now_;
+    } else {
+      offTicks_ += now_ - offSince_;
+    }
+  }
+  void SectionEnd() {}
+  void Stamp(std::uint64_t ticks) {
+    if (!hasStamp_) offSince_ = ticks;  // what is off from the start is so from the first stamp on
+    hasStamp_ = true;
+    now_ = ticks;
+  }
+
+  // Before a window each signal has no more than its initial value, which counts once.
+  void RememberScalar(std::uint32_t codeId, char value) {
+    cells_[codeId] = {value <= '1' ? 1U : 0U, static_cast<unsigned char>(value)};
+  }
+  void RememberVector(std::uint32_t codeId, std::string_view value) {
+    cells_[codeId] = {1, Fingerprint(value)};
+  }
+  void RememberReal(std::uint32_t codeId, std::string_view value) { RememberVector(codeId, value); }
+  void Open(std::uint64_t ticks, bool isDumping) {
+    isDumping_ = isDumping ? 1 : 0;
+    Stamp(ticks);
+    if (isDumping) return;
+    for (Cell& cell : cells_) cell.changes = 0;
+  }
+
+  std::vector<std::uint32_t> TakeChanges() {
+    std::vector<std::uint32_t> changes;
+    changes.reserve(cells_.size());
+    for (const Cell& cell : cells_) changes.push_back(std::min(cell.changes, kMostChanges));
+    return changes;
+  }
+  std::uint64_t offTicks() const { return offTicks_ + (isDumping_ == 0 ? now_ - offSince_ : 0); }
+  std::uint64_t repeated() const { return repeated_; }
+
+ private:
+  struct Cell {
+    std::uint32_t changes = 0;
+    std::uint32_t last = 0;  // 0: no value yet
+  };
+
+  /// Counts a value where `counts` is 1. A count stays in reach of its limit.
+  void Count(Cell& cell, std::uint32_t value, std::uint32_t counts) {
+    repeated_ += static_cast<std::uint32_t>(cell.last == value) & counts;
+    cell.last = value;
+    cell.changes += counts;
+    if (cell.changes > kMostChanges) [[unlikely]]
+      cell.changes = kMostChanges;
+  }
+
+  std::vector<Cell> cells_;
+  std::uint32_t isDumping_ = 1;
+  bool hasStamp_ = false;
+  std::uint64_t now_ = 0;
+  std::uint64_t offSince_ = 0;
+  std::uint64_t offTicks_ = 0;
+  std::uint64_t repeated_ = 0;
+};
+
+/// "12.5" for a share of the span.
+std::string PercentText(std::uint64_t part, std::uint64_t whole) {
+  const double tenths = 1000.0 * static_cast<double>(part) / static_cast<double>(whole);
+  const auto rounded = static_cast<std::uint64_t>(tenths + 0.5);
+  return std::to_string(rounded / 10) + "." + std::to_string(rounded % 10);
+}
+
+std::vector<std::string> RemarksOn(const HostRun& run, const ItemTallies& items) {
+  std::vector<std::string> remarks = ReadingRemarks(run.declarations, items);
+  if (run.time.isEndCut) {
+    remarks.emplace_back("the window ends after the dump: it is cut back to the dump's end");
+  }
+  if (run.offTicks > 0) {
+    remarks.push_back("dumping was off for " +
+                      PercentText(run.offTicks, run.time.last - run.time.first) +
+                      " % of the span; " + std::to_string(run.repeated) +
+                      " counted values repeat the value before");
+  }
+  return remarks;
+}
+
+}  // namespace
+
+std::optional<double> HostRun::NanosecondsPerTick() const {
+  if (!declarations.tick) return std::nullopt;
+  return Nanoseconds(*declarations.tick);
+}
+
+std::string HostRun::WhyUnknown() const {
+  if (!declarations.tick && declarations.timescale.empty()) {
+    return "it has no time scale, so no frequency is known; kesncd prepare --timescale gives one";
+  }
+  if (!declarations.tick) {
+    return "its time scale \"" + declarations.timescale.substr(0, 40) +
+           "\" is not understood, so no frequency is known; kesncd prepare --timescale gives one";
+  }
+  if (time.stamps == 0) return "it has no time stamp, so no frequency is known";
+  if (time.first == time.last) return "it spans no time, so no frequency is known";
+  return "";
+}
+
+HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window) {
+  DumpWords words(dump);
+  HostRun run{ReadDeclarations(words, name), {}, {}, 0, 0, {}};
+  const TickWindow ticks = WindowInTicks(window, run.declarations.tick, name);
+  DumpItems items(words, run.declarations);
+  HostCounter counter(run.declarations.codes.size());
+  BodyWindow<HostCounter> body(ticks, counter);
+  ReadBody(items, body);
+  body.Finish();
+  run.time = body.time();
+  if (!run.time.isOpen) {
+    throw Failure(FailureKind::NothingMatched, name + ": nothing lies in the window");
+  }
+  run.changes = counter.TakeChanges();
+  run.offTicks = counter.offTicks();
+  run.repeated = counter.repeated();
+  run.remarks = RemarksOn(run, items.tallies());
+  return run;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,47 @@
+// What a dump says by the counting rule of hosts, counted straight from its items: how often each
+// identifier code was given a value. Every 0 or 1 of a scalar counts and every value of a vector or
+// a real, also one that repeats the value before; x and z of scalars do not, nor does anything
+// while dumping is off. (Exact activity, bit by bit, is counted elsewhere.)
+#ifndef KESNCD_ACTIVITY_HOST_RUN_H_
+#define KESNCD_ACTIVITY_HOST_RUN_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "free_format/body_window.h"
+#include "free_format/prepare.h"
+#include "text/byte_stream.h"
+#include "vcd/declarations.h"
+
+namespace orsa::kesncd {
+
+/// Where a count stops, as it does in a host.
+inline constexpr std::uint32_t kMostChanges = INT32_MAX;
+
+struct HostRun {
+  Declarations declarations;
+  std::vector<std::uint32_t> changes;  // by code number, kMostChanges at most
+  BodyTime time;                       // the span, in ticks
+  std::uint64_t offTicks = 0;          // of the span, while dumping was off
+  std::uint64_t repeated = 0;          // counted values that were no change
+  std::vector<std::string> remarks;    // what could not be read, and what a user must know
+
+  /// The length of a tick in nanoseconds; nothing for a dump without a time scale.
+  std::optional<double> NanosecondsPerTick() const;
+  double SpanTicks() const {
+    return static_cast<double>(time.last) - static_cast<double>(time.first);
+  }
+  /// Why no frequency is known; empty where they are.
+  std::string WhyUnknown() const;
+  std::uint32_t ChangesOf(const DumpVariable& variable) const { return changes[variable.codeId]; }
+};
+
+/// Reads a whole dump, once. Throws Failure with Unusable for what is no VCD file or declares no
+/// variable, with NothingMatched where nothing lies in the window; messages call the dump `name`.
+HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {});
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_HOST_RUN_H_

@@ -1,0 +1,148 @@
+// Reads a dump's body and hands what it says to a taker: nearly all lines by the fast scan of plain
+// lines, the rest item by item. Which of the two ways a line goes never changes what the taker
+// gets.
+#ifndef KESNCD_FREE_FORMAT_BODY_READER_H_
+#define KESNCD_FREE_FORMAT_BODY_READER_H_
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "free_format/dump_items.h"
+#include "vcd/code_table.h"
+#include "vcd/plain_lines.h"
+#include "vcd/value_alphabet.h"
+
+namespace orsa::kesncd {
+
+/// The number that a text of digits is. False for a text that is empty, holds another character or
+/// may not fit.
+inline bool PlainNumber(const char* digits, std::size_t length, std::uint64_t& number) {
+  constexpr std::size_t kFits = 19;  // nines are still below 2^64
+  if (length == 0 || length > kFits) return false;
+  std::uint64_t value = 0;
+  for (std::size_t i = 0; i < length; ++i) {
+    const auto digit = static_cast<unsigned char>(digits[i] - '0');
+    if (digit > 9) return false;
+    value = 10 * value + digit;
+  }
+  number = value;
+  return true;
+}
+
+/// Turns plain lines into what a taker gets. A line that is not surely what it looks like (a code
+/// that no variable has, a value apart from its code, a weak value, a stamp that goes back) is
+/// refused.
+template <class Taker>
+class PlainLineTaker {
+ public:
+  PlainLineTaker(DumpItems& items, Taker& taker)
+      : items_(items), codes_(items.codes()), taker_(taker) {}
+
+  bool Scalar(const char* line, const char* newline) { return TakeScalar(line, newline, *line); }
+
+  bool Other(const char* line, const char* blank, const char* newline) {
+    if (blank != nullptr) return TakeVector(line, blank, newline);
+    switch (*line) {
+      case 'x':
+      case 'X':
+        return TakeScalar(line, newline, 'x');
+      case 'z':
+      case 'Z':
+        return TakeScalar(line, newline, 'z');
+      case '#':
+        return TakeStamp(line + 1, newline);
+      case '\n':
+        return true;
+      default:
+        return false;
+    }
+  }
+
+ private:
+  bool TakeScalar(const char* line, const char* newline, char value) {
+    const auto length = static_cast<std::size_t>(newline - line - 1);
+    const std::uint32_t codeId = length > 0 ? codes_.Find({line + 1, length}) : CodeTable::kNone;
+    if (codeId == CodeTable::kNone) return false;
+    taker_.Scalar(codeId, value);
+    return true;
+  }
+
+  bool TakeVector(const char* line, const char* blank, const char* newline) {
+    const bool isVector = (*line | 0x20) == 'b';
+    if (!isVector && (*line | 0x20) != 'r') return false;
+    const std::string_view value(line + 1, static_cast<std::size_t>(blank - line) - 1);
+    const std::string_view code(blank + 1, static_cast<std::size_t>(newline - blank) - 1);
+    if (value.empty() || code.empty()) return false;
+    const std::uint32_t codeId = codes_.Find(code);
+    if (codeId == CodeTable::kNone) return false;
+    if (isVector) {
+      taker_.Vector(codeId, value);
+    } else {
+      taker_.Real(codeId, value);
+    }
+    return true;
+  }
+
+  bool TakeStamp(const char* digits, const char* newline) {
+    std::uint64_t ticks = 0;
+    if (!PlainNumber(digits, static_cast<std::size_t>(newline - digits), ticks)) return false;
+    if (!items_.NoteStamp(ticks)) return false;
+    taker_.Stamp(ticks);
+    return true;
+  }
+
+  DumpItems& items_;
+  const CodeTable& codes_;
+  Taker& taker_;
+};
+
+/// Hands one item to a taker.
+template <class Taker>
+void GiveItem(const DumpItems& items, Taker& taker) {
+  switch (items.kind()) {
+    case ItemKind::Stamp:
+      taker.Stamp(items.ticks());
+      break;
+    case ItemKind::Command:
+      taker.Command(items.command());
+      break;
+    case ItemKind::SectionEnd:
+      taker.SectionEnd();
+      break;
+    case ItemKind::Scalar:
+      taker.Scalar(items.codeId(), items.value());
+      break;
+    case ItemKind::Vector:
+      taker.Vector(items.codeId(), items.text());
+      break;
+    case ItemKind::Real:
+      taker.Real(items.codeId(), items.text());
+      break;
+  }
+}
+
+/// Reads to the end of the dump. The taker has the operations
+///
+///   void Scalar(std::uint32_t codeId, char value)               `value` is 0, 1, x or z
+///   void Vector(std::uint32_t codeId, std::string_view value)   kBitValues says what its
+///   characters
+///                                                               mean; never empty
+///   void Real(std::uint32_t codeId, std::string_view value)
+///   void Stamp(std::uint64_t ticks)
+///   void Command(Keyword command)                               one of the four dump commands
+///   void SectionEnd()
+///   bool IsDone() const                                         true ends the reading
+template <class Taker>
+void ReadBody(DumpItems& items, Taker& taker) {
+  PlainLineTaker<Taker> plain(items, taker);
+  while (!taker.IsDone() && items.Next()) {
+    GiveItem(items, taker);
+    items.TakePlainLines(plain);
+  }
+}
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_FREE_FORMAT_BODY_READER_H_
