@@ -1,18 +1,17 @@
 #!/usr/bin/env python3
 """Reads SAIF back as a power estimator does, and compares it with the CSV of the same run.
 
-    saif_reader.py SAIF CSV [--unwritten FILE] [--strip PATH] [--scope PATH]
+    saif_reader.py SAIF [CSV [--unwritten FILE] [--strip PATH]]
 
 SAIF is read strictly: at the first word that no reader takes this one stops too. Every net's times have to add up
 to the duration. With a CSV ("path,t0,t1,tx,tz,tc,ig" and more, in ticks) every net has to have the figures of its
 row, and rows without a net have to be listed in the unwritten ones. Paths are compared without the backslashes that
-open escaped names; --strip and --scope are what the SAIF was written with.
+open escaped names; --strip is what the SAIF was written with.
 """
 import argparse
 import csv
 import re
 import sys
-from collections import Counter
 
 TOKEN = re.compile(rb'\s*(?:(\()|(\))|"([^"]*)"|([^\s()"]+))')
 NAME = re.compile(r"[A-Za-z_][A-Za-z0-9_$\[\]\\.]*")
@@ -82,7 +81,7 @@ class Saif:
     def instance(self, outer):
         """Instances in each other, without recursion: hostile dumps nest deeply."""
         open_ = [outer + (self.name(),)]
-        seen, netted = set(), set()
+        seen, netted, met = set(), set(), {open_[0]}
         self.instances.append(open_[-1])
         while open_:
             word = self.word()
@@ -96,8 +95,9 @@ class Saif:
             elif kind == "INSTANCE":
                 seen.add(open_[-1])
                 open_.append(open_[-1] + (self.name(),))
-                if open_[-1] in self.nets or open_[-1] in seen:
+                if open_[-1] in met:
                     raise Broken(f"two instances {open_[-1]}")
+                met.add(open_[-1])
                 self.instances.append(open_[-1])
             else:
                 raise Broken(f"{kind} in {open_[-1]}")
@@ -131,21 +131,20 @@ def bare(path):
 
 def compare(saif, rows, unwritten, strip):
     """Every row is a net of equal figures or an unwritten one; no net is without a row."""
-    prefix = bare(strip) if strip else ()
-    tick = rows and sum(map(int, rows[0][1:5]))
-    scale = tick and saif.duration // tick
-    # The outermost instance may have a name of its own.
-    nets = {path[1:] if strip else path: figures for path, figures in saif.nets.items()}
-    if not strip and rows and saif.instances[0][0] not in {bare(row[0])[0] for row in rows}:
-        nets = {path[1:]: figures for path, figures in nets.items()}
-    left, counts = dict(nets), Counter(bare(row[0]) for row in rows)
-    for row in rows:
-        path = bare(row[0])
+    paths = [bare(row[0]) for row in rows]
+    # The outermost instance may have any name. It is the one top-level scope, or was made for several.
+    joined = len({path[0] for path in paths}) > 1 or any(len(path) == 1 for path in paths)
+    prefix = bare(strip) if strip else () if joined else paths[0][:1] if paths else ()
+    ticks = sum(map(int, rows[0][1:5])) if rows else 0
+    scale = saif.duration // ticks if ticks else 0
+    nets = {path[1:]: figures for path, figures in saif.nets.items()}
+    left = dict(nets)
+    for path, row in zip(paths, rows):
         if path[:len(prefix)] != prefix:
             continue
         net = nets.get(path[len(prefix):])
         figures = [int(figure) for figure in row[1:7]]
-        if net is None and row[0] in unwritten:
+        if row[0] in unwritten:
             continue
         if net is None:
             raise Broken(f"{row[0]} is neither a net nor unwritten")
@@ -154,7 +153,6 @@ def compare(saif, rows, unwritten, strip):
         left.pop(path[len(prefix):], None)
     if left:
         raise Broken(f"{len(left)} nets without a row: {next(iter(left))}")
-    return len(nets), sum(count > 1 for count in counts.values())
 
 
 def main():
