@@ -7,7 +7,10 @@
 namespace orsa::kesncd {
 
 ActivityCounter::ActivityCounter(const CodeBits& codes, const ActivityWindow& window)
-    : bits_(codes), window_(window), codes_(codes.codes()), figures_(codes.bits()),
+    : bits_(codes),
+      window_(window),
+      codes_(codes.codes()),
+      figures_(codes.bits()),
       vectors_(step_) {
   std::size_t widest = 1;
   for (std::uint32_t codeId = 0; codeId < codes.codes(); ++codeId) {
@@ -88,12 +91,12 @@ void ActivityCounter::StopObserving() {
     part_.tailObserved += step_.ticks;
     ++part_.tailPauses;
   } else if (place_ == Place::Middle) {
-    part_.middle = TakePiece();
+    part_.middle = TakePiece(true);
     part_.isMiddleOpen = false;
     part_.middleEnd = step_.ticks;
   } else {
     // Before the dump's first stamp nothing lasted yet.
-    ObservedPiece front = TakePiece();
+    ObservedPiece front = TakePiece(true);
     if (part_.hasStamps) part_.front = std::move(front);
     part_.firstSwitch = ActivityPart::Switch::Off;
     part_.switchTime = step_.ticks;
@@ -111,7 +114,7 @@ void ActivityCounter::StartObserving() {
   } else if (place_ == Place::Front && part_.hasStamps) {
     // Whether this is a switch depends on what comes before the part. A dump begins observed.
     KeepEdgesBefore();
-    part_.front = TakePiece();
+    part_.front = TakePiece(true);
     part_.firstSwitch = ActivityPart::Switch::On;
     part_.switchTime = step_.ticks;
     part_.isMiddleOpen = true;
@@ -125,15 +128,15 @@ void ActivityCounter::KeepEdgesBefore() {
   for (const std::uint32_t codeId : seen_) {
     const Code& code = codes_[codeId];
     if (code.step != step_.number) continue;
-    edgesBefore_[codeId] = code.kind == kScalar ? std::vector<BitEdge>{code.before}
-                                                : vectors_.EdgesBefore(code.kind);
+    edgesBefore_[codeId] =
+        code.kind == kScalar ? std::vector<BitEdge>{code.before} : vectors_.EdgesBefore(code.kind);
   }
 }
 
 /// Takes a value of the front's last step back, because its code has a further one in this step.
 void ActivityCounter::CorrectFront(std::uint32_t codeId) {
   const auto found = edgesBefore_.find(codeId);
-  if (found == edgesBefore_.end() || part_.switchTime != step_.ticks) return;
+  if (found == edgesBefore_.end()) return;
   std::uint64_t bit = bits_.First(codeId);
   for (const BitEdge before : found->second) {
     BitFigures& figures = part_.front.figures[bit];
@@ -172,7 +175,7 @@ void ActivityCounter::EndStretch() {
 }
 
 /// All that was counted since the last piece, and begins anew.
-ObservedPiece ActivityCounter::TakePiece() {
+ObservedPiece ActivityCounter::TakePiece(bool goesOn) {
   ObservedPiece piece;
   if (seen_.empty() && place_ != Place::Tail) return piece;
   piece.edges.resize(bits_.bits());
@@ -191,14 +194,15 @@ ObservedPiece ActivityCounter::TakePiece() {
     }
   }
   EndStretch();
-  piece.figures = std::exchange(figures_, std::vector<BitFigures>());
+  piece.figures = std::move(figures_);
+  figures_.assign(goesOn ? bits_.bits() : 0, {});
   return piece;
 }
 
 ActivityPart ActivityCounter::TakePart() {
-  if (place_ == Place::Front) part_.front = TakePiece();
-  if (place_ == Place::Middle) part_.middle = TakePiece();
-  if (place_ == Place::Tail) part_.tail = TakePiece();
+  if (place_ == Place::Front) part_.front = TakePiece(false);
+  if (place_ == Place::Middle) part_.middle = TakePiece(false);
+  if (place_ == Place::Tail) part_.tail = TakePiece(false);
   return std::move(part_);
 }
 

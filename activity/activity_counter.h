@@ -13,12 +13,13 @@
 #include <vector>
 
 #include "activity/activity_part.h"
+#include "activity/activity_window.h"
 #include "activity/bit_edge.h"
 #include "activity/code_bits.h"
-#include "activity/activity_window.h"
 #include "activity/vector_counter.h"
 #include "activity/vector_value.h"
 #include "vcd/dump_keywords.h"
+#include "vcd/value_alphabet.h"
 
 namespace orsa::kesncd {
 
@@ -28,6 +29,8 @@ class ActivityCounter {
  public:
   /// `codes` has to outlive the counter.
   ActivityCounter(const CodeBits& codes, const ActivityWindow& window);
+  ActivityCounter(const ActivityCounter&) = delete;
+  ActivityCounter& operator=(const ActivityCounter&) = delete;
 
   void Scalar(std::uint32_t codeId, char value);
   void Vector(std::uint32_t codeId, std::string_view value);
@@ -65,7 +68,7 @@ class ActivityCounter {
   void StartObserving();
   void AddToLevels(std::uint64_t ticks);
   void EndStretch();
-  ObservedPiece TakePiece();
+  ObservedPiece TakePiece(bool goesOn);
   void KeepEdgesBefore();
 
   const CodeBits& bits_;
@@ -113,8 +116,10 @@ inline void ActivityCounter::TakeScalar(std::uint32_t codeId, Code& code, Level 
 inline void ActivityCounter::Vector(std::uint32_t codeId, std::string_view value) {
   if (!isObserving_) return;
   Code& code = codes_[codeId];
-  if (code.kind < kScalar) TakeVector(codeId, code, value);
-  else if (code.kind == kScalar) TakeScalar(codeId, code, LevelOfBit(value.back()));
+  if (code.kind < kScalar)
+    TakeVector(codeId, code, value);
+  else if (code.kind == kScalar)
+    TakeScalar(codeId, code, LevelOf(In(kBitValues, value.back())));
 }
 
 inline void ActivityCounter::Stamp(std::uint64_t ticks) {
@@ -126,6 +131,8 @@ inline void ActivityCounter::Stamp(std::uint64_t ticks) {
     part_.backward += ticks < part_.last ? 1 : 0;
     return;
   }
+  if (!edgesBefore_.empty()) [[unlikely]]
+    edgesBefore_.clear();
   part_.last = ticks;
   ++step_.number;
   step_.ticks = window_.Clamp(ticks);

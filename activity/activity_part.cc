@@ -51,7 +51,8 @@ void ObservedPiece::Join(ObservedPiece&& next) {
     *this = std::move(next);
     return;
   }
-  for (std::size_t bit = 0; bit < figures.size(); ++bit) AddFigures(figures[bit], next.figures[bit]);
+  for (std::size_t bit = 0; bit < figures.size(); ++bit)
+    AddFigures(figures[bit], next.figures[bit]);
   edges = std::move(next.edges);
 }
 
@@ -62,8 +63,8 @@ ObservedPiece* ActivityPart::OpenPiece() {
   return isTailOpen ? &tail : nullptr;
 }
 
-/// Ends the observation that is open after the first switch. The middle stays as it is, since it may
-/// yet go on from what comes before.
+/// Ends the observation that is open after the first switch. The middle stays as it is, since it
+/// may yet go on from what comes before.
 void ActivityPart::Pause(std::uint64_t ticks) {
   if (isMiddleOpen) {
     isMiddleOpen = false;

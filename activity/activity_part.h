@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "activity/activity_result.h"
+#include "activity/activity_window.h"
 #include "activity/bit_edge.h"
 #include "activity/code_bits.h"
-#include "activity/activity_window.h"
 
 namespace orsa::kesncd {
 
@@ -33,17 +33,17 @@ struct ObservedPiece {
   void Join(ObservedPiece&& next);
 };
 
-/// Activity of a part of a dump's body, which begins with a stamp, or with the body, and ends before
-/// a stamp larger than all of its own. Parts of one dump that were counted with the same codes and
-/// window add up: Add in any order of association, then Finish.
+/// Activity of a part of a dump's body, which begins with a stamp, or with the body, and ends
+/// before a stamp larger than all of its own. Parts of one dump that were counted with the same
+/// codes and window add up: Add in any order of association, then Finish.
 class ActivityPart {
  public:
   /// Whether the word of the part's first switch, if there is one, ended or began observation.
   enum class Switch : std::uint8_t { None, Off, On };
 
-  bool hasStamps = false;   // else the part is empty
-  std::uint64_t first = 0;  // stamp
-  std::uint64_t last = 0;   // the largest stamp
+  bool hasStamps = false;      // else the part is empty
+  std::uint64_t first = 0;     // stamp
+  std::uint64_t last = 0;      // the largest stamp
   std::uint64_t backward = 0;  // stamps that were smaller than an earlier one
 
   // All times from here on are clamped to the window.

@@ -74,7 +74,8 @@ ActivityRates RatesOf(const BitFigures& figures, const ActivityResult& result) {
 }
 
 bool SignalRow::IsWhollyRepeated() const {
-  return repeated != nullptr && std::find(repeated->begin(), repeated->end(), false) == repeated->end();
+  return repeated != nullptr &&
+         std::find(repeated->begin(), repeated->end(), false) == repeated->end();
 }
 
 ActivityRows::ActivityRows(const ActivityResult& result) : result_(result) {
@@ -141,7 +142,8 @@ std::vector<bool> ActivityRows::ScopesIn(std::uint32_t scope) const {
   std::vector<bool> inside(scopes.size());
   inside[scope] = true;
   // A scope is declared after the one that it is in.
-  for (std::uint32_t id = scope + 1; id < scopes.size(); ++id) inside[id] = inside[scopes[id].parent];
+  for (std::uint32_t id = scope + 1; id < scopes.size(); ++id)
+    inside[id] = inside[scopes[id].parent];
   return inside;
 }
 

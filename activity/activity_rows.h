@@ -27,8 +27,8 @@ struct ActivitySums {
   void Add(std::span<const BitFigures> figures);
 };
 
-/// What follows from figures; nothing where no time was observed, or where the dump does not say how
-/// long a tick is. Of several bits these are means.
+/// What follows from figures; nothing where no time was observed, or where the dump does not say
+/// how long a tick is. Of several bits these are means.
 struct ActivityRates {
   std::optional<double> freqMhz;     // half the toggles a microsecond
   std::optional<double> toggleRate;  // toggles a microsecond

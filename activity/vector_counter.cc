@@ -37,9 +37,9 @@ std::uint64_t Mix(std::uint64_t mask, std::uint64_t given, std::uint64_t kept) {
 __m128i BytesOf(std::uint64_t bits) {
   const __m128i places = _mm_set_epi8(-128, 64, 32, 16, 8, 4, 2, 1, -128, 64, 32, 16, 8, 4, 2, 1);
   __m128i bytes = _mm_cvtsi32_si128(static_cast<int>(bits & 0xFFFF));
-  bytes = _mm_unpacklo_epi8(bytes, bytes);        // each of the two bytes twice,
-  bytes = _mm_shufflelo_epi16(bytes, 0x50);       // four times,
-  bytes = _mm_unpacklo_epi32(bytes, bytes);       // eight times
+  bytes = _mm_unpacklo_epi8(bytes, bytes);   // each of the two bytes twice,
+  bytes = _mm_shufflelo_epi16(bytes, 0x50);  // four times,
+  bytes = _mm_unpacklo_epi32(bytes, bytes);  // eight times
   return _mm_cmpeq_epi8(_mm_and_si128(bytes, places), places);
 }
 
@@ -189,8 +189,7 @@ void VectorCounter::MoveLevels(Vector& vector, std::size_t index, const ValueWor
     word.now.high ^= toggles;
     Toggle(vector, index, toggles, false, figures);
   }
-  const std::uint64_t others =
-      (word.now.high ^ value.high) | (word.now.unknown ^ value.unknown);
+  const std::uint64_t others = (word.now.high ^ value.high) | (word.now.unknown ^ value.unknown);
   if (others == 0) return;
   Flush(vector, figures);
   BitFigures* const bits = figures + vector.firstBit + index * kWordBits;
@@ -261,8 +260,9 @@ void VectorCounter::Begin(std::uint32_t number, const ValueWord* value, BitFigur
 bool VectorCounter::Change(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
   Vector& vector = vectors_[number];
   const std::span<Word> words = WordsOf(vector);
-  const bool isSame = std::equal(words.begin(), words.end(), value,
-                                 [](const Word& word, const ValueWord& v) { return word.now == v; });
+  const bool isSame =
+      std::equal(words.begin(), words.end(), value,
+                 [](const Word& word, const ValueWord& v) { return word.now == v; });
   if (isSame) return false;
   vector.wasSeen = true;
   Prepare(vector, figures);
@@ -280,8 +280,7 @@ bool VectorCounter::Change(std::uint32_t number, const ValueWord* value, BitFigu
       if (toggles != 0) Toggle(vector, index, toggles, step_.counts, figures);
     } else {
       MoveLevels(vector, index, value[index], figures);
-      Learn(word, value[index], LowBits(left),
-            figures + vector.firstBit + index * kWordBits);
+      Learn(word, value[index], LowBits(left), figures + vector.firstBit + index * kWordBits);
     }
   }
   return true;

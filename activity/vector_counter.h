@@ -1,8 +1,8 @@
 // Counts the bits of vectors, many at a time.
 //
 // A vector keeps its bits in words of 64. Where bits go between 0 and 1, which is nearly always,
-// their times and toggles are first added up in small counters of few bytes, which are relative to a
-// base time and go into the figures now and then; what happens with x and z goes there at once.
+// their times and toggles are first added up in small counters of few bytes, which are relative to
+// a base time and go into the figures now and then; what happens with x and z goes there at once.
 #ifndef KESNCD_ACTIVITY_VECTOR_COUNTER_H_
 #define KESNCD_ACTIVITY_VECTOR_COUNTER_H_
 

@@ -48,7 +48,8 @@ ValueWord ReadLane(__m128i text) {
   const __m128i binary =
       _mm_cmpeq_epi8(_mm_and_si128(text, _mm_set1_epi8('\xFE')), _mm_set1_epi8('0'));
   const std::uint64_t isBinary = MaskOf(binary);
-  if (isBinary == 0xFFFF) [[likely]] return {MaskOf(lastBits), 0};
+  if (isBinary == 0xFFFF) [[likely]]
+    return {MaskOf(lastBits), 0};
   const __m128i small = _mm_or_si128(text, _mm_set1_epi8(0x20));
   const std::uint64_t isX = MaskOf(_mm_cmpeq_epi8(small, _mm_set1_epi8('x')));
   const std::uint64_t isZ = MaskOf(_mm_cmpeq_epi8(small, _mm_set1_epi8('z')));
@@ -69,8 +70,7 @@ ValueWord ReadWord(const char* text, std::size_t length) {
   for (std::size_t at = 0; at < length; at += kLane) {
     // The last characters come with some that were read before, so that none after them is.
     const std::size_t from = length < kLane ? 0 : std::min(at, length - kLane);
-    const ValueWord lane =
-        ReadLane(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + from)));
+    const ValueWord lane = ReadLane(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + from)));
     word.high |= lane.high << from;
     word.unknown |= lane.unknown << from;
   }

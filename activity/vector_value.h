@@ -9,8 +9,8 @@
 
 namespace orsa::kesncd {
 
-/// Up to 64 bits of a value, the rightmost character's in the lowest place of each. A bit is 0 (0, 0),
-/// 1 (1, 0), x (0, 1) or z (1, 1) in `high` and `unknown`.
+/// Up to 64 bits of a value, the rightmost character's in the lowest place of each. A bit is 0 (0,
+/// 0), 1 (1, 0), x (0, 1) or z (1, 1) in `high` and `unknown`.
 struct ValueWord {
   std::uint64_t high = 0;
   std::uint64_t unknown = 0;
@@ -19,9 +19,9 @@ struct ValueWord {
 };
 
 /// The words of a variable of `width` bits, the lowest one first, in `words`, which has room for
-/// them. A shorter value is extended on its left with 0 for a leftmost 0 or 1, else with its leftmost
-/// character; a longer one loses its left part. `value` is not empty; kBitValues says what its
-/// characters mean.
+/// them. A shorter value is extended on its left with 0 for a leftmost 0 or 1, else with its
+/// leftmost character; a longer one loses its left part. `value` is not empty; kBitValues says what
+/// its characters mean.
 void ReadVectorValue(std::string_view value, std::uint32_t width, ValueWord* words);
 
 /// The same, character by character.

@@ -109,8 +109,8 @@ std::string BitNames::Index(std::uint32_t bit) const {
   }
   // A width has 32 bits, so no sign changes on the way.
   const bool isNegative = longRight_.front() == '-';
-  const std::string moved = Moved(longRight_.substr(isNegative ? 1 : 0), bit,
-                                  isNegative == isAscending_);
+  const std::string moved =
+      Moved(longRight_.substr(isNegative ? 1 : 0), bit, isNegative == isAscending_);
   return isNegative ? "-" + moved : moved;
 }
 
