@@ -4,9 +4,12 @@
 #include <sstream>
 
 #include "free_format/dump_findings.h"
-#include "fuzz/prepared_dump.h"
-#include "fuzz/support.h"
-#include "tests/text_stream.h"
+#include "fuzz/target.h"
+#include "tests/support/dump_figures.h"
+#include "tests/support/input.h"
+#include "tests/support/reader_state.h"
+#include "tests/support/require.h"
+#include "tests/support/text_stream.h"
 #include "text/failure.h"
 
 using namespace orsa::kesncd;
@@ -39,7 +42,7 @@ std::string TextOf(const std::vector<Finding>& findings) {
 /// line, and ranges in the place of a size outside port dumps.
 bool HasOddLine(const std::string& dump) {
   constexpr std::size_t kLongest = 800;
-  for (const std::string& line : fuzz::Lines(dump)) {
+  for (const std::string& line : support::Lines(dump)) {
     if (line.size() >= kLongest) return true;
     std::istringstream words(line);
     std::string keyword, type, size, code, name;
@@ -64,7 +67,7 @@ Result Check(const std::string& dump, std::size_t chunk) {
     const bool isGood = std::all_of(found.begin(), found.end(),
                                     [](const Finding& f) { return IsHarmless(f.kind); });
     for (const Finding& finding : found) {
-      fuzz::Require(finding.tally.count > 0, "a finding is about something");
+      support::Require(finding.tally.count > 0, "a finding is about something");
     }
     return {false, isGood, TextOf(found) + std::to_string(check.body.changes)};
   } catch (const Failure& failure) {
@@ -74,18 +77,18 @@ Result Check(const std::string& dump, std::size_t chunk) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string dump(reinterpret_cast<const char*>(data), size);
+void CheckInput(std::string_view bytes) {
+  const std::string dump(bytes);
   const Result result = Check(dump, std::string::npos);
-  fuzz::Require(Check(dump, 3).text == result.text, "reads of any size do");
-  if (!result.isGood || HasOddLine(dump)) return 0;
-  const auto prepared = fuzz::Prepare(dump);
-  fuzz::Require(prepared.has_value(), "what can be checked can be prepared");
-  const fuzz::Figures raw = fuzz::TreeFigures(dump);
-  const std::string rawState = fuzz::StateText();
-  const fuzz::Figures tree = fuzz::TreeFigures(*prepared);
-  fuzz::Require(raw == tree && rawState == fuzz::StateText(),
-                result.text + "\nraw" + fuzz::TextOf(raw) + "\n" + rawState + "\nprepared" +
-                    fuzz::TextOf(tree) + "\n" + fuzz::StateText() + "\n" + *prepared);
-  return 0;
+  support::Require(Check(dump, 3).text == result.text, "reads of any size do");
+  if (!result.isGood || HasOddLine(dump)) return;
+  const auto prepared = support::Prepare(dump);
+  support::Require(prepared.has_value(), "what can be checked can be prepared");
+  const support::Figures raw = support::TreeFigures(dump);
+  const std::string rawState = support::StateText();
+  const support::Figures tree = support::TreeFigures(*prepared);
+  support::Require(raw == tree && rawState == support::StateText(), [&] {
+    return result.text + "\nraw" + support::TextOf(raw) + "\n" + rawState + "\nprepared" +
+           support::TextOf(tree) + "\n" + support::StateText() + "\n" + *prepared;
+  });
 }

@@ -4,16 +4,18 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "fuzz/support.h"
+#include "fuzz/target.h"
 #include "kesncd/kesncd.h"
 #include "kesncd/readings.h"
-#include "tests/reader_state.h"
+#include "tests/support/input.h"
+#include "tests/support/reader_state.h"
+#include "tests/support/require.h"
 
 namespace {
 
 using namespace orsa::kesncd;
 
-std::string Padded(const fuzz::Input& input) {
+std::string Padded(const support::Input& input) {
   constexpr std::size_t kMostPadding = 10000;
   constexpr std::size_t kLine = 1000;
   const std::string end = "$enddefinitions $end\n";
@@ -34,7 +36,7 @@ void AppendTree(const KesNCD& analyser, std::ostringstream& text) {
     text << '\n' << code;
     for (const VmodHier* scope : scopes) {
       const auto signal = scope->signals.find(code);
-      fuzz::Require(signal != scope->signals.end(), "the index names a scope that has the code");
+      support::Require(signal != scope->signals.end(), "the index names a scope that has the code");
       text << ' ' << scope->name << '.' << signal->second.name << '=' << signal->second.changes;
     }
   }
@@ -52,7 +54,7 @@ std::string ReadDump(int reader, const ReadingOptions& options, const std::strin
   if (reader < 2) complete = ReadFlat(stream, reader == 0 ? nullptr : &selection, options);
   if (reader == 2) complete = ReadTree(stream, tree, options);
   std::ostringstream text;
-  text << fuzz::StateText() << " complete " << complete << " at " << std::ftell(stream);
+  text << support::StateText() << " complete " << complete << " at " << std::ftell(stream);
   AppendTree(analyser, text);
   while (unlinked != nullptr) delete unlinked;
   return text.str();
@@ -60,12 +62,11 @@ std::string ReadDump(int reader, const ReadingOptions& options, const std::strin
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string dump = Padded(fuzz::Input(data, size));
+void CheckInput(std::string_view bytes) {
+  const std::string dump = Padded(support::Input(bytes));
   for (const int reader : {0, 1, 2}) {
     const std::string fast = ReadDump(reader, {.blockBytes = 4200, .longestDirectCode = 2}, dump);
     const std::string plain = ReadDump(reader, {.scansPlainLines = false}, dump);
-    fuzz::Require(fast == plain, "fast: " + fast + "\nplain: " + plain);
+    support::Require(fast == plain, [&] { return "fast: " + fast + "\nplain: " + plain; });
   }
-  return 0;
 }

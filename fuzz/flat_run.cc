@@ -5,9 +5,12 @@
 #include <cstdlib>
 #include <optional>
 
-#include "fuzz/support.h"
+#include "fuzz/target.h"
 #include "kesncd/kesncd.h"
-#include "tests/reader_state.h"
+#include "tests/support/input.h"
+#include "tests/support/reader_state.h"
+#include "tests/support/require.h"
+#include "tests/support/streams.h"
 
 namespace {
 
@@ -58,7 +61,7 @@ Map BuildMap() {
   Map map;
   for (int i = 0; i < topMod.GetSignalSize(); ++i) {
     const std::string name = topMod.GetSignalName(i);
-    const double frequency = fuzz::PlainFrequency(topMod.GetSignalChange(i));
+    const double frequency = support::PlainFrequency(topMod.GetSignalChange(i));
     const auto range = BitsOf(name);
     if (!range) map.insert({SingleName(name), frequency});
     for (long bit = range ? range->low : 1; range && bit <= range->high; ++bit) {
@@ -69,7 +72,7 @@ Map BuildMap() {
 }
 
 void CheckActivityFile() {
-  const fuzz::MemoryFile file;
+  const support::MemoryFile file;
   topMod.DumpIntoFile(file.Path());
   std::string expected = "module | " + topMod.GetName() + "\n";
   for (int i = 0; i < topMod.GetSignalSize(); ++i) {
@@ -77,37 +80,36 @@ void CheckActivityFile() {
     std::snprintf(number, sizeof number, "%f", topMod.GetSignalFreq(i));
     expected += "signal | " + topMod.GetSignalName(i) + " | " + number + "\n";
   }
-  fuzz::Require(file.Text() == expected, "the activity file");
+  support::Require(file.Text() == expected, "the activity file");
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const fuzz::Input input(data, size);
-  const fuzz::MemoryFile file(input.text);
+void CheckInput(std::string_view bytes) {
+  const support::Input input(bytes);
+  const support::MemoryFile file(input.text);
   ResetReaderState();
   KesNCD analyser;
   analyser.SetTopModule(input.Option(0, "top"));
   analyser.ParseVcdFile2(TextStream(input.text), input.OptionsFrom(1));
-  const std::string state = fuzz::StateText();
+  const std::string state = support::StateText();
   const long bits = CountBits();
-  if (bits > kMostBuilt && bits <= kMostBits) return 0;
+  if (bits > kMostBuilt && bits <= kMostBits) return;
   ResetReaderState();
   analyser.SetTopModule(input.Option(0, "top"));
   const Map before{{"before", 1.0}};
   analyser.signalFreqs = before;
   std::string message = "untouched";
   const bool done = analyser.SetVCDFile(file.Path(), input.OptionsFrom(1), message);
-  fuzz::Require(fuzz::StateText() == state, "the run reads as its reader");
-  fuzz::Require(done == (isTopModNameEverMatched != 0 && bits <= kMostBits), "the run's result");
-  fuzz::Require((message == "untouched") == done, "a message is for failures");
+  support::Require(support::StateText() == state, "the run reads as its reader");
+  support::Require(done == (isTopModNameEverMatched != 0 && bits <= kMostBits), "the run's result");
+  support::Require((message == "untouched") == done, "a message is for failures");
   const Map expected = done ? BuildMap() : before;
-  fuzz::Require(std::equal(expected.begin(), expected.end(), analyser.signalFreqs.begin(),
-                           analyser.signalFreqs.end(),
-                           [](const auto& a, const auto& b) {
-                             return a.first == b.first && fuzz::Same(a.second, b.second);
-                           }),
-                "the map of frequencies");
+  support::Require(std::equal(expected.begin(), expected.end(), analyser.signalFreqs.begin(),
+                              analyser.signalFreqs.end(),
+                              [](const auto& a, const auto& b) {
+                                return a.first == b.first && support::Same(a.second, b.second);
+                              }),
+                   "the map of frequencies");
   if (done) CheckActivityFile();
-  return 0;
 }

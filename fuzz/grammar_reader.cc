@@ -3,9 +3,12 @@
 #include <cstdlib>
 #include <exception>
 
-#include "fuzz/support.h"
+#include "fuzz/target.h"
 #include "kesncd/kesncd.h"
-#include "tests/reader_state.h"
+#include "tests/support/input.h"
+#include "tests/support/reader_state.h"
+#include "tests/support/require.h"
+#include "tests/support/streams.h"
 
 namespace {
 
@@ -34,41 +37,41 @@ int Parse(std::FILE* stream) {
   parsing = true;
   try {
     result = ParseVcdFile(stream);
-    fuzz::Require(result == 0 || result == 2, "the result of a parse");
+    support::Require(result == 0 || result == 2, "the result of a parse");
   } catch (const Exit& end) {
-    fuzz::Require(end.status == kFatal, "the status of a bad time scale");
+    support::Require(end.status == kFatal, "the status of a bad time scale");
     result = kFatal;
   }
   parsing = false;
   return result;
 }
 
-std::string ReadDump(std::FILE* stream, const fuzz::Input& input, bool traces) {
+std::string ReadDump(std::FILE* stream, const support::Input& input, bool traces) {
   ResetReaderState();
   KesNCD analyser;
   analyser.SetTopModule(input.Option(0, "top"));
   debug = traces ? 1 : 0;
   const int result = Parse(stream);
-  fuzz::Require(yysptr - yysbuf <= 1, "at most one character is given back");
-  fuzz::Require(yyps - yys == yypv - yyv && yyps >= yys && yyps < yys + std::size(yy_yys),
-                "the stacks");
-  fuzz::Require(yylval.text[sizeof yylval.text - 1] == '\0', "the last word ends");
-  return fuzz::StateText() + " result " + std::to_string(result) + " line " +
+  support::Require(yysptr - yysbuf <= 1, "at most one character is given back");
+  support::Require(yyps - yys == yypv - yyv && yyps >= yys && yyps < yys + std::size(yy_yys),
+                   "the stacks");
+  support::Require(yylval.text[sizeof yylval.text - 1] == '\0', "the last word ends");
+  return support::StateText() + " result " + std::to_string(result) + " line " +
          std::to_string(yylineno) + " errors " + std::to_string(yynerrs) + " stamp " +
          std::to_string(cur_time) + " inside " + std::to_string(isReadingTopMod);
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const fuzz::Input input(data, size);
+void CheckInput(std::string_view bytes) {
+  const support::Input input(bytes);
   std::string whole;
   std::string dripped;
   {
-    const fuzz::Quiet quiet;
+    const support::Quiet quiet;
     whole = ReadDump(TextStream(input.text), input, false);
-    dripped = ReadDump(fuzz::DrippingStream(input.text), input, true);
+    dripped = ReadDump(support::DrippingStream(input.text), input, true);
   }
-  fuzz::Require(whole == dripped, "at once: " + whole + "\nin drips: " + dripped);
-  return 0;
+  support::Require(whole == dripped,
+                   [&] { return "at once: " + whole + "\nin drips: " + dripped; });
 }

@@ -2,8 +2,10 @@
 // run of "$scope module" lines that no other line of four words or more breaks.
 #include <algorithm>
 
-#include "fuzz/support.h"
+#include "fuzz/target.h"
 #include "kesncd/kesncd.h"
+#include "tests/support/require.h"
+#include "tests/support/streams.h"
 
 namespace {
 
@@ -41,14 +43,13 @@ std::string ProbePlainly(std::string_view dump) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string dump(reinterpret_cast<const char*>(data), size);
-  const fuzz::MemoryFile file(dump);
+void CheckInput(std::string_view bytes) {
+  const std::string dump(bytes);
+  const support::MemoryFile file(dump);
   orsa::kesncd::KesNCD analyser;
   std::string top = "before";
   std::string message = "untouched";
-  fuzz::Require(analyser.GetTopModuleNameInVCD(file.Path(), top, message), "the file opens");
-  fuzz::Require(message == "untouched", "a message is for failures");
-  fuzz::Require(top == ProbePlainly(dump), "proposed '" + top + "'");
-  return 0;
+  support::Require(analyser.GetTopModuleNameInVCD(file.Path(), top, message), "the file opens");
+  support::Require(message == "untouched", "a message is for failures");
+  support::Require(top == ProbePlainly(dump), [&] { return "proposed '" + top + "'"; });
 }

@@ -1,9 +1,12 @@
 // The hierarchical run and the lookups in its tree, with both values of `exact`, against the plain
 // walk. The first option is the module that the lookups name, the others are the signals.
-#include "fuzz/plain_names.h"
-#include "fuzz/support.h"
+#include "fuzz/target.h"
 #include "kesncd/kesncd.h"
-#include "tests/reader_state.h"
+#include "tests/support/input.h"
+#include "tests/support/plain_names.h"
+#include "tests/support/reader_state.h"
+#include "tests/support/require.h"
+#include "tests/support/streams.h"
 
 namespace {
 
@@ -13,14 +16,14 @@ using namespace orsa::kesncd;
 std::size_t CheckTree(const VmodHier& node, std::map<std::string, double>& frequencies) {
   std::size_t nodes = 1;
   for (const auto& [code, signal] : node.signals) {
-    fuzz::Require(signal.symbol == code && signal.changes >= 0, "a signal of the tree");
-    frequencies.insert({signal.name, fuzz::PlainFrequency(signal.changes)});
+    support::Require(signal.symbol == code && signal.changes >= 0, "a signal of the tree");
+    frequencies.insert({signal.name, support::PlainFrequency(signal.changes)});
   }
   for (const auto& [name, code] : node.names) {
-    fuzz::Require(node.signals.count(code) == 1, "a name leads to a signal");
+    support::Require(node.signals.count(code) == 1, "a name leads to a signal");
   }
   for (const VmodHier* child : node.subMods) {
-    fuzz::Require(child->parent == &node, "a scope knows the one around it");
+    support::Require(child->parent == &node, "a scope knows the one around it");
     nodes += CheckTree(*child, frequencies);
   }
   return nodes;
@@ -28,9 +31,10 @@ std::size_t CheckTree(const VmodHier& node, std::map<std::string, double>& frequ
 
 void CheckIndex(const KesNCD& analyser) {
   for (const auto& [code, scopes] : analyser.codeIndex) {
-    fuzz::Require(!scopes.empty(), "no code without a scope");
+    support::Require(!scopes.empty(), "no code without a scope");
     for (const VmodHier* scope : scopes) {
-      fuzz::Require(scope->signals.count(code) == 1, "the index names a scope that has the code");
+      support::Require(scope->signals.count(code) == 1,
+                       "the index names a scope that has the code");
     }
   }
 }
@@ -40,33 +44,32 @@ void CheckFrequencies(const VmodHier& root) {
   CheckTree(root, expected);
   std::map<std::string, double> frequencies;
   root.GetSignalFreqHier(frequencies);
-  fuzz::Require(frequencies.size() == expected.size(), "all signals have a frequency");
+  support::Require(frequencies.size() == expected.size(), "all signals have a frequency");
   for (const auto& [name, frequency] : frequencies) {
-    fuzz::Require(fuzz::Same(expected.at(name), frequency), "the frequency of " + name);
+    support::Require(support::Same(expected.at(name), frequency), "the frequency of " + name);
   }
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const fuzz::Input input(data, size);
-  const fuzz::MemoryFile file(input.text);
+void CheckInput(std::string_view bytes) {
+  const support::Input input(bytes);
+  const support::MemoryFile file(input.text);
   ResetReaderState();
   KesNCD analyser;
   std::string message = "untouched";
   const bool done = analyser.SetVCDFileHier(file.Path(), {}, message);
-  fuzz::Require(done == (analyser.hierRoot != nullptr), "a tree is what a run is for");
-  fuzz::Require((message == "untouched") == done, "a message is for failures");
+  support::Require(done == (analyser.hierRoot != nullptr), "a tree is what a run is for");
+  support::Require((message == "untouched") == done, "a message is for failures");
   CheckIndex(analyser);
-  if (!done) return 0;
+  if (!done) return;
   CheckFrequencies(*analyser.hierRoot);
   constexpr std::size_t kMostLookups = 8;  // each walks all of the tree
   std::size_t lookups = 0;
   for (const std::string& signal : input.OptionsFrom(1)) {
     if (++lookups > kMostLookups) break;
     for (const bool exact : {false, true}) {
-      fuzz::CheckLookup(*analyser.hierRoot, input.Option(0), signal, exact);
+      support::CheckLookup(*analyser.hierRoot, input.Option(0), signal, exact);
     }
   }
-  return 0;
 }

@@ -6,13 +6,15 @@
 #include <algorithm>
 #include <memory>
 
-#include "fuzz/plain_names.h"
-#include "fuzz/support.h"
+#include "fuzz/target.h"
 #include "host/power_data.h"
 #include "kesncd/kesncd.h"
 #include "kesncd/model/tree_index.h"
-#include "tests/reader_state.h"
-#include "tests/test_host.h"
+#include "tests/support/input.h"
+#include "tests/support/plain_names.h"
+#include "tests/support/reader_state.h"
+#include "tests/support/require.h"
+#include "tests/support/test_host.h"
 
 namespace {
 
@@ -46,7 +48,7 @@ std::vector<std::string> Cells(const std::string& line) {
 void ReadCase(const std::string& text, Case& read) {
   VmodHier* current = nullptr;
   int signals = 0;
-  for (const std::string& line : fuzz::Lines(text)) {
+  for (const std::string& line : support::Lines(text)) {
     const std::string rest = line.empty() ? "" : line.substr(1);
     const char first = line.empty() ? ' ' : line[0];
     if (first == '>' && (current != nullptr || read.root == nullptr)) {
@@ -178,10 +180,11 @@ void CheckIndex(const VmodHier& root, const PD_TABLE& table, bool exact) {
       double found = -7.25;
       double expected = -7.25;
       const bool isFound = index.Find(asked, signal, found);
-      fuzz::Require(isFound == root.FindSignalFreqHier(asked, signal, expected, exact),
-                    "the index on " + signal);
-      fuzz::Require(fuzz::Same(found, expected), "the index's frequency of " + signal);
-      fuzz::CheckLookup(root, asked, signal, exact);
+      support::Require(isFound == root.FindSignalFreqHier(asked, signal, expected, exact),
+                       [&] { return "the index on " + signal; });
+      support::Require(support::Same(found, expected),
+                       [&] { return "the index's frequency of " + signal; });
+      support::CheckLookup(root, asked, signal, exact);
     }
     module = signal;
   }
@@ -189,11 +192,11 @@ void CheckIndex(const VmodHier& root, const PD_TABLE& table, bool exact) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void CheckInput(std::string_view bytes) {
   ResetReaderState();
   testHost = {};
   Case read;
-  ReadCase({reinterpret_cast<const char*>(data), size}, read);
+  ReadCase(std::string(bytes), read);
   startCycle = 0.0;
   endCycle = 100.0;
   timeScale = 1.0;
@@ -208,9 +211,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     analyser.hierRoot = read.root.get();
     const auto records = analyser.CreateKesSigFreq(&document, kDefault, exact);
     analyser.hierRoot = nullptr;
-    fuzz::Require(TextOf(records) == TextOf(expected),
-                  "records:" + TextOf(records) + "\nexpected:" + TextOf(expected));
+    support::Require(TextOf(records) == TextOf(expected), [&] {
+      return "records:" + TextOf(records) + "\nexpected:" + TextOf(expected);
+    });
     if (read.root != nullptr) CheckIndex(*read.root, read.section.connections, exact);
   }
-  return 0;
 }

@@ -2,8 +2,11 @@
 // gives follows from what the others give.
 #include <cmath>
 
-#include "fuzz/support.h"
+#include "fuzz/target.h"
 #include "kesncd/kesncd.h"
+#include "tests/support/reader_state.h"
+#include "tests/support/require.h"
+#include "tests/support/streams.h"
 
 namespace {
 
@@ -17,18 +20,18 @@ Clocks ReadReport(const std::string& path, Read read, int mode) {
   analyser.twrFile = path;
   analyser.clockFreqs = kBefore;
   const bool found = (analyser.*read)(mode);
-  fuzz::Require(found == (analyser.clockFreqs != kBefore), "the map changes when a row is kept");
+  support::Require(found == (analyser.clockFreqs != kBefore), "the map changes when a row is kept");
   return analyser.clockFreqs;
 }
 
 void CheckLower(const Clocks& lower, const Clocks& constraints, const Clocks& achieved) {
-  fuzz::Require(lower.size() == constraints.size() && lower.size() == achieved.size(),
-                "every mode keeps the same rows");
+  support::Require(lower.size() == constraints.size() && lower.size() == achieved.size(),
+                   "every mode keeps the same rows");
   for (const auto& [name, frequency] : lower) {
     const double constraint = constraints.at(name);
     const double reached = achieved.at(name);
     const double expected = reached < constraint ? reached : constraint;
-    fuzz::Require(fuzz::Same(frequency, expected), "the lower frequency of '" + name + "'");
+    support::Require(support::Same(frequency, expected), "the lower frequency of '" + name + "'");
   }
 }
 
@@ -41,21 +44,20 @@ bool AnyNan(const Clocks& clocks) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void CheckInput(std::string_view bytes) {
   using orsa::kesncd::KesNCD;
-  const fuzz::MemoryFile report({reinterpret_cast<const char*>(data), size});
+  const support::MemoryFile report(bytes);
   const std::string path = report.Path();
   const Clocks lower = ReadReport(path, &KesNCD::ReadTWR, 0);
   const Clocks constraints = ReadReport(path, &KesNCD::ReadTWR, 1);
   const Clocks achieved = ReadReport(path, &KesNCD::ReadTWR, 2);
   CheckLower(lower, constraints, achieved);
-  fuzz::Require(AnyNan(achieved) || ReadReport(path, &KesNCD::ReadTWR, -1) == achieved,
-                "another mode is the achieved one");
+  support::Require(AnyNan(achieved) || ReadReport(path, &KesNCD::ReadTWR, -1) == achieved,
+                   "another mode is the achieved one");
   const Clocks joined = ReadReport(path, &KesNCD::ReadTWR2, 0);
-  fuzz::Require(ReadReport(path, &KesNCD::ReadTWR2, 3) == kBefore, "another mode keeps nothing");
+  support::Require(ReadReport(path, &KesNCD::ReadTWR2, 3) == kBefore, "another mode keeps nothing");
   // A value that is no number passes one mode's test and not another's.
-  if (AnyNan(joined) || AnyNan(ReadReport(path, &KesNCD::ReadTWR2, 2))) return 0;
+  if (AnyNan(joined) || AnyNan(ReadReport(path, &KesNCD::ReadTWR2, 2))) return;
   CheckLower(joined, ReadReport(path, &KesNCD::ReadTWR2, 1),
              ReadReport(path, &KesNCD::ReadTWR2, 2));
-  return 0;
 }

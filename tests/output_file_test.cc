@@ -11,8 +11,8 @@
 #include <thread>
 
 #include "cli/process/interrupt.h"
-#include "tests/shell.h"
-#include "tests/support.h"
+#include "tests/support/shell.h"
+#include "tests/support/testing.h"
 #include "text/failure.h"
 #include "text/whole_file.h"
 

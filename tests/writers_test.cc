@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "export/result_writer.h"
-#include "tests/support.h"
+#include "tests/support/testing.h"
 #include "text/number.h"
 #include "text/printable.h"
 
