@@ -1,3 +1,4 @@
+// Scanning and writing numbers as the C library does in its own locale.
 #include "text/number.h"
 
 #include <array>
@@ -47,6 +48,13 @@ bool ScanDouble(const char* text, double& value) {
 
 int ScanInt(const char* text) {
   return static_cast<int>(static_cast<std::uint32_t>(std::strtol(text, nullptr, 10)));
+}
+
+std::string FixedText(double value) {
+  const CLocaleScope scope;
+  std::array<char, 400> text{};  // the largest double has 309 digits before its point
+  (void)std::snprintf(text.data(), text.size(), "%f", value);
+  return text.data();
 }
 
 std::string DisplayText(double value) {

@@ -27,6 +27,9 @@ bool ScanDouble(const char* text, double& value);
 /// The decimal integer at the start of `text`, cut to 32 bits; 0 where there is none.
 int ScanInt(const char* text);
 
+/// A double as printf's "%f" writes it: six decimals.
+std::string FixedText(double value);
+
 /// A double as an output stream with default formatting writes it: six significant digits.
 std::string DisplayText(double value);
 

@@ -1,14 +1,56 @@
+// Writing the activity: a new file beside the old one where that can be, else in place.
 #include "kesncd/model/activity_file.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "text/file.h"
+#include <cerrno>
+#include <cstdio>
+#include <string_view>
+#include <utility>
+
 #include "text/number.h"
 
 namespace orsa::kesncd {
 
 namespace {
+
+constexpr std::size_t kFullBuffer = std::size_t{1} << 16;
+constexpr int kPatienceMs = 1000;  // for a pipe's reader to take the next bytes
+constexpr mode_t kPermissions = 0666;
+
+/// An open file that closes itself.
+class OpenFile {
+ public:
+  explicit OpenFile(int file) : file_(file) {}
+  ~OpenFile() { Close(); }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+
+  bool isOpen() const { return file_ >= 0; }
+  int get() const { return file_; }
+  bool Close() { return file_ < 0 || close(std::exchange(file_, -1)) == 0; }
+
+ private:
+  int file_;
+};
+
+bool WriteAll(int file, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(file, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno == EAGAIN) {
+      pollfd waiting{file, POLLOUT, 0};
+      if (poll(&waiting, 1, kPatienceMs) == 0) return false;
+    } else if (errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
 
 /// Whether a file can take the place of what is there: of nothing, or of one's own file that is
 /// known by this name only and may be written.
@@ -23,50 +65,70 @@ bool IsReplaceable(const std::string& path) {
 class FileBeside {
  public:
   explicit FileBeside(const std::string& path)
-      : path_(path + ".part" + std::to_string(getpid())), file_(std::fopen(path_.c_str(), "wx")) {}
+      : path_(path + ".part" + std::to_string(getpid())),
+        file_(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPermissions)),
+        opened_(file_.isOpen()) {}
   ~FileBeside() {
     if (opened_) (void)std::remove(path_.c_str());
   }
   FileBeside(const FileBeside&) = delete;
   FileBeside& operator=(const FileBeside&) = delete;
 
-  std::FILE* get() const { return file_.get(); }
+  bool isOpen() const { return opened_; }
+  int get() const { return file_.get(); }
   /// A file that was there stays as readable, and as private, as it was.
-  void MoveTo(const std::string& place) {
+  bool MoveTo(const std::string& place) {
     struct stat found {};
-    if (stat(place.c_str(), &found) == 0) (void)fchmod(fileno(file_.get()), found.st_mode & 07777);
-    opened_ = std::fclose(file_.release()) != 0 || std::rename(path_.c_str(), place.c_str()) != 0;
+    if (stat(place.c_str(), &found) == 0) (void)fchmod(file_.get(), found.st_mode & 07777);
+    opened_ = !file_.Close() || std::rename(path_.c_str(), place.c_str()) != 0;
+    return !opened_;
   }
 
  private:
   const std::string path_;
-  File file_;
-  bool opened_ = file_ != nullptr;  // and still to be removed
+  OpenFile file_;
+  bool opened_;  // and still to be removed
 };
+
+/// Writes "module | NAME" and a line "signal | NAME | MHZ" for each signal. False, with errno set,
+/// when not all of it could be written.
+bool WriteActivity(const Vmod& module, int file) {
+  std::string text = std::string("module | ") + module.GetName().c_str() + "\n";
+  for (int i = 0; i < module.GetSignalSize(); ++i) {
+    text.append("signal | ").append(module.GetSignalName(i).c_str());  // as far as a C string goes
+    text.append(" | ").append(FixedText(module.GetSignalFreq(i)));
+    text += '\n';
+    if (text.size() < kFullBuffer) continue;
+    if (!WriteAll(file, text)) return false;
+    text.clear();
+  }
+  return WriteAll(file, text);
+}
+
+/// Replaces the file at `path`; false where it is to be written in place instead.
+bool ReplaceFile(const Vmod& module, const std::string& path) {
+  FileBeside beside(path);
+  if (!beside.isOpen()) return false;
+  if (WriteActivity(module, beside.get())) return beside.MoveTo(path);
+  // The room that the old text gives back may do. Where something else is wrong, a limit on the
+  // size of files or memory, the old text stays.
+  return errno != ENOSPC && errno != EDQUOT;
+}
 
 }  // namespace
 
-bool WriteActivity(const Vmod& module, std::FILE* file) {
-  const CLocaleScope scope;
-  (void)std::fprintf(file, "module | %s\n", module.GetName().c_str());
-  for (int i = 0; i < module.GetSignalSize(); ++i) {
-    (void)std::fprintf(file, "signal | %s | %f\n", module.GetSignalName(i).c_str(),
-                       module.GetSignalFreq(i));
-  }
-  return std::fflush(file) == 0 && std::ferror(file) == 0;
+void AppendActivity(const Vmod& module, const std::string& path) {
+  const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
+  const OpenFile file(open(path.c_str(), flags, kPermissions));
+  if (file.isOpen()) (void)WriteActivity(module, file.get());
 }
 
 void ReplaceActivityFile(const Vmod& module, const std::string& path) {
-  if (IsReplaceable(path)) {
-    FileBeside beside(path);
-    if (beside.get() != nullptr) {
-      if (WriteActivity(module, beside.get())) beside.MoveTo(path);
-      return;
-    }
-  }
-  if (const File direct{std::fopen(path.c_str(), "w")}; direct != nullptr) {
-    WriteActivity(module, direct.get());
-  }
+  if (IsReplaceable(path) && ReplaceFile(module, path)) return;
+  // Without waiting: a pipe may have no reader.
+  const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  const OpenFile direct(open(path.c_str(), flags, kPermissions));
+  if (direct.isOpen()) (void)WriteActivity(module, direct.get());
 }
 
 }  // namespace orsa::kesncd

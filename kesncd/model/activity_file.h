@@ -2,20 +2,20 @@
 #ifndef KESNCD_MODEL_ACTIVITY_FILE_H_
 #define KESNCD_MODEL_ACTIVITY_FILE_H_
 
-#include <cstdio>
 #include <string>
 
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd {
 
-/// Writes "module | NAME" and a line "signal | NAME | MHZ" for each signal. False when not all of
-/// it could be written.
-bool WriteActivity(const Vmod& module, std::FILE* file);
+/// Appends the activity to the file at `path`, if it can be opened.
+void AppendActivity(const Vmod& module, const std::string& path);
 
-/// Puts the activity into the file at `path`. A file that is there is replaced by a complete one or
-/// stays: the new one is written beside it first. Devices and links are written to directly, and so
-/// is a file in a folder that takes no further one.
+/// Puts the activity into the file at `path`. The new text is written beside it and renamed, so that
+/// nobody reads half of it. Where that cannot be done (a folder that takes no file, a file that
+/// cannot be renamed over, a disk with room for one of the two only), and for links and devices, the
+/// file itself is opened and written. A place that takes nothing is passed over, also one whose
+/// reader never comes.
 void ReplaceActivityFile(const Vmod& module, const std::string& path);
 
 }  // namespace orsa::kesncd

@@ -9,7 +9,6 @@
 #include "kesncd/model/activity_file.h"
 #include "kesncd/model/state_frequency.h"
 #include "line_readers/code_counts.h"
-#include "text/file.h"
 #include "text/number.h"
 #include "text/secret_hash.h"
 #include "vcd/change_count.h"
@@ -198,8 +197,7 @@ void Vmod::PrintModSimple() const {
 }
 
 void Vmod::DumpIntoFile(const std::string& path) const {
-  const File file(std::fopen(path.c_str(), "a"));
-  if (file != nullptr) WriteActivity(*this, file.get());
+  AppendActivity(*this, path);
 }
 
 Vsig::Vsig() : freq_(-1.0) {}
