@@ -17,19 +17,12 @@ namespace support {
 
 using orsa::kesncd::TextSource;
 
-namespace {
-
-// Short dumps meet the ends of blocks, too.
-constexpr std::size_t kBlock = 4200;
-
-}  // namespace
-
 std::optional<std::string> Prepare(const std::string& dump, const PrepareOptions& options,
                                    std::size_t chunk) {
   TextSource source(dump, chunk);
   orsa::kesncd::TextSink sink;
   PrepareOptions inBlocks = options;
-  inBlocks.block = kBlock;
+  inBlocks.block = kSmallBlock;
   try {
     (void)PrepareDump(source, sink, inBlocks).Remarks();
   } catch (const Failure&) {
@@ -71,7 +64,7 @@ std::string FullPath(const Declarations& declarations, std::uint32_t scope) {
 
 PlainFigures ItemFigures(const std::string& dump) {
   TextSource source(dump, std::string::npos);
-  DumpWords words(source, kBlock, kBlock / 4);
+  DumpWords words(source, kSmallBlock, kSmallBlock / 4);
   const Declarations declarations = ReadDeclarations(words, "");
   DumpItems items(words, declarations);
   std::vector<std::int64_t> counts(declarations.codes.size());

@@ -50,7 +50,7 @@ void CheckFindings(const std::string& prepared) {
                      [&] { return "every reader takes a line whole: " + line; });
   }
   TextSource source(prepared, std::string::npos);
-  const DumpCheck check = CheckDump(source, "");
+  const DumpCheck check = CheckDump(source, "", "", support::kSmallBlock);
   for (const Finding& finding : check.findings) {
     support::Require(MayStay(finding.kind),
                      "left over: " + std::string(TextOf(finding.kind).finding) + " " +
