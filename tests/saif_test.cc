@@ -15,6 +15,7 @@
 #include "export/yosys.h"
 #include "tests/text_stream.h"
 #include "text/failure.h"
+#include "text/file.h"
 
 namespace orsa::kesncd {
 namespace {
@@ -227,14 +228,17 @@ TEST(Saif, FindsRepeatedNames) {
 
 TEST(Tcl, WritesPinsOfEqualFiguresTogether) {
   const ActivityResult result = CountCase("names");
+  TclOptions options;
+  options.rates = Rates();
   std::ostringstream tcl;
-  WriteTcl(result, {Rates()}, tcl);
+  WriteTcl(result, options, tcl);
   EXPECT_EQ(tcl.str(), TextOf(kCases + "names.tcl"));
 }
 
 TEST(Tcl, IsRelativeToAClockAndBeginsAtTheDesign) {
   const ActivityResult result = CountCase("names");
-  TclOptions options{Rates()};
+  TclOptions options;
+  options.rates = Rates();
   options.scope = ScopeCalled(result, "tb/g[0]/u.2");
   options.stripsWay = true;
   options.rates.clock = "clk";
