@@ -135,7 +135,13 @@ const Facts = (() => {
           `${Text.count(modules.length - withCourse)} others is summed in the module above them.`,
       );
     }
-    if (said.length === 0) said.push('Every module and signal of the dump is listed.');
+    if (courses.windows > 0) {
+      said.push(
+        'Over time and in the picture of modules a signal is counted once, in the highest module that names it. ' +
+          'The tables count for each module all signals named in it or below it.',
+      );
+    }
+    if (hidden === 0 && restSignals === 0) said.push('Every module and signal of the dump is listed.');
     return said;
   }
 

@@ -128,6 +128,7 @@ const Icicle = (() => {
         merged ? `${merged.length} smaller` : Text.name(node.data.name || 'whole dump');
       group
         .append('text')
+        .attr('aria-hidden', 'true')
         .attr('x', 5)
         .attr('y', ROW / 2 + 4)
         .attr('class', ({ node, merged }) => {
@@ -135,9 +136,8 @@ const Icicle = (() => {
           return d3.lab(this.fill(node.data)).l > 55 ? 'on-light' : 'on-dark';
         })
         .text((box) => clip(label(box), widthOf(box)));
-      group.append('title').text(({ node, merged }) => {
-        return merged ? `${merged.length} smaller modules` : describe(this.model, node.data);
-      });
+      const mergedBoxes = group.filter(({ merged }) => merged);
+      mergedBoxes.append('title').text(({ merged }) => `${merged.length} smaller modules`);
     }
 
     listen(group) {

@@ -30,6 +30,8 @@
     },
   };
 
+  const LONGEST_PATH = 14; // steps that are shown of a path
+
   class Report {
     constructor(model) {
       this.model = model;
@@ -231,8 +233,11 @@
     drawPath() {
       const steps = [];
       for (let module = this.focus; module; module = module.parent) steps.unshift(module);
+      const isLong = steps.length > LONGEST_PATH;
+      const shown = isLong ? [...steps.slice(0, 2), null, ...steps.slice(3 - LONGEST_PATH)] : steps;
       element('path').replaceChildren(
-        ...steps.map((module) => {
+        ...shown.map((module) => {
+          if (!module) return make('li', { textContent: ' … ' });
           const name = module.parent ? Text.name(module.name) : 'Whole dump';
           const button = make('button', { type: 'button', textContent: name });
           if (module === this.focus) button.setAttribute('aria-current', 'true');

@@ -6,8 +6,9 @@
 
 const Text = (() => {
   const UNKNOWN = '–';
+  const LONGEST = 240; // characters of a name; what is saved as CSV has all
   const UNITS = ['fs', 'ps', 'ns', 'µs', 'ms', 's'];
-  const group = d3.format(',');
+  const group = d3.format(',d');
   const short = d3.format('.4~s');
   const digits = d3.format(',.4~r');
   // Control characters, marks of direction, and what breaks lines or has no width.
@@ -17,7 +18,8 @@ const Text = (() => {
   const isKnown = (value) => value !== null && value !== undefined && Number.isFinite(value);
 
   function name(text) {
-    return text.replace(UNSEEN, (c) => `\\u{${c.codePointAt(0).toString(16)}}`);
+    const shown = text.length > LONGEST ? `${text.slice(0, LONGEST / 2)}…${text.slice(-LONGEST / 2)}` : text;
+    return shown.replace(UNSEEN, (c) => `\\u{${c.codePointAt(0).toString(16)}}`);
   }
 
   // Counters are 64 bits wide; a number of the page has 53.

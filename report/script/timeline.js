@@ -169,7 +169,12 @@ const Timeline = (() => {
       layers
         .attr('class', (_, at) => `layer ${this.layers[at].colour}`)
         .attr('d', (layer) => area(steps(layer)));
-      layers.append('title').text((_, at) => this.layers[at].name);
+      // Lines between steps narrower than this would be all that is seen.
+      const isFine = (this.width - MARGIN.left - MARGIN.right) / windows < 3;
+      layers
+        .attr('stroke-width', isFine ? 0 : 0.8)
+        .append('title')
+        .text((_, at) => this.layers[at].name);
       for (const [begin, end] of gaps) {
         const gap = this.plot.append('rect').attr('class', 'gap').attr('fill', 'url(#hatch)');
         gap.attr('x', this.x(begin)).attr('width', Math.max(1, this.x(end) - this.x(begin)));

@@ -136,12 +136,16 @@ export class Browser {
     return entries.map(({ message }) => message);
   }
 
+  // What was asked for and not refused by the page's own policy.
   async requests() {
     const entries = await this.call('POST', '/se/log', { type: 'performance' });
-    return entries
-      .map(({ message }) => JSON.parse(message).message)
-      .filter(({ method }) => method === 'Network.requestWillBeSent')
-      .map(({ params }) => params.request.url);
+    const events = entries.map(({ message }) => JSON.parse(message).message);
+    const of = (name) => events.filter(({ method }) => method === name).map(({ params }) => params);
+    const refused = of('Network.loadingFailed').filter(({ blockedReason }) => blockedReason === 'csp');
+    const refusedIds = new Set(refused.map(({ requestId }) => requestId));
+    return of('Network.requestWillBeSent')
+      .filter(({ requestId }) => !refusedIds.has(requestId))
+      .map(({ request }) => request.url);
   }
 
   async screenshot() {
