@@ -39,7 +39,7 @@ const Model = (() => {
       children: [],
       end: id + 1, // the modules below are id + 1 to end - 1
       path: '',
-      declared: all.signals[id],
+      declared: all.signals[id], // names, here and below
       bits: all.bits[id],
       toggles: all.toggles[id],
       glitches: all.glitches[id],
@@ -70,8 +70,10 @@ const Model = (() => {
       }
       open.push(module);
     }
-    for (const module of [...modules].reverse()) {
-      if (module.parent) module.parent.end = Math.max(module.parent.end, module.end);
+    for (const { parent, end, declared } of [...modules].reverse()) {
+      if (!parent) continue;
+      parent.end = Math.max(parent.end, end);
+      parent.declared += declared;
     }
     return modules;
   }

@@ -137,7 +137,7 @@
           {
             key: 'signals',
             title: 'Signals',
-            hint: 'declared in it',
+            hint: 'names in it and below',
             ...byCount(({ declared }) => declared),
           },
           { key: 'still_bits', title: 'Never toggle', ...byCount(({ still }) => still) },
