@@ -1,6 +1,6 @@
 # Joins the activity report's page, style, script and d3 into one file that reads no other, and into
 # a C++ source that holds it: the program puts the figures between its two halves.
-#   cmake -DHTML=.. -DSTYLE=.. -DSCRIPTS=a.js;b.js -DD3=.. -DD3_LICENCE=.. -DPAGE=.. -DSOURCE=..
+#   cmake -DHTML=.. -DSTYLE=.. -DSCRIPTS=a.js;b.js -DD3=a.js;b.js -DD3_LICENCE=.. -DPAGE=.. -DSOURCE=..
 #     -P join_page.cmake
 cmake_minimum_required(VERSION 3.25)
 
@@ -22,6 +22,15 @@ function(policy_digest text result)
   set(${result} "'sha256-${digest}='" PARENT_SCOPE)
 endfunction()
 
+function(join_files result)
+  set(joined "")
+  foreach(file IN LISTS ARGN)
+    file(READ ${file} part)
+    string(APPEND joined "${part}")
+  endforeach()
+  set(${result} "${joined}" PARENT_SCOPE)
+endfunction()
+
 # What stands in an element must not end it.
 function(check_inside element text)
   string(TOLOWER "${text}" lower)
@@ -32,14 +41,10 @@ endfunction()
 
 file(READ ${HTML} page)
 file(READ ${STYLE} style)
-file(READ ${D3} d3)
+join_files(script ${SCRIPTS})
+join_files(d3 ${D3})
 file(READ ${D3_LICENCE} licence)
 string(PREPEND d3 "/*\n${licence}*/\n")
-set(script "")
-foreach(file IN LISTS SCRIPTS)
-  file(READ ${file} part)
-  string(APPEND script "${part}")
-endforeach()
 
 check_inside(style "${style}")
 check_inside(script "${script}")

@@ -9,15 +9,16 @@ const Icicle = (() => {
   const LEVELS = 8;
   const NARROWEST = 3;
   const LETTER = 7.3; // width of a character of the names
+  // Lighter all the way, so that colour-blind readers see the order too.
+  const RATES = ['#2a1e66', '#274a83', '#23708f', '#2f9682', '#6fb962', '#c4d44c', '#fdf08f'];
   const DECADES = 1000; // rates below the largest by more than this look alike
 
-  // From dark blue to yellow, lighter all the way, so that colour-blind readers see the order too.
   function makeColour(model) {
     const rates = model.modules.map(({ toggles, bits }) => model.rate(toggles, bits));
     const most = d3.max(rates) || 1;
     const least = Math.max(d3.min(rates, (rate) => rate || undefined) ?? most, most / DECADES);
     const domain = [least < most ? least : most / 10, most];
-    return d3.scaleSequentialLog(d3.interpolateViridis).domain(domain).clamp(true);
+    return d3.scaleSequentialLog(d3.piecewise(d3.interpolateLab, RATES)).domain(domain).clamp(true);
   }
 
   function drawScale(element, colour, unit) {
@@ -36,32 +37,24 @@ const Icicle = (() => {
     );
   }
 
-  // Siblings too narrow to be seen, put together into one box.
-  function mergeNarrow(node, scale, boxes) {
-    const narrow = [];
-    for (const child of node.children ?? []) {
-      if (child.value <= 0) continue;
-      if (scale(child.x1 - child.x0) >= NARROWEST) boxes.push({ node: child });
-      else narrow.push(child);
-    }
-    if (narrow.length === 0) return;
-    const x0 = d3.min(narrow, ({ x0: left }) => left);
-    const x1 = d3.max(narrow, ({ x1: right }) => right);
-    if (scale(x1 - x0) >= 1) boxes.push({ node: { x0, x1, depth: node.depth + 1 }, merged: narrow });
+  // What is drawn below a module: the children wide enough to be seen, the others as one box.
+  function seenChildren(module, area, least) {
+    const seen = module.children.filter((child) => child.sums[area] >= least);
+    seen.sort((a, b) => b.sums[area] - a.sums[area]);
+    const narrow = module.children.filter((child) => child.sums[area] > 0 && child.sums[area] < least);
+    const sum = d3.sum(narrow, (child) => child.sums[area]);
+    if (sum >= least / NARROWEST) seen.push({ merged: narrow.length, sums: { [area]: sum } });
+    return seen;
   }
 
   function layOut(focus, area, width) {
-    const root = d3
-      .hierarchy(focus)
-      .sum((module) => module[area])
-      .sort((a, b) => b.value - a.value || a.data.id - b.data.id);
-    d3.partition().size([width, 1])(root);
-    const boxes = [{ node: root }];
-    for (let at = 0; at < boxes.length; ++at) {
-      const { node, merged } = boxes[at];
-      if (!merged && node.depth + 1 < LEVELS) mergeNarrow(node, (x) => x, boxes);
-    }
-    return boxes;
+    const least = Math.max((focus.sums[area] * NARROWEST) / width, Number.MIN_VALUE);
+    const root = d3.hierarchy(focus, (module) => {
+      const isLast = module.merged || module.depth - focus.depth + 1 >= LEVELS;
+      return isLast ? null : seenChildren(module, area, least);
+    });
+    root.each((node) => (node.value = node.data.sums[area]));
+    return d3.partition().size([width, 1])(root).descendants();
   }
 
   const clip = (text, width) => {
@@ -99,66 +92,59 @@ const Icicle = (() => {
     }
 
     draw(focus, area) {
-      this.focus = focus;
+      Object.assign(this, { focus, area });
       const width = this.svg.node().clientWidth || 900;
-      this.shown = layOut(focus, area, width);
-      const levels = d3.max(this.shown, ({ node }) => node.depth) + 1;
+      const nodes = layOut(focus, area, width);
+      this.shown = nodes.filter(({ data }) => !data.merged);
+      const levels = d3.max(nodes, ({ depth }) => depth) + 1;
       this.svg.attr('viewBox', `0 0 ${width} ${levels * ROW}`).attr('height', levels * ROW);
       this.boxes.selectAll('g').remove();
-      const group = this.boxes.selectAll('g').data(this.shown).enter().append('g');
-      group.attr('transform', ({ node }) => `translate(${node.x0},${node.depth * ROW})`);
-      group.attr('class', ({ merged }) => (merged ? 'box merged' : 'box'));
+      const group = this.boxes.selectAll('g').data(nodes).enter().append('g');
+      group.attr('transform', ({ x0, depth }) => `translate(${x0},${depth * ROW})`);
+      group.attr('class', ({ data }) => (data.merged ? 'box merged' : 'box'));
       this.drawBoxes(group);
-      this.listen(group.filter(({ merged }) => !merged));
+      this.listen(group.filter(({ data }) => !data.merged));
     }
 
     fill(module) {
+      if (module.merged) return null;
       const rate = this.model.rate(module.toggles, module.bits);
       return rate > 0 ? this.colour(rate) : 'url(#hatch)';
     }
 
     drawBoxes(group) {
-      const widthOf = ({ node }) => Math.max(0, node.x1 - node.x0 - 1);
-      const rect = group
-        .append('rect')
-        .attr('width', widthOf)
-        .attr('height', ROW - 1);
-      rect.attr('fill', ({ node, merged }) => (merged ? null : this.fill(node.data)));
-      const label = ({ node, merged }) =>
-        merged ? `${merged.length} smaller` : Text.name(node.data.name || 'whole dump');
-      group
-        .append('text')
-        .attr('aria-hidden', 'true')
-        .attr('x', 5)
-        .attr('y', ROW / 2 + 4)
-        .attr('class', ({ node, merged }) => {
-          if (merged || this.fill(node.data).startsWith('url')) return 'plain';
-          return d3.lab(this.fill(node.data)).l > 55 ? 'on-light' : 'on-dark';
-        })
-        .text((box) => clip(label(box), widthOf(box)));
-      const mergedBoxes = group.filter(({ merged }) => merged);
-      mergedBoxes.append('title').text(({ merged }) => `${merged.length} smaller modules`);
+      const widthOf = ({ x0, x1 }) => Math.max(0, x1 - x0 - 1);
+      const rect = group.append('rect').attr('fill', ({ data }) => this.fill(data));
+      rect.attr('width', widthOf).attr('height', ROW - 1);
+      const ink = ({ data }) => {
+        const colour = d3.lab(this.fill(data));
+        if (Number.isNaN(colour.l)) return 'plain';
+        return colour.l > 55 ? 'on-light' : 'on-dark';
+      };
+      const label = ({ merged, name }) => (merged ? `${merged} smaller` : Text.name(name || 'whole dump'));
+      const text = group.append('text').attr('class', ink).attr('aria-hidden', 'true');
+      text.attr('x', 5).attr('y', ROW / 2 + 4);
+      text.text((node) => clip(label(node.data), widthOf(node)));
+      const merged = group.filter(({ data }) => data.merged);
+      merged.append('title').text(({ data }) => `${data.merged} smaller modules`);
     }
 
     listen(group) {
-      group
-        .attr('role', 'button')
-        .attr('tabindex', ({ node }) => (node.data === this.focus ? 0 : -1))
-        .attr('aria-label', ({ node }) => describe(this.model, node.data));
-      const show = ({ node }) => (this.readout.textContent = describe(this.model, node.data));
+      const show = ({ data }) => (this.readout.textContent = describe(this.model, data));
       const { enter } = this;
-      group.each(function listenTo(box) {
-        this.addEventListener('click', () => enter(box.node.data));
-        this.addEventListener('pointerenter', () => show(box));
-        this.addEventListener('focus', () => show(box));
+      group.attr('role', 'button').attr('tabindex', ({ depth }) => (depth === 0 ? 0 : -1));
+      group.attr('aria-label', ({ data }) => describe(this.model, data));
+      group.each(function listenTo(node) {
+        this.addEventListener('click', () => enter(node.data));
+        this.addEventListener('pointerenter', () => show(node));
+        this.addEventListener('focus', () => show(node));
       });
       show(this.shown[0]);
     }
 
     key(event) {
-      const box = event.target.__data__;
-      if (!box?.node?.data) return;
-      const { node } = box;
+      const node = this.shown.find((one) => one === d3.select(event.target).datum());
+      if (!node) return;
       if (event.key === 'Enter' || event.key === ' ') this.enter(node.data, true);
       else if (event.key === 'Backspace' || event.key === 'Escape') {
         if (this.focus.parent) this.enter(this.focus.parent, true);
@@ -167,43 +153,42 @@ const Icicle = (() => {
     }
 
     move(key, node) {
-      const visible = this.shown.filter(({ merged }) => !merged).map((box) => box.node);
-      const level = visible.filter(({ depth }) => depth === node.depth);
+      const level = this.shown.filter(({ depth }) => depth === node.depth);
       const at = level.indexOf(node);
       const next = {
         ArrowLeft: level[at - 1],
         ArrowRight: level[at + 1],
         ArrowUp: node.parent,
-        ArrowDown: visible.find(({ parent }) => parent === node),
+        ArrowDown: this.shown.find(({ parent }) => parent === node),
         Home: level[0],
         End: level[level.length - 1],
       };
-      if (!(key in next)) return false;
+      if (!Object.hasOwn(next, key)) return false;
       if (next[key]) this.moveFocus(next[key]);
       return true;
     }
 
     moveFocus(node) {
-      this.boxes.selectAll('g[role]').attr('tabindex', (box) => (box.node === node ? 0 : -1));
-      this.boxes
-        .selectAll('g[role]')
-        .filter((box) => box.node === node)
+      const boxes = this.boxes.selectAll('g[role]');
+      boxes.attr('tabindex', (one) => (one === node ? 0 : -1));
+      boxes
+        .filter((one) => one === node)
         .node()
-        ?.focus();
+        .focus();
     }
 
     // The picture as a table: the modules drawn, with the figures that it shows.
     table() {
-      const head = ['Module', 'Own bits and below', 'Bits', 'Toggles', `Per ${this.model.rateUnit} and bit`];
-      const rows = this.shown
-        .filter(({ merged }) => !merged)
-        .map(({ node }) => [
-          `${'  '.repeat(node.depth)}${Text.name(node.data.path || 'whole dump')}`,
-          Text.count(d3.sum(node.descendants(), ({ data }) => data.ownBits)),
-          Text.count(node.data.bits),
-          Text.count(node.data.toggles),
-          Text.figure(this.model.rate(node.data.toggles, node.data.bits)),
-        ]);
+      const { model, area } = this;
+      const what = area === 'ownBits' ? 'bits' : 'toggles';
+      const head = ['Module', `Area (${what})`, 'Bits', 'Toggles', `Per ${model.rateUnit} and bit`];
+      const rows = this.shown.map(({ depth, data: module }) => [
+        `${'  '.repeat(depth)}${Text.name(module.path || 'whole dump')}`,
+        Text.count(module.sums[area]),
+        Text.count(module.bits),
+        Text.count(module.toggles),
+        Text.figure(model.rate(module.toggles, module.bits)),
+      ]);
       return { head, rows };
     }
   }

@@ -1,5 +1,5 @@
 // The figures of the report as a tree of modules with their signals, made from the arrays of
-// the file. Calling order: load once, then Stretch.sums for each stretch of time looked at.
+// the file. Calling order: load once, then sumsIn for each stretch of time looked at.
 /* exported Model */
 /* global Text */
 'use strict';
@@ -19,7 +19,11 @@ const Model = (() => {
   const SIGNAL_COLUMNS = ['bits', 'toggles', 'glitches', 't1', 'tx', 'tz'];
 
   // Numbers beyond 2^53 are written as text.
-  const toNumbers = (values = []) => Float64Array.from(values, Number);
+  function toNumbers(values = []) {
+    const numbers = new Float64Array(values.length);
+    for (let at = 0; at < values.length; ++at) numbers[at] = Number(values[at]);
+    return numbers;
+  }
 
   function columns(from, names, length) {
     const all = {};
@@ -47,7 +51,8 @@ const Model = (() => {
       high: all.high[id],
       unknown: all.unknown[id],
       ownBits: all.own_bits[id],
-      ownToggles: all.own_toggles[id],
+      // What belongs to it and to the modules below.
+      sums: { ownBits: all.own_bits[id], ownToggles: all.own_toggles[id] },
       hidden: 0, // modules below that the file does not list
       rest: null, // signals of its own that the file does not list
       firstSignal: 0,
@@ -70,10 +75,12 @@ const Model = (() => {
       }
       open.push(module);
     }
-    for (const { parent, end, declared } of [...modules].reverse()) {
+    for (const { parent, end, declared, sums } of [...modules].reverse()) {
       if (!parent) continue;
       parent.end = Math.max(parent.end, end);
       parent.declared += declared;
+      parent.sums.ownBits += sums.ownBits;
+      parent.sums.ownToggles += sums.ownToggles;
     }
     return modules;
   }
@@ -141,7 +148,7 @@ const Model = (() => {
 
   // Toggles of each module with all below it in the windows [from, to); unknown where a
   // module's toggles are in the course of a module above it.
-  function sums(model, from, to) {
+  function sumsIn(model, from, to) {
     const { ofModule } = model.courses;
     const totals = new Array(model.modules.length).fill(null);
     for (let id = ofModule.length - 1; id >= 0; --id) {
@@ -185,5 +192,5 @@ const Model = (() => {
     return { data, modules, signals, time, courses, rate, rateUnit: hasTime ? 'µs' : '1000 ticks' };
   }
 
-  return { course, load, sums };
+  return { course, load, sumsIn };
 })();

@@ -268,7 +268,7 @@
     }
 
     drawTime() {
-      this.sums = Model.sums(this.model, this.stretch.from, this.stretch.to);
+      this.sums = Model.sumsIn(this.model, this.stretch.from, this.stretch.to);
       this.drawStretch();
       if (!this.timeline) return;
       const holder = this.courseHolder();

@@ -68,7 +68,7 @@ const Timeline = (() => {
     makeLayers(focus, { from, to }) {
       const { model } = this;
       const whole = Model.course(model, focus);
-      const ranked = rankBelow(focus, Model.sums(model, from, to));
+      const ranked = rankBelow(focus, Model.sumsIn(model, from, to));
       this.giveColours(ranked);
       const front = focus.path === '' ? 0 : focus.path.length + 1;
       const layers = ranked.map((module) => ({
