@@ -61,12 +61,11 @@ const Facts = (() => {
   }
 
   function row(tag, cells) {
+    const kinds = ['name', 'figure', 'text'];
     return make(
       'tr',
       {},
-      ...cells.map((text, at) =>
-        make(tag, { className: at === 0 || at === cells.length - 1 ? 'name' : 'figure', textContent: text }),
-      ),
+      ...cells.map((textContent, at) => make(tag, { className: kinds[at], textContent })),
     );
   }
 
@@ -131,8 +130,8 @@ const Facts = (() => {
     }
     if (withCourse < modules.length && courses.windows > 0) {
       said.push(
-        `Over time, ${Text.count(withCourse)} modules have a course of their own; that of the ` +
-          `${Text.count(modules.length - withCourse)} others is summed in the module above them.`,
+        `Over time ${Text.count(withCourse)} of ${Text.count(modules.length)} modules have a course of their own, ` +
+          'the whole dump among them; the others are summed in the module above them.',
       );
     }
     if (courses.windows > 0) {

@@ -11,6 +11,7 @@ const Icicle = (() => {
   const LETTER = 7.3; // width of a character of the names
   // Lighter all the way, so that colour-blind readers see the order too.
   const RATES = ['#2a1e66', '#274a83', '#23708f', '#2f9682', '#6fb962', '#c4d44c', '#fdf08f'];
+  const LIGHT = 49; // from here on black is read more easily than white
   const DECADES = 1000; // rates below the largest by more than this look alike
 
   function makeColour(model) {
@@ -119,7 +120,7 @@ const Icicle = (() => {
       const ink = ({ data }) => {
         const colour = d3.lab(this.fill(data));
         if (Number.isNaN(colour.l)) return 'plain';
-        return colour.l > 55 ? 'on-light' : 'on-dark';
+        return colour.l > LIGHT ? 'on-light' : 'on-dark';
       };
       const label = ({ merged, name }) => (merged ? `${merged} smaller` : Text.name(name || 'whole dump'));
       const text = group.append('text').attr('class', ink).attr('aria-hidden', 'true');
@@ -177,18 +178,22 @@ const Icicle = (() => {
         .focus();
     }
 
-    // The picture as a table: the modules drawn, with the figures that it shows.
+    // The picture as a table: the modules drawn, each with those below it, and their figures.
     table() {
       const { model, area } = this;
       const what = area === 'ownBits' ? 'bits' : 'toggles';
       const head = ['Module', `Area (${what})`, 'Bits', 'Toggles', `Per ${model.rateUnit} and bit`];
-      const rows = this.shown.map(({ depth, data: module }) => [
-        `${'  '.repeat(depth)}${Text.name(module.path || 'whole dump')}`,
-        Text.count(module.sums[area]),
-        Text.count(module.bits),
-        Text.count(module.toggles),
-        Text.figure(model.rate(module.toggles, module.bits)),
-      ]);
+      const rows = [];
+      this.shown[0].eachBefore(({ depth, data: module }) => {
+        if (module.merged) return;
+        rows.push([
+          `${'\u00a0\u00a0'.repeat(depth)}${Text.name(module.path || 'whole dump')}`,
+          Text.count(module.sums[area]),
+          Text.count(module.bits),
+          Text.count(module.toggles),
+          Text.figure(model.rate(module.toggles, module.bits)),
+        ]);
+      });
       return { head, rows };
     }
   }

@@ -38,6 +38,7 @@ function fill(module, observed) {
 
 // The figures as the program writes them; data_format.md says what they are.
 function toFigures(root, { dump, observed, windows, tickFs, ...more }) {
+  root.course = new Array(windows).fill(0);
   fill(root, observed);
   const modules = root.all();
   const depthOf = (module) => (module.parent ? depthOf(module.parent) + 1 : 0);
