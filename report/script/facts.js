@@ -71,7 +71,8 @@ const Facts = (() => {
 
   // Only clocks that a timing report or SDC names have a second frequency.
   function clockPanel({ data }) {
-    if (!data.clocks?.length) return panel('Clocks', make('p', { textContent: 'No clock was found.' }));
+    if (!data.clocks) return null;
+    if (data.clocks.length === 0) return panel('Clocks', make('p', { textContent: 'No clock was found.' }));
     const mhz = (value) => (Text.isKnown(value) ? `${Text.figure(value)} MHz` : Text.UNKNOWN);
     const rows = data.clocks.map(({ name, mhz: measured, reported_mhz: reported, reported_by: by }) => {
       const differs = Text.isKnown(reported) && Math.abs(measured - reported) > 0.001 * reported;
@@ -86,12 +87,10 @@ const Facts = (() => {
   }
 
   function findingPanel({ data }) {
-    const findings = data.findings ?? [];
+    const { findings } = data;
+    if (!findings) return null;
     if (findings.length === 0) {
-      return panel(
-        'Check',
-        make('p', { textContent: 'Nothing was found in the dump that is worth a word.' }),
-      );
+      return panel('Check', make('p', { textContent: 'Nothing was found in the dump.' }));
     }
     const list = make('ul', { className: 'findings' });
     for (const { severity, text } of findings) {
@@ -104,7 +103,7 @@ const Facts = (() => {
 
   function draw(figures, panels, model) {
     drawFigures(figures, model);
-    panels.replaceChildren(dumpPanel(model), clockPanel(model), findingPanel(model));
+    panels.replaceChildren(...[dumpPanel(model), clockPanel(model), findingPanel(model)].filter(Boolean));
   }
 
   // What the file does not hold, from what it says of itself.

@@ -284,6 +284,7 @@ test('figures that are missing, unknown or beyond 2^53 are shown as such', async
   );
   assert.deepEqual(await browser.texts('.fact strong'), ['0 ticks', '9', '16', '39', '–', '6.3 %']);
   assert.equal(await browser.run('return document.getElementById("when").hidden'), true);
+  assert.deepEqual(await browser.texts('.panel h2'), ['Dump']);
   assert.deepEqual((await rowsOf('#modules'))[0].slice(0, 3), ['top', '≈18,446,744,073,709,552,000', '–']);
   assert.equal((await rowsOf('#modules'))[1][1], '1,234,567,890,123,457');
 
