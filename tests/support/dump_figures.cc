@@ -1,6 +1,7 @@
 // Rewrites dumps, and counts them by their items, as plainly as can be.
 #include "tests/support/dump_figures.h"
 
+#include <algorithm>
 #include <set>
 #include <vector>
 
@@ -70,18 +71,20 @@ PlainFigures ItemFigures(const std::string& dump) {
   while (items.Next()) {
     const bool isScalar = items.kind() == ItemKind::Scalar;
     if (items.kind() == ItemKind::Stamp) {
-      plain.last = static_cast<double>(items.ticks());
+      // A stamp that goes back does not move time.
+      plain.last = std::max(plain.last, static_cast<double>(items.ticks()));
       if (plain.first < 0) plain.first = plain.last;
     } else if (items.kind() == ItemKind::Command) {
       isDumping = items.command() != Keyword::DumpOff;
-    } else if (items.kind() == ItemKind::Vector || (isScalar && items.value() <= '1')) {
-      counts[items.code()] += isDumping ? 1 : 0;
+    } else if (items.kind() == ItemKind::Vector || items.kind() == ItemKind::Real ||
+               (isScalar && items.value() <= '1')) {
+      counts[items.codeId()] += isDumping ? 1 : 0;
     }
   }
   std::set<std::pair<std::pair<std::string, std::string>, std::uint32_t>> seen;
   for (const DumpVariable& variable : declarations.variables) {
     const std::pair key(FullPath(declarations, variable.scope), variable.name);
-    if (seen.emplace(key, variable.code).second) plain.figures[key] += counts[variable.code];
+    if (seen.emplace(key, variable.codeId).second) plain.figures[key] += counts[variable.codeId];
   }
   return plain;
 }
