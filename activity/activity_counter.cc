@@ -77,6 +77,7 @@ void ActivityCounter::BeginTime(std::uint64_t ticks) {
 }
 
 void ActivityCounter::Command(Keyword command) {
+  TakeWaiting();
   if (command == Keyword::DumpOff && isObserving_) StopObserving();
   if (command == Keyword::DumpOn) StartObserving();
 }
@@ -200,6 +201,7 @@ ObservedPiece ActivityCounter::TakePiece(bool goesOn) {
 }
 
 ActivityPart ActivityCounter::TakePart() {
+  TakeWaiting();
   if (place_ == Place::Front) part_.front = TakePiece(false);
   if (place_ == Place::Middle) part_.middle = TakePiece(false);
   if (place_ == Place::Tail) part_.tail = TakePiece(false);

@@ -7,6 +7,8 @@
 #ifndef KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 #define KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <unordered_map>
@@ -55,9 +57,17 @@ class ActivityCounter {
     BitEdge before;
     BitFigures figures;  // of a scalar
   };
+  /// A scalar change that waits until the memory of its code arrived in the processor's caches.
+  struct Waiting {
+    std::uint32_t codeId;
+    char value;
+  };
+  static constexpr std::size_t kMostWaiting = 32;
   static constexpr std::uint32_t kNoBits = UINT32_MAX;
   static constexpr std::uint32_t kScalar = UINT32_MAX - 1;
 
+  void TakeWaiting();
+  void TakeChange(std::uint32_t codeId, char value);
   void TakeScalar(std::uint32_t codeId, Code& code, Level level);
   void TakeOddScalar(std::uint32_t codeId, Code& code, Level level);
   void TakeVector(std::uint32_t codeId, Code& code, std::string_view value);
@@ -82,11 +92,24 @@ class ActivityCounter {
   VectorCounter vectors_;
   std::vector<ValueWord> value_;  // of the vector in hand
   ActivityPart part_;
+  std::array<Waiting, kMostWaiting> waiting_;
+  std::size_t waits_ = 0;
   // Edges before the step in which the middle began, of codes that had a value in this step before.
   std::unordered_map<std::uint32_t, std::vector<BitEdge>> edgesBefore_;
 };
 
 inline void ActivityCounter::Scalar(std::uint32_t codeId, char value) {
+  __builtin_prefetch(&codes_[codeId], 1);
+  waiting_[waits_++] = {codeId, value};
+  if (waits_ == kMostWaiting) TakeWaiting();
+}
+
+inline void ActivityCounter::TakeWaiting() {
+  for (std::size_t i = 0; i < waits_; ++i) TakeChange(waiting_[i].codeId, waiting_[i].value);
+  waits_ = 0;
+}
+
+inline void ActivityCounter::TakeChange(std::uint32_t codeId, char value) {
   if (!isObserving_) return;
   Code& code = codes_[codeId];
   if (code.kind == kScalar) [[likely]] {
@@ -102,18 +125,20 @@ inline void ActivityCounter::TakeScalar(std::uint32_t codeId, Code& code, Level 
     TakeOddScalar(codeId, code, level);
     return;
   }
-  // A code without a value is x, so this one has one.
-  if (was == level) return;
-  const std::uint64_t ticks = level == kHigh ? step_.ticks : -step_.ticks;
+  // A code without a value is x, so this one has one. Whether it toggles is not branched on: where
+  // it is not what the last ones did, the processor would wait for the code's memory each time.
+  const std::uint64_t toggles = was ^ level;
+  const std::uint64_t ticks = (level == kHigh ? step_.ticks : -step_.ticks) & -toggles;
   code.step = step_.number;
   code.before = code.edge;
-  code.edge.Flip();
+  code.edge.Flip(toggles != 0);
   code.figures.t0 += ticks;
   code.figures.t1 -= ticks;
-  code.figures.tc += step_.counts ? 1 : 0;
+  code.figures.tc += toggles & (step_.counts ? 1U : 0U);
 }
 
 inline void ActivityCounter::Vector(std::uint32_t codeId, std::string_view value) {
+  TakeWaiting();
   if (!isObserving_) return;
   Code& code = codes_[codeId];
   if (code.kind < kScalar)
@@ -123,6 +148,7 @@ inline void ActivityCounter::Vector(std::uint32_t codeId, std::string_view value
 }
 
 inline void ActivityCounter::Stamp(std::uint64_t ticks) {
+  TakeWaiting();
   if (!part_.hasStamps) {
     BeginTime(ticks);
     return;

@@ -79,8 +79,8 @@ class BitEdge {
     return {isToggle, isGlitch};
   }
 
-  /// The same for a bit that goes from 0 to 1 or from 1 to 0: always a toggle.
-  void Flip() { bits_ ^= kHigh | kKnown; }
+  /// The same for a bit that goes from 0 to 1 or from 1 to 0, which is a toggle, or stays.
+  void Flip(bool toggles) { bits_ ^= toggles ? kHigh | kKnown : 0U; }
 
   /// What Take counted on the way from an earlier edge to this one by a single value.
   Counted CountedSince(BitEdge before) const {

@@ -1,5 +1,5 @@
-// The JSON is taken event by event: netlists of real chips have gigabytes of it. A place in it is the
-// stack of the kinds of objects and arrays that are open.
+// The JSON is taken event by event: netlists of real chips have gigabytes of it. A place in it is
+// the stack of the kinds of objects and arrays that are open.
 #include "export/netlist.h"
 
 #include <algorithm>
@@ -117,9 +117,9 @@ class NetlistReader : public nlohmann::json_sax<Json> {
   const std::string fileName_;
   Netlist netlist_;
   std::vector<Open> open_;
-  std::string key_;     // the last one
+  std::string key_;  // the last one
   bool sawModules_ = false;
-  NetlistBus bus_;      // the port, pin or named net under way
+  NetlistBus bus_;  // the port, pin or named net under way
   NetlistCell cell_;
   std::unordered_map<std::uint64_t, NetId> nets_;  // of the module, by their numbers in the file
 };

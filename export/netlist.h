@@ -28,7 +28,8 @@ class TextPool {
   std::unordered_map<std::string_view, std::uint32_t> ids_;
 };
 
-/// What a bit is connected to: one of four constants, or a net of the module, counted from kFirstNet.
+/// What a bit is connected to: one of four constants, or a net of the module, counted from
+/// kFirstNet.
 using NetId = std::uint32_t;
 constexpr NetId kConstant0 = 0;
 constexpr NetId kConstant1 = 1;
@@ -38,7 +39,7 @@ constexpr NetId kFirstNet = 4;
 
 /// Several bits with one name: a port of a module, a pin of a cell, a named net.
 struct NetlistBus {
-  std::uint32_t name = 0;  // in the pool
+  std::uint32_t name = 0;      // in the pool
   std::uint32_t firstBit = 0;  // in the module's bits, the lowest bit first
   std::uint32_t width = 0;
   std::int64_t offset = 0;   // the smallest index

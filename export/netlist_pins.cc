@@ -1,5 +1,6 @@
-// A design is laid out once, instance by instance; every net of every instance gets a number, and those
-// that ports join become one. What the dump says of any name of a net then holds for all its pins.
+// A design is laid out once, instance by instance; every net of every instance gets a number, and
+// those that ports join become one. What the dump says of any name of a net then holds for all its
+// pins.
 #include "export/netlist_pins.h"
 
 #include <algorithm>
@@ -143,11 +144,12 @@ const NetlistModule& NetlistPins::TopModule(const std::string& wanted) const {
   }
   if (tops.size() == 1 && wanted.empty()) return *tops.front();
   throw Failure(FailureKind::Unusable,
-                !wanted.empty() ? "the netlist has no module " + wanted
-                : tops.empty()  ? "the netlist has no top module: every module is in another one"
-                                : "the netlist has several top modules, " +
-                                     netlist_.texts[tops[0]->name] + " and " +
-                                     netlist_.texts[tops[1]->name] + " among them");
+                !wanted.empty()            ? "the netlist has no module " + wanted
+                : netlist_.modules.empty() ? "the netlist has no module"
+                : tops.empty()
+                    ? "the netlist has no top module: every module is in another one"
+                    : "the netlist has several top modules, " + netlist_.texts[tops[0]->name] +
+                          " and " + netlist_.texts[tops[1]->name] + " among them");
 }
 
 /// Walks the modules, not their instances: each is counted once, however often it is used.
@@ -224,8 +226,8 @@ std::uint32_t NetlistPins::ScopeOf(const NetlistModule& top) const {
     most = std::max(most, found.size());
   }
   if (most == 0) {
-    throw Failure(FailureKind::NothingMatched, "no scope of the dump has the names of the module " +
-                                                   netlist_.texts[top.name]);
+    throw Failure(FailureKind::NothingMatched,
+                  "no scope of the dump has the names of the module " + netlist_.texts[top.name]);
   }
   if (best != rival) {
     throw Failure(FailureKind::Unusable, "the module " + netlist_.texts[top.name] + " may be " +

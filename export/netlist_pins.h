@@ -1,4 +1,5 @@
-// The activity of each cell's pins: the figures of a dump's nets, carried through a netlist's hierarchy.
+// The activity of each cell's pins: the figures of a dump's nets, carried through a netlist's
+// hierarchy.
 #ifndef KESNCD_EXPORT_NETLIST_PINS_H_
 #define KESNCD_EXPORT_NETLIST_PINS_H_
 
@@ -59,8 +60,8 @@ struct PinOptions {
 /// One pin of a cell, or one bit of a wider one.
 struct CellPin {
   std::uint32_t instance;
-  std::uint32_t cell;  // in the instance's module
-  std::string name;    // "A", "D[3]"
+  std::uint32_t cell;                 // in the instance's module
+  std::string name;                   // "A", "D[3]"
   std::optional<BitFigures> figures;  // nothing where the dump does not hold its net
 };
 

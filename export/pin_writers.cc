@@ -82,8 +82,7 @@ SaifReport WritePinSaif(const NetlistPins& pins, const ActivityResult& result,
   // By instance, whether its name and those of all around it can be written.
   std::vector<bool> readable(pins.instances());
   for (std::uint32_t i = 0; i < readable.size(); ++i) {
-    readable[i] =
-        i == 0 || (readable[pins.OuterInstance(i)] && IsSaifName(pins.InstanceName(i)));
+    readable[i] = i == 0 || (readable[pins.OuterInstance(i)] && IsSaifName(pins.InstanceName(i)));
   }
   saif.Open(report.root);
   PinTree tree(pins, saif);
@@ -106,7 +105,8 @@ SaifReport WritePinSaif(const NetlistPins& pins, const ActivityResult& result,
 void WritePinTcl(const NetlistPins& pins, const ActivityResult& result, const TclRates& rates,
                  std::ostream& out) {
   TclActivity activity(result, rates);
-  // Pins are asked for by their place in the walk; where they are is kept, not what they are called.
+  // Pins are asked for by their place in the walk; where they are is kept, not what they are
+  // called.
   struct Place {
     std::uint32_t instance;
     std::uint32_t cell;
@@ -115,8 +115,8 @@ void WritePinTcl(const NetlistPins& pins, const ActivityResult& result, const Tc
   std::vector<Place> places;
   std::uint32_t bit = 0;
   pins.ForEachPin([&](const CellPin& pin) {
-    const bool isSameCell = !places.empty() && places.back().instance == pin.instance &&
-                            places.back().cell == pin.cell;
+    const bool isSameCell =
+        !places.empty() && places.back().instance == pin.instance && places.back().cell == pin.cell;
     bit = isSameCell ? bit + 1 : 0;
     if (pin.figures) activity.Add(*pin.figures, places.size());
     places.push_back({pin.instance, pin.cell, bit});

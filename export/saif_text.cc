@@ -1,4 +1,5 @@
-// SAIF in the subset that open and commercial readers share; what they do not agree on is not written.
+// SAIF in the subset that open and commercial readers share; what they do not agree on is not
+// written.
 #include "export/saif_text.h"
 
 #include <algorithm>
@@ -15,9 +16,9 @@ namespace {
 
 // Readers take these for their own words wherever they stand.
 constexpr std::array<std::string_view, 21> kKeywords{
-    "T0",      "T1",       "TX",        "TZ",        "TB",      "TC",          "IG",
-    "NET",     "PORT",     "INSTANCE",  "DURATION",  "DATE",    "DESIGN",      "VERSION",
-    "VENDOR",  "DIVIDER",  "TIMESCALE", "DIRECTION", "SAIFILE", "SAIFVERSION", "PROGRAM_NAME"};
+    "T0",     "T1",      "TX",        "TZ",        "TB",      "TC",          "IG",
+    "NET",    "PORT",    "INSTANCE",  "DURATION",  "DATE",    "DESIGN",      "VERSION",
+    "VENDOR", "DIVIDER", "TIMESCALE", "DIRECTION", "SAIFILE", "SAIFVERSION", "PROGRAM_NAME"};
 
 struct Unit {
   std::string_view name;

@@ -1,5 +1,5 @@
-// The words of a SAIF file: which names its readers take, in which unit its times are, and the nesting of its
-// brackets. What a power estimator reads of a dump arrives there through these.
+// The words of a SAIF file: which names its readers take, in which unit its times are, and the
+// nesting of its brackets. What a power estimator reads of a dump arrives there through these.
 #ifndef KESNCD_EXPORT_SAIF_TEXT_H_
 #define KESNCD_EXPORT_SAIF_TEXT_H_
 
@@ -59,10 +59,9 @@ struct SaifHead {
   std::uint64_t observed = 0;  // ticks
 };
 
-/// Writes a file as its parts come. Calling order: construct, then for each instance Open, its Nets,
-/// its inner instances, Close; then Finish. Exactly one instance is outermost. Names were checked
-/// with IsSaifName before, and
-/// those of nets went through SaifNetName.
+/// Writes a file as its parts come. Calling order: construct, then for each instance Open, its
+/// Nets, its inner instances, Close; then Finish. Exactly one instance is outermost. Names were
+/// checked with IsSaifName before, and those of nets went through SaifNetName.
 class SaifStream {
  public:
   SaifStream(std::ostream& out, const SaifHead& head, const SaifTimes& times);
@@ -84,7 +83,7 @@ class SaifStream {
   std::ostream& out_;
   const SaifTimes times_;
   const std::uint64_t observed_;
-  std::string text_;        // not written yet
+  std::string text_;       // not written yet
   std::size_t depth_ = 1;  // open brackets
   bool inNets_ = false;
 };

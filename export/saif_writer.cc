@@ -1,6 +1,6 @@
-// The scope tree of a dump as instances, and its bits as nets. What a reader could not take, or would
-// take for something else, is left out and counted: half a file that is read is worth more than a
-// whole one at which every reader stops.
+// The scope tree of a dump as instances, and its bits as nets. What a reader could not take, or
+// would take for something else, is left out and counted: half a file that is read is worth more
+// than a whole one at which every reader stops.
 #include "export/saif_writer.h"
 
 #include <algorithm>
@@ -81,7 +81,7 @@ class SaifTree {
   const SaifOptions& options_;
   std::ostream* const unwritten_;
   std::vector<bool> typeHasBits_;
-  std::vector<bool> filled_;  // by scope: there are bits to write in it or below
+  std::vector<bool> filled_;        // by scope: there are bits to write in it or below
   std::vector<std::uint32_t> way_;  // from the root to the scope, both included
   std::vector<Frame> frames_;
   SaifReport report_;
@@ -151,7 +151,7 @@ void SaifTree::ChooseRoot() {
   std::reverse(way_.begin(), way_.end());
   const bool isMade = scope == Declarations::kDump;
   report_.root = !options_.root.empty() ? options_.root
-                 : isMade ? "top"
+                 : isMade               ? "top"
                           : std::string(SaifBareName(declarations_.scopes[way_.front()].name));
   for (const std::uint32_t step : way_) {
     const std::string_view name = step == way_.front()
@@ -162,8 +162,7 @@ void SaifTree::ChooseRoot() {
 }
 
 SaifReport SaifTree::Write(std::ostream& out) {
-  SaifStream saif(out, SaifHeadOf(result_, options_, report_.root),
-                  SaifTimesOf(result_, options_));
+  SaifStream saif(out, SaifHeadOf(result_, options_, report_.root), SaifTimesOf(result_, options_));
   saif.Open(report_.root);
   for (std::size_t i = 1; i < way_.size(); ++i) {
     saif.Open(SaifBareName(declarations_.scopes[way_[i]].name));
@@ -187,7 +186,9 @@ void SaifTree::Enter(std::uint32_t scope, bool isWritten, SaifStream& saif) {
   }
   WriteNets(scope, saif);
   RepeatedNames& inner = frames_.back().scopeNames;
-  const auto add = [&](std::uint32_t id) { inner.Add(SaifBareName(declarations_.scopes[id].name)); };
+  const auto add = [&](std::uint32_t id) {
+    inner.Add(SaifBareName(declarations_.scopes[id].name));
+  };
   ForEachInner(scope, add);
   inner.Settle();
   if (!inner.AllDiffer()) ForEachInner(scope, add);

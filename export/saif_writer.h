@@ -13,10 +13,10 @@
 namespace orsa::kesncd {
 
 struct SaifOptions {
-  std::string version;                       // of the program
+  std::string version;                        // of the program
   std::uint32_t scope = Declarations::kDump;  // only what is in it and below; kDump for all
-  /// The outermost instance is the scope itself, not the top-level scope with the way to it. What is
-  /// outside of it is not written.
+  /// The outermost instance is the scope itself, not the top-level scope with the way to it. What
+  /// is outside of it is not written.
   bool stripsWay = false;
   std::string root;  // the outermost instance's name; empty for the scope's own
   /// By variableId, whether it is written at all; empty for every one.

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <tuple>
 
-#include "export/report.h"
 #include "text/failure.h"
 #include "vcd/bit_names.h"
 
@@ -91,8 +90,8 @@ void TclActivity::Write(
     appendPath(pin.pin, path);
     text += "  " + TclElement(path) + '\n';
     if (i + 1 == pins_.size() || differs(pins_[i + 1])) {
-      text += "}] -activity " + NumberText(static_cast<double>(pin.toggles) / periods_);
-      text += " -duty " + NumberText(static_cast<double>(pin.ticksAtOne) / observed_) + '\n';
+      text += "}] -activity " + ShortestText(static_cast<double>(pin.toggles) / periods_);
+      text += " -duty " + ShortestText(static_cast<double>(pin.ticksAtOne) / observed_) + '\n';
     }
     if (text.size() >= kBlock) Flush(text, out);
   }

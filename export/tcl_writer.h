@@ -1,5 +1,5 @@
-// Exact activity as commands of a timing tool's Tcl: what a power estimator is told pin by pin. Unlike
-// SAIF it can carry every name.
+// Exact activity as commands of a timing tool's Tcl: what a power estimator is told pin by pin.
+// Unlike SAIF it can carry every name.
 #ifndef KESNCD_EXPORT_TCL_WRITER_H_
 #define KESNCD_EXPORT_TCL_WRITER_H_
 
@@ -17,10 +17,10 @@ namespace orsa::kesncd {
 
 /// What activities are relative to.
 struct TclRates {
-  std::string version;                    // of the program
-  std::uint64_t period = 1'000'000;       // femtoseconds: toggles in this time are counted
-  std::string periodText = "1ns";         // the same for the reader
-  std::string clock;                      // whose period it is; empty where it is a unit of time
+  std::string version;               // of the program
+  std::uint64_t period = 1'000'000;  // femtoseconds: toggles in this time are counted
+  std::string periodText = "1ns";    // the same for the reader
+  std::string clock;                 // whose period it is; empty where it is a unit of time
   // Times are multiplied by the quotient of these: by how much the design's clock is slower.
   std::uint64_t scaleNumerator = 1;
   std::uint64_t scaleDenominator = 1;
