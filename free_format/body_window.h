@@ -49,22 +49,25 @@ class BodyWindow {
   }
 
   void Scalar(std::uint32_t codeId, char value) {
+    if (isDone_) return;
     if (time_.isOpen) {
-      if (!isDone_) inner_.Scalar(codeId, value);
+      inner_.Scalar(codeId, value);
     } else {
       inner_.RememberScalar(codeId, value);
     }
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
+    if (isDone_) return;
     if (time_.isOpen) {
-      if (!isDone_) inner_.Vector(codeId, value);
+      inner_.Vector(codeId, value);
     } else {
       inner_.RememberVector(codeId, value);
     }
   }
   void Real(std::uint32_t codeId, std::string_view value) {
+    if (isDone_) return;
     if (time_.isOpen) {
-      if (!isDone_) inner_.Real(codeId, value);
+      inner_.Real(codeId, value);
     } else {
       inner_.RememberReal(codeId, value);
     }

@@ -92,8 +92,9 @@ std::vector<Finding> Findings::Sorted() && {
   return std::move(found_);
 }
 
-DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing) {
-  DumpWords words(in);
+DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing,
+                    std::size_t block) {
+  DumpWords words(in, block, block / 4);
   SlotWatch watch;
   words.Show(watch);
   DumpCheck check{ReadDeclarations(words, name), {}, {}};

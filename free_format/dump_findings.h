@@ -124,7 +124,8 @@ struct DumpCheck {
 
 /// Throws Failure with Unusable for what is no VCD file or declares no variable; messages call the
 /// dump `name`. `packing` is what the bytes were unpacked from, if they were.
-DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing = "");
+DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing = "",
+                    std::size_t block = DumpWords::kBlock);
 
 }  // namespace orsa::kesncd
 

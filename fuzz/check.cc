@@ -62,7 +62,7 @@ struct Result {
 Result Check(const std::string& dump, std::size_t chunk) {
   orsa::kesncd::TextSource source(dump, chunk);
   try {
-    const DumpCheck check = CheckDump(source, "");
+    const DumpCheck check = CheckDump(source, "", "", support::kSmallBlock);
     const auto& found = check.findings;
     const bool isGood = std::all_of(found.begin(), found.end(),
                                     [](const Finding& f) { return IsHarmless(f.kind); });

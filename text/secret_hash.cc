@@ -37,7 +37,7 @@ struct SipState {
 
 std::uint64_t LoadBlock(const char* bytes, std::size_t length) {
   std::uint64_t block = 0;
-  std::memcpy(&block, bytes, length);
+  if (length > 0) std::memcpy(&block, bytes, length);  // an empty text may have no bytes at all
   if constexpr (std::endian::native == std::endian::big) block = __builtin_bswap64(block);
   return block;
 }

@@ -6,18 +6,12 @@
 #include <iterator>
 #include <utility>
 
+#include "vcd/time_units.h"
+
 namespace orsa::kesncd {
 
 namespace {
 
-struct Unit {
-  const char* name;
-  int zeros;  // of its femtoseconds
-  double nanoseconds;
-};
-
-constexpr Unit kUnits[] = {{"s", 15, 1e9}, {"ms", 12, 1e6},  {"us", 9, 1000},
-                           {"ns", 6, 1},   {"ps", 3, 0.001}, {"fs", 0, 1e-6}};
 constexpr char kDigits[] = "0123456789";
 
 /// Appends a decimal digit; false where the number gets too large.
@@ -50,8 +44,8 @@ std::optional<std::uint64_t> Femtoseconds(std::string_view text) {
     text.remove_prefix(1 + fraction.size());
   }
   if (whole.empty() && fraction.empty()) return {};
-  for (const Unit& unit : kUnits) {
-    if (strcasecmp(std::string(text).c_str(), unit.name) == 0) {
+  for (const TimeUnit& unit : kTimeUnits) {
+    if (strcasecmp(std::string(text).c_str(), unit.text) == 0) {
       return Scale(whole, fraction, unit.zeros);
     }
   }
@@ -61,20 +55,20 @@ std::optional<std::uint64_t> Femtoseconds(std::string_view text) {
 namespace {
 
 /// The largest unit that leaves the time whole, and how many of it there are.
-std::pair<const Unit*, std::uint64_t> WholeUnits(std::uint64_t femtoseconds) {
-  for (const Unit& unit : kUnits) {
+std::pair<const TimeUnit*, std::uint64_t> WholeUnits(std::uint64_t femtoseconds) {
+  for (const TimeUnit& unit : kTimeUnits) {
     std::uint64_t size = 1;
     for (int i = 0; i < unit.zeros; ++i) size *= 10;
     if (femtoseconds % size == 0) return {&unit, femtoseconds / size};
   }
-  return {std::end(kUnits) - 1, femtoseconds};  // not reached: the last unit divides everything
+  return {std::end(kTimeUnits) - 1, femtoseconds};  // not reached: the last unit divides everything
 }
 
 }  // namespace
 
 std::string TimeText(std::uint64_t femtoseconds) {
   const auto [unit, count] = WholeUnits(femtoseconds);
-  return std::to_string(count) + unit->name;
+  return std::to_string(count) + unit->text;
 }
 
 double Nanoseconds(std::uint64_t femtoseconds) {

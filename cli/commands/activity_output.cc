@@ -1,50 +1,32 @@
+// Where activity files go, and what they hold.
 #include "cli/commands/activity_output.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <array>
-#include <cerrno>
-#include <cstring>
+#include <charconv>
 #include <filesystem>
+#include <string_view>
 
 #include "cli/output/output.h"
-#include "cli/process/exit_status.h"
-#include "kesncd/kesncd.h"
 #include "text/byte_stream.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
 namespace {
 
-/// A file in memory that the library can write by a path. What the library writes says nothing of a
-/// full disk; what is then passed on does.
-class MemoryFile {
- public:
-  MemoryFile() : file_(memfd_create("activity", MFD_CLOEXEC)) {
-    if (file_ < 0) {
-      throw Failure(FailureKind::OutputFailed, std::string("activity: ") + std::strerror(errno));
-    }
-  }
-  ~MemoryFile() { (void)close(file_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  std::string path() const { return "/proc/self/fd/" + std::to_string(file_); }
-
- private:
-  const int file_;
-};
+constexpr std::string_view kStart = "module | ";
 
 }  // namespace
 
-std::string ActivityPathOf(const std::string& dump) {
+std::string ActivityPath(const std::string& asked, const std::string& dump) {
+  if (!asked.empty()) return asked;
   std::error_code ignored;
-  return std::filesystem::is_regular_file(dump, ignored) ? dump + ".txt" : "";
+  if (std::filesystem::is_regular_file(dump, ignored)) return dump + ".txt";
+  throw Failure(FailureKind::Unusable,
+                dump + ": is no file with a place beside it; --activity=FILE");
 }
 
 void RequireActivityFile(const std::string& path) {
-  constexpr std::string_view kStart = "module | ";
   if (!PlaceOf(path).IsRegular()) return;
   std::array<char, kStart.size()> start{};
   FileSource file(path);
@@ -54,12 +36,23 @@ void RequireActivityFile(const std::string& path) {
                 path + ": is there already and is no activity file; it is left as it is");
 }
 
-void SaveActivity(const std::string& path) {
-  const MemoryFile memory;
-  orsa::kesncd::topMod.DumpIntoFile(memory.path());
-  FileSource text(memory.path());
+ActivityText::ActivityText(const std::string& module)
+    : text_(std::string(kStart) + module + "\n") {}
+
+void ActivityText::Add(const std::string& signal, double frequency) {
+  constexpr int kDecimals = 6;
+  std::array<char, 400> number{};  // of the largest double with its decimals
+  const auto end =
+      std::to_chars(number.begin(), number.end(), frequency, std::chars_format::fixed, kDecimals)
+          .ptr;
+  text_ += "signal | " + signal + " | ";
+  text_.append(number.data(), static_cast<std::size_t>(end - number.data()));
+  text_ += '\n';
+}
+
+void ActivityText::Save(const std::string& path) const {
   OutputFile file(path);
-  CopyBytes(text, file);
+  file.Write(text_);
   file.Commit();
 }
 

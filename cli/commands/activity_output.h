@@ -3,20 +3,31 @@
 #ifndef KESNCD_CLI_COMMANDS_ACTIVITY_OUTPUT_H_
 #define KESNCD_CLI_COMMANDS_ACTIVITY_OUTPUT_H_
 
+#include <optional>
 #include <string>
 
 namespace orsa::kesncd::cli {
 
-/// Where the activity of a dump goes unless the user says otherwise: beside it. Empty for what is
-/// no file, such as a pipe.
-std::string ActivityPathOf(const std::string& dump);
+/// Where the activity goes that was asked for, an empty text meaning beside the dump. Throws
+/// Failure with Unusable where there is no such place: a pipe has none.
+std::string ActivityPath(const std::string& asked, const std::string& dump);
 
 /// Throws Failure with Unusable for a regular file that is no activity file: it must not be written
 /// over.
 void RequireActivityFile(const std::string& path);
 
-/// Writes what the last flat run counted. Throws Failure with OutputFailed.
-void SaveActivity(const std::string& path);
+/// The text of an activity file, line by line.
+class ActivityText {
+ public:
+  explicit ActivityText(const std::string& module);
+  /// `frequency` in MHz.
+  void Add(const std::string& signal, double frequency);
+  /// Writes the file. Throws Failure with OutputFailed.
+  void Save(const std::string& path) const;
+
+ private:
+  std::string text_;
+};
 
 }  // namespace orsa::kesncd::cli
 

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "cli/process/messages.h"
-#include "kesncd/kesncd.h"
+#include "names/signal_search.h"
 
 namespace orsa::kesncd::cli {
 
@@ -23,10 +23,26 @@ std::string Megahertz(double frequency) {
 
 }  // namespace
 
+std::map<std::string, double> ClocksInDump(const Figures& figures, std::uint32_t top,
+                                           const std::map<std::string, double>& clocks) {
+  std::vector<std::string> names;
+  for (const auto& [name, promised] : clocks) names.push_back(name);
+  const SignalSearch search(figures.run.declarations, top, true, names);
+  std::map<std::string, double> found;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const SignalAnswer& answer = search.Answer(i);
+    if (answer.variables.empty()) continue;
+    const Cell frequency =
+        figures.FrequencyOf(figures.run.declarations.variables[answer.variables.front()]);
+    if (const double* const known = std::get_if<double>(&frequency)) {
+      found.emplace(names[i], *known);
+    }
+  }
+  return found;
+}
+
 void SayWrongClocks(const std::string& dump, const std::map<std::string, double>& clocks,
                     const std::map<std::string, double>& inDump) {
-  using namespace orsa::kesncd;
-  if (timeScale == 0.0 || endCycle == startCycle) return;
   for (const auto& [name, promised] : clocks) {
     const auto found = inDump.find(name);
     if (found == inDump.end() || promised < 0) continue;

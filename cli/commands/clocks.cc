@@ -4,7 +4,7 @@
 
 #include "cli/commands/clock_comparison.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/name_search.h"
+#include "cli/input/timing_report.h"
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd::cli {
@@ -30,30 +30,22 @@ constexpr char kHelp[] =
     "With a dump, clocks that run at a frequency more than 10 % off the report's are named.\n";
 
 void ReadClocks(orsa::kesncd::KesNCD& analyser, const ClocksOptions& options) {
-  CheckReadable(options.report);
-  analyser.twrFile = options.report;
-  if (options.earlierReader) {
-    analyser.ReadTWR(options.mode);
-  } else {
-    analyser.ReadTWR2(options.mode);
-  }
+  PassTimingReport(options.report, [&](const std::string& path) {
+    analyser.twrFile = path;
+    if (options.earlierReader) {
+      analyser.ReadTWR(options.mode);
+    } else {
+      analyser.ReadTWR2(options.mode);
+    }
+  });
 }
 
 /// Reads the dump and gives the frequency of each clock that it holds.
-std::map<std::string, double> ClocksOfDump(orsa::kesncd::KesNCD& analyser,
-                                           const ClocksOptions& options) {
-  std::map<std::string, double> found;
-  DumpInput input(options.input);
-  ReadTree(analyser, input);
-  const orsa::kesncd::VmodHier& root = *analyser.hierRoot;
-  std::vector<std::string> names;
-  for (const auto& [name, promised] : analyser.clockFreqs) names.push_back(name);
-  const NameSearch search(root, root.name, true, names);
-  for (const std::string& name : names) {
-    const FoundSignal hit = search.Find(name);
-    if (hit.signal != nullptr) found.emplace(name, FrequencyOf(*hit.signal));
-  }
-  SayWrongClocks(input.name(), analyser.clockFreqs, found);
+std::map<std::string, double> ClocksOfDump(const ClocksOptions& options,
+                                           const std::map<std::string, double>& clocks) {
+  const Figures figures = ReadFigures({options.input, {}});
+  std::map<std::string, double> found = ClocksInDump(figures, Declarations::kDump, clocks);
+  SayWrongClocks(figures.dump, clocks, found);
   return found;
 }
 
@@ -68,7 +60,7 @@ ExitStatus Run(const ClocksOptions& options) {
   std::map<std::string, double> found;
   if (compares) {
     head.columns.emplace_back("dump_freq_mhz");
-    found = ClocksOfDump(analyser, options);
+    found = ClocksOfDump(options, analyser.clockFreqs);
   }
   ResultOutput result(options.output, head);
   for (const auto& [name, frequency] : analyser.clockFreqs) {

@@ -1,11 +1,17 @@
 // kesncd extract: the flat run's frequencies handed over to a design's nets.
 #include <algorithm>
 #include <memory>
+#include <unordered_set>
 
 #include "cli/commands/clock_comparison.h"
 #include "cli/commands/commands.h"
+#include "cli/commands/host_runs.h"
+#include "cli/input/list_file.h"
+#include "cli/input/timing_report.h"
 #include "host/standalone/standalone_host.h"
 #include "kesncd/kesncd.h"
+#include "names/flat_map.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
@@ -15,7 +21,7 @@ using orsa::kesncd::KesNCD;
 namespace standalone = orsa::kesncd::standalone;
 
 struct ExtractOptions {
-  InputOptions input;
+  FigureOptions figures;
   std::string top;
   std::string nets;
   std::string timing;
@@ -80,26 +86,66 @@ void TellUnmatched(const std::vector<std::string>& names, std::size_t nets,
                            (options.unmatched.empty() ? "; --unmatched FILE lists them" : ""));
 }
 
-ExitStatus Run(const ExtractOptions& options) {
-  CheckOutputs({options.input.dump, options.nets, options.timing},
-               {options.output.path, options.unmatched});
-  KesNCD analyser;
-  if (!options.timing.empty()) {
-    CheckReadable(options.timing);
-    analyser.SetTWRFileOn(true);
-    analyser.SetTWRFile(options.timing, options.mode);
+/// Hands the frequencies of the nets that a module has to the analyser.
+void ReadDirectly(const ExtractOptions& options, const std::vector<std::string>& nets,
+                  KesNCD& analyser, Facts& facts) {
+  const Figures figures = ReadFigures(options.figures);
+  const Declarations& declarations = figures.run.declarations;
+  const std::uint32_t scope = ChosenScope(figures, options.top);
+  const FlatMap map(declarations, scope, nets);
+  if (map.RangeNames() > kMostFlatNames) {
+    throw Failure(FailureKind::Unusable, figures.dump + ": ERROR: Too many bus bits.");
   }
-  DumpInput input(options.input);
+  const std::unordered_set<std::string> asked(nets.begin(), nets.end());
+  map.Walk([&](const std::string& name, std::uint32_t variable) {
+    if (!asked.contains(name)) return;
+    const Cell frequency = figures.FrequencyOf(declarations.variables[variable]);
+    if (const double* const known = std::get_if<double>(&frequency)) {
+      analyser.signalFreqs.emplace(name, *known);
+    }
+  });
+  SayWrongClocks(figures.dump, analyser.clockFreqs,
+                 ClocksInDump(figures, scope, analyser.clockFreqs));
+  facts = RunFacts(figures, declarations.PathOf(scope));
+}
+
+void ReadAsHost(const ExtractOptions& options, KesNCD& analyser, Facts& facts) {
+  DumpInput input(options.figures.input);
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   ReadFlat(analyser, input, AllNames(input), top);
   SayWhyZero(input);
-  if (analyser.twrFileOn) {
+  if (orsa::kesncd::timeScale != 0 && orsa::kesncd::endCycle != orsa::kesncd::startCycle) {
     SayWrongClocks(input.name(), analyser.clockFreqs, analyser.signalFreqs);
   }
-  analyser.ncdFile = options.nets;
+  facts = HostFacts(input, top);
+}
+
+void ReadReport(const ExtractOptions& options, KesNCD& analyser) {
+  if (options.timing.empty()) return;
+  PassTimingReport(options.timing, [&](const std::string& path) {
+    analyser.SetTWRFileOn(true);
+    analyser.SetTWRFile(path, options.mode);
+  });
+}
+
+ExitStatus Run(const ExtractOptions& options) {
+  CheckOutputs({options.figures.input.dump, options.nets, options.timing},
+               {options.output.path, options.unmatched});
+  KesNCD analyser;
+  ReadReport(options, analyser);
+  const std::vector<std::string> nets = ReadNames(options.nets);
+  std::string list;
+  for (const std::string& net : nets) list += net + "\n";
+  Facts facts;
+  if (options.figures.input.asIs) {
+    ReadAsHost(options, analyser, facts);
+  } else {
+    ReadDirectly(options, nets, analyser, facts);
+  }
+  const TextByPath netsByPath(list);
+  analyser.ncdFile = netsByPath.path();
   if (analyser.ExtractNCD() == 0) throw Failure(FailureKind::Unusable, standalone::DesignMessage());
-  ResultOutput result(options.output,
-                      {RunFacts(input.name(), top), "nets", {"net", "freq_mhz", "source"}});
+  ResultOutput result(options.output, {facts, "nets", {"net", "freq_mhz", "source"}});
   const Reached reached = WriteNets(analyser, result);
   TellUnmatched(reached.unreached, result.rows(), options);
   EndNets(reached, result);
@@ -111,14 +157,16 @@ ExitStatus Run(const ExtractOptions& options) {
 void AddExtractCommand(CommandLine& line) {
   Command& command = line.Add("extract", kHelp);
   const auto options = std::make_shared<ExtractOptions>();
-  AddInputOptions(command, options->input);
-  command.AddText("--top", "NAME", options->top, "module whose signals are taken");
+  AddFigureOptions(command, options->figures);
+  command.AddText("--top", "NAME", options->top,
+                  "module whose signals are taken, a name or a path");
   command.AddFile("--nets", "FILE", options->nets, "nets of the design").Required();
   command.AddFile("--timing", "REPORT", options->timing, "timing report");
   command.AddFile("--unmatched", "FILE", options->unmatched,
                   "list the nets that nothing reached in FILE");
   AddModeOption(command, options->mode);
   AddOutputOptions(command, options->output);
+  command.check = [options] { CheckFigureOptions(options->figures); };
   command.run = [options] { return Run(*options); };
 }
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 
 #include "cli/commands/host_runs.h"
-#include "cli/process/exit_status.h"
+#include "cli/process/messages.h"
 #include "names/frequency.h"
 #include "names/scope_search.h"
 #include "text/failure.h"

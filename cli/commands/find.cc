@@ -1,17 +1,21 @@
-// kesncd find: frequencies of signals by their names in the design.
+// kesncd find: frequencies of signals by their names.
 #include <memory>
 
 #include "cli/commands/commands.h"
-#include "cli/commands/name_search.h"
-#include "cli/commands/tree_path.h"
-#include "kesncd/kesncd.h"
+#include "cli/commands/host_runs.h"
+#include "cli/input/list_file.h"
+#include "names/name_index.h"
+#include "names/name_match.h"
+#include "names/scope_search.h"
+#include "names/signal_search.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
 namespace {
 
 struct FindOptions {
-  InputOptions input;
+  FigureOptions figures;
   std::vector<std::string> names;
   std::string namesFrom;
   std::string module;
@@ -20,49 +24,115 @@ struct FindOptions {
 };
 
 constexpr char kHelp[] =
-    "Frequencies of signals by their names in the design\n"
+    "Frequencies of signals by their names\n"
     "\n"
     "Examples:\n"
     "  kesncd find sim.vcd u1/q cnt_3_ data_5_\n"
     "  kesncd find sim.vcd --module soc --names-from nets.txt --format csv\n"
     "\n"
-    "A design's u1/q is the dump's u1_q, its cnt_3_ is cnt[3] or a bit of cnt[7:0]. The search\n"
-    "starts at the root; the root's own signals take part when its name is NAME of --module\n"
-    "(without --module they always do), all scopes below it do in any case.\n";
+    "A name may be a path (tb/soc/q), the end of one (soc/q) or a bare name. Its last part may be\n"
+    "the dump's own name, a design's (u1/q is also the dump's u1_q, cnt_3_ is cnt[3] or a bit of\n"
+    "cnt[7:0]) or one that kesncd flat prints. Scopes that share a signal are one answer, the\n"
+    "outermost; where a name means different signals, all are given and marked ambiguous. With\n"
+    "--module only that module and what is below it are searched. Under --as-is the first match\n"
+    "of a host counts: NAME of --module is what its root must be called for the root's own "
+    "signals\n"
+    "to take part.\n";
 
-/// A name with where it was found, under which name and with which frequency.
-Row RowOf(const std::string& name, const FoundSignal& found, const std::string& addedRoot) {
-  if (found.signal == nullptr) return {name, "not found", Cell(), Cell()};
-  return {name, PathOf(*found.scope, addedRoot), found.signal->name, FrequencyOf(*found.signal)};
+/// Rows of the answers, and how many names had one.
+class FindRows {
+ public:
+  FindRows(const Figures& figures, ResultOutput& out) : figures_(figures), out_(out) {}
+
+  void Append(const std::string& name, const std::vector<std::uint32_t>& variables) {
+    if (variables.empty()) {
+      out_.Add({name, Cell(), Cell(), Cell(), std::string("not found")});
+      return;
+    }
+    ++found_;
+    const char* const status = variables.size() > 1 ? "ambiguous" : "found";
+    for (const std::uint32_t index : variables) {
+      const DumpVariable& variable = figures_.run.declarations.variables[index];
+      out_.Add({name, figures_.run.declarations.PathOf(variable.scope), variable.name,
+                figures_.FrequencyOf(variable), std::string(status)});
+    }
+  }
+
+  std::int64_t found() const { return found_; }
+
+ private:
+  const Figures& figures_;
+  ResultOutput& out_;
+  std::int64_t found_ = 0;
+};
+
+void FindDirectly(const Figures& figures, const FindOptions& options,
+                  const std::vector<std::string>& names, FindRows& rows) {
+  const std::uint32_t top =
+      options.module.empty() ? Declarations::kDump : ChosenScope(figures, options.module);
+  const SignalSearch search(figures.run.declarations, top, !options.ignoreCase, names);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const SignalAnswer& answer = search.Answer(i);
+    rows.Append(names[i], answer.variables);
+    if (answer.more == 0) continue;
+    Remark(figures.dump, names[i] + ": " + std::to_string(answer.more) + " further matches");
+  }
+}
+
+/// As a host's tree answers: the first match counts. The root's own signals take part where its
+/// name is the module's, those below it where their scope's name can mean itself.
+void FindAsHost(const Figures& figures, const FindOptions& options,
+                const std::vector<std::string>& names, FindRows& rows) {
+  const Declarations& declarations = figures.run.declarations;
+  const bool exact = !options.ignoreCase;
+  std::vector<std::string_view> signals;
+  std::vector<std::uint32_t> variables;
+  std::size_t ofRoot = 0;
+  const std::uint32_t root = declarations.scopes[Declarations::kDump].scopes.front();
+  for (const std::uint32_t scope : ScopesInOrder(declarations, root)) {
+    const std::string& name = declarations.scopes[scope].name;
+    if (scope != root && !NamesMatch(name, name, exact)) continue;
+    for (const std::uint32_t variable : declarations.scopes[scope].variables) {
+      signals.push_back(declarations.variables[variable].name);
+      variables.push_back(variable);
+    }
+    if (scope == root) ofRoot = signals.size();
+  }
+  const NameIndex index(signals, ofRoot, exact, {names.begin(), names.end()});
+  const std::string& rootName = declarations.scopes[root].name;
+  const bool withRoot =
+      NamesMatch(rootName, options.module.empty() ? rootName : options.module, exact);
+  for (const std::string& name : names) {
+    const NameIndex::Place place = index.Find(name, withRoot);
+    if (place == NameIndex::kNowhere) {
+      rows.Append(name, {});
+    } else {
+      rows.Append(name, {variables[place]});
+    }
+  }
 }
 
 ExitStatus Run(const FindOptions& options) {
-  CheckOutputs({options.input.dump, options.namesFrom}, {options.output.path});
+  CheckOutputs({options.figures.input.dump, options.namesFrom}, {options.output.path});
   std::vector<std::string> names = options.names;
   if (!options.namesFrom.empty()) {
     for (std::string& name : ReadNames(options.namesFrom)) names.push_back(std::move(name));
   }
   if (names.empty()) throw Failure(FailureKind::Unusable, "no names to find");
-  DumpInput input(options.input);
-  orsa::kesncd::KesNCD analyser;
-  ReadTree(analyser, input);
-  const std::string addedRoot = input.AddedRoot();
-  const orsa::kesncd::VmodHier& root = *analyser.hierRoot;
-  const NameSearch search(root, options.module.empty() ? root.name : options.module,
-                          !options.ignoreCase, names);
-  ResultOutput result(
-      options.output,
-      {RunFacts(input.name(), options.module), "names", {"name", "scope", "signal", "freq_mhz"}});
-  std::int64_t found = 0;
-  for (const std::string& name : names) {
-    const FoundSignal hit = search.Find(name);
-    result.Add(RowOf(name, hit, addedRoot));
-    if (hit.signal != nullptr) ++found;
+  const Figures figures = ReadFigures(options.figures);
+  ResultOutput out(options.output, {RunFacts(figures, options.module),
+                                    "names",
+                                    {"name", "scope", "signal", "freq_mhz", "status"}});
+  FindRows rows(figures, out);
+  if (figures.isAsIs) {
+    FindAsHost(figures, options, names, rows);
+  } else {
+    FindDirectly(figures, options, names, rows);
   }
-  result.End({{{"found", found}},
-              {},
-              std::to_string(found) + " of " + std::to_string(names.size()) + " found"});
-  return found > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
+  out.End({{{"found", rows.found()}},
+           {},
+           std::to_string(rows.found()) + " of " + std::to_string(names.size()) + " found"});
+  return rows.found() > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
 
 }  // namespace
@@ -70,12 +140,14 @@ ExitStatus Run(const FindOptions& options) {
 void AddFindCommand(CommandLine& line) {
   Command& command = line.Add("find", kHelp);
   const auto options = std::make_shared<FindOptions>();
-  AddInputOptions(command, options->input);
-  command.AddOperands("NAME", options->names, "names in the design");
+  AddFigureOptions(command, options->figures);
+  command.AddOperands("NAME", options->names, "names of signals");
   command.AddFile("--names-from", "FILE", options->namesFrom, "find the names that FILE lists too");
-  command.AddText("--module", "NAME", options->module, "module name asked of the root");
+  command.AddText("--module", "NAME", options->module,
+                  "search only this module and below, a name or a path");
   command.AddFlag("--ignore-case", options->ignoreCase, "letter case makes no difference");
   AddOutputOptions(command, options->output);
+  command.check = [options] { CheckFigureOptions(options->figures); };
   command.run = [options] { return Run(*options); };
 }
 

@@ -5,20 +5,33 @@
 #include "cli/commands/activity_output.h"
 #include "cli/commands/commands.h"
 #include "cli/commands/grammar_run.h"
-#include "kesncd/kesncd.h"
+#include "cli/commands/host_runs.h"
+#include "cli/input/list_file.h"
+#include "names/flat_map.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
 namespace {
 
+enum class Reader { Lines, Grammar };
+
 struct FlatOptions {
-  InputOptions input;
+  FigureOptions figures;
   std::string top;
   std::vector<std::string> signals;
   std::string signalsFrom;
   Reader reader = Reader::Lines;
   std::optional<std::string> activity;  // empty: beside the dump
   OutputOptions output;
+
+  bool IsSelective() const { return !signals.empty() || !signalsFrom.empty(); }
+  std::vector<std::string> Selected() const {
+    std::vector<std::string> names = signals;
+    if (signalsFrom.empty()) return names;
+    for (std::string& name : ReadNames(signalsFrom)) names.push_back(std::move(name));
+    return names;
+  }
 };
 
 constexpr char kHelp[] =
@@ -26,98 +39,132 @@ constexpr char kHelp[] =
     "\n"
     "Examples:\n"
     "  kesncd flat sim.vcd                          all signals of the outermost module\n"
-    "  kesncd flat sim.vcd --top soc                all signals of module soc\n"
-    "  kesncd flat sim.vcd --top soc --signal clk   clk, and every name with an index\n"
+    "  kesncd flat sim.vcd --top tb/soc             all signals of that module\n"
+    "  kesncd flat sim.vcd --top soc --signal clk   clk alone\n"
     "  kesncd flat sim.vcd --format csv -o soc.csv\n"
     "  kesncd flat sim.vcd --activity               also writes sim.vcd.txt\n"
     "  simulator | kesncd flat - --activity=soc.txt\n"
     "\n"
-    "The activity file is the one that hosts of the library read.\n";
+    "A bus is listed bit by bit, data_0 to data_7, each with the frequency of the bus as a host\n"
+    "has it (kesncd activity gives each bit its own). The activity file is the one that hosts of\n"
+    "the library read. Under --as-is --signal selects as a host does: names with an index are\n"
+    "always taken.\n";
 
-std::string ChosenTop(const DumpInput& input, const FlatOptions& options) {
-  if (!options.top.empty()) return options.top;
-  std::string top = input.ProposedTop();
-  Remark(input.name(), "top module is " + top + "; --top chooses another");
-  return top;
+ResultHead Head(Facts facts) {
+  return {std::move(facts), "signals", {"signal", "freq_mhz"}};
 }
 
-/// The names to take: those asked for, else all that the dump declares.
-std::set<std::string> Selection(const DumpInput& input, const FlatOptions& options) {
-  std::set<std::string> names(options.signals.begin(), options.signals.end());
-  if (!options.signalsFrom.empty()) {
-    for (const std::string& name : ReadNames(options.signalsFrom)) names.insert(name);
+ExitStatus Finish(const std::string& dump, const std::string& top, ResultOutput& out) {
+  if (out.rows() == 0) Say(dump, "no signal of " + top + " was selected");
+  out.End();
+  return out.rows() == 0 ? ExitStatus::NothingMatched : ExitStatus::Done;
+}
+
+/// Writes the signals of a module as they are declared.
+void SaveActivity(const Figures& figures, std::uint32_t scope, const FlatOptions& options) {
+  const Declarations& declarations = figures.run.declarations;
+  ActivityText text(declarations.scopes[scope].name);
+  for (const std::uint32_t index : declarations.scopes[scope].variables) {
+    const Cell frequency = figures.FrequencyOf(declarations.variables[index]);
+    const double* const known = std::get_if<double>(&frequency);
+    text.Add(declarations.variables[index].name, known == nullptr ? 0.0 : *known);
   }
-  const bool asked = !options.signals.empty() || !options.signalsFrom.empty();
-  return asked ? names : AllNames(input);
+  text.Save(ActivityPath(*options.activity, options.figures.input.dump));
 }
 
-/// Where the activity goes; empty for nowhere.
-std::string ActivityPath(const FlatOptions& options) {
-  if (!options.activity) return "";
-  if (!options.activity->empty()) return *options.activity;
-  const std::string beside = ActivityPathOf(options.input.dump);
-  if (beside.empty()) {
-    throw Failure(FailureKind::Unusable,
-                  NameOf(options.input) + ": is no file with a place beside it; --activity=FILE");
+ExitStatus RunDirectly(const FlatOptions& options) {
+  const std::vector<std::string> selected = options.Selected();
+  const Figures figures = ReadFigures(options.figures);
+  const Declarations& declarations = figures.run.declarations;
+  const std::uint32_t scope = ChosenScope(figures, options.top);
+  const std::string top = ScopeName(declarations, scope);
+  if (options.top.empty()) Remark(figures.dump, "top module is " + top + "; --top chooses another");
+  const FlatMap map =
+      options.IsSelective() ? FlatMap(declarations, scope, selected) : FlatMap(declarations, scope);
+  for (const std::string& name : map.Missing())
+    Remark(figures.dump, top + " has no signal " + name);
+  if (map.RangeNames() > kMostFlatNames) {
+    throw Failure(FailureKind::Unusable, figures.dump + ": ERROR: Too many bus bits.");
   }
-  return beside;
-}
-
-/// Writes the signals that `each` gives with their frequencies.
-template <class Each>
-ExitStatus WriteSignals(const DumpInput& input, const FlatOptions& options, const std::string& top,
-                        Each each) {
-  ResultOutput result(options.output,
-                      {RunFacts(input.name(), top), "signals", {"signal", "freq_mhz"}});
-  each([&result](const std::string& name, double frequency) { result.Add({name, frequency}); });
-  if (result.rows() == 0) {
-    Say(input.name(), "no signal of " + top + " was selected");
-  } else {
-    SayWhyZero(input);
-  }
-  result.End();
-  return result.rows() == 0 ? ExitStatus::NothingMatched : ExitStatus::Done;
-}
-
-ExitStatus RunLines(DumpInput& input, const FlatOptions& options, const std::string& top) {
-  orsa::kesncd::KesNCD analyser;
-  ReadFlat(analyser, input, Selection(input, options), top);
-  if (options.activity) SaveActivity(ActivityPath(options));
-  return WriteSignals(input, options, top, [&analyser](const auto& write) {
-    for (const auto& [name, frequency] : analyser.signalFreqs) write(name, frequency);
+  if (options.activity) SaveActivity(figures, scope, options);
+  ResultOutput out(options.output, Head(RunFacts(figures, declarations.PathOf(scope))));
+  map.Walk([&](const std::string& name, std::uint32_t variable) {
+    out.Add({name, figures.FrequencyOf(declarations.variables[variable])});
   });
+  return Finish(figures.dump, top, out);
+}
+
+void SaveHostActivity(const FlatOptions& options) {
+  using orsa::kesncd::topMod;
+  ActivityText text(topMod.GetName());
+  for (int i = 0; i < topMod.GetSignalSize(); ++i) {
+    text.Add(topMod.GetSignalName(i), topMod.GetSignalFreq(i));
+  }
+  text.Save(ActivityPath(*options.activity, options.figures.input.dump));
+}
+
+ExitStatus RunAsHost(const FlatOptions& options) {
+  DumpInput input(options.figures.input);
+  const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
+  if (options.top.empty()) {
+    Remark(input.name(), "top module is " + top + "; --top chooses another");
+  }
+  const std::vector<std::string> selected = options.Selected();
+  orsa::kesncd::KesNCD analyser;
+  ReadFlat(analyser, input,
+           options.IsSelective() ? std::set<std::string>(selected.begin(), selected.end())
+                                 : AllNames(input),
+           top);
+  if (options.activity) SaveHostActivity(options);
+  SayWhyZero(input);
+  ResultOutput out(options.output, Head(HostFacts(input, top)));
+  for (const auto& [name, frequency] : analyser.signalFreqs) out.Add({name, frequency});
+  return Finish(input.name(), top, out);
 }
 
 /// The grammar reader knows no selection and keeps names as they are declared.
-ExitStatus RunGrammar(DumpInput& input, const FlatOptions& options, const std::string& top) {
+ExitStatus RunGrammar(const FlatOptions& options) {
+  const InputOptions& dump = options.figures.input;
+  DumpInput input(dump, dump.asIs ? Passing::AsIs : Passing::Prepared);
+  const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   return RunGrammarReader(input, top, [&] {
     using orsa::kesncd::topMod;
     if (orsa::kesncd::isTopModNameEverMatched == 0) {
       throw RunFailure(input, "the top module " + top + " is not in it");
     }
-    if (options.activity) SaveActivity(ActivityPath(options));
-    return WriteSignals(input, options, top, [](const auto& write) {
-      for (int i = 0; i < topMod.GetSignalSize(); ++i) {
-        write(topMod.GetSignalName(i), topMod.GetSignalFreq(i));
-      }
-    });
+    if (options.activity) SaveHostActivity(options);
+    SayWhyZero(input);
+    ResultOutput out(options.output, Head(HostFacts(input, top)));
+    for (int i = 0; i < topMod.GetSignalSize(); ++i) {
+      out.Add({topMod.GetSignalName(i), topMod.GetSignalFreq(i)});
+    }
+    return Finish(input.name(), top, out);
   });
 }
 
 /// Before a run that may take long: an output must not end the input, or a file of the user's.
 void CheckPlaces(const FlatOptions& options) {
   std::vector<std::string> outputs{options.output.path};
-  if (options.activity) outputs.push_back(ActivityPath(options));
-  CheckOutputs({options.input.dump, options.signalsFrom}, outputs);
+  if (options.activity) {
+    outputs.push_back(ActivityPath(*options.activity, options.figures.input.dump));
+  }
+  CheckOutputs({options.figures.input.dump, options.signalsFrom}, outputs);
   if (options.activity) RequireActivityFile(outputs.back());
 }
 
 ExitStatus Run(const FlatOptions& options) {
   CheckPlaces(options);
-  const bool isGrammar = options.reader == Reader::Grammar;
-  DumpInput input(options.input, options.reader);
-  const std::string top = ChosenTop(input, options);
-  return isGrammar ? RunGrammar(input, options, top) : RunLines(input, options, top);
+  if (options.reader == Reader::Grammar) return RunGrammar(options);
+  return options.figures.input.asIs ? RunAsHost(options) : RunDirectly(options);
+}
+
+void CheckOptions(const FlatOptions& options) {
+  CheckFigureOptions(options.figures);
+  if (options.reader != Reader::Grammar) return;
+  if (options.figures.window.begin || options.figures.window.end || options.IsSelective()) {
+    throw Failure(FailureKind::Unusable,
+                  "--reader grammar reads the whole dump and every signal of the module");
+  }
 }
 
 }  // namespace
@@ -125,16 +172,18 @@ ExitStatus Run(const FlatOptions& options) {
 void AddFlatCommand(CommandLine& line) {
   Command& command = line.Add("flat", kHelp);
   const auto options = std::make_shared<FlatOptions>();
-  AddInputOptions(command, options->input);
-  command.AddText("--top", "NAME", options->top, "module whose signals are taken");
+  AddFigureOptions(command, options->figures);
+  command.AddText("--top", "NAME", options->top,
+                  "module whose signals are taken, a name or a path");
   command.AddTexts("--signal", "NAME", options->signals, "take this signal (again for more)");
   command.AddFile("--signals-from", "FILE", options->signalsFrom,
                   "take the signals that FILE lists");
   command.AddChoice("--reader", {{"lines", Reader::Lines}, {"grammar", Reader::Grammar}},
                     options->reader, "which reader reads it; grammar: all signals, as declared");
   command.AddOptionalFile("--activity", "FILE", options->activity,
-                          "also write the activity file: to FILE, else to DUMP.txt");
+                          "write the activity to FILE, or to DUMP.txt");
   AddOutputOptions(command, options->output);
+  command.check = [options] { CheckOptions(*options); };
   command.run = [options] { return Run(*options); };
 }
 

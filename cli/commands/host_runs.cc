@@ -2,7 +2,7 @@
 #include "cli/commands/host_runs.h"
 
 #include "cli/commands/figures.h"
-#include "cli/process/exit_status.h"
+#include "cli/process/messages.h"
 
 namespace orsa::kesncd::cli {
 
@@ -71,6 +71,14 @@ Failure RunFailure(const DumpInput& input, const std::string& libraryMessage) {
   const std::string message = input.name() + ": " + WithoutLastNewline(libraryMessage);
   if (orsa::kesncd::isTopModNameEverMatched != 0) return {FailureKind::Unusable, message};
   return {FailureKind::NothingMatched, message + "\n" + input.name() + ": " + ModulesText(input)};
+}
+
+Facts HostFacts(const DumpInput& input, const std::string& top) {
+  Figures figures{input.name(), {}, true};
+  figures.run.nsPerTick = orsa::kesncd::timeScale;
+  figures.run.firstTick = orsa::kesncd::startCycle;
+  figures.run.lastTick = orsa::kesncd::endCycle;
+  return RunFacts(figures, top);
 }
 
 }  // namespace orsa::kesncd::cli

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cli/input/dump_input.h"
+#include "export/result_writer.h"
 #include "kesncd/kesncd.h"
 #include "text/failure.h"
 
@@ -26,6 +27,9 @@ Failure RunFailure(const DumpInput& input, const std::string& libraryMessage);
 
 /// Says what keeps all frequencies of a run at 0.
 void SayWhyZero(const DumpInput& input);
+
+/// The facts that results of such a run begin with.
+Facts HostFacts(const DumpInput& input, const std::string& top);
 
 }  // namespace orsa::kesncd::cli
 

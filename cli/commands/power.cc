@@ -2,8 +2,13 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/host_runs.h"
+#include "cli/input/list_file.h"
 #include "host/standalone/standalone_host.h"
 #include "kesncd/kesncd.h"
+#include "kesncd/model/power_records.h"
+#include "names/signal_search.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
@@ -12,9 +17,10 @@ namespace {
 using orsa::kesncd::KesComp;
 using orsa::kesncd::KesPort;
 using orsa::kesncd::KesSigFreq;
+using orsa::kesncd::standalone::PowerDocument;
 
 struct PowerOptions {
-  InputOptions input;
+  FigureOptions figures;
   std::string table;
   std::string top;
   double defaultFrequency = 0.0;
@@ -30,65 +36,188 @@ constexpr char kHelp[] =
     "  kesncd power sim.vcd connections.csv --top soc --default-freq 10 --format json\n"
     "\n"
     "The table is CSV without a heading, a row a line: SIGNAL,name  INPUT,component,type\n"
-    "OUTPUT,component,type  OUTPORT,net,port. A signal that the dump does not hold has the mean\n"
-    "frequency of its inputs, when one of them is known.\n";
+    "OUTPUT,component,type  OUTPORT,net,port. Names are looked up in the module of --top and "
+    "below\n"
+    "it, as kesncd find looks them up; a name that means different signals takes the outermost "
+    "and\n"
+    "is marked ambiguous. A signal that the dump does not hold has the mean frequency of its\n"
+    "inputs, when one of them is known.\n";
 
+constexpr char kConnections[] = "Hierarchical Connections";
+
+/// Names of the records, looked up together.
+class DumpLookup : public orsa::kesncd::RecordLookup {
+ public:
+  DumpLookup(const Figures& figures, std::uint32_t top, bool exact,
+             const std::vector<KesSigFreq>& records)
+      : figures_(figures) {
+    for (const KesSigFreq& record : records) {
+      names_.push_back(record.name);
+      for (const KesComp& component : record.inputs) Note(component);
+      for (const KesComp& component : record.outputs) Note(component);
+    }
+    search_ = std::make_unique<SignalSearch>(figures.run.declarations, top, exact, names_);
+    for (std::size_t i = 0; i < names_.size(); ++i) places_.try_emplace(names_[i], i);
+  }
+
+  bool FindTop(const std::string& signal, double& freq) override { return Find(signal, freq); }
+  /// The port of the component itself, else whatever has its name.
+  bool FindPort(const std::string& component, const std::string& port, double& freq) override {
+    return Find(component + "/" + port, freq) || Find(port, freq);
+  }
+
+  bool IsFound(const std::string& name) const { return !AnswerTo(name).variables.empty(); }
+  bool IsAmbiguous(const std::string& name) const { return AnswerTo(name).variables.size() > 1; }
+
+ private:
+  void Note(const KesComp& component) {
+    names_.push_back(component.name);
+    for (const KesPort& port : component.outPorts) {
+      names_.push_back(component.name + "/" + port.portName);
+      names_.push_back(port.portName);
+      names_.push_back(port.netName);
+    }
+  }
+
+  const SignalAnswer& AnswerTo(const std::string& name) const {
+    return search_->Answer(places_.at(name));
+  }
+
+  bool Find(const std::string& name, double& freq) {
+    const SignalAnswer& answer = AnswerTo(name);
+    if (answer.variables.empty()) return false;
+    const Cell frequency =
+        figures_.FrequencyOf(figures_.run.declarations.variables[answer.variables.front()]);
+    const double* const known = std::get_if<double>(&frequency);
+    if (known == nullptr) return false;
+    freq = *known;
+    return true;
+  }
+
+  const Figures& figures_;
+  std::vector<std::string> names_;
+  std::unique_ptr<SignalSearch> search_;
+  std::unordered_map<std::string, std::size_t> places_;
+};
+
+/// The rows of the result. Without a lookup, as a host has them, nothing is known of ambiguity.
 class PowerRows {
  public:
-  explicit PowerRows(ResultOutput& result) : result_(result) {}
+  PowerRows(ResultOutput& out, const DumpLookup* lookup) : out_(out), lookup_(lookup) {}
 
   void Append(const KesSigFreq& signal) {
     signal_ = signal.name;
-    Append("signal", {}, {}, {}, {}, signal.freq);
+    const bool isMean = lookup_ != nullptr && !lookup_->IsFound(signal.name);
+    Append({"signal", "", "", "", ""}, signal.freq, isMean ? "mean" : Status(signal.name));
     for (const KesComp& component : signal.inputs) Append("input", component);
     for (const KesComp& component : signal.outputs) Append("output", component);
   }
 
  private:
+  struct Texts {
+    std::string kind, component, type, port, net;
+  };
+
   void Append(const char* kind, const KesComp& component) {
-    Append(kind, component.name, component.type, {}, {}, component.freq);
+    Append({kind, component.name, component.type, "", ""}, component.freq, Status(component.name));
     for (const KesPort& port : component.outPorts) {
-      Append("port", component.name, component.type, port.portName, port.netName, port.freq);
+      Append({"port", component.name, component.type, port.portName, port.netName}, port.freq,
+             PortStatus(component, port));
     }
   }
 
-  void Append(const char* kind, const std::string& component, const std::string& type,
-              const std::string& port, const std::string& net, double frequency) {
-    result_.Add(
-        {kind, signal_, component, type, port, net, frequency < 0 ? Cell() : Cell(frequency)});
+  std::string Status(const std::string& name) const {
+    return lookup_ != nullptr && lookup_->IsAmbiguous(name) ? "ambiguous" : "found";
   }
 
-  ResultOutput& result_;
+  std::string PortStatus(const KesComp& component, const KesPort& port) const {
+    if (lookup_ == nullptr) return "found";
+    if (lookup_->IsFound(port.netName)) return Status(port.netName);
+    const std::string path = component.name + "/" + port.portName;
+    return Status(lookup_->IsFound(path) ? path : port.portName);
+  }
+
+  void Append(const Texts& texts, double frequency, const std::string& status) {
+    const bool isKnown = !(frequency < 0);
+    out_.Add({texts.kind, signal_, texts.component, texts.type, texts.port, texts.net,
+              isKnown ? Cell(frequency) : Cell(), isKnown ? status : std::string("not found")});
+  }
+
+  ResultOutput& out_;
+  const DumpLookup* lookup_;
   std::string signal_;
 };
 
-ExitStatus Run(const PowerOptions& options) {
-  CheckOutputs({options.input.dump, options.table}, {options.output.path});
-  orsa::kesncd::standalone::PowerDocument document;
+void ReadTable(const std::string& path, PowerDocument& document) {
+  const TextByPath text(WithoutComments(ReadText(path)));
   std::string message;
-  if (!document.ReadConnections(options.table, message)) {
-    throw Failure(FailureKind::Unusable, message);
+  if (document.ReadConnections(text.path(), message)) return;
+  const std::string name = path == "-" ? "standard input" : path;
+  throw Failure(FailureKind::Unusable, name + message.substr(text.path().size()));
+}
+
+std::vector<KesSigFreq> ReadRecords(PowerDocument& document) {
+  orsa::kesncd::RecordBuilder records;
+  auto* const section = dynamic_cast<PD_TBLSECT*>(document.GetSection(kConnections));
+  if (section == nullptr || section->table == nullptr) return {};
+  PD_TABLE& table = *section->table;
+  for (int row = 0; row < table.GetRowCount(); ++row) {
+    records.TakeRow(table.GetValueAt(row, 0), table.GetValueAt(row, 1), table.GetValueAt(row, 2));
   }
-  DumpInput input(options.input);
+  return records.Finish();
+}
+
+ResultHead Head(const Figures& figures, const std::string& top, const PowerOptions& options) {
+  ResultHead head{RunFacts(figures, top),
+                  "records",
+                  {"kind", "signal", "component", "type", "port", "net", "freq_mhz", "status"},
+                  "unknown"};
+  head.facts.emplace_back("default_freq_mhz", options.defaultFrequency);
+  return head;
+}
+
+ExitStatus Finish(const PowerOptions& options, ResultOutput& out) {
+  out.End();
+  if (out.rows() > 0) return ExitStatus::Done;
+  Say(options.table, "no signal with components on it");
+  return ExitStatus::NothingMatched;
+}
+
+ExitStatus RunDirectly(const PowerOptions& options, PowerDocument& document) {
+  const Figures figures = ReadFigures(options.figures);
+  const std::uint32_t top = ChosenScope(figures, options.top);
+  std::vector<KesSigFreq> records = ReadRecords(document);
+  DumpLookup lookup(figures, top, !options.ignoreCase, records);
+  ResultOutput out(options.output, Head(figures, figures.run.declarations.PathOf(top), options));
+  PowerRows rows(out, &lookup);
+  for (KesSigFreq& record : records) {
+    orsa::kesncd::FillRecord(record, lookup, options.defaultFrequency);
+    rows.Append(record);
+  }
+  return Finish(options, out);
+}
+
+ExitStatus RunAsHost(const PowerOptions& options, PowerDocument& document) {
+  DumpInput input(options.figures.input);
   orsa::kesncd::KesNCD analyser;
   ReadTree(analyser, input);
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   analyser.SetTopModule(top);
-  ResultHead head{RunFacts(input.name(), top),
-                  "records",
-                  {"kind", "signal", "component", "type", "port", "net", "freq_mhz"},
-                  "unknown"};
-  head.facts.emplace_back("default_freq_mhz", options.defaultFrequency);
-  ResultOutput result(options.output, head);
-  PowerRows rows(result);
-  for (const KesSigFreq& signal :
+  const Figures figures = FiguresOfTree(input.name(), *analyser.hierRoot);
+  ResultOutput out(options.output, Head(figures, top, options));
+  PowerRows rows(out, nullptr);
+  for (const KesSigFreq& record :
        analyser.CreateKesSigFreq(&document, options.defaultFrequency, !options.ignoreCase)) {
-    rows.Append(signal);
+    rows.Append(record);
   }
-  result.End();
-  if (result.rows() > 0) return ExitStatus::Done;
-  Say(options.table, "no signal with components on it");
-  return ExitStatus::NothingMatched;
+  return Finish(options, out);
+}
+
+ExitStatus Run(const PowerOptions& options) {
+  CheckOutputs({options.figures.input.dump, options.table}, {options.output.path});
+  PowerDocument document;
+  ReadTable(options.table, document);
+  return options.figures.input.asIs ? RunAsHost(options, document) : RunDirectly(options, document);
 }
 
 }  // namespace
@@ -96,13 +225,14 @@ ExitStatus Run(const PowerOptions& options) {
 void AddPowerCommand(CommandLine& line) {
   Command& command = line.Add("power", kHelp);
   const auto options = std::make_shared<PowerOptions>();
-  AddInputOptions(command, options->input);
+  AddFigureOptions(command, options->figures);
   command.AddFileOperand("TABLE", options->table, "table of connections (CSV)").Required();
-  command.AddText("--top", "NAME", options->top, "top module, the dump's outermost scope");
+  command.AddText("--top", "NAME", options->top, "module to look names up in, a name or a path");
   command.AddNumber("--default-freq", "MHZ", 0, options->defaultFrequency,
                     "stands in for unknown inputs in a mean, in MHz");
   command.AddFlag("--ignore-case", options->ignoreCase, "letter case makes no difference");
   AddOutputOptions(command, options->output);
+  command.check = [options] { CheckFigureOptions(options->figures); };
   command.run = [options] { return Run(*options); };
 }
 

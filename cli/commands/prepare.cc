@@ -27,9 +27,7 @@ constexpr char kHelp[] =
 
 void Check(const PrepareOptions& given) {
   if (given.tick == 0U) throw Failure(FailureKind::Unusable, "--timescale: must not be 0");
-  if (given.begin && given.end && *given.begin > *given.end) {
-    throw Failure(FailureKind::Unusable, "--end: lies before --begin");
-  }
+  CheckWindow(given.window);
 }
 
 ExitStatus Run(const Options& options) {
@@ -53,8 +51,7 @@ void AddPrepareCommand(CommandLine& line) {
   command.AddFile("-o,--output", "FILE", options->output, "write the prepared dump to FILE");
   command.AddText("--top", "NAME", prepare.top, "put this scope first, a name or a path");
   command.AddTime("--timescale", prepare.tick, "the tick of a dump that has no time scale");
-  command.AddTime("--begin", prepare.begin, "leave out what happens before");
-  command.AddTime("--end", prepare.end, "leave out what happens after");
+  AddWindowOptions(command, prepare.window);
   command.check = [options] { Check(options->prepare); };
   command.run = [options] {
     options->prepare.dump = NameOf(options->input);

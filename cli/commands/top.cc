@@ -1,9 +1,13 @@
 // kesncd top: the module that a dump's header proposes.
+#include <cstdio>
 #include <memory>
+#include <new>
 
 #include "cli/commands/commands.h"
-#include "cli/input/dump_feed.h"
-#include "kesncd/kesncd.h"
+#include "line_readers/header_probe.h"
+#include "text/byte_stream.h"
+#include "text/failure.h"
+#include "text/file.h"
 
 namespace orsa::kesncd::cli {
 
@@ -19,16 +23,27 @@ constexpr char kHelp[] =
     "encloses the first declaration. Runs without --top take the outermost module that declares\n"
     "signals.\n";
 
+/// A stream over bytes that may come from anywhere.
+class ByteStream {
+ public:
+  explicit ByteStream(ByteSource& source) {
+    cookie_io_functions_t functions{};
+    functions.read = [](void* from, char* to, std::size_t most) -> ssize_t {
+      return static_cast<ssize_t>(static_cast<ByteSource*>(from)->Read(to, most));
+    };
+    file_.reset(fopencookie(&source, "r", functions));
+    if (file_ == nullptr) throw std::bad_alloc();
+  }
+  std::FILE* get() const { return file_.get(); }
+
+ private:
+  File file_;
+};
+
 ExitStatus Run(const InputOptions& options) {
   const std::string name = NameOf(options);
   const UnpackedSource dump = OpenDump(options);
-  DumpFeed feed([&dump](ByteSink& to) { CopyBytes(*dump.bytes, to); });
-  orsa::kesncd::KesNCD analyser;
-  std::string top;
-  std::string message;
-  const bool isRead = analyser.GetTopModuleNameInVCD(feed.path(), top, message);
-  feed.Finish();
-  if (!isRead) throw Failure(FailureKind::Unusable, name + ": " + message);
+  const std::string top = ProbeTopModule(ByteStream(*dump.bytes).get());
   if (top.empty()) throw Failure(FailureKind::NothingMatched, name + ": no module to propose");
   OutputFile out("");
   out.Write(top + "\n");

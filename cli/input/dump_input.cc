@@ -1,3 +1,4 @@
+// Opening dumps, and passing them on to the library.
 #include "cli/input/dump_input.h"
 
 #include <filesystem>
@@ -8,7 +9,8 @@
 #include "cli/process/messages.h"
 #include "cli/process/progress.h"
 #include "cli/process/terminal.h"
-#include "free_format/dump_writer.h"
+#include "free_format/declaration_reader.h"
+#include "free_format/dump_words.h"
 #include "free_format/prepare.h"
 #include "text/failure.h"
 
@@ -22,12 +24,28 @@ bool ShowsProgress(const InputOptions& options) {
   return !options.quiet && IsTerminal(kErrors);
 }
 
-std::string ReasonText(const std::vector<Finding>& reasons) {
-  std::string text(TextOf(reasons.front().kind).finding);
-  const std::size_t more = reasons.size() - 1;
-  if (more > 0) text += ", and " + std::to_string(more) + " more";
-  return text;
-}
+// No design's declarations are longer; other files may hold no end of them.
+constexpr std::size_t kMostKept = std::size_t{1} << 30;
+
+/// Keeps what is read of a source, so that it can be read again.
+class KeptSource : public ByteSource {
+ public:
+  explicit KeptSource(ByteSource& source) : source_(source) {}
+
+  std::size_t Read(char* to, std::size_t most) override {
+    const std::size_t got = source_.Read(to, most);
+    kept_.append(to, got);
+    if (kept_.size() > kMostKept) {
+      throw Failure(FailureKind::Unusable, "the declarations do not end; is it a VCD file?");
+    }
+    return got;
+  }
+  std::string TakeKept() { return std::move(kept_); }
+
+ private:
+  ByteSource& source_;
+  std::string kept_;
+};
 
 }  // namespace
 
@@ -49,51 +67,42 @@ UnpackedSource OpenDump(const InputOptions& options) {
   return Unpack(std::move(bytes), NameOf(options));
 }
 
-DumpInput::DumpInput(const InputOptions& options, Reader reader)
-    : options_(options), name_(NameOf(options)) {
+DumpInput::DumpInput(const InputOptions& options, Passing passing)
+    : options_(options), passing_(passing), name_(NameOf(options)) {
   UnpackedSource dump = OpenDump(options);
   bytes_ = std::move(dump.bytes);
   packing_ = dump.packing;
-  Look(reader);
-  if (options.asIs) return;
-  if (!lookFailure_.empty()) throw Failure(FailureKind::Unusable, lookFailure_);
-  isPrepared_ = !look_.reasons.empty();
-  if (!isPrepared_) return;
-  Remark(name_, "read through prepare: " + ReasonText(look_.reasons) +
-                    "; --as-is reads it untouched, kesncd check says more");
+  ReadHeader();
+  if (passing == Passing::Prepared) (void)declarations();
 }
 
-/// Looks at the dump's beginning, which then is there to be read again.
-void DumpInput::Look(Reader reader) {
+/// Reads the dump's beginning, which then is there to be read again.
+void DumpInput::ReadHeader() {
   KeptSource kept(*bytes_);
   try {
-    look_ = LookAtDump(kept, name_, reader);
+    DumpWords words(kept);
+    declarations_ = ReadDeclarations(words, name_);
   } catch (const Failure& failure) {
-    lookFailure_ = failure.what();
+    headerFailure_ = failure.what();
   }
   bytes_ = std::make_unique<ResumedSource>(kept.TakeKept(), std::move(bytes_));
 }
 
 const Declarations& DumpInput::declarations() const {
-  if (!lookFailure_.empty()) throw Failure(FailureKind::Unusable, lookFailure_);
-  return look_.declarations;
+  if (!headerFailure_.empty()) throw Failure(FailureKind::Unusable, headerFailure_);
+  return declarations_;
 }
 
 std::string DumpInput::ProposedTop() const {
   return declarations().scopes[OutermostWithVariables(declarations())].name;
 }
 
-std::string DumpInput::AddedRoot() const {
-  return isPrepared_ ? AddedRootOf(look_.declarations) : "";
-}
-
 void DumpInput::Pass(ByteSink& to) {
-  if (isPrepared_) {
-    PrepareOptions options;
-    options.dump = name_;
-    (void)PrepareDump(*bytes_, to, options);
-  } else {
-    CopyBytes(*bytes_, to);
+  if (passing_ == Passing::AsIs) return CopyBytes(*bytes_, to);
+  PrepareOptions options;
+  options.dump = name_;
+  for (const std::string& remark : PrepareDump(*bytes_, to, options).unread) {
+    Remark(name_, remark);
   }
 }
 
@@ -113,7 +122,7 @@ bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run
 }
 
 bool DumpInput::Read(const std::function<bool(const std::string& path)>& run) {
-  if (!isPrepared_ && IsPlainFile()) return ReadFile(run);
+  if (passing_ == Passing::AsIs && IsPlainFile()) return ReadFile(run);
   DumpFeed feed([this](ByteSink& to) { Pass(to); });
   const bool outcome = run(feed.path());
   feed.Finish();

@@ -5,7 +5,7 @@
 #include <regex>
 #include <sstream>
 
-#include "free_format/dump_look.h"
+#include "free_format/prepare.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/prepare_rules.h"
 #include "tests/support/testing.h"
@@ -94,7 +94,7 @@ TEST_F(PreparedDumps, KeepAWindow) {
 -25ns => 10..25 @1 top.clk=3 top.d[7:0]=1
 -20ns => 10..20 @1 top.clk=3 top.d[7:0]=1
 15ns-0.045us => 15..45 @1 top.clk=4 top.d[7:0]=1
-19.5ns- => 20..50 @1 top.clk=5 top.d[7:0]=2
+19.5ns- => 20..50 @1 top.clk=4 top.d[7:0]=2
 35ns- => 35..50 @1 top.clk=2 top.d[7:0]=1
 22ns-28ns => 22..28 @1 top.clk=1 top.d[7:0]=1
 51ns- => : nothing lies in the window
@@ -102,8 +102,8 @@ TEST_F(PreparedDumps, KeepAWindow) {
   for (const auto& row : Rows(rows)) {
     const std::vector<std::string> window = Cut(row[0], "-");
     PrepareOptions options;
-    options.begin = Femtoseconds(window[0]);
-    options.end = Femtoseconds(window[1]);
+    options.window.begin = Femtoseconds(window[0]);
+    options.window.end = Femtoseconds(window[1]);
     const Prepared prepared = Prepare(dump, options);
     EXPECT_EQ(prepared.text.empty() ? prepared.remarks : TreeText(prepared.text), row[1]) << row[0];
     ExpectGood(dump + "\xFF\n\n" + window[0] + "\n" + window[1]);
@@ -114,7 +114,7 @@ TEST_F(PreparedDumps, TakeATimeScaleAndATop) {
   const std::string two = Dump(
       "$scope module a $end $var wire 1 ! x $end $upscope $end $scope module b $end "
       "$scope module c $end $upscope $end $scope module d $end $var wire 1 ! y $end $upscope $end "
-      "$upscope $end $enddefinitions $end #1 1! #3");
+      "$upscope $end $enddefinitions $end #1 1! #3\n");
   PrepareOptions options;
   options.tick = Femtoseconds("100ps");
   for (const char* top : {"d", "b/d"}) {
@@ -154,9 +154,6 @@ TEST_F(PreparedDumps, OfSimulatorsAreReadAsTheyAre) {
     const std::string prepared = Prepare(dump).text;
     if (prepared.empty()) continue;
     ExpectGood(dump);
-    TextSource source(prepared, std::string::npos);
-    KeptSource kept(source);
-    EXPECT_TRUE(LookAtDump(kept, "", Reader::Lines).reasons.empty()) << entry.path();
   }
 }
 

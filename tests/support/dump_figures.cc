@@ -1,6 +1,7 @@
 // Rewrites dumps, and counts them by their items, as plainly as can be.
 #include "tests/support/dump_figures.h"
 
+#include <algorithm>
 #include <set>
 #include <vector>
 
@@ -20,8 +21,10 @@ std::optional<std::string> Prepare(const std::string& dump, const PrepareOptions
                                    std::size_t chunk) {
   TextSource source(dump, chunk);
   orsa::kesncd::TextSink sink;
+  PrepareOptions inBlocks = options;
+  inBlocks.block = kSmallBlock;
   try {
-    (void)PrepareDump(source, sink, options).Remarks();
+    (void)PrepareDump(source, sink, inBlocks).Remarks();
   } catch (const Failure&) {
     return std::nullopt;
   }
@@ -61,7 +64,7 @@ std::string FullPath(const Declarations& declarations, std::uint32_t scope) {
 
 PlainFigures ItemFigures(const std::string& dump) {
   TextSource source(dump, std::string::npos);
-  DumpWords words(source);
+  DumpWords words(source, kSmallBlock, kSmallBlock / 4);
   const Declarations declarations = ReadDeclarations(words, "");
   DumpItems items(words, declarations);
   std::vector<std::int64_t> counts(declarations.codes.size());
@@ -70,18 +73,20 @@ PlainFigures ItemFigures(const std::string& dump) {
   while (items.Next()) {
     const bool isScalar = items.kind() == ItemKind::Scalar;
     if (items.kind() == ItemKind::Stamp) {
-      plain.last = static_cast<double>(items.ticks());
+      // A stamp that goes back does not move time.
+      plain.last = std::max(plain.last, static_cast<double>(items.ticks()));
       if (plain.first < 0) plain.first = plain.last;
     } else if (items.kind() == ItemKind::Command) {
       isDumping = items.command() != Keyword::DumpOff;
-    } else if (items.kind() == ItemKind::Vector || (isScalar && items.value() <= '1')) {
-      counts[items.code()] += isDumping ? 1 : 0;
+    } else if (items.kind() == ItemKind::Vector || items.kind() == ItemKind::Real ||
+               (isScalar && items.value() <= '1')) {
+      counts[items.codeId()] += isDumping ? 1 : 0;
     }
   }
   std::set<std::pair<std::pair<std::string, std::string>, std::uint32_t>> seen;
   for (const DumpVariable& variable : declarations.variables) {
     const std::pair key(FullPath(declarations, variable.scope), variable.name);
-    if (seen.emplace(key, variable.code).second) plain.figures[key] += counts[variable.code];
+    if (seen.emplace(key, variable.codeId).second) plain.figures[key] += counts[variable.codeId];
   }
   return plain;
 }

@@ -12,6 +12,10 @@
 
 namespace support {
 
+/// Bytes that are read at a time: short dumps meet the ends of blocks, and little memory is asked
+/// for.
+inline constexpr std::size_t kSmallBlock = 4200;
+
 /// The prepared dump; nothing for one that is refused. `chunk` is what one read gives at most.
 std::optional<std::string> Prepare(const std::string& dump,
                                    const orsa::kesncd::PrepareOptions& options = {},

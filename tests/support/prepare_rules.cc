@@ -26,9 +26,10 @@ PrepareOptions OptionsOf(const support::Input& input) {
   options.top = input.Option(0);
   options.tick = Femtoseconds(input.Option(1));
   if (options.tick == 0U) options.tick.reset();
-  options.begin = Femtoseconds(input.Option(2));
-  options.end = Femtoseconds(input.Option(3));
-  if (options.begin && options.end && *options.begin > *options.end) options.end.reset();
+  options.window.begin = Femtoseconds(input.Option(2));
+  options.window.end = Femtoseconds(input.Option(3));
+  if (options.window.begin && options.window.end && *options.window.begin > *options.window.end)
+    options.window.end.reset();
   return options;
 }
 
@@ -49,7 +50,7 @@ void CheckFindings(const std::string& prepared) {
                      [&] { return "every reader takes a line whole: " + line; });
   }
   TextSource source(prepared, std::string::npos);
-  const DumpCheck check = CheckDump(source, "");
+  const DumpCheck check = CheckDump(source, "", "", support::kSmallBlock);
   for (const Finding& finding : check.findings) {
     support::Require(MayStay(finding.kind),
                      "left over: " + std::string(TextOf(finding.kind).finding) + " " +
@@ -120,6 +121,26 @@ void CheckFlatReaders(const std::string& prepared, const support::Figures& tree,
   }
 }
 
+/// Whether the rewrite gives one of the signals another name: keywords and names that are too long
+/// for a line cannot stay.
+bool AreRenamed(const support::Figures& figures) {
+  constexpr std::size_t kSafe = 750;
+  for (const auto& [signal, changes] : figures) {
+    const auto& [path, name] = signal;
+    if (path.size() > kSafe || name.size() > kSafe || name.front() == '$') return true;
+    if (path.starts_with('$') || path.find("/$") != std::string::npos) return true;
+  }
+  return false;
+}
+
+/// The changes alone, smallest first.
+std::vector<std::int64_t> CountsOf(const support::Figures& figures) {
+  std::vector<std::int64_t> counts;
+  for (const auto& [signal, changes] : figures) counts.push_back(changes);
+  std::sort(counts.begin(), counts.end());
+  return counts;
+}
+
 void CheckReaders(const std::string& dump, const std::string& prepared) {
   const support::PlainFigures plain = support::ItemFigures(dump);
   const support::Figures tree = support::TreeFigures(prepared);
@@ -133,7 +154,9 @@ void CheckReaders(const std::string& dump, const std::string& prepared) {
     }
     named[{path, signal.second}] += changes;
   }
-  support::Require(named == plain.figures, [&] {
+  const bool isSame = AreRenamed(plain.figures) ? CountsOf(named) == CountsOf(plain.figures)
+                                                : named == plain.figures;
+  support::Require(isSame, [&] {
     return "the dump says" + support::TextOf(plain.figures) + "\nprepared" +
            support::TextOf(named) + "\n" + prepared;
   });
@@ -150,5 +173,5 @@ void support::CheckPreparing(const Input& input) {
   support::Require(support::Prepare(*prepared) == prepared,
                    [&] { return "prepared again:\n" + *prepared; });
   CheckFindings(*prepared);
-  if (!options.begin && !options.end) CheckReaders(input.text, *prepared);
+  if (!options.window.begin && !options.window.end) CheckReaders(input.text, *prepared);
 }

@@ -50,7 +50,9 @@ TEST(OutputFile, KeepsWhatAFileIs) {
                                    {"shared", 02775U},
                                    {longName, 0640U}}) {
     chmod(dir.Write(name, "earlier, and longer").c_str(), mode);
-    if (getuid() == 0) EXPECT_EQ(chown(dir.Path(name).c_str(), 12345, 54321), 0);
+    if (getuid() == 0) {
+      EXPECT_EQ(chown(dir.Path(name).c_str(), 12345, 54321), 0);
+    }
     chmod(dir.Path(name).c_str(), mode);
     const struct stat before = StatusOf(dir.Path(name));
     WriteWhole(dir.Path(name), "new");
@@ -162,7 +164,9 @@ TEST(OutputFile, WritesInPlaceWhereTheFolderTakesNoFile) {
       EXPECT_EQ(StatusOf(dir.Path(name)).st_mode, before.st_mode) << name;
     }
     EXPECT_EQ(Shell(dir.Path("."), as + "kept 2>&1").status, 3) << "it is read-only";
-    if (folder == 0755U) EXPECT_EQ(Shell(dir.Path("."), as + "fresh 2>&1").status, 3);
+    if (folder == 0755U) {
+      EXPECT_EQ(Shell(dir.Path("."), as + "fresh 2>&1").status, 3);
+    }
   }
   EXPECT_EQ(NamesIn(dir), (std::set<std::string>{"d.vcd", "open", "foreign", "kept", "mine"}));
 }
@@ -202,12 +206,12 @@ TEST(OutputFile, WritesStreamsAndRefusesInputs) {
   const TempDir dir;
   dir.Write("d.vcd", kDump);
   dir.Write("names", "clk\n");
-  ExpectRuns(dir, R"(kesncd flat d.vcd -q -o - => 0 => signal +freq_mhz\nclk +100\n
-kesncd flat d.vcd -q -o /dev/stdout > o; kesncd flat d.vcd -q -o /dev/fd/3 3>&1 >>o; cat o => 0 =>
-    signal +freq_mhz\nclk +100\nsignal +freq_mhz\nclk +100\n
-echo first > o; kesncd flat d.vcd -q -o /dev/stdout >> o; cat o; rm o => 0 => first\nsignal +freq_mhz\nclk +100\n
-mkfifo p; kesncd flat d.vcd -q -o p & cat p; test -p p && rm p => 0 => signal +freq_mhz\nclk +100\n
-kesncd flat d.vcd -q -o /dev/null && test -c /dev/null && test -L /dev/stdout => 0 =>
+  ExpectRuns(dir, R"(kesncd flat d.vcd -q -o - => 0 => signal +freq_mhz\nclk +50\n
+kesncd flat d.vcd -q -o /dev/stdout > o; kesncd flat d.vcd -q -o /dev/fd/3 3>&1 >>o; cat o => 0
+     => signal +freq_mhz\nclk +50\nsignal +freq_mhz\nclk +50\n
+echo first > o; kesncd flat d.vcd -q -o /dev/stdout >> o; cat o; rm o => 0 => first\nsignal +freq_mhz\nclk +50\n
+mkfifo p; kesncd flat d.vcd -q -o p & cat p; test -p p && rm p => 0 => signal +freq_mhz\nclk +50\n
+kesncd flat d.vcd -q -o /dev/null && test -c /dev/null && test -L /dev/stdout => 0
 kesncd flat d.vcd -o /dev/full => 3 =>  => (.|\n)*kesncd: /dev/full: cannot write: No space .*\n
 ln -s d.vcd l; ln d.vcd h; mkdir s; ln -s ../none s/n; ln -s none n => 0
 kesncd flat d.vcd -o d.vcd => 2 =>  => kesncd: d.vcd: is an input too\n
@@ -220,7 +224,7 @@ kesncd find d.vcd --names-from names -o names => 2 =>  => kesncd: names: is an i
 kesncd extract d.vcd --nets names --unmatched names => 2 =>  => kesncd: names: is an input too\n
 kesncd extract d.vcd --nets names --unmatched n -o s/n => 2 =>  => kesncd: n: is named for two outputs\n
 kesncd flat d.vcd --activity=n -o ./none => 2 =>  => kesncd: n: is named for two outputs\n
-kesncd flat d.vcd -q --activity=- -o - => 0 => module \| top\n.*\nsignal +freq_mhz\nclk +100\n
+kesncd flat d.vcd -q --activity=- -o - => 0 => module \| top\n.*\nsignal +freq_mhz\nclk +50\n
 ls => 0 => d.vcd\nerrors\nh\nl\nn\nnames\ns\n)");
   EXPECT_EQ(ReadAll(dir.Path("d.vcd")), kDump);
   WholeFileRules rules;

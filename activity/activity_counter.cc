@@ -1,0 +1,211 @@
+// The seldom ways of counting: first values, x and z, corrections, and switches of observation.
+#include "activity/activity_counter.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orsa::kesncd {
+
+ActivityCounter::ActivityCounter(const CodeBits& codes, const ActivityWindow& window)
+    : bits_(codes),
+      window_(window),
+      codes_(codes.codes()),
+      figures_(codes.bits()),
+      vectors_(step_) {
+  std::size_t widest = 1;
+  for (std::uint32_t codeId = 0; codeId < codes.codes(); ++codeId) {
+    const std::uint32_t width = codes.Width(codeId);
+    if (width == 1) codes_[codeId].kind = kScalar;
+    if (width > 1) codes_[codeId].kind = vectors_.Add(codes.First(codeId), width);
+    widest = std::max<std::size_t>(widest, width);
+  }
+  value_.resize((widest + VectorCounter::kWordBits - 1) / VectorCounter::kWordBits);
+}
+
+/// Notes a code's first value in an observed stretch.
+void ActivityCounter::BeginCode(std::uint32_t codeId, Code& code) {
+  seen_.push_back(codeId);
+  code.step = step_.number;
+  if (!edgesBefore_.empty()) CorrectFront(codeId);
+}
+
+/// Takes a value that comes first, comes again in its step, or has to do with x or z.
+void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level level) {
+  const unsigned was = code.edge.level();
+  if (code.step == 0) {
+    BeginCode(codeId, code);
+    code.before = code.edge;
+  } else {
+    if (was == level) return;
+    TimeAt(code.figures, was) += step_.ticks;
+    if (code.step == step_.number) {
+      const BitEdge::Counted last = code.edge.CountedSince(code.before);
+      code.figures.tc -= last.toggle && step_.counts ? 1 : 0;
+      code.figures.ig -= last.glitch && step_.counts ? 1 : 0;
+      code.edge = code.before;
+    }
+    code.before = code.edge;
+    code.step = step_.number;
+  }
+  TimeAt(code.figures, level) -= step_.ticks;
+  const BitEdge::Counted counted = code.edge.Take(level, step_.counts);
+  code.figures.tc += counted.toggle && step_.counts ? 1 : 0;
+  code.figures.ig += counted.glitch && step_.counts ? 1 : 0;
+}
+
+void ActivityCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_view value) {
+  ReadVectorValue(value, vectors_.Width(code.kind), value_.data());
+  if (code.step == 0) {
+    BeginCode(codeId, code);
+    vectors_.Begin(code.kind, value_.data(), figures_.data());
+  } else if (code.step == step_.number) {
+    vectors_.Correct(code.kind, value_.data(), figures_.data());
+  } else if (vectors_.Change(code.kind, value_.data(), figures_.data())) {
+    code.step = step_.number;
+  }
+}
+
+/// The first stamp: values before it belong to its step, though its time was not known yet.
+void ActivityCounter::BeginTime(std::uint64_t ticks) {
+  part_.hasStamps = true;
+  part_.first = part_.last = ticks;
+  step_.ticks = window_.Clamp(ticks);
+  step_.counts = window_.Counts(ticks);
+  AddToLevels(-step_.ticks);
+  part_.switchTime = step_.ticks;
+  if (part_.isTailOpen) part_.tailObserved -= step_.ticks;
+}
+
+void ActivityCounter::Command(Keyword command) {
+  TakeWaiting();
+  if (command == Keyword::DumpOff && isObserving_) StopObserving();
+  if (command == Keyword::DumpOn) StartObserving();
+}
+
+void ActivityCounter::StopObserving() {
+  isObserving_ = false;
+  edgesBefore_.clear();
+  if (place_ == Place::Tail) {
+    AddToLevels(step_.ticks);
+    EndStretch();
+    part_.isTailOpen = false;
+    part_.tailObserved += step_.ticks;
+    ++part_.tailPauses;
+  } else if (place_ == Place::Middle) {
+    part_.middle = TakePiece(true);
+    part_.isMiddleOpen = false;
+    part_.middleEnd = step_.ticks;
+  } else {
+    // Before the dump's first stamp nothing lasted yet.
+    ObservedPiece front = TakePiece(true);
+    if (part_.hasStamps) part_.front = std::move(front);
+    part_.firstSwitch = ActivityPart::Switch::Off;
+    part_.switchTime = step_.ticks;
+  }
+  place_ = Place::Tail;
+  ++step_.number;
+}
+
+void ActivityCounter::StartObserving() {
+  if (!isObserving_) {
+    isObserving_ = true;
+    part_.isTailOpen = true;
+    part_.tailObserved -= step_.ticks;
+    ++step_.number;
+  } else if (place_ == Place::Front && part_.hasStamps) {
+    // Whether this is a switch depends on what comes before the part. A dump begins observed.
+    KeepEdgesBefore();
+    part_.front = TakePiece(true);
+    part_.firstSwitch = ActivityPart::Switch::On;
+    part_.switchTime = step_.ticks;
+    part_.isMiddleOpen = true;
+    place_ = Place::Middle;
+  }
+}
+
+/// Keeps what a value after the first switch in the same step makes of the one before it: nothing,
+/// if the switch is none.
+void ActivityCounter::KeepEdgesBefore() {
+  for (const std::uint32_t codeId : seen_) {
+    const Code& code = codes_[codeId];
+    if (code.step != step_.number) continue;
+    edgesBefore_[codeId] =
+        code.kind == kScalar ? std::vector<BitEdge>{code.before} : vectors_.EdgesBefore(code.kind);
+  }
+}
+
+/// Takes a value of the front's last step back, because its code has a further one in this step.
+void ActivityCounter::CorrectFront(std::uint32_t codeId) {
+  const auto found = edgesBefore_.find(codeId);
+  if (found == edgesBefore_.end()) return;
+  std::uint64_t bit = bits_.First(codeId);
+  for (const BitEdge before : found->second) {
+    BitFigures& figures = part_.front.figures[bit];
+    BitEdge& edge = part_.front.edges[bit++];
+    if (before.IsSeen()) {
+      TimeAt(figures, edge.level()) += step_.ticks;
+      TimeAt(figures, before.level()) -= step_.ticks;
+      const BitEdge::Counted counted = edge.CountedSince(before);
+      figures.tc -= counted.toggle && step_.counts ? 1 : 0;
+      figures.ig -= counted.glitch && step_.counts ? 1 : 0;
+    } else {
+      figures = {};
+    }
+    edge = before;
+  }
+}
+
+/// Adds a time to that of each seen bit's level.
+void ActivityCounter::AddToLevels(std::uint64_t ticks) {
+  for (const std::uint32_t codeId : seen_) {
+    Code& code = codes_[codeId];
+    if (code.kind == kScalar) {
+      TimeAt(code.figures, code.edge.level()) += ticks;
+    } else {
+      vectors_.AddToLevels(code.kind, ticks, figures_.data());
+    }
+  }
+}
+
+void ActivityCounter::EndStretch() {
+  for (const std::uint32_t codeId : seen_) {
+    codes_[codeId].step = 0;
+    codes_[codeId].edge = {};
+  }
+  seen_.clear();
+}
+
+/// All that was counted since the last piece, and begins anew.
+ObservedPiece ActivityCounter::TakePiece(bool goesOn) {
+  ObservedPiece piece;
+  if (seen_.empty() && place_ != Place::Tail) return piece;
+  piece.edges.resize(bits_.bits());
+  for (const std::uint32_t codeId : seen_) {
+    Code& code = codes_[codeId];
+    BitEdge* const edges = &piece.edges[bits_.First(codeId)];
+    if (code.kind == kScalar) {
+      *edges = code.edge;
+    } else {
+      vectors_.Leave(code.kind, figures_.data(), edges);
+    }
+  }
+  for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {
+    if (codes_[codeId].kind == kScalar) {
+      figures_[bits_.First(codeId)] = std::exchange(codes_[codeId].figures, {});
+    }
+  }
+  EndStretch();
+  piece.figures = std::move(figures_);
+  figures_.assign(goesOn ? bits_.bits() : 0, {});
+  return piece;
+}
+
+ActivityPart ActivityCounter::TakePart() {
+  TakeWaiting();
+  if (place_ == Place::Front) part_.front = TakePiece(false);
+  if (place_ == Place::Middle) part_.middle = TakePiece(false);
+  if (place_ == Place::Tail) part_.tail = TakePiece(false);
+  return std::move(part_);
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,170 @@
+// Counts the exact activity of a dump's body, or of a part of it, bit by bit.
+//
+// A change costs what it changes and no more: nothing is done for codes that keep their value,
+// however many steps there are. Scalars have their figures in one cache line; vectors are counted
+// many bits at a time (vector_counter.h). Only the last value of a step counts, so each code keeps
+// what it was before the step, and a further value in the same step takes the one before back.
+#ifndef KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
+#define KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "activity/activity_part.h"
+#include "activity/activity_window.h"
+#include "activity/bit_edge.h"
+#include "activity/code_bits.h"
+#include "activity/vector_counter.h"
+#include "activity/vector_value.h"
+#include "vcd/dump_keywords.h"
+#include "vcd/value_alphabet.h"
+
+namespace orsa::kesncd {
+
+/// A taker of ReadBody. Calling order: construct, ReadBody, then TakePart. A part of a body that is
+/// not the first has to begin with a stamp.
+class ActivityCounter {
+ public:
+  /// `codes` has to outlive the counter.
+  ActivityCounter(const CodeBits& codes, const ActivityWindow& window);
+  ActivityCounter(const ActivityCounter&) = delete;
+  ActivityCounter& operator=(const ActivityCounter&) = delete;
+
+  void Scalar(std::uint32_t codeId, char value);
+  void Vector(std::uint32_t codeId, std::string_view value);
+  void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
+  void Stamp(std::uint64_t ticks);
+  void Command(Keyword command);
+  void SectionEnd() {}
+  bool IsDone() const { return false; }
+
+  /// What was counted. The counter is used up.
+  ActivityPart TakePart();
+
+ private:
+  /// Which piece of the part values go into.
+  enum class Place : std::uint8_t { Front, Middle, Tail };
+
+  /// One cache line.
+  struct alignas(64) Code {
+    std::uint64_t step = 0;  // of the last change; 0 before the first value of an observed stretch
+    std::uint32_t kind = kNoBits;  // or the number of a vector
+    BitEdge edge;                  // of a scalar, and what it was before the step
+    BitEdge before;
+    BitFigures figures;  // of a scalar
+  };
+  /// A scalar change that waits until the memory of its code arrived in the processor's caches.
+  struct Waiting {
+    std::uint32_t codeId;
+    char value;
+  };
+  static constexpr std::size_t kMostWaiting = 32;
+  static constexpr std::uint32_t kNoBits = UINT32_MAX;
+  static constexpr std::uint32_t kScalar = UINT32_MAX - 1;
+
+  void TakeWaiting();
+  void TakeChange(std::uint32_t codeId, char value);
+  void TakeScalar(std::uint32_t codeId, Code& code, Level level);
+  void TakeOddScalar(std::uint32_t codeId, Code& code, Level level);
+  void TakeVector(std::uint32_t codeId, Code& code, std::string_view value);
+  void BeginCode(std::uint32_t codeId, Code& code);
+  void CorrectFront(std::uint32_t codeId);
+  void BeginTime(std::uint64_t ticks);
+  void StopObserving();
+  void StartObserving();
+  void AddToLevels(std::uint64_t ticks);
+  void EndStretch();
+  ObservedPiece TakePiece(bool goesOn);
+  void KeepEdgesBefore();
+
+  const CodeBits& bits_;
+  const ActivityWindow window_;
+  CountedStep step_;
+  bool isObserving_ = true;
+  Place place_ = Place::Front;
+  std::vector<Code> codes_;
+  std::vector<std::uint32_t> seen_;  // codes with a value in the open stretch
+  std::vector<BitFigures> figures_;  // of all bits; those of scalars are filled in at the end
+  VectorCounter vectors_;
+  std::vector<ValueWord> value_;  // of the vector in hand
+  ActivityPart part_;
+  std::array<Waiting, kMostWaiting> waiting_;
+  std::size_t waits_ = 0;
+  // Edges before the step in which the middle began, of codes that had a value in this step before.
+  std::unordered_map<std::uint32_t, std::vector<BitEdge>> edgesBefore_;
+};
+
+inline void ActivityCounter::Scalar(std::uint32_t codeId, char value) {
+  __builtin_prefetch(&codes_[codeId], 1);
+  waiting_[waits_++] = {codeId, value};
+  if (waits_ == kMostWaiting) TakeWaiting();
+}
+
+inline void ActivityCounter::TakeWaiting() {
+  for (std::size_t i = 0; i < waits_; ++i) TakeChange(waiting_[i].codeId, waiting_[i].value);
+  waits_ = 0;
+}
+
+inline void ActivityCounter::TakeChange(std::uint32_t codeId, char value) {
+  if (!isObserving_) return;
+  Code& code = codes_[codeId];
+  if (code.kind == kScalar) [[likely]] {
+    TakeScalar(codeId, code, LevelOf(value));
+  } else if (code.kind != kNoBits) {
+    TakeVector(codeId, code, {&value, 1});
+  }
+}
+
+inline void ActivityCounter::TakeScalar(std::uint32_t codeId, Code& code, Level level) {
+  const unsigned was = code.edge.level();
+  if (((was | level) >= kUnknown) || code.step == step_.number) [[unlikely]] {
+    TakeOddScalar(codeId, code, level);
+    return;
+  }
+  // A code without a value is x, so this one has one. Whether it toggles is not branched on: where
+  // it is not what the last ones did, the processor would wait for the code's memory each time.
+  const std::uint64_t toggles = was ^ level;
+  const std::uint64_t ticks = (level == kHigh ? step_.ticks : -step_.ticks) & -toggles;
+  code.step = step_.number;
+  code.before = code.edge;
+  code.edge.Flip(toggles != 0);
+  code.figures.t0 += ticks;
+  code.figures.t1 -= ticks;
+  code.figures.tc += toggles & (step_.counts ? 1U : 0U);
+}
+
+inline void ActivityCounter::Vector(std::uint32_t codeId, std::string_view value) {
+  TakeWaiting();
+  if (!isObserving_) return;
+  Code& code = codes_[codeId];
+  if (code.kind < kScalar)
+    TakeVector(codeId, code, value);
+  else if (code.kind == kScalar)
+    TakeScalar(codeId, code, LevelOf(In(kBitValues, value.back())));
+}
+
+inline void ActivityCounter::Stamp(std::uint64_t ticks) {
+  TakeWaiting();
+  if (!part_.hasStamps) {
+    BeginTime(ticks);
+    return;
+  }
+  if (ticks <= part_.last) {
+    part_.backward += ticks < part_.last ? 1 : 0;
+    return;
+  }
+  if (!edgesBefore_.empty()) [[unlikely]]
+    edgesBefore_.clear();
+  part_.last = ticks;
+  ++step_.number;
+  step_.ticks = window_.Clamp(ticks);
+  step_.counts = window_.Counts(ticks);
+}
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_

@@ -1,0 +1,62 @@
+// What was counted in a dump, bit by bit: how long each bit was 0, 1, x and z, and how often it
+// toggled. Every export of exact activity starts from this.
+#ifndef KESNCD_ACTIVITY_ACTIVITY_RESULT_H_
+#define KESNCD_ACTIVITY_ACTIVITY_RESULT_H_
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "free_format/dump_items.h"
+#include "vcd/declarations.h"
+#include "vcd/tally.h"
+
+namespace orsa::kesncd {
+
+/// Of one bit, in ticks of the dump. The four times add up to the observed time, which is the same
+/// for all bits.
+struct BitFigures {
+  std::uint64_t t0 = 0;  // ticks at 0, 1, x and z
+  std::uint64_t t1 = 0;
+  std::uint64_t tx = 0;
+  std::uint64_t tz = 0;
+  std::uint64_t tc = 0;  // toggles
+  std::uint64_t ig = 0;  // excursions through x that came back to the same value
+
+  bool operator==(const BitFigures&) const = default;
+};
+
+/// What a reader of the figures must know about the dump that they are of.
+struct ActivityNotes {
+  Tally typesWithoutBits;            // variables of types such as real and string
+  Tally withoutBits;                 // variables whose width is no positive number
+  std::uint64_t backwardStamps = 0;  // smaller than an earlier one: they do not move time
+  std::uint64_t pauses = 0;          // times that $dumpoff ended observation
+  bool hasStamps = true;             // false: nothing says how long anything took
+  bool isEndCutBack = false;         // the window was to end after the dump
+  ItemTallies items;                 // what else was passed over
+};
+
+struct ActivityResult {
+  Declarations declarations;
+  /// Where the bits of each codeId begin in `bits`, the lowest bit first; one entry more for the
+  /// end. A code has as many as its widest variable; one whose variables have no bits has none.
+  std::vector<std::uint64_t> firstBit;
+  std::vector<BitFigures> bits;
+  // The interval that was counted, and how much of it was observed: not what $dumpoff left out.
+  std::uint64_t firstTick = 0;
+  std::uint64_t lastTick = 0;
+  std::uint64_t observedTicks = 0;
+  std::optional<std::uint64_t> tick;  // femtoseconds; nothing where the dump does not say it
+  ActivityNotes notes;
+
+  /// The bits of a code, the lowest one first.
+  std::span<const BitFigures> BitsOf(std::uint32_t codeId) const {
+    return {bits.data() + firstBit[codeId], bits.data() + firstBit[codeId + 1]};
+  }
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_ACTIVITY_RESULT_H_

@@ -1,0 +1,171 @@
+// Which bits have rows, and the sums over them.
+#include "activity/activity_rows.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr double kFemtosecondsPerMicrosecond = 1e9;
+
+ActivityRates RatesOver(double toggles, double ticksAtOne, double bits,
+                        const ActivityResult& result) {
+  ActivityRates rates;
+  if (result.observedTicks == 0 || bits == 0) return rates;
+  const auto observed = static_cast<double>(result.observedTicks);
+  rates.high = ticksAtOne / observed / bits;
+  if (!result.tick) return rates;
+  const double microseconds =
+      observed * static_cast<double>(*result.tick) / kFemtosecondsPerMicrosecond;
+  rates.toggleRate = toggles / microseconds / bits;
+  rates.freqMhz = *rates.toggleRate / 2;
+  return rates;
+}
+
+/// The codes of a module's tree at the width that it sees of each, and the sums over them.
+struct ModuleCodes {
+  std::unordered_map<std::uint32_t, std::uint32_t> widths;
+  ActivitySums sums;
+
+  void Add(std::uint32_t codeId, std::uint32_t width, const ActivityResult& result) {
+    std::uint32_t& known = widths[codeId];
+    if (width <= known) return;
+    sums.Add(result.BitsOf(codeId).subspan(known, width - known));
+    known = width;
+  }
+};
+
+}  // namespace
+
+std::string WideText(WideCount count) {
+  std::string digits;
+  do {
+    digits.insert(digits.begin(), static_cast<char>('0' + static_cast<int>(count % 10)));
+    count /= 10;
+  } while (count != 0);
+  return digits;
+}
+
+void ActivitySums::Add(std::span<const BitFigures> figures) {
+  bits += figures.size();
+  for (const BitFigures& bit : figures) {
+    t0 += bit.t0;
+    t1 += bit.t1;
+    tx += bit.tx;
+    tz += bit.tz;
+    tc += bit.tc;
+    ig += bit.ig;
+  }
+}
+
+ActivityRates RatesOf(const ActivitySums& sums, const ActivityResult& result) {
+  return RatesOver(static_cast<double>(sums.tc), static_cast<double>(sums.t1),
+                   static_cast<double>(sums.bits), result);
+}
+
+ActivityRates RatesOf(const BitFigures& figures, const ActivityResult& result) {
+  return RatesOver(static_cast<double>(figures.tc), static_cast<double>(figures.t1), 1, result);
+}
+
+bool SignalRow::IsWhollyRepeated() const {
+  return repeated != nullptr &&
+         std::find(repeated->begin(), repeated->end(), false) == repeated->end();
+}
+
+ActivityRows::ActivityRows(const ActivityResult& result) : result_(result) {
+  for (const std::string& type : result.declarations.types) {
+    typeHasBits_.push_back(TypeHasBits(type));
+  }
+  FindRepeated();
+}
+
+/// Looks at variables that share their code with another one of the scope; few do.
+void ActivityRows::FindRepeated() {
+  const std::vector<DumpVariable>& variables = result_.declarations.variables;
+  std::vector<std::uint32_t> lastScope(result_.declarations.codes.size(), 0);
+  std::set<std::pair<std::uint32_t, std::uint32_t>> shared;  // scope and code
+  for (const DumpScope& scope : result_.declarations.scopes) {
+    for (const std::uint32_t id : scope.variables) {
+      const DumpVariable& variable = variables[id];
+      std::uint32_t& last = lastScope[variable.codeId];
+      if (last == variable.scope + 1) shared.emplace(variable.scope, variable.codeId);
+      last = variable.scope + 1;
+    }
+  }
+  std::map<std::pair<std::uint32_t, std::uint32_t>, std::vector<std::uint32_t>> groups;
+  for (std::uint32_t id = 0; id < variables.size() && !shared.empty(); ++id) {
+    const std::pair key(variables[id].scope, variables[id].codeId);
+    if (HasBits(variables[id]) && shared.count(key) != 0) groups[key].push_back(id);
+  }
+  for (const auto& [key, group] : groups) FindRepeatedIn(group);
+}
+
+/// Marks bits that an earlier one of the variables, all of one scope and code, has too.
+void ActivityRows::FindRepeatedIn(std::span<const std::uint32_t> sameCode) {
+  std::map<std::string_view, std::vector<std::uint32_t>> byName;
+  const std::vector<DumpVariable>& variables = result_.declarations.variables;
+  for (const std::uint32_t id : sameCode) {
+    byName[BitNames(variables[id]).Base()].push_back(id);
+  }
+  for (const auto& [name, group] : byName) {
+    if (group.size() < 2) continue;
+    std::set<std::pair<std::uint32_t, std::string>> seen;
+    for (const std::uint32_t id : group) {
+      const BitNames names(variables[id]);
+      std::vector<bool> repeated(names.width());
+      for (std::uint32_t bit = 0; bit < names.width(); ++bit) {
+        repeated[bit] = !seen.emplace(bit, names.IsIndexed() ? names.Index(bit) : "").second;
+      }
+      if (std::find(repeated.begin(), repeated.end(), true) != repeated.end()) {
+        repeated_.emplace(id, std::move(repeated));
+      }
+    }
+  }
+}
+
+SignalRow ActivityRows::RowOf(std::uint32_t variableId) const {
+  const DumpVariable& variable = result_.declarations.variables[variableId];
+  const auto repeated = repeated_.find(variableId);
+  return {variableId, variable, BitNames(variable),
+          result_.BitsOf(variable.codeId).first(variable.width),
+          repeated == repeated_.end() ? nullptr : &repeated->second};
+}
+
+std::vector<bool> ActivityRows::ScopesIn(std::uint32_t scope) const {
+  const std::vector<DumpScope>& scopes = result_.declarations.scopes;
+  std::vector<bool> inside(scopes.size());
+  inside[scope] = true;
+  // A scope is declared after the one that it is in.
+  for (std::uint32_t id = scope + 1; id < scopes.size(); ++id)
+    inside[id] = inside[scopes[id].parent];
+  return inside;
+}
+
+std::vector<ActivitySums> ActivityRows::ModuleSums() const {
+  const Declarations& declarations = result_.declarations;
+  std::vector<ModuleCodes> codes(declarations.scopes.size());
+  std::vector<ActivitySums> sums(declarations.scopes.size());
+  for (std::size_t scope = declarations.scopes.size(); scope-- > 0;) {
+    ModuleCodes& own = codes[scope];
+    for (const std::uint32_t id : declarations.scopes[scope].variables) {
+      const DumpVariable& variable = declarations.variables[id];
+      if (HasBits(variable)) own.Add(variable.codeId, variable.width, result_);
+    }
+    sums[scope] = own.sums;
+    if (scope == Declarations::kDump) break;
+    // The smaller of the two sets goes into the other: no code moves more often than sets double.
+    ModuleCodes& outer = codes[declarations.scopes[scope].parent];
+    if (outer.widths.size() < own.widths.size()) std::swap(outer, own);
+    for (const auto& [codeId, width] : own.widths) outer.Add(codeId, width, result_);
+    own = {};
+  }
+  return sums;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,38 @@
+// Reads a whole dump, once, and counts its exact activity.
+#ifndef KESNCD_ACTIVITY_ACTIVITY_RUN_H_
+#define KESNCD_ACTIVITY_ACTIVITY_RUN_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "activity/activity_result.h"
+#include "free_format/dump_words.h"
+#include "free_format/prepare.h"
+#include "text/byte_stream.h"
+
+namespace orsa::kesncd {
+
+struct ActivityOptions {
+  std::string dump;                       // what messages call it
+  TimeWindow window;                      // to count in
+  std::optional<std::uint64_t> tick;      // femtoseconds, for a dump without a time scale
+  std::uint64_t mostBits = UINT64_MAX;    // for which there is memory
+  std::size_t block = DumpWords::kBlock;  // bytes that are read at a time
+};
+
+/// Throws Failure with Unusable for what is no VCD file, declares no variable or has more bits than
+/// there may be, with NothingMatched where nothing of the dump lies in the window.
+ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options);
+
+/// How many bits the memory of this machine holds the activity of.
+std::uint64_t MostBitsInMemory();
+
+/// What a user of the figures must know, the gravest first.
+std::vector<std::string> RemarksOn(const ActivityResult& result);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_ACTIVITY_RUN_H_

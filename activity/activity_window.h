@@ -1,0 +1,27 @@
+// The part of a dump's time whose activity is counted, in ticks.
+#ifndef KESNCD_ACTIVITY_ACTIVITY_WINDOW_H_
+#define KESNCD_ACTIVITY_ACTIVITY_WINDOW_H_
+
+#include <algorithm>
+#include <cstdint>
+
+namespace orsa::kesncd {
+
+/// Bounds where both are known; without one, all of the dump up to there.
+struct ActivityWindow {
+  std::uint64_t begin = 0;
+  std::uint64_t end = UINT64_MAX;
+
+  /// Where a time falls in the window: times counted between clamped ones lie in it. `begin` may
+  /// not be after `end`.
+  std::uint64_t Clamp(std::uint64_t ticks) const { return std::clamp(ticks, begin, end); }
+  /// Whether a toggle at that time counts. What happens at `begin` is the initial value, so that
+  /// windows that touch add up.
+  bool Counts(std::uint64_t ticks) const { return begin < ticks && ticks <= end; }
+
+  bool operator==(const ActivityWindow&) const = default;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_ACTIVITY_WINDOW_H_

@@ -1,0 +1,341 @@
+// The arithmetic of vectors: levels by words, times and toggles in small counters.
+#include "activity/vector_counter.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "vcd/plain_lines.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr std::size_t kLanes = 16;  // bits of a group of small counters
+constexpr int kFew = 3;             // bits up to which one by one is faster than all at once
+
+/// Calls `visit(bit)` for every bit of a mask.
+template <class Visit>
+void ForEachBit(std::uint64_t mask, Visit visit) {
+  for (; mask != 0; mask &= mask - 1) visit(static_cast<std::size_t>(std::countr_zero(mask)));
+}
+
+unsigned LevelIn(const ValueWord& word, std::size_t bit) {
+  return static_cast<unsigned>((word.high >> bit & 1) | (word.unknown >> bit & 1) << 1);
+}
+
+bool IsSet(std::uint64_t mask, std::size_t bit) {
+  return (mask >> bit & 1) != 0;
+}
+
+/// The bits of `mask` from `kept`, the others from `given`.
+std::uint64_t Mix(std::uint64_t mask, std::uint64_t given, std::uint64_t kept) {
+  return (given & mask) | (kept & ~mask);
+}
+
+#ifdef __SSE2__
+/// A byte of ones for each of the sixteen bits that is set.
+__m128i BytesOf(std::uint64_t bits) {
+  const __m128i places = _mm_set_epi8(-128, 64, 32, 16, 8, 4, 2, 1, -128, 64, 32, 16, 8, 4, 2, 1);
+  __m128i bytes = _mm_cvtsi32_si128(static_cast<int>(bits & 0xFFFF));
+  bytes = _mm_unpacklo_epi8(bytes, bytes);   // each of the two bytes twice,
+  bytes = _mm_shufflelo_epi16(bytes, 0x50);  // four times,
+  bytes = _mm_unpacklo_epi32(bytes, bytes);  // eight times
+  return _mm_cmpeq_epi8(_mm_and_si128(bytes, places), places);
+}
+
+/// Adds `ticks` to the times of four lanes where a toggle fell, takes it off where it rose.
+void AddTimes(std::int32_t* times, __m128i toggled, __m128i rose, __m128i ticks) {
+  auto* const at = reinterpret_cast<__m128i*>(times);
+  const __m128i change = _mm_sub_epi32(_mm_xor_si128(_mm_and_si128(ticks, toggled), rose), rose);
+  _mm_store_si128(at, _mm_add_epi32(_mm_load_si128(at), change));
+}
+
+/// The toggles of sixteen lanes at once: those in `toggled`, which end at the levels of `high`.
+void ToggleLanes(std::int32_t* times, std::uint8_t* counts, std::uint64_t toggled,
+                 std::uint64_t high, std::int32_t ticks, bool count) {
+  const __m128i t8 = BytesOf(toggled);
+  const __m128i r8 = BytesOf(toggled & high);
+  if (count) {
+    auto* const at = reinterpret_cast<__m128i*>(counts);
+    _mm_store_si128(at, _mm_sub_epi8(_mm_load_si128(at), t8));
+  }
+  const __m128i all = _mm_set1_epi32(ticks);
+  // A byte of ones twice is two of them, twice again four.
+  const __m128i t16[2] = {_mm_unpacklo_epi8(t8, t8), _mm_unpackhi_epi8(t8, t8)};
+  const __m128i r16[2] = {_mm_unpacklo_epi8(r8, r8), _mm_unpackhi_epi8(r8, r8)};
+  for (std::size_t half = 0; half < 2; ++half) {
+    AddTimes(times + 8 * half, _mm_unpacklo_epi16(t16[half], t16[half]),
+             _mm_unpacklo_epi16(r16[half], r16[half]), all);
+    AddTimes(times + 8 * half + 4, _mm_unpackhi_epi16(t16[half], t16[half]),
+             _mm_unpackhi_epi16(r16[half], r16[half]), all);
+  }
+}
+#endif
+
+void ToggleLane(std::int32_t& time, std::uint8_t& count, bool isHigh, std::int32_t ticks,
+                bool counts) {
+  time += isHigh ? -ticks : ticks;
+  count = static_cast<std::uint8_t>(count + (counts ? 1 : 0));
+}
+
+}  // namespace
+
+std::uint32_t VectorCounter::Add(std::uint64_t firstBit, std::uint32_t width) {
+  Vector vector;
+  vector.firstBit = firstBit;
+  vector.width = width;
+  vector.firstWord = static_cast<std::uint32_t>(words_.size());
+  words_.resize(words_.size() + (width + kWordBits - 1) / kWordBits);
+  if (width >= kLeastSmall) {
+    vector.firstSmall = static_cast<std::uint32_t>(smalls_.size());
+    smalls_.resize(smalls_.size() + (width + kLanes - 1) / kLanes);
+  }
+  vectors_.push_back(vector);
+  return static_cast<std::uint32_t>(vectors_.size() - 1);
+}
+
+std::span<VectorCounter::Word> VectorCounter::WordsOf(const Vector& vector) {
+  return {words_.data() + vector.firstWord, (vector.width + kWordBits - 1) / kWordBits};
+}
+
+/// Makes room in the small counters for one more change.
+void VectorCounter::Prepare(Vector& vector, BitFigures* figures) {
+  if (vector.firstSmall == kNone) return;
+  if (vector.changes == kMostChanges || step_.ticks - vector.base >= kMostTicks) {
+    Flush(vector, figures);
+  }
+  if (!vector.isPending) {
+    vector.changes = 0;
+    vector.base = step_.ticks;
+    for (Word& word : WordsOf(vector)) word.base = word.now.high;
+  }
+  ++vector.changes;
+}
+
+/// Moves what the small counters hold into the figures.
+void VectorCounter::Flush(Vector& vector, BitFigures* figures) {
+  if (!vector.isPending) return;
+  vector.isPending = false;
+  vector.changes = 0;
+  Small* small = smalls_.data() + vector.firstSmall;
+  std::uint32_t left = vector.width;
+  BitFigures* bits = figures + vector.firstBit;
+  for (const Word& word : WordsOf(vector)) {
+    const std::uint32_t width = std::min<std::uint32_t>(left, kWordBits);
+    FlushWord(word, small, width, vector.base, bits);
+    small += kWordBits / kLanes;
+    bits += width;
+    left -= width;
+  }
+}
+
+void VectorCounter::FlushWord(const Word& word, Small* small, std::uint32_t width,
+                              std::uint64_t base, BitFigures* figures) {
+  for (std::uint32_t bit = 0; bit < width; ++bit) {
+    Small& group = small[bit / kLanes];
+    // Falls less rises, at one tick each, are the level then less the level now.
+    const auto falls = (word.base >> bit & 1) - (word.now.high >> bit & 1);
+    const auto time = static_cast<std::uint64_t>(std::int64_t{group.times[bit % kLanes]});
+    const std::uint64_t high = time + falls * base;
+    figures[bit].t1 += high;
+    figures[bit].t0 -= high;
+    figures[bit].tc += group.toggles[bit % kLanes];
+    if (bit % kLanes == kLanes - 1 || bit == width - 1) group = {};
+  }
+}
+
+/// Lets bits go from 0 to 1 and from 1 to 0; their levels are the new ones already.
+void VectorCounter::Toggle(Vector& vector, std::size_t word, std::uint64_t toggles, bool counts,
+                           BitFigures* figures) {
+  const std::uint64_t high = words_[vector.firstWord + word].now.high;
+  if (vector.firstSmall == kNone) {
+    BitFigures* const bits = figures + vector.firstBit + word * kWordBits;
+    ForEachBit(toggles, [&](std::size_t bit) {
+      const std::uint64_t ticks = IsSet(high, bit) ? -step_.ticks : step_.ticks;
+      bits[bit].t1 += ticks;
+      bits[bit].t0 -= ticks;
+      bits[bit].tc += counts ? 1 : 0;
+    });
+    return;
+  }
+  vector.isPending = true;
+  const auto ticks = static_cast<std::int32_t>(step_.ticks - vector.base);
+  Small* const small = smalls_.data() + vector.firstSmall + word * (kWordBits / kLanes);
+#ifdef __SSE2__
+  if (std::popcount(toggles) > kFew) {
+    for (std::size_t at = 0; toggles >> at != 0; at += kLanes) {
+      Small& group = small[at / kLanes];
+      ToggleLanes(group.times.data(), group.toggles.data(), toggles >> at, high >> at, ticks,
+                  counts);
+      if (at + kLanes == kWordBits) break;
+    }
+    return;
+  }
+#endif
+  ForEachBit(toggles, [&](std::size_t bit) {
+    Small& group = small[bit / kLanes];
+    ToggleLane(group.times[bit % kLanes], group.toggles[bit % kLanes], IsSet(high, bit), ticks,
+               counts);
+  });
+}
+
+/// Ends the times of the old levels and begins those of the new ones.
+void VectorCounter::MoveLevels(Vector& vector, std::size_t index, const ValueWord& value,
+                               BitFigures* figures) {
+  Word& word = words_[vector.firstWord + index];
+  const std::uint64_t unknown = word.now.unknown | value.unknown;
+  const std::uint64_t toggles = (word.now.high ^ value.high) & ~unknown;
+  if (toggles != 0) {
+    word.now.high ^= toggles;
+    Toggle(vector, index, toggles, false, figures);
+  }
+  const std::uint64_t others = (word.now.high ^ value.high) | (word.now.unknown ^ value.unknown);
+  if (others == 0) return;
+  Flush(vector, figures);
+  BitFigures* const bits = figures + vector.firstBit + index * kWordBits;
+  ForEachBit(others, [&](std::size_t bit) {
+    TimeAt(bits[bit], LevelIn(word.now, bit)) += step_.ticks;
+    TimeAt(bits[bit], LevelIn(value, bit)) -= step_.ticks;
+  });
+  word.now = value;
+  // The small counters are empty, and go on from here.
+  if (vector.firstSmall == kNone) return;
+  vector.base = step_.ticks;
+  vector.changes = 1;
+  for (Word& any : WordsOf(vector)) any.base = any.now.high;
+}
+
+/// Counts toggles and glitches, and notes known values; `figures` are those of the word's bits.
+void VectorCounter::Learn(Word& word, const ValueWord& value, std::uint64_t lanes,
+                          BitFigures* figures) {
+  const std::uint64_t arrived = ~value.unknown & lanes;
+  const std::uint64_t fresh = arrived & ~word.hasKnown;
+  word.first = Mix(fresh, value.high, word.first);
+  word.touchedBefore = Mix(fresh, word.touched, word.touchedBefore);
+  word.firstCounts = Mix(fresh, step_.counts ? fresh : 0, word.firstCounts);
+  if (step_.counts) {
+    const std::uint64_t returned = arrived & word.hasKnown;
+    const std::uint64_t differs = word.known ^ value.high;
+    ForEachBit(returned & differs, [&](std::size_t bit) { ++figures[bit].tc; });
+    ForEachBit(returned & ~differs & word.touched, [&](std::size_t bit) { ++figures[bit].ig; });
+  }
+  word.known = Mix(arrived, value.high, word.known);
+  word.hasKnown |= arrived;
+  word.touched = (word.touched & ~arrived) | (value.unknown & ~value.high);
+}
+
+/// Takes back what Learn did in this step.
+void VectorCounter::Unlearn(Word& word, BitFigures* figures) {
+  if (step_.counts) {
+    const std::uint64_t differs = word.known ^ word.knew;
+    const std::uint64_t back = word.hadKnown & ~differs & word.wasTouched & ~word.now.unknown;
+    ForEachBit(word.hadKnown & differs, [&](std::size_t bit) { --figures[bit].tc; });
+    ForEachBit(back, [&](std::size_t bit) { --figures[bit].ig; });
+  }
+  word.hasKnown = word.hadKnown;
+  word.known = word.knew;
+  word.touched = word.wasTouched;
+}
+
+void VectorCounter::Begin(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
+  Vector& vector = vectors_[number];
+  vector.wasSeen = false;
+  BitFigures* bits = figures + vector.firstBit;
+  std::uint32_t left = vector.width;
+  for (Word& word : WordsOf(vector)) {
+    const std::uint32_t width = std::min<std::uint32_t>(left, kWordBits);
+    word = {};
+    word.now = *value++;
+    word.base = word.now.high;
+    for (std::uint32_t bit = 0; bit < width; ++bit) {
+      TimeAt(bits[bit], LevelIn(word.now, bit)) -= step_.ticks;
+    }
+    Learn(word, word.now, LowBits(width), bits);
+    bits += width;
+    left -= width;
+  }
+  vector.base = step_.ticks;
+}
+
+bool VectorCounter::Change(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
+  Vector& vector = vectors_[number];
+  const std::span<Word> words = WordsOf(vector);
+  const bool isSame =
+      std::equal(words.begin(), words.end(), value,
+                 [](const Word& word, const ValueWord& v) { return word.now == v; });
+  if (isSame) return false;
+  vector.wasSeen = true;
+  Prepare(vector, figures);
+  std::size_t left = vector.width;
+  for (std::size_t index = 0; index < words.size(); ++index, left -= kWordBits) {
+    Word& word = words[index];
+    word.before = word.now;
+    word.hadKnown = word.hasKnown;
+    word.knew = word.known;
+    word.wasTouched = word.touched;
+    if ((word.now.unknown | value[index].unknown) == 0) [[likely]] {
+      // Known bits that toggle: the last known values are the ones that they leave.
+      const std::uint64_t toggles = word.now.high ^ value[index].high;
+      word.known = word.now.high = value[index].high;
+      if (toggles != 0) Toggle(vector, index, toggles, step_.counts, figures);
+    } else {
+      MoveLevels(vector, index, value[index], figures);
+      Learn(word, value[index], LowBits(left), figures + vector.firstBit + index * kWordBits);
+    }
+  }
+  return true;
+}
+
+void VectorCounter::Correct(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
+  Vector& vector = vectors_[number];
+  const std::span<Word> words = WordsOf(vector);
+  Prepare(vector, figures);
+  std::size_t left = vector.width;
+  for (std::size_t index = 0; index < words.size(); ++index, left -= kWordBits) {
+    BitFigures* const bits = figures + vector.firstBit + index * kWordBits;
+    Unlearn(words[index], bits);
+    MoveLevels(vector, index, value[index], figures);
+    Learn(words[index], value[index], LowBits(left), bits);
+  }
+}
+
+void VectorCounter::AddToLevels(std::uint32_t number, std::uint64_t ticks, BitFigures* figures) {
+  Vector& vector = vectors_[number];
+  Flush(vector, figures);
+  const std::span<Word> words = WordsOf(vector);
+  for (std::uint32_t bit = 0; bit < vector.width; ++bit) {
+    const ValueWord& now = words[bit / kWordBits].now;
+    TimeAt(figures[vector.firstBit + bit], LevelIn(now, bit % kWordBits)) += ticks;
+  }
+}
+
+void VectorCounter::Leave(std::uint32_t number, BitFigures* figures, BitEdge* edges) {
+  Vector& vector = vectors_[number];
+  Flush(vector, figures);
+  const std::span<Word> words = WordsOf(vector);
+  for (std::uint32_t at = 0; at < vector.width; ++at) {
+    const Word& word = words[at / kWordBits];
+    const std::size_t bit = at % kWordBits;
+    edges[at] = BitEdge::Of({IsSet(word.now.high, bit), IsSet(word.now.unknown, bit),
+                             IsSet(word.hasKnown, bit), IsSet(word.known, bit),
+                             IsSet(word.touched, bit), IsSet(word.first, bit),
+                             IsSet(word.touchedBefore, bit), IsSet(word.firstCounts, bit)});
+  }
+}
+
+std::vector<BitEdge> VectorCounter::EdgesBefore(std::uint32_t number) const {
+  const Vector& vector = vectors_[number];
+  std::vector<BitEdge> edges(vector.width);
+  if (!vector.wasSeen) return edges;
+  for (std::uint32_t at = 0; at < vector.width; ++at) {
+    const Word& word = words_[vector.firstWord + at / kWordBits];
+    const std::size_t bit = at % kWordBits;
+    edges[at] = BitEdge::Of({IsSet(word.before.high, bit), IsSet(word.before.unknown, bit),
+                             IsSet(word.hadKnown, bit), IsSet(word.knew, bit),
+                             IsSet(word.wasTouched, bit), IsSet(word.first, bit),
+                             IsSet(word.touchedBefore, bit), IsSet(word.firstCounts, bit)});
+  }
+  return edges;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,138 @@
+// The characters of vector values, sixteen at a time where the processor can.
+#include "activity/vector_value.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "vcd/plain_lines.h"
+#include "vcd/value_alphabet.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr std::size_t kWordBits = 64;
+
+/// Adds a value's character at its place.
+void AddBit(ValueWord& word, std::size_t place, char c) {
+  const char value = In(kBitValues, c);
+  word.high |= std::uint64_t{value == '1' || value == 'z'} << place;
+  word.unknown |= std::uint64_t{value == 'x' || value == 'z'} << place;
+}
+
+/// Up to 64 characters, the last one in the lowest place.
+ValueWord ReadWordPlainly(const char* text, std::size_t length) {
+  ValueWord word;
+  for (std::size_t i = 0; i < length; ++i) AddBit(word, length - 1 - i, text[i]);
+  return word;
+}
+
+#ifdef __SSE2__
+constexpr std::size_t kLane = sizeof(__m128i);
+
+std::uint64_t Reversed(std::uint64_t bits) {
+  bits = __builtin_bswap64(bits);
+  bits = (bits >> 4 & 0x0F0F0F0F0F0F0F0FU) | (bits & 0x0F0F0F0F0F0F0F0FU) << 4;
+  bits = (bits >> 2 & 0x3333333333333333U) | (bits & 0x3333333333333333U) << 2;
+  return (bits >> 1 & 0x5555555555555555U) | (bits & 0x5555555555555555U) << 1;
+}
+
+std::uint64_t MaskOf(__m128i lanes) {
+  return static_cast<std::uint16_t>(_mm_movemask_epi8(lanes));
+}
+
+/// Sixteen characters, the first one in the lowest place.
+ValueWord ReadLane(__m128i text) {
+  const __m128i lastBits = _mm_slli_epi16(text, 7);  // each byte's lowest bit becomes its highest
+  const __m128i binary =
+      _mm_cmpeq_epi8(_mm_and_si128(text, _mm_set1_epi8('\xFE')), _mm_set1_epi8('0'));
+  const std::uint64_t isBinary = MaskOf(binary);
+  if (isBinary == 0xFFFF) [[likely]]
+    return {MaskOf(lastBits), 0};
+  const __m128i small = _mm_or_si128(text, _mm_set1_epi8(0x20));
+  const std::uint64_t isX = MaskOf(_mm_cmpeq_epi8(small, _mm_set1_epi8('x')));
+  const std::uint64_t isZ = MaskOf(_mm_cmpeq_epi8(small, _mm_set1_epi8('z')));
+  ValueWord word{(MaskOf(lastBits) & isBinary) | isZ, isX | isZ};
+  std::uint64_t others = 0xFFFF & ~(isBinary | isX | isZ);
+  char bytes[kLane];
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), text);
+  for (; others != 0; others &= others - 1) {
+    const auto place = static_cast<std::size_t>(std::countr_zero(others));
+    AddBit(word, place, bytes[place]);
+  }
+  return word;
+}
+
+/// Up to 64 characters, of which at least sixteen may be read.
+ValueWord ReadWord(const char* text, std::size_t length) {
+  ValueWord word;
+  for (std::size_t at = 0; at < length; at += kLane) {
+    // The last characters come with some that were read before, so that none after them is.
+    const std::size_t from = length < kLane ? 0 : std::min(at, length - kLane);
+    const ValueWord lane = ReadLane(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + from)));
+    word.high |= lane.high << from;
+    word.unknown |= lane.unknown << from;
+  }
+  const std::size_t beyond = kWordBits - length;
+  return {Reversed(word.high) >> beyond, Reversed(word.unknown) >> beyond};
+}
+#endif
+
+/// Up to 64 characters of which the last one ends the value; `atLeast` may be read.
+ValueWord ReadPart(const char* text, std::size_t length, std::size_t atLeast) {
+#ifdef __SSE2__
+  if (atLeast >= kLane) return ReadWord(text, length);
+  char padded[kLane];
+  std::memset(padded, '0', sizeof padded);
+  std::memcpy(padded, text, length);
+  return ReadWord(padded, length);
+#else
+  return ReadWordPlainly(text, length);
+#endif
+}
+
+/// Sets all bits from `from` on to what the value's leftmost bit extends to.
+void Extend(ValueWord* words, std::size_t from, std::uint32_t width) {
+  const ValueWord& top = words[(from - 1) / kWordBits];
+  const bool isUnknown = (top.unknown >> (from - 1) % kWordBits & 1) != 0;
+  const bool isHigh = isUnknown && (top.high >> (from - 1) % kWordBits & 1) != 0;
+  const std::uint64_t all = ~std::uint64_t{0};
+  const ValueWord fill{isHigh ? all : 0, isUnknown ? all : 0};
+  const std::size_t count = (width + kWordBits - 1) / kWordBits;
+  const std::size_t full = (from + kWordBits - 1) / kWordBits;
+  if (from % kWordBits != 0) {
+    words[full - 1].high |= fill.high << from % kWordBits;
+    words[full - 1].unknown |= fill.unknown << from % kWordBits;
+  }
+  std::fill(words + full, words + count, fill);
+  const std::uint64_t last = LowBits((width - 1) % kWordBits + 1);
+  words[count - 1].high &= last;
+  words[count - 1].unknown &= last;
+}
+
+template <class Read>
+void ReadValue(std::string_view value, std::uint32_t width, ValueWord* words, Read read) {
+  if (value.size() > width) value.remove_prefix(value.size() - width);
+  for (std::size_t end = value.size(); end > 0;) {
+    const std::size_t length = std::min(end, kWordBits);
+    end -= length;
+    *words++ = read(value.data() + end, length, value.size() - end);
+  }
+  words -= (value.size() + kWordBits - 1) / kWordBits;
+  if (value.size() < width) Extend(words, value.size(), width);
+}
+
+}  // namespace
+
+void ReadVectorValue(std::string_view value, std::uint32_t width, ValueWord* words) {
+  ReadValue(value, width, words, ReadPart);
+}
+
+void ReadVectorValuePlainly(std::string_view value, std::uint32_t width, ValueWord* words) {
+  ReadValue(value, width, words, [](const char* text, std::size_t length, std::size_t) {
+    return ReadWordPlainly(text, length);
+  });
+}
+
+}  // namespace orsa::kesncd

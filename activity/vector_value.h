@@ -1,0 +1,32 @@
+// Turns the text of a vector value into bits, many characters at a time: wide buses are most of the
+// bytes of a register-level dump.
+#ifndef KESNCD_ACTIVITY_VECTOR_VALUE_H_
+#define KESNCD_ACTIVITY_VECTOR_VALUE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+/// Up to 64 bits of a value, the rightmost character's in the lowest place of each. A bit is 0 (0,
+/// 0), 1 (1, 0), x (0, 1) or z (1, 1) in `high` and `unknown`.
+struct ValueWord {
+  std::uint64_t high = 0;
+  std::uint64_t unknown = 0;
+
+  bool operator==(const ValueWord&) const = default;
+};
+
+/// The words of a variable of `width` bits, the lowest one first, in `words`, which has room for
+/// them. A shorter value is extended on its left with 0 for a leftmost 0 or 1, else with its
+/// leftmost character; a longer one loses its left part. `value` is not empty; kBitValues says what
+/// its characters mean.
+void ReadVectorValue(std::string_view value, std::uint32_t width, ValueWord* words);
+
+/// The same, character by character.
+void ReadVectorValuePlainly(std::string_view value, std::uint32_t width, ValueWord* words);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_VECTOR_VALUE_H_

@@ -1,0 +1,97 @@
+// Reading lists whole: unlike dumps they fit into memory.
+#include "cli/input/list_file.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+#include "cli/input/dump_input.h"
+#include "text/failure.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+class TextCollector : public ByteSink {
+ public:
+  void Write(std::string_view bytes) override { text += bytes; }
+  std::string text;
+};
+
+std::string_view Trimmed(std::string_view line) {
+  constexpr std::string_view kBlanks = " \t\r";
+  const std::size_t start = line.find_first_not_of(kBlanks);
+  if (start == std::string_view::npos) return {};
+  return line.substr(start, line.find_last_not_of(kBlanks) - start + 1);
+}
+
+/// Takes the first line off a text.
+std::string_view TakeLine(std::string_view& text) {
+  const std::size_t end = text.find('\n');
+  const std::string_view line = text.substr(0, end);
+  text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  return line;
+}
+
+}  // namespace
+
+std::string ReadText(const std::string& path) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  InputOptions options;
+  options.dump = path;
+  options.quiet = true;
+  const UnpackedSource source = OpenDump(options);
+  TextCollector collector;
+  CopyBytes(*source.bytes, collector);
+  if (collector.text.starts_with(kByteOrderMark)) collector.text.erase(0, kByteOrderMark.size());
+  return std::move(collector.text);
+}
+
+std::vector<std::string> ReadNames(const std::string& path) {
+  const std::string text = ReadText(path);
+  std::vector<std::string> names;
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::string_view name = Trimmed(TakeLine(rest));
+    if (!name.empty() && name.front() != '#') names.emplace_back(name);
+  }
+  return names;
+}
+
+std::string WithoutComments(std::string text) {
+  std::string kept;
+  kept.reserve(text.size());
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::string_view line = TakeLine(rest);
+    const std::string_view trimmed = Trimmed(line);
+    if (trimmed.empty() || trimmed.front() != '#') kept += line;
+    kept += '\n';
+  }
+  return kept;
+}
+
+TextByPath::TextByPath(const std::string& text) : file_(memfd_create("text", MFD_CLOEXEC)) {
+  std::string_view rest = text;
+  while (file_ >= 0 && !rest.empty()) {
+    const ssize_t written = write(file_, rest.data(), rest.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) break;
+    rest.remove_prefix(static_cast<std::size_t>(written));
+  }
+  if (file_ >= 0 && rest.empty()) return;
+  const std::string reason = std::strerror(errno);
+  if (file_ >= 0) (void)close(file_);
+  throw Failure(FailureKind::Unusable, "no memory for a list: " + reason);
+}
+
+TextByPath::~TextByPath() {
+  (void)close(file_);
+}
+
+std::string TextByPath::path() const {
+  return "/proc/self/fd/" + std::to_string(file_);
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,168 @@
+// The activity of each cell's pins: the figures of a dump's nets, carried through a netlist's
+// hierarchy.
+#ifndef KESNCD_EXPORT_NETLIST_PINS_H_
+#define KESNCD_EXPORT_NETLIST_PINS_H_
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "activity/activity_result.h"
+#include "export/netlist.h"
+#include "export/saif_writer.h"
+#include "export/tcl_writer.h"
+
+namespace orsa::kesncd {
+
+/// Nets that are one: ports join those of a module with those outside, and assigns join names.
+class JoinedNets {
+ public:
+  void Resize(std::size_t nets);
+  std::uint32_t Find(std::uint32_t net);
+  /// Constants stay what they are: the smaller number stands for both.
+  void Join(std::uint32_t a, std::uint32_t b);
+
+ private:
+  std::vector<std::uint32_t> outer_;
+};
+
+/// Which bit of a dump a net is: variableId and bit.
+struct DumpBit {
+  std::uint32_t variableId = 0;
+  std::uint32_t bit = 0;
+};
+
+/// The variables of a dump below one scope by their names, as netlists may write them: parts of a
+/// path may be scopes of their own or one name with dots or slashes, as flattening makes them.
+class DumpNames {
+ public:
+  DumpNames(const Declarations& declarations, std::uint32_t scope);
+
+  /// The bit of that index, or without one. Several variables of the name: the first that has it.
+  std::optional<DumpBit> Find(const std::string& path, std::optional<std::int64_t> index) const;
+  bool Has(const std::string& path) const { return first_.count(path) != 0; }
+
+ private:
+  const Declarations& declarations_;
+  std::unordered_map<std::string, std::uint32_t> first_;  // by path without a bit's index
+  std::vector<std::uint32_t> next_;                       // by variable: the next of the same path
+};
+
+struct PinOptions {
+  std::string top;                     // the module; empty where the netlist says which
+  std::optional<std::uint32_t> scope;  // of the dump that the top module is; found if not given
+};
+
+/// One pin of a cell, or one bit of a wider one.
+struct CellPin {
+  std::uint32_t instance;
+  std::uint32_t cell;                 // in the instance's module
+  std::string name;                   // "A", "D[3]"
+  std::optional<BitFigures> figures;  // nothing where the dump does not hold its net
+};
+
+class NetlistPins {
+ public:
+  /// Netlist and result have to outlive it. Throws Failure with Unusable for a netlist that cannot
+  /// be, or where it is not clear which module or scope is meant; with NothingMatched where no
+  /// scope of the dump looks like the design.
+  NetlistPins(const Netlist& netlist, const ActivityResult& result, const PinOptions& options);
+
+  std::uint64_t pins() const { return pins_; }
+  std::uint64_t reached() const { return reached_; }
+  /// The share of pins that have figures; 100 where there is no pin.
+  double ReachedPercent() const;
+  std::uint32_t scope() const { return scope_; }
+  const std::string& top() const { return netlist_.texts[instances_.front().module->name]; }
+
+  /// Calls `visit(const CellPin&)` for every pin that is connected, in the netlist's order: an
+  /// instance's own cells, then the instances in it.
+  template <class Visit>
+  void ForEachPin(Visit visit) const {
+    for (std::uint32_t instance = 0; instance < instances_.size(); ++instance) {
+      const NetlistModule& module = *instances_[instance].module;
+      for (std::uint32_t cell = 0; cell < module.cells.size(); ++cell) {
+        if (netlist_.InnerModule(module.cells[cell]) == nullptr) VisitCell(instance, cell, visit);
+      }
+    }
+  }
+  /// Adds the path from the design's top, "fifo/_07_", to a text.
+  void AppendCellPath(std::uint32_t instance, std::uint32_t cell, std::string& path) const;
+  void AppendCellPath(const CellPin& pin, std::string& path) const {
+    AppendCellPath(pin.instance, pin.cell, path);
+  }
+  const std::string& CellName(const CellPin& pin) const {
+    return netlist_.texts[instances_[pin.instance].module->cells[pin.cell].name];
+  }
+  /// The instance's name, and the instance that it is in; the first is in itself.
+  const std::string& InstanceName(std::uint32_t instance) const {
+    return netlist_.texts[instances_[instance].name];
+  }
+  std::uint32_t OuterInstance(std::uint32_t instance) const { return instances_[instance].outer; }
+  std::size_t instances() const { return instances_.size(); }
+  /// The name of a cell's pin, `place` counting its pins as ForEachPin comes to them.
+  std::string PinNameAt(std::uint32_t instance, std::uint32_t cell, std::uint32_t place) const;
+
+ private:
+  struct Instance {
+    const NetlistModule* module;
+    std::uint32_t name;
+    std::uint32_t outer;
+    std::uint32_t firstNet;  // all nets of the design have numbers in a row
+  };
+
+  std::uint32_t NetOf(const Instance& instance, NetId net) const {
+    return net < kFirstNet ? net : instance.firstNet + (net - kFirstNet);
+  }
+  const NetlistModule& TopModule(const std::string& wanted) const;
+  void CheckSize(const NetlistModule& top) const;
+  std::uint32_t ScopeOf(const NetlistModule& top) const;
+  void Elaborate(const NetlistModule& top);
+  void Connect(JoinedNets& joined, const Instance& outer, const NetlistCell& cell,
+               const Instance& inner) const;
+  void FindFigures();
+  void FindBus(const DumpNames& names, const std::string& prefix, const Instance& instance,
+               const NetlistBus& bus);
+  std::optional<BitFigures> FiguresOf(std::uint32_t net) const;
+  std::string PinName(const NetlistCell& cell, const NetlistBus& pin, std::uint32_t bit) const;
+
+  template <class Visit>
+  void VisitCell(std::uint32_t instance, std::uint32_t cell, Visit& visit) const {
+    const NetlistModule& module = *instances_[instance].module;
+    const NetlistCell& visited = module.cells[cell];
+    for (std::uint32_t i = 0; i < visited.pins; ++i) {
+      const NetlistBus& pin = module.pins[visited.firstPin + i];
+      for (std::uint32_t bit = pin.width; bit-- > 0;) {
+        const std::uint32_t net = NetOf(instances_[instance], module.bits[pin.firstBit + bit]);
+        visit(CellPin{instance, cell, PinName(visited, pin, bit), FiguresOf(net)});
+      }
+    }
+  }
+
+  const Netlist& netlist_;
+  const ActivityResult& result_;
+  std::uint32_t scope_ = 0;
+  std::vector<Instance> instances_;  // each before those in it, and those of one together
+  std::vector<std::uint32_t> nets_;  // by net, the number of the joined one
+  std::vector<std::optional<DumpBit>> dumpBits_;  // by joined net
+  std::uint64_t pins_ = 0;
+  std::uint64_t reached_ = 0;
+};
+
+/// One instance a cell, in it its pins that were reached as nets, below the instances of modules.
+SaifReport WritePinSaif(const NetlistPins& pins, const ActivityResult& result,
+                        const SaifOptions& options, std::ostream& out, std::ostream* unwritten);
+void WritePinTcl(const NetlistPins& pins, const ActivityResult& result, const TclRates& rates,
+                 std::ostream& out);
+/// Rows of "path,t0,t1,tx,tz,tc,ig", the path being "fifo/_07_/A".
+void WritePinCsv(const NetlistPins& pins, std::ostream& out);
+/// The paths of the pins that were not reached, each on a line.
+void WriteUnreached(const NetlistPins& pins, std::ostream& out);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_EXPORT_NETLIST_PINS_H_

@@ -1,0 +1,126 @@
+// Pins of equal figures go into one command: most nets of a design share theirs with many others,
+// and a tool reads one long list much faster than as many commands.
+#include "export/tcl_writer.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "text/failure.h"
+#include "vcd/bit_names.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{1} << 16;  // characters written at once
+
+void Flush(std::string& text, std::ostream& out) {
+  out.write(text.data(), static_cast<std::streamsize>(text.size()));
+  text.clear();
+}
+
+/// Adds the names of the scopes from the one at `from` down to `scope`, each with a slash after it.
+void AppendScopes(const Declarations& declarations, std::uint32_t scope, std::uint32_t from,
+                  std::string& path) {
+  std::vector<std::uint32_t> way;
+  for (; scope != from && scope != Declarations::kDump; scope = declarations.scopes[scope].parent) {
+    way.push_back(scope);
+  }
+  for (auto step = way.rbegin(); step != way.rend(); ++step) {
+    const std::string_view name = declarations.scopes[*step].name;
+    path += name.substr(name.front() == '\\' ? 1 : 0);
+    path += '/';
+  }
+}
+
+std::vector<bool> ScopesIn(const Declarations& declarations, std::uint32_t scope) {
+  std::vector<bool> inside(declarations.scopes.size());
+  inside[scope] = true;
+  for (std::size_t i = scope + std::size_t{1}; i < inside.size(); ++i) {
+    inside[i] = inside[declarations.scopes[i].parent];
+  }
+  return inside;
+}
+
+}  // namespace
+
+std::string TclElement(std::string_view name) {
+  std::string element;
+  for (const char c : name) {
+    const bool opensWord = element.empty() && c == '"';
+    const bool isSpecial = c == '\\' || c == '{' || c == '}';
+    if (opensWord || isSpecial) element += '\\';
+    element += c;
+  }
+  return element.empty() ? "{}" : element;
+}
+
+TclActivity::TclActivity(const ActivityResult& result, const TclRates& rates)
+    : rates_(rates), observed_(static_cast<double>(result.observedTicks)) {
+  if (result.observedTicks == 0) {
+    throw Failure(FailureKind::Unusable, "no time was observed, so there are no rates");
+  }
+  if (!result.tick) {
+    throw Failure(FailureKind::Unusable, "the dump has no time scale, so there are no rates");
+  }
+  periods_ = observed_ * static_cast<double>(*result.tick) / static_cast<double>(rates.period) *
+             static_cast<double>(rates.scaleNumerator) /
+             static_cast<double>(rates.scaleDenominator);
+}
+
+void TclActivity::Write(
+    std::ostream& out,
+    const std::function<void(std::uint64_t pin, std::string& path)>& appendPath) {
+  std::stable_sort(pins_.begin(), pins_.end(), [](const Pin& a, const Pin& b) {
+    return std::tie(b.toggles, b.ticksAtOne) < std::tie(a.toggles, a.ticksAtOne);
+  });
+  const std::string period = rates_.clock.empty()
+                                 ? rates_.periodText
+                                 : "cycle of " + rates_.clock + ", " + rates_.periodText;
+  std::string text = "# kesncd " + rates_.version + ": exact activity of a simulation.\n";
+  text += "# -activity is toggles per " + period + "; -duty is the share of time at 1.\n";
+  std::string path;
+  for (std::size_t i = 0; i < pins_.size(); ++i) {
+    const Pin& pin = pins_[i];
+    const auto differs = [&pin](const Pin& other) {
+      return other.toggles != pin.toggles || other.ticksAtOne != pin.ticksAtOne;
+    };
+    if (i == 0 || differs(pins_[i - 1])) text += "set_power_activity -pins [get_pins {\n";
+    path.clear();
+    appendPath(pin.pin, path);
+    text += "  " + TclElement(path) + '\n';
+    if (i + 1 == pins_.size() || differs(pins_[i + 1])) {
+      text += "}] -activity " + ShortestText(static_cast<double>(pin.toggles) / periods_);
+      text += " -duty " + ShortestText(static_cast<double>(pin.ticksAtOne) / observed_) + '\n';
+    }
+    if (text.size() >= kBlock) Flush(text, out);
+  }
+  Flush(text, out);
+}
+
+void WriteTcl(const ActivityResult& result, const TclOptions& options, std::ostream& out) {
+  const Declarations& declarations = result.declarations;
+  const std::vector<bool> inside = ScopesIn(declarations, options.scope);
+  TclActivity activity(result, options.rates);
+  std::uint64_t bits = 0;
+  for (std::uint32_t id = 0; id < declarations.variables.size(); ++id) {
+    const DumpVariable& variable = declarations.variables[id];
+    const bool isKept = options.kept.empty() || options.kept[id];
+    if (!isKept || !inside[variable.scope] || !TypeHasBits(declarations.TypeOf(variable))) continue;
+    const std::span<const BitFigures> figures = result.BitsOf(variable.codeId);
+    for (std::uint32_t bit = variable.width; bit-- > 0; ++bits) {
+      activity.Add(figures[bit], (std::uint64_t{id} << 32) | bit);
+    }
+  }
+  if (bits == 0) throw Failure(FailureKind::NothingMatched, "there is no bit to write");
+  const std::uint32_t from = options.stripsWay ? options.scope : Declarations::kDump;
+  activity.Write(out, [&](std::uint64_t pin, std::string& path) {
+    const DumpVariable& variable = declarations.variables[pin >> 32];
+    AppendScopes(declarations, variable.scope, from, path);
+    const std::size_t start = path.size();
+    BitNames(variable).AppendName(static_cast<std::uint32_t>(pin), path);
+    if (path[start] == '\\') path.erase(start, 1);
+  });
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,97 @@
+// Rows into records, and frequencies into records.
+#include "kesncd/model/power_records.h"
+
+#include <utility>
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr double kUnknown = -1.0;
+
+/// The net in the top module goes before the port.
+void FillPorts(KesComp& component, RecordLookup& lookup) {
+  for (KesPort& port : component.outPorts) {
+    lookup.FindPort(component.name, port.portName, port.freq);
+    lookup.FindTop(port.netName, port.freq);
+  }
+}
+
+/// Mean over the components, `defaultFreq` for unknown ones; unknown when all of them are.
+double MeanOf(const std::vector<KesComp>& components, double defaultFreq) {
+  bool anyKnown = false;
+  double sum = 0.0;
+  for (const KesComp& component : components) {
+    const bool known = !(component.freq < 0.0);
+    anyKnown = anyKnown || known;
+    sum += known ? component.freq : defaultFreq;
+  }
+  return anyKnown ? sum / static_cast<double>(components.size()) : kUnknown;
+}
+
+}  // namespace
+
+void RecordBuilder::TakeRow(const std::string& kind, const std::string& first,
+                            const std::string& second) {
+  if (kind == "SIGNAL") {
+    OpenSignal(first);
+  } else if (kind == "INPUT") {
+    OpenComponent(Component::Input, first, second);
+  } else if (kind == "OUTPUT") {
+    OpenComponent(Component::Output, first, second);
+  } else if (kind == "OUTPORT") {
+    component_.outPorts.push_back({first, second, kUnknown});
+  }
+}
+
+std::vector<KesSigFreq> RecordBuilder::Finish() {
+  if (CloseComponent()) records_.push_back(std::move(signal_));
+  return std::move(records_);
+}
+
+void RecordBuilder::OpenSignal(const std::string& name) {
+  CloseComponent();
+  if (signalIsOpen_) records_.push_back(std::move(signal_));
+  signal_ = {name, {}, {}, kUnknown};
+  signalIsOpen_ = true;
+}
+
+void RecordBuilder::OpenComponent(Component kind, const std::string& name,
+                                  const std::string& type) {
+  CloseComponent();
+  component_ = {name, type, {}, kUnknown};
+  open_ = kind;
+}
+
+/// Hangs the open component on the signal; false when there is none.
+bool RecordBuilder::CloseComponent() {
+  switch (open_) {
+    case Component::None:
+      return false;
+    case Component::Input:
+      signal_.inputs.push_back(std::move(component_));
+      break;
+    case Component::Output:
+      signal_.outputs.push_back(std::move(component_));
+      break;
+  }
+  open_ = Component::None;
+  return true;
+}
+
+void FillRecord(KesSigFreq& signal, RecordLookup& lookup, double defaultFreq) {
+  for (KesComp& input : signal.inputs) {
+    // A slice that drives the signal says nothing of it under its own name.
+    if (input.type != "FSLICE" && input.type != "SLICE") lookup.FindTop(input.name, input.freq);
+    FillPorts(input, lookup);
+  }
+  for (KesComp& output : signal.outputs) {
+    lookup.FindTop(output.name, output.freq);
+    FillPorts(output, lookup);
+  }
+  if (!lookup.FindTop(signal.name, signal.freq)) {
+    signal.freq = MeanOf(signal.inputs, defaultFreq);
+  }
+}
+
+}  // namespace orsa::kesncd
