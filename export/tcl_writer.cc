@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "text/failure.h"
+#include "text/number.h"
 #include "vcd/bit_names.h"
 
 namespace orsa::kesncd {

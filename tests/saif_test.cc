@@ -13,7 +13,7 @@
 #include "export/saif_writer.h"
 #include "export/tcl_writer.h"
 #include "export/yosys.h"
-#include "tests/text_stream.h"
+#include "tests/support/text_stream.h"
 #include "text/failure.h"
 #include "text/file.h"
 
