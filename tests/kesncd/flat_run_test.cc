@@ -46,8 +46,7 @@ std::string RunsOf(const std::string& dump) {
 }
 
 TEST_F(FlatRun, AndTheTreeRunReadTheCases) {
-  const std::string cases = CasesOf("kesncd");
-  ExpectCases(cases, cases, RunsOf);
+  ExpectCases(CasesOf("kesncd"), "kesncd", RunsOf);
 }
 
 TEST_F(FlatRun, ReportsFailuresAndKeepsTheMap) {
