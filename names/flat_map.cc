@@ -126,8 +126,7 @@ FlatMap::FlatMap(const Declarations& declarations, std::uint32_t scope,
       entries_.push_back(std::move(entry));
       continue;
     }
-    if (!entry.isRange) continue;
-    for (const std::int64_t number : selection.NumbersIn(entry.base, entry.low, entry.high)) {
+    for (const std::int64_t number : numbers) {
       entries_.push_back({entry.base, true, true, number, number, variable});
     }
   }
