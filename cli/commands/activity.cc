@@ -72,9 +72,14 @@ ExactRun Count(const ExactOptions& options) {
   counting.dump = run.dump;
   counting.window = options.window;
   counting.mostBits = MostBitsInMemory();
+  ClockCheck clocks(options.clock);
+  counting.watch = [&](const Declarations& declarations) {
+    return clocks.FindIn(declarations, run.dump);
+  };
   run.result = CountActivity(*dump.bytes, counting);
   dump.bytes.reset();  // and with it the line that shows how far it was read
   for (const std::string& remark : RemarksOn(run.result)) Remark(run.dump, remark);
+  run.scale = clocks.ScaleOf(run.result, run.dump);
   return run;
 }
 
@@ -83,9 +88,6 @@ ExitStatus Run(const ExactOptions& options) {
   ExactRun run = Count(options);
   if (!options.scope.empty()) {
     run.scope = OnlyScope(run.dump, run.result.declarations, options.scope);
-  }
-  if (!options.clock.clock.empty()) {
-    run.scale = ScaleTo(DesignClockOf(options.clock.clock), run.result, run.dump);
   }
   if (!options.netlist.empty()) return WritePins(run, options);
   return options.HasRows() ? WriteExactRows(run, options) : WriteExactFile(run, options);

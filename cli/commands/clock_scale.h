@@ -1,4 +1,4 @@
-// The design's clock against the dump's. Test benches often run a clock at another period than the
+// The design's clocks against the dump's. Test benches often run a clock at another period than the
 // design will have; every rate of the dump is off by the same factor then.
 #ifndef KESNCD_CLI_COMMANDS_CLOCK_SCALE_H_
 #define KESNCD_CLI_COMMANDS_CLOCK_SCALE_H_
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "activity/activity_result.h"
+#include "cli/input/sdc_clocks.h"
 
 namespace orsa::kesncd::cli {
 
@@ -16,12 +17,8 @@ struct ClockOptions {
   std::string sdc;    // file of constraints
 };
 
-/// A clock and its period in the design.
-struct DesignClock {
-  std::string name;
-  std::uint64_t period = 0;  // femtoseconds
-  std::string periodText;
-};
+/// The clock that "clk=2ns" says. Throws Failure with Unusable.
+DesignClock DesignClockOf(const std::string& text);
 
 /// By how much times of the dump are to be stretched.
 struct ClockScale {
@@ -34,13 +31,36 @@ struct ClockScale {
   }
 };
 
-/// The clock that "clk=2ns" says. Throws Failure with Unusable.
-DesignClock DesignClockOf(const std::string& text);
+/// Calling order: construct, FindIn once the dump's declarations are known, ScaleOf once its
+/// activity is.
+class ClockCheck {
+ public:
+  /// Reads the constraints. Throws Failure with Unusable.
+  explicit ClockCheck(const ClockOptions& options);
 
-/// The factor between the clock's period in the dump and in the design; says it. Throws Failure
-/// with NothingMatched where no signal, or more than one, is called so or it does not run, with
-/// Unusable where it is no clock.
-ClockScale ScaleTo(const DesignClock& clock, const ActivityResult& result, const std::string& dump);
+  /// The identifier codes of the clocks, to be watched. Throws Failure with NothingMatched where no
+  /// signal, or more than one, is called as the clock to scale to is, and with Unusable where that
+  /// has more bits than one; says it of clocks of the constraints.
+  std::vector<std::uint32_t> FindIn(const Declarations& declarations, const std::string& dump);
+
+  /// The factor that was asked for, which is said. Names each clock of the constraints that still
+  /// runs at another period. Throws Failure with NothingMatched where the clock does not run.
+  ClockScale ScaleOf(const ActivityResult& result, const std::string& dump) const;
+
+ private:
+  struct Found {
+    DesignClock clock;
+    std::size_t watched;
+  };
+
+  void Compare(const Found& found, const ClockScale& scale, const ActivityResult& result,
+               const std::string& dump) const;
+
+  bool scales_ = false;              // to the first clock
+  std::vector<DesignClock> clocks_;  // of the design
+  std::string sdc_;
+  std::vector<Found> found_;
+};
 
 }  // namespace orsa::kesncd::cli
 
