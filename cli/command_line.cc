@@ -25,6 +25,7 @@ CommandLine MakeCommandLine() {
   CommandLine line{Command("kesncd", kHelp), {}};
   line.program.AddAnswered("-h,--help", "print this help");
   line.program.AddAnswered("--version", "print the version");
+  AddActivityCommand(line);
   AddFlatCommand(line);
   AddTopCommand(line);
   AddTreeCommand(line);

@@ -27,6 +27,10 @@ void AddOutputOptions(Command& command, OutputOptions& options) {
   command.AddChoice("--format",
                     {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}},
                     options.format, "how the result is written");
+  AddLookOptions(command, options);
+}
+
+void AddLookOptions(Command& command, OutputOptions& options) {
   command.AddCount("--digits", "N", {1, 17}, options.look.digits, "significant digits in a table")
       .Initially(std::to_string(options.look.digits));
   command.AddFlag("--wide", options.look.isWide, "show long names whole in a table");

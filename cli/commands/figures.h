@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "activity/host_run.h"
+#include "cli/commands/scope_choice.h"
 #include "cli/input/dump_input.h"
 #include "export/result_writer.h"
 #include "kesncd/kesncd.h"
@@ -50,9 +51,6 @@ std::string ScopeName(const Declarations& declarations, std::uint32_t scope);
 
 /// The facts that results begin with.
 Facts RunFacts(const Figures& figures, const std::string& top);
-
-/// The first of many names for a message, and how many more there are.
-std::string ShortList(const std::vector<std::string>& names);
 
 }  // namespace orsa::kesncd::cli
 
