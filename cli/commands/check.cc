@@ -25,17 +25,6 @@ constexpr char kHelp[] =
 
 constexpr double kFemtosecondsPerNanosecond = 1e6;
 
-/// The modules that a flat run can take, in the order of the dump.
-std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
-  std::vector<std::string> modules;
-  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
-    const DumpScope& scope = declarations.scopes[i];
-    if (scope.kind != "module" || scope.variables.empty()) continue;
-    modules.push_back(declarations.PathOf(i));
-  }
-  return modules;
-}
-
 std::string Counted(std::uint64_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }

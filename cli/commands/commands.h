@@ -12,6 +12,7 @@
 
 namespace orsa::kesncd::cli {
 
+void AddLookCommand(CommandLine& line);
 void AddFlatCommand(CommandLine& line);
 void AddTopCommand(CommandLine& line);
 void AddTreeCommand(CommandLine& line);
