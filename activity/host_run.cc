@@ -1,6 +1,7 @@
 // Counting by the rule of hosts: a taker for the body, and what is said about it.
 #include "activity/host_run.h"
 
+#include <cmath>
 #include <cstring>
 
 #include "free_format/body_reader.h"
@@ -112,8 +113,8 @@ class HostCounter {
 
 /// "12.5" for a share of the span.
 std::string PercentText(std::uint64_t part, std::uint64_t whole) {
-  const double tenths = 1000.0 * static_cast<double>(part) / static_cast<double>(whole);
-  const auto rounded = static_cast<std::uint64_t>(tenths + 0.5);
+  const std::int64_t rounded =
+      std::llround(1000.0 * static_cast<double>(part) / static_cast<double>(whole));
   return std::to_string(rounded / 10) + "." + std::to_string(rounded % 10);
 }
 

@@ -25,17 +25,6 @@ constexpr char kHelp[] =
 
 constexpr double kFemtosecondsPerNanosecond = 1e6;
 
-/// The modules that a flat run can take, in the order of the dump.
-std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
-  std::vector<std::string> modules;
-  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
-    const DumpScope& scope = declarations.scopes[i];
-    if (scope.kind != "module" || scope.variables.empty()) continue;
-    modules.push_back(declarations.PathOf(i));
-  }
-  return modules;
-}
-
 std::string Counted(std::uint64_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
@@ -59,7 +48,7 @@ Facts FactsOf(const std::string& dump, const Declarations& declarations, const B
           {"start_tick", static_cast<double>(body.firstTick)},
           {"end_tick", static_cast<double>(body.lastTick)},
           {"span_ns", span},
-          {"signals", static_cast<std::int64_t>(declarations.variables.size())},
+          {"signal_count", static_cast<std::int64_t>(declarations.variables.size())},
           {"changes", static_cast<std::int64_t>(body.changes)},
           {"unknown_changes", static_cast<std::int64_t>(body.unknown)},
           {"top", NameOfTop(declarations)}};

@@ -150,6 +150,16 @@ std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
   return chosen;
 }
 
+std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
+  std::vector<std::string> modules;
+  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
+    const DumpScope& scope = declarations.scopes[i];
+    if (scope.kind != "module" || scope.variables.empty()) continue;
+    modules.push_back(declarations.PathOf(i));
+  }
+  return modules;
+}
+
 Facts RunFacts(const Figures& figures, const std::string& top) {
   const HostRun& run = figures.run;
   return {{"dump", figures.dump},

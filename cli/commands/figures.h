@@ -49,6 +49,9 @@ std::uint32_t ChosenScope(const Figures& figures, const std::string& text);
 /// What messages call a scope.
 std::string ScopeName(const Declarations& declarations, std::uint32_t scope);
 
+/// The modules that a flat run can take, in the order of the dump.
+std::vector<std::string> ModulesWithVariables(const Declarations& declarations);
+
 /// The facts that results begin with.
 Facts RunFacts(const Figures& figures, const std::string& top);
 
