@@ -20,6 +20,9 @@ namespace {
 bool IsHarmless(FindingKind kind) {
   static constexpr FindingKind kHarmless[] = {
       FindingKind::NoTimescale,      FindingKind::NoSpan,
+      FindingKind::DumpingOff,       FindingKind::OpenEnd,
+      FindingKind::StaysUnknown,     FindingKind::TurnsUnknown,
+      FindingKind::UnknownBits,      FindingKind::NotHandled,
       FindingKind::Backward,         FindingKind::EmptyTop,
       FindingKind::BeforeFirstStamp, FindingKind::Unknown,
       FindingKind::Undeclared,       FindingKind::Late,

@@ -125,7 +125,7 @@ void SayWhichOf(const Figures& figures, const std::vector<std::uint32_t>& scopes
 Cell Figures::Frequency(std::uint32_t changes) const {
   if (!isAsIs && !run.whyUnknown.empty()) return {};
   const double frequency =
-      ToggleFrequency(static_cast<int>(changes), run.SpanTicks(), run.nsPerTick.value_or(0));
+      ToggleFrequency(static_cast<int>(changes), run.spanTicks, run.nsPerTick.value_or(0));
   if (!std::isfinite(frequency) || (!isAsIs && frequency < 0)) return {};
   return frequency;
 }
@@ -136,6 +136,7 @@ Figures FiguresOfTree(const std::string& dump, const VmodHier& root) {
   figures.run.nsPerTick = orsa::kesncd::timeScale;
   figures.run.firstTick = orsa::kesncd::startCycle;
   figures.run.lastTick = orsa::kesncd::endCycle;
+  figures.run.spanTicks = orsa::kesncd::endCycle - orsa::kesncd::startCycle;
   return figures;
 }
 

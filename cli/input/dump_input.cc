@@ -1,6 +1,11 @@
 // Opening dumps, and passing them on to the library.
 #include "cli/input/dump_input.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <utility>
@@ -47,6 +52,44 @@ class KeptSource : public ByteSource {
   std::string kept_;
 };
 
+/// Figures are those of what was there, so the user has to know that it was not the whole dump.
+void SayChange(const std::string& name, FileChange change) {
+  if (change == FileChange::Shrank) {
+    Remark(name, "it became shorter while it was read: only a part of it was seen");
+  } else if (change == FileChange::Changed) {
+    Remark(name, "it changed while it was read and may still grow: what came later is not seen");
+  }
+}
+
+/// Looks at the end whether a file is still what was opened.
+class WatchedSource : public ByteSource {
+ public:
+  WatchedSource(std::unique_ptr<FileSource> file, std::string name)
+      : file_(std::move(file)), name_(std::move(name)) {}
+
+  std::size_t Read(char* to, std::size_t most) override {
+    const std::size_t got = file_->Read(to, most);
+    if (got == 0 && most > 0 && *change_ == FileChange::None) {
+      *change_ = file_->Change();
+      SayChange(name_, *change_);
+    }
+    return got;
+  }
+  std::shared_ptr<const FileChange> change() const { return change_; }
+
+ private:
+  const std::unique_ptr<FileSource> file_;
+  const std::string name_;
+  const std::shared_ptr<FileChange> change_ = std::make_shared<FileChange>(FileChange::None);
+};
+
+/// Opening a path once more costs a descriptor, and the library does not say why it could not.
+void CheckCanOpen(const std::string& path, const std::string& name) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) throw Failure(FailureKind::Unusable, name + ": " + std::strerror(errno));
+  (void)close(file);
+}
+
 }  // namespace
 
 std::string NameOf(const InputOptions& options) {
@@ -60,11 +103,15 @@ UnpackedSource OpenDump(const InputOptions& options) {
   }
   auto file = std::make_unique<FileSource>(options.dump);
   const std::uint64_t size = file->size();
-  std::unique_ptr<ByteSource> bytes = std::move(file);
+  auto watched = std::make_unique<WatchedSource>(std::move(file), NameOf(options));
+  std::shared_ptr<const FileChange> change = watched->change();
+  std::unique_ptr<ByteSource> bytes = std::move(watched);
   if (ShowsProgress(options)) {
     bytes = std::make_unique<ShownSource>(std::move(bytes), NameOf(options), size);
   }
-  return Unpack(std::move(bytes), NameOf(options));
+  UnpackedSource dump = Unpack(std::move(bytes), NameOf(options));
+  dump.change = std::move(change);
+  return dump;
 }
 
 DumpInput::DumpInput(const InputOptions& options, Passing passing)
@@ -118,12 +165,16 @@ bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run
   const FileSource file(options_.dump);
   std::optional<ReadingWatch> watch;
   if (ShowsProgress(options_)) watch.emplace(name_, file.size());
-  return run(file.SecondPath());
+  CheckCanOpen(file.SecondPath(), name_);
+  const bool outcome = run(file.SecondPath());
+  SayChange(name_, file.Change());
+  return outcome;
 }
 
 bool DumpInput::Read(const std::function<bool(const std::string& path)>& run) {
   if (passing_ == Passing::AsIs && IsPlainFile()) return ReadFile(run);
   DumpFeed feed([this](ByteSink& to) { Pass(to); });
+  CheckCanOpen(feed.path(), name_);
   const bool outcome = run(feed.path());
   feed.Finish();
   bytes_.reset();
