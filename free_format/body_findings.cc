@@ -130,6 +130,11 @@ class BodyCheck {
     findings.Add(FindingKind::NoSpan, facts_.firstTick == facts_.lastTick, 0, "");
     const bool isMisread = readFirst_ != static_cast<double>(facts_.firstTick) ||
                            readLast_ != static_cast<double>(facts_.lastTick);
+    const double hostSpan =
+        static_cast<double>(facts_.lastTick) - static_cast<double>(facts_.firstTick);
+    findings.Add(FindingKind::HugeStamps,
+                 hostSpan != static_cast<double>(facts_.lastTick - facts_.firstTick), lastLine_,
+                 StampText(facts_.lastTick));
     findings.Add(FindingKind::MisreadSpan, isMisread && !sharedStamps_, lastLine_,
                  TickText(readFirst_) + " to " + TickText(readLast_));
   }
@@ -218,12 +223,20 @@ class BodyCheck {
   /// The variables whose code's counts meet a condition.
   template <class Meets>
   Tally Signals(Meets meets) const {
+    std::vector<bool> hasBits;
+    for (const std::string& type : declarations_.types) hasBits.push_back(HasBits(type));
     Tally signals;
     for (const DumpVariable& variable : declarations_.variables) {
-      if (!meets(counts_[variable.codeId])) continue;
+      if (!hasBits[variable.typeId] || !meets(counts_[variable.codeId])) continue;
       signals.Add(variable.line, signals ? "" : declarations_.ShortPathOf(variable));
     }
     return signals;
+  }
+
+  static bool HasBits(const std::string& type) {
+    static constexpr std::string_view kOthers[] = {"real", "realtime", "string", "event",
+                                                   "parameter"};
+    return std::find(std::begin(kOthers), std::end(kOthers), type) == std::end(kOthers);
   }
 
   static bool IsOftenUnknown(const Counts& counts) {
@@ -234,8 +247,9 @@ class BodyCheck {
   /// What values say of the simulation.
   void ReportValues(Findings& findings) const {
     findings.Add(FindingKind::Unknown, Signals(IsOftenUnknown));
-    findings.Add(FindingKind::StaysUnknown,
-                 Signals([](const Counts& counts) { return counts.isSet && counts.isOnlyX; }));
+    findings.Add(FindingKind::StaysUnknown, Signals([](const Counts& counts) {
+                   return counts.isOnlyX;  // also where it is given no value
+                 }));
     findings.Add(FindingKind::TurnsUnknown,
                  Signals([](const Counts& counts) { return counts.turnsX; }));
     findings.Add(FindingKind::UnknownBits, unknownBits_);

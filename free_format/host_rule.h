@@ -70,7 +70,7 @@ class DumpingTime {
   std::uint64_t offTicks_ = 0;
 };
 
-/// "12.5 % of the span; 3 counted values repeat the value before". The span is more than 0 ticks.
+/// "12.5 % of the span; 3 repeated values counted". The span is more than 0 ticks.
 std::string OffText(const DumpingTime& dumping, std::uint64_t spanTicks, std::uint64_t repeated);
 
 }  // namespace orsa::kesncd

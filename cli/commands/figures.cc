@@ -153,6 +153,21 @@ std::string ScopeName(const Declarations& declarations, std::uint32_t scope) {
   return "/ (variables outside every scope)";
 }
 
+std::string RowPath(const Declarations& declarations, std::uint32_t scope) {
+  constexpr std::size_t kLongest = 1000;
+  constexpr std::size_t kMostScopes = 64;  // more than a design nests
+  std::uint32_t top = scope;
+  std::size_t length = 0;
+  for (std::size_t i = 0; top != Declarations::kDump; ++i) {
+    length += declarations.scopes[top].name.size() + 1;
+    if (i == kMostScopes || length > kLongest) break;
+    top = declarations.scopes[top].parent;
+  }
+  if (top == Declarations::kDump) return declarations.PathBelow(top, scope);
+  if (top != scope) return ".../" + declarations.PathBelow(top, scope);
+  return ".../" + declarations.scopes[scope].name.substr(0, kLongest) + "...";
+}
+
 std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
   const Declarations& declarations = figures.run.declarations;
   if (text.empty()) return OutermostWithVariables(declarations);

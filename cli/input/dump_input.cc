@@ -29,8 +29,9 @@ bool ShowsProgress(const InputOptions& options) {
   return !options.quiet && IsTerminal(kErrors);
 }
 
-// No design's declarations are longer; other files may hold no end of them.
-constexpr std::size_t kMostKept = std::size_t{1} << 30;
+// Of a stream, which cannot be read twice. Few designs' declarations are longer, while a short
+// packed file may hold no end of comments.
+constexpr std::size_t kMostKept = std::size_t{1} << 28;
 
 /// Keeps what is read of a source, so that it can be read again.
 class KeptSource : public ByteSource {
@@ -41,7 +42,8 @@ class KeptSource : public ByteSource {
     const std::size_t got = source_.Read(to, most);
     kept_.append(to, got);
     if (kept_.size() > kMostKept) {
-      throw Failure(FailureKind::Unusable, "the declarations do not end; is it a VCD file?");
+      throw Failure(FailureKind::Unusable,
+                    "the declarations are too long for a stream; give the dump as a file");
     }
     return got;
   }
@@ -123,15 +125,24 @@ DumpInput::DumpInput(const InputOptions& options, Passing passing)
   if (passing == Passing::Prepared) (void)declarations();
 }
 
-/// Reads the dump's beginning, which then is there to be read again.
-void DumpInput::ReadHeader() {
-  KeptSource kept(*bytes_);
+void DumpInput::ReadDeclarationsFrom(ByteSource& bytes) {
   try {
-    DumpWords words(kept);
+    DumpWords words(bytes);
     declarations_ = ReadDeclarations(words, name_);
   } catch (const Failure& failure) {
     headerFailure_ = failure.what();
   }
+}
+
+/// Reads the dump's beginning, which then is there to be read again.
+void DumpInput::ReadHeader() {
+  if (IsRegularFile()) {
+    const UnpackedSource again = Unpack(std::make_unique<FileSource>(options_.dump), name_);
+    ReadDeclarationsFrom(*again.bytes);
+    return;
+  }
+  KeptSource kept(*bytes_);
+  ReadDeclarationsFrom(kept);
   bytes_ = std::make_unique<ResumedSource>(kept.TakeKept(), std::move(bytes_));
 }
 
@@ -154,10 +165,9 @@ void DumpInput::Pass(ByteSink& to) {
 }
 
 /// A file that can be opened twice. Standard input cannot: it may stand behind its file's start.
-bool DumpInput::IsPlainFile() const {
+bool DumpInput::IsRegularFile() const {
   std::error_code ignored;
-  return packing_.empty() && options_.dump != "-" &&
-         std::filesystem::is_regular_file(options_.dump, ignored);
+  return options_.dump != "-" && std::filesystem::is_regular_file(options_.dump, ignored);
 }
 
 bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run) {
@@ -172,7 +182,7 @@ bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run
 }
 
 bool DumpInput::Read(const std::function<bool(const std::string& path)>& run) {
-  if (passing_ == Passing::AsIs && IsPlainFile()) return ReadFile(run);
+  if (passing_ == Passing::AsIs && packing_.empty() && IsRegularFile()) return ReadFile(run);
   DumpFeed feed([this](ByteSink& to) { Pass(to); });
   CheckCanOpen(feed.path(), name_);
   const bool outcome = run(feed.path());
