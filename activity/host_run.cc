@@ -102,8 +102,9 @@ std::string WhyUnknown(const Declarations& declarations, const BodyTime& time) {
 
 }  // namespace
 
-HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window) {
-  DumpWords words(dump);
+HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window,
+                    std::size_t block) {
+  DumpWords words(dump, block, block / 4);
   HostRun run;
   run.declarations = ReadDeclarations(words, name);
   const TickWindow ticks = WindowInTicks(window, run.declarations.tick, name);

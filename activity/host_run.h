@@ -34,8 +34,10 @@ struct HostRun {
 };
 
 /// Reads a whole dump, once. Throws Failure with Unusable for what is no VCD file or declares no
-/// variable, with NothingMatched where nothing lies in the window; messages call the dump `name`.
-HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {});
+/// variable, with NothingMatched where nothing lies in the window; messages call the dump `name`;
+/// so many bytes are read at a time.
+HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {},
+                    std::size_t block = DumpWords::kBlock);
 
 }  // namespace orsa::kesncd
 

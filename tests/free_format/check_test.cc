@@ -68,8 +68,7 @@ std::string AllOf(const std::string& dump) {
 using FreeFormat = FreshState;
 
 TEST_F(FreeFormat, ReadsDumpsAsTheySay) {
-  const std::string cases = CasesOf("free_format");
-  ExpectCases(cases, cases, AllOf);
+  ExpectCases(CasesOf("free_format"), "free_format", AllOf);
 }
 
 TEST(Check, NamesWhatIsNoDump) {
@@ -109,7 +108,7 @@ TEST(Check, NamesWhatIsNoDump) {
 TEST_F(FreeFormat, FindsWhatIsKnownOfRealDumps) {
   const char* const folder = std::getenv("KESNCD_REAL_DUMPS");
   if (folder == nullptr) GTEST_SKIP() << "KESNCD_REAL_DUMPS names no folder of dumps";
-  ExpectCases(folder, CasesOf("real_dumps"), [](const std::string& dump) {
+  ExpectCases(folder, "real_dumps", [](const std::string& dump) {
     try {
       return FindingsOf(dump);
     } catch (const Failure& failure) {
