@@ -53,7 +53,7 @@ class FindRows {
     const char* const status = variables.size() > 1 ? "ambiguous" : "found";
     for (const std::uint32_t index : variables) {
       const DumpVariable& variable = figures_.run.declarations.variables[index];
-      out_.Add({name, figures_.run.declarations.PathOf(variable.scope), variable.name,
+      out_.Add({name, RowPath(figures_.run.declarations, variable.scope), variable.name,
                 figures_.FrequencyOf(variable), std::string(status)});
     }
   }

@@ -139,9 +139,9 @@ UnpackedSource Unpack(std::unique_ptr<ByteSource> source, const std::string& nam
   const bool isGzip = start.starts_with(kGzip);
   const bool isZstd = start == kZstd;
   auto whole = std::make_unique<ResumedSource>(std::move(start), std::move(source));
-  if (isGzip) return {std::make_unique<GzipSource>(std::move(whole), name), "gzip"};
-  if (isZstd) return {std::make_unique<ZstdSource>(std::move(whole), name), "zstd"};
-  return {std::move(whole), ""};
+  if (isGzip) return {std::make_unique<GzipSource>(std::move(whole), name), "gzip", {}};
+  if (isZstd) return {std::make_unique<ZstdSource>(std::move(whole), name), "zstd", {}};
+  return {std::move(whole), "", {}};
 }
 
 }  // namespace orsa::kesncd::cli
