@@ -207,7 +207,7 @@ void VectorCounter::MoveLevels(Vector& vector, std::size_t index, const ValueWor
 
 /// Counts toggles and glitches, and notes known values; `figures` are those of the word's bits.
 void VectorCounter::Learn(Word& word, const ValueWord& value, std::uint64_t lanes,
-                          BitFigures* figures) {
+                          BitFigures* figures) const {
   const std::uint64_t arrived = ~value.unknown & lanes;
   const std::uint64_t fresh = arrived & ~word.hasKnown;
   word.first = Mix(fresh, value.high, word.first);
@@ -225,7 +225,7 @@ void VectorCounter::Learn(Word& word, const ValueWord& value, std::uint64_t lane
 }
 
 /// Takes back what Learn did in this step.
-void VectorCounter::Unlearn(Word& word, BitFigures* figures) {
+void VectorCounter::Unlearn(Word& word, BitFigures* figures) const {
   if (step_.counts) {
     const std::uint64_t differs = word.known ^ word.knew;
     const std::uint64_t back = word.hadKnown & ~differs & word.wasTouched & ~word.now.unknown;

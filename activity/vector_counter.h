@@ -37,18 +37,18 @@ class VectorCounter {
   std::uint32_t Width(std::uint32_t vector) const { return vectors_[vector].width; }
 
   /// The first value in a stretch. `figures` are those of all bits, here and below.
-  void Begin(std::uint32_t vector, const ValueWord* value, BitFigures* figures);
+  void Begin(std::uint32_t number, const ValueWord* value, BitFigures* figures);
   /// The first value in a step, if it differs from the one before; false where it does not.
-  bool Change(std::uint32_t vector, const ValueWord* value, BitFigures* figures);
+  bool Change(std::uint32_t number, const ValueWord* value, BitFigures* figures);
   /// Another value in the step of the last one, which is as if it had not been.
-  void Correct(std::uint32_t vector, const ValueWord* value, BitFigures* figures);
+  void Correct(std::uint32_t number, const ValueWord* value, BitFigures* figures);
 
   /// Adds a time to that of every bit's level: with the time of the stretch's end, the levels end.
-  void AddToLevels(std::uint32_t vector, std::uint64_t ticks, BitFigures* figures);
+  void AddToLevels(std::uint32_t number, std::uint64_t ticks, BitFigures* figures);
   /// Writes the edges of the vector's bits, after all that is counted went into the figures.
-  void Leave(std::uint32_t vector, BitFigures* figures, BitEdge* edges);
+  void Leave(std::uint32_t number, BitFigures* figures, BitEdge* edges);
   /// The edges that the bits had before the step of the last value.
-  std::vector<BitEdge> EdgesBefore(std::uint32_t vector) const;
+  std::vector<BitEdge> EdgesBefore(std::uint32_t number) const;
 
  private:
   /// 64 bits; see BitEdge for what is kept of each.
@@ -86,11 +86,11 @@ class VectorCounter {
   void Flush(Vector& vector, BitFigures* figures);
   void FlushWord(const Word& word, Small* small, std::uint32_t width, std::uint64_t base,
                  BitFigures* figures);
-  void MoveLevels(Vector& vector, std::size_t word, const ValueWord& value, BitFigures* figures);
+  void MoveLevels(Vector& vector, std::size_t index, const ValueWord& value, BitFigures* figures);
   void Toggle(Vector& vector, std::size_t word, std::uint64_t toggles, bool counts,
               BitFigures* figures);
-  void Learn(Word& word, const ValueWord& value, std::uint64_t lanes, BitFigures* figures);
-  void Unlearn(Word& word, BitFigures* figures);
+  void Learn(Word& word, const ValueWord& value, std::uint64_t lanes, BitFigures* figures) const;
+  void Unlearn(Word& word, BitFigures* figures) const;
 
   const CountedStep& step_;
   std::vector<Vector> vectors_;

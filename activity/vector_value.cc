@@ -17,8 +17,8 @@ constexpr std::size_t kWordBits = 64;
 /// Adds a value's character at its place.
 void AddBit(ValueWord& word, std::size_t place, char c) {
   const char value = In(kBitValues, c);
-  word.high |= std::uint64_t{value == '1' || value == 'z'} << place;
-  word.unknown |= std::uint64_t{value == 'x' || value == 'z'} << place;
+  word.high |= static_cast<std::uint64_t>(value == '1' || value == 'z') << place;
+  word.unknown |= static_cast<std::uint64_t>(value == 'x' || value == 'z') << place;
 }
 
 /// Up to 64 characters, the last one in the lowest place.
