@@ -2,6 +2,7 @@
 #include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <variant>
 
 #include "export/result_writer.h"
 #include "text/printable.h"

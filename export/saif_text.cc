@@ -4,9 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <limits>
-#include <numeric>
 
 #include "text/failure.h"
 
