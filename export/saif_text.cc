@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <limits>
+#include <numeric>
 
 #include "text/failure.h"
 
