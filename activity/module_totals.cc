@@ -6,6 +6,7 @@
 #include "activity/module_totals.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace orsa::kesncd {
 

@@ -7,6 +7,7 @@
 #define KESNCD_ACTIVITY_VECTOR_COUNTER_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>

@@ -1,4 +1,6 @@
 // Rows for spreadsheets and scripts.
+#include <variant>
+
 #include "export/result_writer.h"
 
 namespace orsa::kesncd {

@@ -1,7 +1,9 @@
 // A result for programs: one object, a row a line.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <variant>
 
 #include "export/result_writer.h"
 #include "text/printable.h"
@@ -10,19 +12,27 @@ namespace orsa::kesncd {
 
 namespace {
 
-using nlohmann::json;
+using Json = nlohmann::ordered_json;
 
-/// nlohmann's text of a value. Names in a dump need not be UTF-8: stray bytes become the character
-/// that stands for one.
-std::string Serialised(const json& value) {
-  return value.dump(-1, ' ', false, json::error_handler_t::replace);
+Json JsonOf(const Cell& cell) {
+  if (const auto* text = std::get_if<std::string>(&cell)) return *text;
+  if (const auto* count = std::get_if<std::int64_t>(&cell)) return *count;
+  if (const double* value = ValueIn(cell)) return *value;
+  return nullptr;
 }
 
-/// The text of a string. Characters that steer a terminal, of which JSON itself escapes only the
-/// oldest, are written as escapes, which says the same.
-void AppendString(std::string& out, const std::string& text) {
-  const std::string quoted = Serialised(text);
-  for (std::string_view rest = quoted; !rest.empty();) {
+/// Appends a value's text. Names in a dump need not be UTF-8: stray bytes become the character that
+/// stands for one. Characters that steer a terminal, of which JSON itself escapes only the oldest,
+/// are written as escapes, which says the same.
+void Append(std::string& out, const Json& value) {
+  const std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+  for (std::string_view rest = text; !rest.empty();) {
+    const auto isPlain = [](char c) { return c >= ' ' && c < '\x7f'; };
+    const auto plain = static_cast<std::size_t>(
+        std::find_if_not(rest.begin(), rest.end(), isPlain) - rest.begin());
+    out += rest.substr(0, plain);
+    rest.remove_prefix(plain);
+    if (rest.empty()) return;
     const Utf8Character character = FirstCharacter(rest);
     if (IsSteering(character.code)) {
       std::array<char, 8> escape{};
@@ -36,17 +46,6 @@ void AppendString(std::string& out, const std::string& text) {
   }
 }
 
-void AppendCell(std::string& out, const Cell& cell) {
-  if (const auto* text = std::get_if<std::string>(&cell)) return AppendString(out, *text);
-  if (const auto* count = std::get_if<std::int64_t>(&cell)) {
-    out += Serialised(*count);
-  } else if (const double* value = ValueIn(cell)) {
-    out += Serialised(*value);
-  } else {
-    out += Serialised(nullptr);
-  }
-}
-
 class JsonWriter : public ResultWriter {
  public:
   JsonWriter(const ResultHead& head, ByteSink& out) : ResultWriter(out) {
@@ -54,21 +53,15 @@ class JsonWriter : public ResultWriter {
     AppendMembers(head.facts, head.lists);
     AppendKey(head.rowsName);
     text_ += "[";
-    for (const Column& column : head.columns) {
-      std::string& key = keys_.emplace_back(keys_.empty() ? "{" : ",");
-      AppendString(key, column.name);
-      key += ':';
-    }
+    for (const Column& column : head.columns) keys_.push_back(column.name);
   }
 
   void Add(const Row& row) override {
     text_ += hasRows_ ? ",\n    " : "\n    ";
     hasRows_ = true;
-    for (std::size_t c = 0; c < row.size(); ++c) {
-      text_ += keys_[c];
-      AppendCell(text_, row[c]);
-    }
-    text_ += '}';
+    Json object;
+    for (std::size_t c = 0; c < row.size(); ++c) object[keys_[c]] = JsonOf(row[c]);
+    Append(text_, object);
     PassOn();
   }
 
@@ -83,21 +76,21 @@ class JsonWriter : public ResultWriter {
   void AppendKey(const std::string& key) {
     text_ += hasMembers_ ? ",\n  " : "\n  ";
     hasMembers_ = true;
-    AppendString(text_, key);
+    Append(text_, key);
     text_ += ": ";
   }
 
   void AppendMembers(const Facts& facts, const Lists& lists) {
     for (const auto& [key, cell] : facts) {
       AppendKey(key);
-      AppendCell(text_, cell);
+      Append(text_, JsonOf(cell));
     }
     for (const auto& [key, texts] : lists) {
       AppendKey(key);
       const char* separator = "[";
       for (const std::string& text : texts) {
         text_ += separator;
-        AppendString(text_, text);
+        Append(text_, text);
         PassOn();
         separator = ",";
       }
@@ -105,7 +98,7 @@ class JsonWriter : public ResultWriter {
     }
   }
 
-  std::vector<std::string> keys_;  // each with what stands before and after it
+  std::vector<std::string> keys_;  // of a row
   bool hasMembers_ = false;
   bool hasRows_ = false;
 };

@@ -3,6 +3,7 @@
 #ifndef KESNCD_EXPORT_NETLIST_PINS_H_
 #define KESNCD_EXPORT_NETLIST_PINS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <ostream>

@@ -1,5 +1,6 @@
 // The pins of a netlist's cells in the formats that estimators read.
 #include <algorithm>
+#include <ostream>
 #include <utility>
 
 #include "export/netlist_pins.h"

@@ -3,6 +3,7 @@
 #ifndef KESNCD_EXPORT_SAIF_TEXT_H_
 #define KESNCD_EXPORT_SAIF_TEXT_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <ostream>
 #include <string>

@@ -1,7 +1,7 @@
 // Names that do not match a design's, or that several signals have in the flat map.
 #include <algorithm>
 #include <charconv>
-#include <limits>
+#include <tuple>
 
 #include "free_format/dump_findings.h"
 #include "free_format/new_codes.h"

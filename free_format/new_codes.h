@@ -8,6 +8,7 @@
 #ifndef KESNCD_FREE_FORMAT_NEW_CODES_H_
 #define KESNCD_FREE_FORMAT_NEW_CODES_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>

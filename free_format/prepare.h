@@ -6,6 +6,7 @@
 #ifndef KESNCD_FREE_FORMAT_PREPARE_H_
 #define KESNCD_FREE_FORMAT_PREPARE_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>

@@ -1,6 +1,8 @@
 // The analyser: construction, settings, and the operations that only call a stage.
+#include <cstdio>
 #include <cstring>
 #include <memory>
+#include <set>
 #include <utility>
 
 #include "kesncd/kesncd.h"

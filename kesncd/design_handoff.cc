@@ -1,4 +1,5 @@
 // The hand-over of the frequencies to the host's design database.
+#include <map>
 #include <utility>
 
 #include "host/design_data.h"

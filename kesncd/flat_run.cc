@@ -1,4 +1,8 @@
 // The flat run: dump to topMod, topMod to the signal-frequency map and the activity file.
+#include <cstdio>
+#include <map>
+#include <set>
+
 #include "kesncd/kesncd.h"
 #include "kesncd/model/activity_file.h"
 #include "kesncd/run_messages.h"

@@ -1,4 +1,7 @@
 // The hierarchical run: dump to module tree.
+#include <cstdio>
+#include <set>
+
 #include "kesncd/kesncd.h"
 #include "kesncd/model/module_node.h"
 #include "kesncd/run_messages.h"

@@ -1,4 +1,5 @@
 // The exported reader state with its values at load. No run resets any of it but what it says.
+#include <cstdio>
 #include <cstdlib>
 #include <limits>
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cctype>
+#include <iterator>
 #include <set>
 
 #include "text/words.h"

@@ -7,6 +7,7 @@
 #define KESNCD_NAMES_NAME_INDEX_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory_resource>
 #include <string>

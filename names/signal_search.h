@@ -9,10 +9,12 @@
 #ifndef KESNCD_NAMES_SIGNAL_SEARCH_H_
 #define KESNCD_NAMES_SIGNAL_SEARCH_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "text/secret_hash.h"

@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <variant>
 
 #include "cli/process/messages.h"
 #include "names/signal_search.h"

@@ -1,7 +1,7 @@
 // kesncd extract: the flat run's frequencies handed over to a design's nets.
-#include <algorithm>
 #include <memory>
 #include <unordered_set>
+#include <variant>
 
 #include "cli/commands/clock_comparison.h"
 #include "cli/commands/commands.h"

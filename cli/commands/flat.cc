@@ -1,6 +1,8 @@
 // kesncd flat: the toggle frequencies of one module.
 #include <memory>
 #include <optional>
+#include <set>
+#include <variant>
 
 #include "cli/commands/activity_output.h"
 #include "cli/commands/commands.h"

@@ -1,5 +1,7 @@
 // kesncd power: frequencies for the rows of a power table.
 #include <memory>
+#include <unordered_map>
+#include <variant>
 
 #include "cli/commands/commands.h"
 #include "cli/commands/host_runs.h"

@@ -1,6 +1,8 @@
 // Help in two columns that fit a terminal of 80 characters.
 #include "cli/options/help_text.h"
 
+#include <algorithm>
+
 namespace orsa::kesncd::cli {
 
 namespace {
@@ -81,7 +83,12 @@ std::string UsageOf(const Command& command) {
 std::string HelpOf(const CommandLine& line) {
   const Command& program = line.program;
   std::string text = program.summary() + "\n" + program.text() + "\nUsage: " + program.name() +
-                     " COMMAND [OPTION]... [OPERAND]...\n\nCommands:\n";
+                     " COMMAND [OPTION]... [OPERAND]...\n";
+  if (!line.commandOfFiles.empty()) {
+    text += "       " + program.name() + " FILE      for " + program.name() + " " +
+            line.commandOfFiles + " FILE\n";
+  }
+  text += "\nCommands:\n";
   for (const Command& command : line.commands) text += Line(command.name(), command.summary());
   return text + "\n" + Lines(program);
 }

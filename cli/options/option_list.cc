@@ -1,6 +1,7 @@
 // How the options of a command line take their values: what is no value is refused in words.
 #include "cli/options/option_list.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 

@@ -5,6 +5,7 @@
 #ifndef KESNCD_CLI_OPTIONS_OPTION_LIST_H_
 #define KESNCD_CLI_OPTIONS_OPTION_LIST_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>

@@ -64,6 +64,7 @@ void WriteBashCompletion(std::ostream& out, const CommandLine& line) {
       << "    _kesncd_words \"$options\"\n"
       << "  elif [[ -z $command ]]; then\n"
       << "    _kesncd_words '" << Join(names, " ") << "'\n"
+      << "    [[ ${#COMPREPLY[@]} -gt 0 ]] || _kesncd_files\n"
       << "  else\n"
       << "    _kesncd_files\n"
       << "  fi\n"

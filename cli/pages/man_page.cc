@@ -85,7 +85,8 @@ void WriteManPage(std::ostream& out, const CommandLine& line) {
       << name << " \\- " << Escaped(line.program.summary()) << "\n"
       << ".SH SYNOPSIS\n"
       << Bold(name) << " " << Italic("COMMAND") << " ["
-      << Italic("OPTION") + "]... [" + Italic("ARGUMENT") + "]...\n"
+      << Italic("OPTION") + "]... [" + Italic("ARGUMENT") + "]...\n.br\n"
+      << Bold(name) << " " << Italic("FILE") << "\n"
       << ".SH DESCRIPTION\n";
   WriteText(out, line.program.text());
   out << ".SH OPTIONS\n";

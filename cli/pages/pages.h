@@ -3,6 +3,7 @@
 #define KESNCD_CLI_PAGES_PAGES_H_
 
 #include <iosfwd>
+#include <ostream>
 
 #include "cli/options/option_list.h"
 

@@ -69,7 +69,7 @@ void WriteZshCompletion(std::ostream& out, const CommandLine& line) {
   WriteEntries(out, line.program, "    ");
   out << " \\\n    '1:command:->command' \\\n    '*::argument:->argument'\n"
       << "  case $state in\n"
-      << "  command) _describe command commands ;;\n"
+      << "  command) _describe command commands || _files ;;\n"
       << "  argument)\n"
       << "    case $words[1] in\n";
   for (const Command& command : line.commands) {

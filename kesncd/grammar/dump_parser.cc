@@ -1,4 +1,6 @@
 // The grammar reader's entry points.
+#include <cstdio>
+
 #include "kesncd/grammar/actions.h"
 #include "kesncd/grammar/grammar.h"
 #include "kesncd/grammar/parser.h"

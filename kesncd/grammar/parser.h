@@ -7,6 +7,7 @@
 #define KESNCD_GRAMMAR_PARSER_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 
 #include "kesncd/grammar/tables.h"

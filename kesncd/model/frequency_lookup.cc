@@ -1,4 +1,6 @@
 // Frequencies of the module tree, by design name or all of them.
+#include <map>
+
 #include "kesncd/kesncd.h"
 #include "kesncd/model/state_frequency.h"
 #include "kesncd/model/tree_walk.h"

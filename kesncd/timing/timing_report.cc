@@ -1,6 +1,8 @@
 // Clock frequencies of the timing report. The report holds much else; what counts is the table
 // under a heading with "Preference" and "Constraint", between two separators.
+#include <cstdio>
 #include <cstring>
+#include <map>
 #include <utility>
 
 #include "kesncd/kesncd.h"
