@@ -38,6 +38,13 @@ struct ActivityNotes {
   ItemTallies items;                 // what else was passed over
 };
 
+/// When a signal of one bit toggled first and last, and how often from there to there.
+struct ToggleSpan {
+  std::uint64_t first = 0;
+  std::uint64_t last = 0;
+  std::uint64_t toggles = 0;
+};
+
 struct ActivityResult {
   Declarations declarations;
   /// Where the bits of each codeId begin in `bits`, the lowest bit first; one entry more for the
@@ -50,6 +57,7 @@ struct ActivityResult {
   std::uint64_t observedTicks = 0;
   std::optional<std::uint64_t> tick;  // femtoseconds; nothing where the dump does not say it
   ActivityNotes notes;
+  std::vector<ToggleSpan> watched;  // of the signals that were to be watched
 
   /// The bits of a code, the lowest one first.
   std::span<const BitFigures> BitsOf(std::uint32_t codeId) const {

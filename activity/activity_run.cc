@@ -10,6 +10,7 @@
 #include "activity/activity_part.h"
 #include "activity/activity_window.h"
 #include "activity/code_bits.h"
+#include "activity/toggle_watch.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/remarks.h"
@@ -72,11 +73,19 @@ ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options) {
                                              std::to_string(codes.bits()) +
                                              " bits, more than the memory holds");
   }
+  std::vector<std::uint32_t> watched;
+  if (options.watch) watched = options.watch(result.declarations);
   ActivityPart part;
   {
     DumpItems items(words, result.declarations);
     ActivityCounter counter(codes, window);
-    ReadBody(items, counter);
+    if (watched.empty()) {
+      ReadBody(items, counter);
+    } else {
+      ToggleWatch watch(counter, watched, codes.codes(), window);
+      ReadBody(items, watch);
+      result.watched = watch.Take();
+    }
     result.notes.items = items.tallies();
     part = counter.TakePart();
   }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,10 +17,13 @@
 namespace orsa::kesncd {
 
 struct ActivityOptions {
-  std::string dump;                       // what messages call it
-  TimeWindow window;                      // to count in
-  std::optional<std::uint64_t> tick;      // femtoseconds, for a dump without a time scale
-  std::uint64_t mostBits = UINT64_MAX;    // for which there is memory
+  std::string dump;                     // what messages call it
+  TimeWindow window;                    // to count in
+  std::optional<std::uint64_t> tick;    // femtoseconds, for a dump without a time scale
+  std::uint64_t mostBits = UINT64_MAX;  // for which there is memory
+  /// Picks codes of signals of one bit whose first and last toggles are wanted, each once; where
+  /// none is given, nothing is watched. What it throws ends the run.
+  std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
   std::size_t block = DumpWords::kBlock;  // bytes that are read at a time
 };
 

@@ -20,6 +20,7 @@ const double* ValueIn(const Cell& cell) {
 
 std::string NumberText(const Cell& cell) {
   if (const auto* count = std::get_if<std::int64_t>(&cell)) return std::to_string(*count);
+  if (const auto* count = std::get_if<WideCount>(&cell)) return WideText(*count);
   const double* const value = ValueIn(cell);
   return value == nullptr ? "" : ShortestText(*value);
 }

@@ -12,13 +12,14 @@
 #include <variant>
 #include <vector>
 
+#include "activity/activity_rows.h"
 #include "text/byte_stream.h"
 
 namespace orsa::kesncd {
 
-/// A cell: nothing known, a text, a count, or a measured value. A value that is no finite number is
-/// written as one of which nothing is known.
-using Cell = std::variant<std::monostate, std::string, std::int64_t, double>;
+/// A cell: nothing known, a text, a count, a measured value, or a count that may be a sum of very
+/// many. A value that is no finite number is written as one of which nothing is known.
+using Cell = std::variant<std::monostate, std::string, std::int64_t, double, WideCount>;
 using Row = std::vector<Cell>;
 using Facts = std::vector<std::pair<std::string, Cell>>;
 using Lists = std::vector<std::pair<std::string, std::vector<std::string>>>;

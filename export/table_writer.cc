@@ -59,6 +59,8 @@ class PackedRows {
       Append(to, *count);
     } else if (const auto* value = std::get_if<double>(&cell)) {
       Append(to, *value);
+    } else if (const auto* wide = std::get_if<WideCount>(&cell)) {
+      Append(to, *wide);
     }
   }
 
@@ -72,6 +74,7 @@ class PackedRows {
     }
     if (kind == 2) return Take<std::int64_t>(from);
     if (kind == 3) return Take<double>(from);
+    if (kind == 4) return Take<WideCount>(from);
     return {};
   }
 

@@ -285,6 +285,16 @@ void DeclarationReader::CloseScope() {
   if (!lineScopes_.empty()) lineScopes_.pop_back();
 }
 
+/// Where in a name the last of its words begins that may be a range; the name's length if none is.
+/// The name's first word, `first`, is never one.
+std::uint32_t DeclarationReader::RangeWord(std::size_t first, std::size_t nameSize) const {
+  for (std::size_t word = section_.count(); word-- > first + 1;) {
+    if (section_.Word(word).front() != '[') continue;
+    return static_cast<std::uint32_t>(nameSize - section_.From(word).size());
+  }
+  return static_cast<std::uint32_t>(nameSize);
+}
+
 void DeclarationReader::Declare() {
   // Port dumps write a size as a range, which may stand in several words.
   std::size_t sizeEnd = 2;
@@ -306,9 +316,11 @@ void DeclarationReader::Declare() {
   DumpVariable variable;
   variable.name = section_.From(sizeEnd + 1);
   if (variable.name.empty()) variable.name = NewName();
-  variable.nameWord = static_cast<std::uint32_t>(
-      count > sizeEnd + 1 ? section_.Word(sizeEnd + 1).size() : variable.name.size());
-  if (size.front() == '[' && variable.name.back() != ']') variable.name += size;
+  variable.nameWord = RangeWord(sizeEnd + 1, variable.name.size());
+  if (size.front() == '[' && variable.name.back() != ']') {
+    variable.nameWord = static_cast<std::uint32_t>(variable.name.size());
+    variable.name += size;
+  }
   variable.typeId = TypeId(section_.Word(0));
   variable.width = WidthOf(size);
   variable.codeId = result_.codes.Add(code);

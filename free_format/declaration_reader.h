@@ -57,6 +57,7 @@ class DeclarationReader {
   void TakeTimescale();
   void OpenScope();
   void CloseScope();
+  std::uint32_t RangeWord(std::size_t first, std::size_t nameSize) const;
   void Declare();
   void EndDefinitions();
   void TakeText(std::string& text);

@@ -69,7 +69,7 @@ BitNames::BitNames(std::string_view name, std::uint32_t nameWord, std::uint32_t 
     : base_(name), width_(width) {
   const std::size_t open = name.rfind('[');
   const bool isEscaped = !name.empty() && name.front() == '\\';
-  if (open != std::string_view::npos && (!isEscaped || open >= nameWord) &&
+  if (open != std::string_view::npos && (!isEscaped || open == nameWord) &&
       TakeBracket(name.substr(open))) {
     base_ = name.substr(0, open);
   } else {

@@ -18,8 +18,8 @@ bool TypeHasBits(std::string_view type);
 /// A variable's bits. It refers to the text of the name that it was made of.
 class BitNames {
  public:
-  /// Only a range that is a word of its own counts in an escaped name; `nameWord` characters come
-  /// before the first place where one may begin.
+  /// Only a range that is a word of its own counts in an escaped name; `nameWord` is where it
+  /// begins, or the name's length.
   BitNames(std::string_view name, std::uint32_t nameWord, std::uint32_t width);
   explicit BitNames(const DumpVariable& variable)
       : BitNames(variable.name, variable.nameWord, variable.width) {}

@@ -14,7 +14,7 @@ namespace orsa::kesncd {
 
 struct DumpVariable {
   std::string name;            // as the dump writes it, a range glued on; never empty
-  std::uint32_t nameWord = 0;  // characters of the name that stood in one word; a range may follow
+  std::uint32_t nameWord = 0;  // where its last word that begins with "[" does; else its length
   std::uint32_t typeId = 0;    // see Declarations::TypeOf
   std::uint32_t width = 0;     // 0 where the dump gives no positive number
   std::uint32_t codeId = 0;    // the number of its identifier code in `codes`

@@ -99,7 +99,7 @@ Facts FactsOf(const std::string& dump, const DumpCheck& check, const TopNames& t
           {"start_tick", static_cast<double>(body.firstTick)},
           {"end_tick", static_cast<double>(body.lastTick)},
           {"span_ns", span},
-          {"signals", static_cast<std::int64_t>(declarations.variables.size())},
+          {"signal_count", static_cast<std::int64_t>(declarations.variables.size())},
           {"changes", static_cast<std::int64_t>(body.changes)},
           {"unknown_changes", static_cast<std::int64_t>(body.unknown)},
           {"top", NameOfTop(declarations)},

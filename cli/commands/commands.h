@@ -12,6 +12,8 @@
 
 namespace orsa::kesncd::cli {
 
+void AddActivityCommand(CommandLine& line);
+void AddLookCommand(CommandLine& line);
 void AddFlatCommand(CommandLine& line);
 void AddTopCommand(CommandLine& line);
 void AddTreeCommand(CommandLine& line);
@@ -32,7 +34,9 @@ void AddReadingFlags(Command& command, InputOptions& options);
 void AddWindowOptions(Command& command, TimeWindow& window);
 /// Adds the dump with all of these.
 void AddFigureOptions(Command& command, FigureOptions& options);
-/// Adds --format and -o.
+/// Adds --digits, --wide and -o.
+void AddLookOptions(Command& command, OutputOptions& options);
+/// Adds --format and these.
 void AddOutputOptions(Command& command, OutputOptions& options);
 
 /// Throws Failure for a window that ends before it begins.

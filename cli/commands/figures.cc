@@ -107,19 +107,6 @@ void SayWhichOf(const Figures& figures, const std::vector<std::uint32_t>& scopes
                            ShortList(others));
 }
 
-[[noreturn]] void FailUnknown(const Figures& figures, const std::string& text) {
-  const Declarations& declarations = figures.run.declarations;
-  std::vector<std::string> near = NearScopes(declarations, text);
-  std::string hint = "; did you mean " + ShortList(near) + "?";
-  if (near.empty()) {
-    for (std::uint32_t i = 1; i < declarations.scopes.size() && near.size() < 100; ++i) {
-      if (!declarations.scopes[i].variables.empty()) near.push_back(declarations.ShortPathOf(i));
-    }
-    hint = "; its modules are " + ShortList(near);
-  }
-  throw Failure(FailureKind::NothingMatched, figures.dump + ": no scope " + text + hint);
-}
-
 }  // namespace
 
 Cell Figures::Frequency(std::uint32_t changes) const {
@@ -173,10 +160,20 @@ std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
   if (text.empty()) return OutermostWithVariables(declarations);
   if (text == "/") return Declarations::kDump;
   const std::vector<std::uint32_t> scopes = FindScopes(declarations, text);
-  if (scopes.empty()) FailUnknown(figures, text);
+  if (scopes.empty()) FailUnknownScope(figures.dump, declarations, text);
   const std::uint32_t chosen = BestOf(declarations, scopes);
   SayWhichOf(figures, scopes, text, chosen);
   return chosen;
+}
+
+std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
+  std::vector<std::string> modules;
+  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
+    const DumpScope& scope = declarations.scopes[i];
+    if (scope.kind != "module" || scope.variables.empty()) continue;
+    modules.push_back(declarations.PathOf(i));
+  }
+  return modules;
 }
 
 Facts RunFacts(const Figures& figures, const std::string& top) {
@@ -187,16 +184,6 @@ Facts RunFacts(const Figures& figures, const std::string& top) {
           {"start_tick", run.firstTick},
           {"end_tick", run.lastTick},
           {"figures", std::string("host")}};
-}
-
-std::string ShortList(const std::vector<std::string>& names) {
-  constexpr std::size_t kShown = 12;
-  std::string text;
-  for (std::size_t i = 0; i < std::min(names.size(), kShown); ++i) {
-    text += (i == 0 ? "" : ", ") + names[i];
-  }
-  if (names.size() <= kShown) return text;
-  return text + " and " + std::to_string(names.size() - kShown) + " more";
 }
 
 }  // namespace orsa::kesncd::cli

@@ -1,0 +1,19 @@
+// Exact activity in the forms that power estimators read: SAIF and Tcl, of a dump's nets or of the
+// pins of a netlist's cells.
+#ifndef KESNCD_CLI_COMMANDS_EXACT_FILES_H_
+#define KESNCD_CLI_COMMANDS_EXACT_FILES_H_
+
+#include "cli/commands/exact_options.h"
+#include "cli/process/exit_status.h"
+
+namespace orsa::kesncd::cli {
+
+/// Writes a dump's nets as SAIF or Tcl.
+ExitStatus WriteExactFile(const ExactRun& run, const ExactOptions& options);
+
+/// Writes the pins of --netlist in any format, and says how many of them the dump reaches.
+ExitStatus WritePins(const ExactRun& run, const ExactOptions& options);
+
+}  // namespace orsa::kesncd::cli
+
+#endif  // KESNCD_CLI_COMMANDS_EXACT_FILES_H_

@@ -1,0 +1,54 @@
+// What `kesncd activity` is told, and what it has counted by then: shared by the files that write
+// one format each.
+#ifndef KESNCD_CLI_COMMANDS_EXACT_OPTIONS_H_
+#define KESNCD_CLI_COMMANDS_EXACT_OPTIONS_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "activity/activity_result.h"
+#include "cli/commands/clock_scale.h"
+#include "cli/commands/selection.h"
+#include "cli/input/dump_input.h"
+#include "cli/output/output.h"
+#include "free_format/prepare.h"
+#include "vcd/declarations.h"
+
+namespace orsa::kesncd::cli {
+
+enum class RowsPer { Bit, Signal, Module };
+enum class ExactFormat { Table, Csv, Json, Saif, Tcl };
+
+struct ExactOptions {
+  InputOptions input;
+  TimeWindow window;
+  std::string scope;
+  RowsPer per = RowsPer::Signal;
+  SelectionOptions selection;
+  ExactFormat format = ExactFormat::Table;
+  OutputOptions output;  // whose format is set for rows
+  int jobs = 1;
+  ClockOptions clock;
+  std::optional<std::uint64_t> timeUnit;  // femtoseconds
+  std::string strip;
+  std::string root;
+  std::string unwritten;
+  std::string netlist;
+  std::string netlistTop;
+  std::string unmatched;
+  double require = 0;  // percent of the pins
+
+  bool HasRows() const { return format != ExactFormat::Saif && format != ExactFormat::Tcl; }
+};
+
+struct ExactRun {
+  std::string dump;  // what messages call it
+  ActivityResult result;
+  std::uint32_t scope = Declarations::kDump;
+  ClockScale scale;
+};
+
+}  // namespace orsa::kesncd::cli
+
+#endif  // KESNCD_CLI_COMMANDS_EXACT_OPTIONS_H_

@@ -1,0 +1,215 @@
+// Rows of exact activity, in the dump's order unless another one is asked for.
+#include "cli/commands/exact_rows.h"
+
+#include "activity/activity_rows.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+std::string TextOf(RowsPer per) {
+  switch (per) {
+    case RowsPer::Bit:
+      return "bit";
+    case RowsPer::Module:
+      return "module";
+    case RowsPer::Signal:
+      break;
+  }
+  return "signal";
+}
+
+std::int64_t CountOf(const Tally& tally) {
+  return static_cast<std::int64_t>(tally.count);
+}
+
+Facts FactsOf(const ExactRun& run, const std::string& per) {
+  const ActivityResult& result = run.result;
+  const ActivityNotes& notes = result.notes;
+  const ItemTallies& items = notes.items;
+  const std::string scope = result.declarations.PathOf(run.scope);
+  Facts facts{{"dump", run.dump},
+              {"figures", std::string("exact")},
+              {"per", per},
+              {"scope", scope.empty() ? Cell() : Cell(scope)},
+              {"tick_fs", result.tick ? Cell(WideCount{*result.tick}) : Cell()},
+              {"begin", WideCount{result.firstTick}},
+              {"end", WideCount{result.lastTick}},
+              {"observed", WideCount{result.observedTicks}}};
+  if (!run.scale.clock.name.empty()) {
+    facts.emplace_back("clock", run.scale.clock.name);
+    facts.emplace_back("time_factor", run.scale.Factor());
+  }
+  facts.insert(facts.end(), {{"variables_of_types_without_bits", CountOf(notes.typesWithoutBits)},
+                             {"variables_without_width", CountOf(notes.withoutBits)},
+                             {"undeclared_changes", CountOf(items.undeclared)},
+                             {"stray_words", CountOf(items.strays)},
+                             {"bad_stamps", CountOf(items.badStamps)},
+                             {"cut_stamps", CountOf(items.cutStamp)},
+                             {"backward_stamps", WideCount{notes.backwardStamps}},
+                             {"dumping_pauses", WideCount{notes.pauses}},
+                             {"end_cut_back", std::int64_t{notes.isEndCutBack}}});
+  return facts;
+}
+
+ResultHead HeadOf(const ExactRun& run, const std::string& per) {
+  ResultHead head{FactsOf(run, per), per + "s", {}};
+  if (per == "bit" || per == "pin") {
+    head.columns = {"path", "t0", "t1", "tx", "tz", "tc", "ig"};
+  } else {
+    head.columns = {"path", "bits", "toggles", "ig", "t0", "t1", "tx", "tz"};
+  }
+  head.columns.insert(head.columns.end(), {"freq_mhz", "toggle_rate", "high"});
+  return head;
+}
+
+/// What is made of figures, row by row.
+class ExactRows {
+ public:
+  ExactRows(const ExactRun& run, const ExactOptions& options, ResultOutput& out)
+      : run_(run),
+        declarations_(run.result.declarations),
+        rows_(run.result),
+        filter_(options.selection.match),
+        selected_(options.selection, out) {}
+
+  void Write(RowsPer per) {
+    if (per == RowsPer::Module) {
+      WriteModules();
+    } else {
+      rows_.ForEachSignal(run_.scope, [&](const SignalRow& row) {
+        TakeScope(row.variable.scope);
+        per == RowsPer::Bit ? WriteBits(row) : WriteSignal(row);
+      });
+    }
+    selected_.Finish();
+  }
+
+  void Write(const NetlistPins& pins) {
+    std::string cell;
+    pins.ForEachPin([&](const CellPin& pin) {
+      if (!pin.figures) return;
+      cell.clear();
+      pins.AppendCellPath(pin, cell);
+      if (filter_.Takes(cell, pin.name)) WriteBit(cell + '/' + pin.name, *pin.figures);
+    });
+    selected_.Finish();
+  }
+
+ private:
+  /// Signals of a scope mostly come together: its path is made once.
+  void TakeScope(std::uint32_t scope) {
+    if (scope == scope_) return;
+    scope_ = scope;
+    scopePath_ = declarations_.PathOf(scope);
+  }
+
+  std::string PathOf(std::string_view name) const {
+    std::string path = scopePath_;
+    if (!path.empty()) path += '/';
+    path += name;
+    return path;
+  }
+
+  void WriteBits(const SignalRow& row) {
+    const bool takesAll = filter_.IsOpen() || TakesSignal(filter_, scopePath_, row.variable);
+    for (auto bit = static_cast<std::uint32_t>(row.figures.size()); bit-- > 0;) {
+      if (row.IsRepeated(bit)) continue;
+      name_.clear();
+      row.names.AppendName(bit, name_);
+      if (takesAll || filter_.Takes(scopePath_, name_)) WriteBit(PathOf(name_), row.figures[bit]);
+    }
+  }
+
+  void WriteBit(const std::string& path, const BitFigures& figures) {
+    Row row{path,
+            WideCount{figures.t0},
+            WideCount{figures.t1},
+            WideCount{figures.tx},
+            WideCount{figures.tz},
+            WideCount{figures.tc},
+            WideCount{figures.ig}};
+    Add(std::move(row), static_cast<double>(figures.tc), RatesOf(figures, run_.result));
+  }
+
+  void WriteSignal(const SignalRow& row) {
+    if (row.IsWhollyRepeated()) return;
+    if (!filter_.IsOpen() && !TakesSignal(filter_, scopePath_, row.variable)) return;
+    ActivitySums sums;
+    sums.Add(row.figures);
+    WriteSums(PathOf(row.variable.name), sums);
+  }
+
+  void WriteModules() {
+    const std::vector<ActivitySums> sums = rows_.ModuleSums();
+    const std::vector<bool> inside = rows_.ScopesIn(run_.scope);
+    for (std::uint32_t scope = Declarations::kDump + 1; scope < sums.size(); ++scope) {
+      if (!inside[scope] || sums[scope].bits == 0) continue;
+      TakeScope(declarations_.scopes[scope].parent);
+      const std::string& name = declarations_.scopes[scope].name;
+      if (filter_.Takes(scopePath_, name)) WriteSums(PathOf(name), sums[scope]);
+    }
+  }
+
+  void WriteSums(const std::string& path, const ActivitySums& sums) {
+    Row row{
+        path,   static_cast<std::int64_t>(sums.bits), sums.tc, sums.ig, sums.t0, sums.t1, sums.tx,
+        sums.tz};
+    Add(std::move(row), static_cast<double>(sums.tc), RatesOf(sums, run_.result));
+  }
+
+  void Add(Row row, double toggles, const ActivityRates& rates) {
+    const double factor = run_.scale.Factor();
+    const auto scaled = [factor](const std::optional<double>& rate) {
+      return rate ? Cell(*rate / factor) : Cell();
+    };
+    row.push_back(scaled(rates.freqMhz));
+    row.push_back(scaled(rates.toggleRate));
+    row.push_back(rates.high ? Cell(*rates.high) : Cell());
+    const SortKeys keys{std::get<std::string>(row.front()), toggles, rates.toggleRate};
+    selected_.Add(keys, row);
+  }
+
+  const ExactRun& run_;
+  const Declarations& declarations_;
+  const ActivityRows rows_;
+  const PathFilter filter_;
+  SelectedRows selected_;
+  std::uint32_t scope_ = Declarations::kDump;
+  std::string scopePath_;
+  std::string name_;
+};
+
+/// A dump whose variables have no bits has a result without rows; else something was asked for that
+/// is not there.
+ExitStatus RowsStatus(const ResultOutput& out, const ExactOptions& options) {
+  const bool wasChosen =
+      !options.scope.empty() || !options.selection.match.empty() || !options.netlist.empty();
+  return out.rows() == 0 && wasChosen ? ExitStatus::NothingMatched : ExitStatus::Done;
+}
+
+}  // namespace
+
+bool TakesSignal(const PathFilter& filter, const std::string& scopePath,
+                 const DumpVariable& variable) {
+  return filter.Takes(scopePath, variable.name) ||
+         filter.Takes(scopePath, BitNames(variable).Base());
+}
+
+ExitStatus WriteExactRows(const ExactRun& run, const ExactOptions& options) {
+  const ResultHead head = HeadOf(run, TextOf(options.per));
+  ResultOutput out(options.output, head);
+  ExactRows(run, options, out).Write(options.per);
+  out.End();
+  return RowsStatus(out, options);
+}
+
+ExitStatus WritePinRows(const ExactRun& run, const NetlistPins& pins, const ExactOptions& options) {
+  const ResultHead head = HeadOf(run, "pin");
+  ResultOutput out(options.output, head);
+  ExactRows(run, options, out).Write(pins);
+  out.End();
+  return RowsStatus(out, options);
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,120 @@
+// Patterns for paths, matched by following all their readings at once: no pattern of a user's makes
+// a large dump's names take longer than the next.
+#include "names/path_glob.h"
+
+#include <algorithm>
+
+namespace orsa::kesncd {
+
+namespace {
+
+constexpr std::string_view kSpecial = "*?[]\\";
+
+}  // namespace
+
+PathGlob::PathGlob(std::string_view pattern)
+    : pattern_(pattern), isName_(pattern.find('/') == std::string_view::npos) {
+  for (std::size_t at = 0; at < pattern.size();) {
+    const std::string_view rest = pattern.substr(at);
+    const bool isPartStart = at == 0 || pattern[at - 1] == '/';
+    if (isPartStart && rest.starts_with("**/")) {
+      steps_.push_back({Kind::WholeParts});
+      at += 3;
+    } else if (rest.starts_with("**")) {
+      steps_.push_back({Kind::ManyParts});
+      at += 2;
+    } else if (rest.front() == '*' || rest.front() == '?') {
+      steps_.push_back({rest.front() == '*' ? Kind::Many : Kind::One});
+      ++at;
+    } else if (const std::size_t set = rest.front() == '[' ? AddSet(rest) : 0; set > 0) {
+      at += set;
+    } else {
+      const bool isEscape =
+          rest.front() == '\\' && rest.size() > 1 && kSpecial.find(rest[1]) != kSpecial.npos;
+      steps_.push_back({Kind::Character, static_cast<unsigned char>(rest[isEscape ? 1 : 0])});
+      at += isEscape ? 2 : 1;
+    }
+  }
+}
+
+/// Adds the set that a text begins with and returns its length; 0 where the bracket is none's.
+std::size_t PathGlob::AddSet(std::string_view rest) {
+  std::size_t at = 1;
+  const bool isInverted = rest.size() > 1 && (rest[1] == '!' || rest[1] == '^');
+  if (isInverted) ++at;
+  const std::size_t end = rest.find(']', at + 1);  // a "]" at the start is one of the set
+  if (end == std::string_view::npos) return 0;
+  Step step{Kind::Set};
+  while (at < end) {
+    const auto first = static_cast<unsigned char>(rest[at]);
+    auto last = first;
+    if (at + 2 < end && rest[at + 1] == '-') {
+      at += 2;
+      last = static_cast<unsigned char>(rest[at]);
+    }
+    for (unsigned c = first; c <= last; ++c) step.set.set(c);
+    ++at;
+  }
+  if (isInverted) step.set.flip();
+  step.set.reset('/');
+  steps_.push_back(step);
+  return end + 1;
+}
+
+bool PathGlob::Matches(std::string_view path, std::size_t name) const {
+  const std::string_view text = isName_ ? path.substr(name) : path;
+  return text == pattern_ || MatchesSteps(text);
+}
+
+/// Marks a step as reached, and those after it that need no character.
+void PathGlob::Enter(std::vector<bool>& reached, std::size_t step) const {
+  for (; !reached[step]; ++step) {
+    reached[step] = true;
+    if (step == steps_.size()) return;
+    const Kind kind = steps_[step].kind;
+    if (kind != Kind::Many && kind != Kind::ManyParts && kind != Kind::WholeParts) return;
+  }
+}
+
+void PathGlob::Advance(const std::vector<bool>& from, std::vector<bool>& to,
+                       unsigned char c) const {
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
+    if (!from[i]) continue;
+    const Step& step = steps_[i];
+    switch (step.kind) {
+      case Kind::Character:
+        if (c == step.character) Enter(to, i + 1);
+        break;
+      case Kind::One:
+        if (c != '/') Enter(to, i + 1);
+        break;
+      case Kind::Set:
+        if (step.set[c]) Enter(to, i + 1);
+        break;
+      case Kind::Many:
+        if (c != '/') Enter(to, i);
+        break;
+      case Kind::ManyParts:
+        Enter(to, i);
+        break;
+      case Kind::WholeParts:
+        to[i] = true;  // the next step may begin only after a "/"
+        if (c == '/') Enter(to, i + 1);
+        break;
+    }
+  }
+}
+
+bool PathGlob::MatchesSteps(std::string_view text) const {
+  std::vector<bool> now(steps_.size() + 1);
+  std::vector<bool> next(steps_.size() + 1);
+  Enter(now, 0);
+  for (const char c : text) {
+    std::fill(next.begin(), next.end(), false);
+    Advance(now, next, static_cast<unsigned char>(c));
+    now.swap(next);
+  }
+  return now.back();
+}
+
+}  // namespace orsa::kesncd
