@@ -35,9 +35,9 @@ std::string Origin(const Declarations& declarations) {
 
 std::string Span(const HostRun& run) {
   if (!run.nsPerTick) {
-    return DisplayText(run.SpanTicks()) + " ticks of unknown length: there is no time scale";
+    return DisplayText(run.spanTicks) + " ticks of unknown length: there is no time scale";
   }
-  return DisplayText(run.SpanTicks() * *run.nsPerTick) + " ns, from tick " +
+  return DisplayText(run.spanTicks * *run.nsPerTick) + " ns, from tick " +
          DisplayText(run.firstTick) + " to " + DisplayText(run.lastTick) + " of " +
          DisplayText(*run.nsPerTick) + " ns";
 }
