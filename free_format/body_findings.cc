@@ -55,11 +55,12 @@ class BodyCheck {
 
   void Run() {
     PlainLineTaker<BodyCheck> plain(items_, *this);
-    WatchedLines lines{plain, watch_, facts_};
+    WatchedLines lines{plain, watch_, facts_, plainLines_};
     while (items_.Next()) {
       CheckLine();
       GiveItem(items_, *this);
       items_.TakePlainLines(lines);
+      plainLines_ = 0;
     }
     CheckItemBefore(items_.place().crowdedLine);
     endsOpen_ = items_.EndsOpen() && last_ != ItemKind::SectionEnd;
@@ -72,10 +73,10 @@ class BodyCheck {
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
     SetLast(ItemKind::Vector);
-    if (value.size() > kLongestWhole) longValues_.Add(items_.Line(), "");
+    if (value.size() > kLongestWhole) longValues_.Add(Line(), "");
     const unsigned kinds = KindsOf(value);
     if ((kinds & (kXBit | kZBit)) != 0 && dumping_.isOn() != 0) {
-      unknownBits_.Add(items_.Line(), value);
+      unknownBits_.Add(Line(), value);
     }
     TakeValue(codeId, Fingerprint(value), kinds, false);
   }
@@ -85,7 +86,7 @@ class BodyCheck {
   }
   void Command(Keyword command) {
     SetLast(ItemKind::Command);
-    if (dumping_.Take(command) && dumping_.isOn() == 0) offStretches_.Add(items_.Line(), "");
+    if (dumping_.Take(command) && dumping_.isOn() == 0) offStretches_.Add(Line(), "");
   }
   void SectionEnd() { SetLast(ItemKind::SectionEnd); }
   void Stamp(std::uint64_t ticks) {
@@ -98,7 +99,7 @@ class BodyCheck {
       readFirst_ = readLast_;
     }
     facts_.lastTick = std::max(facts_.lastTick, ticks);
-    lastLine_ = items_.Line();
+    lastLine_ = Line();
   }
 
   void Report(Findings& findings) {
@@ -124,8 +125,7 @@ class BodyCheck {
     findings.Add(FindingKind::LateDeclarations, items.late);
     findings.Add(FindingKind::Strays, items.strays);
     findings.Add(FindingKind::Fractions, items.fractions);
-    findings.Add(FindingKind::OpenEnd, endsOpen_ && !items.cutStamp && !items.torn, items_.Line(),
-                 "");
+    findings.Add(FindingKind::OpenEnd, endsOpen_ && !items.cutStamp && !items.torn, Line(), "");
     ReportValues(findings);
     findings.Add(FindingKind::NoSpan, facts_.firstTick == facts_.lastTick, 0, "");
     const bool isMisread = readFirst_ != static_cast<double>(facts_.firstTick) ||
@@ -158,9 +158,12 @@ class BodyCheck {
     PlainLineTaker<BodyCheck>& plain;
     SlotWatch& watch;
     const BodyFacts& facts;
+    std::uint64_t& taken;
 
     bool Scalar(const char* line, const char* newline) {
-      return facts.stamps > 0 && plain.Scalar(line, newline);
+      const bool isTaken = facts.stamps > 0 && plain.Scalar(line, newline);
+      taken += isTaken ? 1 : 0;
+      return isTaken;
     }
     bool Other(const char* line, const char* blank, const char* newline) {
       if (facts.stamps == 0) return false;
@@ -169,9 +172,14 @@ class BodyCheck {
       } else if (*line == '#') {
         watch.TakeStampLine({line + 1, static_cast<std::size_t>(newline - line) - 1});
       }
-      return plain.Other(line, blank, newline);
+      const bool isTaken = plain.Other(line, blank, newline);
+      taken += isTaken ? 1 : 0;
+      return isTaken;
     }
   };
+
+  /// The line that is read: the words count plain ones only when a run of them is over.
+  std::uint64_t Line() const { return items_.Line() + plainLines_; }
 
   void SetLast(ItemKind kind) {
     last_ = kind;
@@ -217,7 +225,7 @@ class BodyCheck {
     }
     counts.isOnlyX = counts.isOnlyX && kinds == kXBit;
     ++(isUnknown ? facts_.unknown : facts_.changes);
-    if (facts_.stamps == 0 && !isUnknown) before_.Add(items_.Line(), "");
+    if (facts_.stamps == 0 && !isUnknown) before_.Add(Line(), "");
   }
 
   /// The variables whose code's counts meet a condition.
@@ -275,6 +283,7 @@ class BodyCheck {
   DumpItems items_;
   std::vector<Counts> counts_;  // by code
   BodyFacts facts_;
+  std::uint64_t plainLines_ = 0;  // since the words counted lines
   bool isBehindItem_ = false;
   bool endsOpen_ = false;
   ItemKind last_ = ItemKind::SectionEnd;
