@@ -101,7 +101,7 @@ void ActivityRows::FindRepeated() {
   std::map<std::pair<std::uint32_t, std::uint32_t>, std::vector<std::uint32_t>> groups;
   for (std::uint32_t id = 0; id < variables.size() && !shared.empty(); ++id) {
     const std::pair key(variables[id].scope, variables[id].codeId);
-    if (HasBits(variables[id]) && shared.count(key) != 0) groups[key].push_back(id);
+    if (HasBits(variables[id]) && shared.contains(key)) groups[key].push_back(id);
   }
   for (const auto& [key, group] : groups) FindRepeatedIn(group);
 }

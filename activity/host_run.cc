@@ -1,10 +1,9 @@
 // Counting by the rule of hosts: a taker for the body, and what is said about it.
 #include "activity/host_run.h"
 
-#include <cstring>
-
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
+#include "free_format/host_rule.h"
 #include "free_format/remarks.h"
 #include "text/failure.h"
 #include "vcd/time_text.h"
@@ -12,24 +11,6 @@
 namespace orsa::kesncd {
 
 namespace {
-
-/// A value as a number, to tell whether the next one repeats it. Different values have different
-/// numbers but for a chance of one in four thousand million.
-std::uint32_t Fingerprint(std::string_view value) {
-  constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
-  std::uint64_t mixed = value.size();
-  std::size_t i = 0;
-  for (; i + sizeof mixed <= value.size(); i += sizeof mixed) {
-    std::uint64_t bytes = 0;
-    std::memcpy(&bytes, value.data() + i, sizeof bytes);
-    mixed = (mixed ^ bytes) * kFactor;
-    mixed ^= mixed >> 32;
-  }
-  for (; i < value.size(); ++i) {
-    mixed = (mixed ^ static_cast<unsigned char>(value[i])) * kFactor;
-  }
-  return static_cast<std::uint32_t>(mixed >> 32) | 1U << 31;  // apart from those of scalars
-}
 
 /// Counts what BodyWindow lets through.
 class HostCounter {
@@ -39,28 +20,15 @@ class HostCounter {
   void Scalar(std::uint32_t codeId, char value) {
     // Without branches: which value a signal gets next cannot be predicted.
     Count(cells_[codeId], static_cast<unsigned char>(value),
-          static_cast<std::uint32_t>(value <= '1') & isDumping_);
+          static_cast<std::uint32_t>(value <= '1') & dumping_.isOn());
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
-    Count(cells_[codeId], Fingerprint(value), isDumping_);
+    Count(cells_[codeId], Fingerprint(value), dumping_.isOn());
   }
   void Real(std::uint32_t codeId, std::string_view value) { Vector(codeId, value); }
-  void Command(Keyword command) {
-    const std::uint32_t isDumping = command != Keyword::DumpOff ? 1 : 0;
-    if (isDumping == isDumping_) return;
-    isDumping_ = isDumping;
-    if (isDumping_ == 0) {
-      offSince_ = now_;
-    } else {
-      offTicks_ += now_ - offSince_;
-    }
-  }
+  void Command(Keyword command) { dumping_.Take(command); }
   void SectionEnd() {}
-  void Stamp(std::uint64_t ticks) {
-    if (!hasStamp_) offSince_ = ticks;  // what is off from the start is so from the first stamp on
-    hasStamp_ = true;
-    now_ = ticks;
-  }
+  void Stamp(std::uint64_t ticks) { dumping_.Stamp(ticks); }
 
   // Before a window each signal has no more than its initial value, which counts once.
   void RememberScalar(std::uint32_t codeId, char value) {
@@ -71,8 +39,7 @@ class HostCounter {
   }
   void RememberReal(std::uint32_t codeId, std::string_view value) { RememberVector(codeId, value); }
   void Open(std::uint64_t ticks, bool isDumping) {
-    isDumping_ = isDumping ? 1 : 0;
-    Stamp(ticks);
+    dumping_.Open(ticks, isDumping);
     if (isDumping) return;
     for (Cell& cell : cells_) cell.changes = 0;
   }
@@ -83,7 +50,7 @@ class HostCounter {
     for (const Cell& cell : cells_) changes.push_back(std::min(cell.changes, kMostChanges));
     return changes;
   }
-  std::uint64_t offTicks() const { return offTicks_ + (isDumping_ == 0 ? now_ - offSince_ : 0); }
+  const DumpingTime& dumping() const { return dumping_; }
   std::uint64_t repeated() const { return repeated_; }
 
  private:
@@ -102,20 +69,9 @@ class HostCounter {
   }
 
   std::vector<Cell> cells_;
-  std::uint32_t isDumping_ = 1;
-  bool hasStamp_ = false;
-  std::uint64_t now_ = 0;
-  std::uint64_t offSince_ = 0;
-  std::uint64_t offTicks_ = 0;
+  DumpingTime dumping_;
   std::uint64_t repeated_ = 0;
 };
-
-/// "12.5" for a share of the span.
-std::string PercentText(std::uint64_t part, std::uint64_t whole) {
-  const double tenths = 1000.0 * static_cast<double>(part) / static_cast<double>(whole);
-  const auto rounded = static_cast<std::uint64_t>(tenths + 0.5);
-  return std::to_string(rounded / 10) + "." + std::to_string(rounded % 10);
-}
 
 std::vector<std::string> RemarksOn(const Declarations& declarations, const ItemTallies& items,
                                    const BodyTime& time, const HostCounter& counter) {
@@ -123,11 +79,9 @@ std::vector<std::string> RemarksOn(const Declarations& declarations, const ItemT
   if (time.isEndCut) {
     remarks.emplace_back("the window ends after the dump: it is cut back to the dump's end");
   }
-  if (counter.offTicks() > 0) {
+  if (counter.dumping().OffTicks() > 0) {
     remarks.push_back("dumping was off for " +
-                      PercentText(counter.offTicks(), time.last - time.first) + " % of the span; " +
-                      std::to_string(counter.repeated()) +
-                      " counted values repeat the value before");
+                      OffText(counter.dumping(), time.last - time.first, counter.repeated()));
   }
   return remarks;
 }
@@ -148,8 +102,9 @@ std::string WhyUnknown(const Declarations& declarations, const BodyTime& time) {
 
 }  // namespace
 
-HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window) {
-  DumpWords words(dump);
+HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window,
+                    std::size_t block) {
+  DumpWords words(dump, block, block / 4);
   HostRun run;
   run.declarations = ReadDeclarations(words, name);
   const TickWindow ticks = WindowInTicks(window, run.declarations.tick, name);
@@ -165,6 +120,7 @@ HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow&
   run.changes = counter.TakeChanges();
   run.firstTick = static_cast<double>(time.first);
   run.lastTick = static_cast<double>(time.last);
+  run.spanTicks = static_cast<double>(time.last - time.first);
   if (run.declarations.tick) run.nsPerTick = Nanoseconds(*run.declarations.tick);
   run.whyUnknown = WhyUnknown(run.declarations, time);
   run.remarks = RemarksOn(run.declarations, items.tallies(), time, counter);

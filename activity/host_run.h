@@ -25,17 +25,19 @@ struct HostRun {
   std::vector<std::uint32_t> changes;  // by code number, kMostChanges at most
   double firstTick = 0;                // the span
   double lastTick = 0;
+  double spanTicks = 0;              // exact also where the two ends are too large to be
   std::optional<double> nsPerTick;   // nothing for a dump without a time scale
   std::string whyUnknown;            // why no frequency is known; empty where they are
   std::vector<std::string> remarks;  // what could not be read, and what a user must know
 
-  double SpanTicks() const { return lastTick - firstTick; }
   std::uint32_t ChangesOf(const DumpVariable& variable) const { return changes[variable.codeId]; }
 };
 
 /// Reads a whole dump, once. Throws Failure with Unusable for what is no VCD file or declares no
-/// variable, with NothingMatched where nothing lies in the window; messages call the dump `name`.
-HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {});
+/// variable, with NothingMatched where nothing lies in the window; messages call the dump `name`;
+/// so many bytes are read at a time.
+HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {},
+                    std::size_t block = DumpWords::kBlock);
 
 }  // namespace orsa::kesncd
 

@@ -6,6 +6,7 @@
 //   vectors  32- and 64-bit vectors
 //   tree     200,000 scalars in 5,000 scopes
 //   names    1,000,000 scalars of different names in 5,000 scopes, for looking names up
+//   buses    4,000 vectors of 64 and 32 bits, for the names of their bits
 //
 // BYTES is about how long the dump gets; SCALE multiplies the numbers of signals and scopes. The
 // same arguments give the same dump.
@@ -27,10 +28,8 @@ struct Shape {
 };
 
 constexpr Shape kShapes[] = {
-    {"short", 1, 20000, 1},
-    {"vectors", 1, 2000, 64},
-    {"tree", 5000, 200000, 1},
-    {"names", 5000, 1000000, 1},
+    {"short", 1, 20000, 1},      {"vectors", 1, 2000, 64}, {"tree", 5000, 200000, 1},
+    {"names", 5000, 1000000, 1}, {"buses", 1, 4000, 64},
 };
 
 constexpr int kChangesPerStamp = 40;
@@ -119,6 +118,6 @@ int main(int argc, char** argv) {
       return std::fflush(stdout) == 0 ? 0 : 1;
     }
   }
-  std::fprintf(stderr, "generate_dump: short|vectors|tree|names BYTES [SCALE]\n");
+  std::fprintf(stderr, "generate_dump: short|vectors|tree|names|buses BYTES [SCALE]\n");
   return 2;
 }

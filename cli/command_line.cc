@@ -11,6 +11,7 @@ constexpr char kHelp[] =
     "Switching activity of a logic simulation, from its value change dump\n"
     "\n"
     "Examples:\n"
+    "  kesncd sim.vcd                       a first look at a dump, and what to ask next\n"
     "  kesncd flat sim.vcd --top soc        toggle frequencies of module soc, in MHz\n"
     "  kesncd tree sim.vcd                  the module tree with its activity\n"
     "  kesncd find sim.vcd u1/q 'data_5_'   frequencies of signals by their design names\n"
@@ -26,6 +27,7 @@ CommandLine MakeCommandLine() {
   line.program.AddAnswered("-h,--help", "print this help");
   line.program.AddAnswered("--version", "print the version");
   AddActivityCommand(line);
+  AddLookCommand(line);
   AddFlatCommand(line);
   AddTopCommand(line);
   AddTreeCommand(line);
@@ -36,7 +38,7 @@ CommandLine MakeCommandLine() {
   AddPowerCommand(line);
   AddExtractCommand(line);
   for (Command& command : line.commands) {
-    command.AddAnswered("-h,--help", "print this help");
+    command.AddAnswered("-h,--help", "print this help").isHelp = true;
   }
   return line;
 }

@@ -1,6 +1,7 @@
 // A result for programs: one object, a row a line.
 #include <array>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "export/result_writer.h"
 #include "text/printable.h"
@@ -9,40 +10,41 @@ namespace orsa::kesncd {
 
 namespace {
 
-void AppendEscape(std::string& out, char32_t code) {
-  std::array<char, 8> text{};
-  (void)std::snprintf(text.data(), text.size(), "\\u%04x", static_cast<unsigned>(code));
-  out += text.data();
+using nlohmann::json;
+
+/// nlohmann's text of a value. Names in a dump need not be UTF-8: stray bytes become the character
+/// that stands for one.
+std::string Serialised(const json& value) {
+  return value.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
-/// Names in a dump need not be UTF-8: a stray byte becomes the character that stands for one.
-/// Characters that steer a terminal are written as escapes, which says the same.
-void AppendString(std::string& out, std::string_view text) {
-  out += '"';
-  while (!text.empty()) {
-    const char c = text.front();
-    const Utf8Character character = FirstCharacter(text);
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += c;
-    } else if (!character.isValid) {
-      out += "\xef\xbf\xbd";
-    } else if (IsSteering(character.code)) {
-      AppendEscape(out, character.code);
+/// The text of a string. Characters that steer a terminal, of which JSON itself escapes only the
+/// oldest, are written as escapes, which says the same.
+void AppendString(std::string& out, const std::string& text) {
+  const std::string quoted = Serialised(text);
+  for (std::string_view rest = quoted; !rest.empty();) {
+    const Utf8Character character = FirstCharacter(rest);
+    if (IsSteering(character.code)) {
+      std::array<char, 8> escape{};
+      (void)std::snprintf(escape.data(), escape.size(), "\\u%04x",
+                          static_cast<unsigned>(character.code));
+      out += escape.data();
     } else {
-      out += text.substr(0, character.bytes);
+      out += rest.substr(0, character.bytes);
     }
-    text.remove_prefix(character.bytes);
+    rest.remove_prefix(character.bytes);
   }
-  out += '"';
 }
 
 void AppendCell(std::string& out, const Cell& cell) {
   if (const auto* text = std::get_if<std::string>(&cell)) return AppendString(out, *text);
-  const std::string number = NumberText(cell);
-  out += number.empty() ? "null" : number;
-  const bool looksWhole = number.find_first_of(".e") == std::string::npos;
-  if (ValueIn(cell) != nullptr && looksWhole) out += ".0";
+  if (const auto* count = std::get_if<std::int64_t>(&cell)) {
+    out += Serialised(*count);
+  } else if (const double* value = ValueIn(cell)) {
+    out += Serialised(*value);
+  } else {
+    out += Serialised(nullptr);
+  }
 }
 
 class JsonWriter : public ResultWriter {

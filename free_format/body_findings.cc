@@ -6,6 +6,8 @@
 #include "free_format/body_reader.h"
 #include "free_format/dump_findings.h"
 #include "free_format/dump_items.h"
+#include "free_format/host_rule.h"
+#include "vcd/value_alphabet.h"
 
 namespace orsa::kesncd {
 
@@ -15,6 +17,34 @@ constexpr double kUnknownShare = 0.01;  // of a signal's changes
 // Of a value with its code on a line that the shortest line buffer of a reader holds.
 constexpr std::size_t kLongestWhole = 960;
 
+/// Of what kinds the bits of a value are: an or of these.
+enum BitKinds : unsigned { kKnownBit = 1, kXBit = 2, kZBit = 4 };
+
+unsigned KindsOf(char bit) {
+  switch (In(kBitValues, bit)) {
+    case 'x':
+      return kXBit;
+    case 'z':
+      return kZBit;
+    default:
+      return kKnownBit;
+  }
+}
+
+unsigned KindsOf(std::string_view value) {
+  static const auto kinds = [] {
+    std::array<unsigned char, 256> table{};
+    for (unsigned c = 0; c < table.size(); ++c) {
+      table[c] = static_cast<unsigned char>(KindsOf(static_cast<char>(c)));
+    }
+    return table;
+  }();
+  unsigned all = 0;
+  for (const char c : value) all |= kinds[static_cast<unsigned char>(c)];
+  return all;
+}
+
+/// The body as the line readers and hosts take it. Calling order: Run, Report.
 class BodyCheck {
  public:
   BodyCheck(DumpWords& words, SlotWatch& watch, const Declarations& declarations)
@@ -32,31 +62,37 @@ class BodyCheck {
       items_.TakePlainLines(lines);
     }
     CheckItemBefore(items_.place().crowdedLine);
+    endsOpen_ = items_.EndsOpen() && last_ != ItemKind::SectionEnd;
   }
 
   // What the body holds.
   void Scalar(std::uint32_t codeId, char value) {
     SetLast(ItemKind::Scalar);
-    TakeChange(codeId, value > '1');
+    TakeValue(codeId, static_cast<unsigned char>(value), KindsOf(value), value > '1');
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
     SetLast(ItemKind::Vector);
     if (value.size() > kLongestWhole) longValues_.Add(items_.Line(), "");
-    TakeChange(codeId, false);
+    const unsigned kinds = KindsOf(value);
+    if ((kinds & (kXBit | kZBit)) != 0 && dumping_.isOn() != 0) {
+      unknownBits_.Add(items_.Line(), value);
+    }
+    TakeValue(codeId, Fingerprint(value), kinds, false);
   }
-  void Real(std::uint32_t codeId, std::string_view /*value*/) {
+  void Real(std::uint32_t codeId, std::string_view value) {
     SetLast(ItemKind::Vector);
-    TakeChange(codeId, false);
+    TakeValue(codeId, Fingerprint(value), kKnownBit, false);
   }
   void Command(Keyword command) {
     SetLast(ItemKind::Command);
-    isDumping_ = command != Keyword::DumpOff;
+    if (dumping_.Take(command) && dumping_.isOn() == 0) offStretches_.Add(items_.Line(), "");
   }
   void SectionEnd() { SetLast(ItemKind::SectionEnd); }
   void Stamp(std::uint64_t ticks) {
     SetLast(ItemKind::Stamp);
     readLast_ = watch_.StampFor(static_cast<double>(ticks));
     lastTick_ = ticks;
+    dumping_.Stamp(ticks);
     if (facts_.stamps++ == 0) {
       facts_.firstTick = facts_.lastTick = ticks;
       readFirst_ = readLast_;
@@ -81,7 +117,6 @@ class BodyCheck {
     findings.Add(FindingKind::Weak, items.weak);
     findings.Add(FindingKind::LongValues, longValues_);
     findings.Add(FindingKind::BeforeFirstStamp, before_);
-    findings.Add(FindingKind::Unknown, UnknownShares());
     findings.Add(FindingKind::Undeclared, items.undeclared);
     findings.Add(FindingKind::Strings, items.strings);
     findings.Add(FindingKind::Unended, items.unended);
@@ -89,9 +124,17 @@ class BodyCheck {
     findings.Add(FindingKind::LateDeclarations, items.late);
     findings.Add(FindingKind::Strays, items.strays);
     findings.Add(FindingKind::Fractions, items.fractions);
+    findings.Add(FindingKind::OpenEnd, endsOpen_ && !items.cutStamp && !items.torn, items_.Line(),
+                 "");
+    ReportValues(findings);
     findings.Add(FindingKind::NoSpan, facts_.firstTick == facts_.lastTick, 0, "");
     const bool isMisread = readFirst_ != static_cast<double>(facts_.firstTick) ||
                            readLast_ != static_cast<double>(facts_.lastTick);
+    const double hostSpan =
+        static_cast<double>(facts_.lastTick) - static_cast<double>(facts_.firstTick);
+    findings.Add(FindingKind::HugeStamps,
+                 hostSpan != static_cast<double>(facts_.lastTick - facts_.firstTick), lastLine_,
+                 StampText(facts_.lastTick));
     findings.Add(FindingKind::MisreadSpan, isMisread && !sharedStamps_, lastLine_,
                  TickText(readFirst_) + " to " + TickText(readLast_));
   }
@@ -102,7 +145,11 @@ class BodyCheck {
   struct Counts {
     std::uint64_t counted = 0;
     std::uint64_t unknown = 0;
+    std::uint32_t last = 0;  // 0: no value yet
     bool isSet = false;
+    bool wasKnown = false;  // it had a value without x
+    bool turnsX = false;    // and one with x later
+    bool isOnlyX = true;
   };
 
   /// Plain lines, which the watch has to see as well. Until the first stamp, lines go one by one,
@@ -140,7 +187,7 @@ class BodyCheck {
     const bool isUnknown = kind == ItemKind::Scalar && items_.value() > '1';
     const bool isChange =
         kind == ItemKind::Scalar || kind == ItemKind::Vector || kind == ItemKind::Real;
-    if (isChange && isDumping_ && !isUnknown && (!place.startsLine || !place.isWhole)) {
+    if (isChange && dumping_.isOn() != 0 && !isUnknown && (!place.startsLine || !place.isWhole)) {
       changesInLine_.Add(place.line, "");
     }
   }
@@ -153,26 +200,63 @@ class BodyCheck {
     if (last_ == ItemKind::Command) sharedCommands_.Add(line, "");
   }
 
-  void TakeChange(std::uint32_t codeId, bool isUnknown) {
-    if (!isDumping_) return;
+  /// A value: its fingerprint, the kinds of its bits, and whether it is a scalar's x or z.
+  void TakeValue(std::uint32_t codeId, std::uint32_t value, unsigned kinds, bool isUnknown) {
     Counts& counts = counts_[codeId];
+    const bool repeats = counts.last == value;
+    counts.last = value;
+    if (dumping_.isOn() == 0) return;
     // The x that a signal starts from says nothing about its activity.
     if (!isUnknown || counts.isSet) ++(isUnknown ? counts.unknown : counts.counted);
     counts.isSet = true;
+    repeated_ += repeats && !isUnknown ? 1 : 0;
+    if ((kinds & kXBit) == 0) {
+      counts.wasKnown = true;
+    } else if (counts.wasKnown) {
+      counts.turnsX = true;
+    }
+    counts.isOnlyX = counts.isOnlyX && kinds == kXBit;
     ++(isUnknown ? facts_.unknown : facts_.changes);
     if (facts_.stamps == 0 && !isUnknown) before_.Add(items_.Line(), "");
   }
 
-  Tally UnknownShares() const {
-    Tally shares;
+  /// The variables whose code's counts meet a condition.
+  template <class Meets>
+  Tally Signals(Meets meets) const {
+    std::vector<bool> hasBits;
+    for (const std::string& type : declarations_.types) hasBits.push_back(HasBits(type));
+    Tally signals;
     for (const DumpVariable& variable : declarations_.variables) {
-      const Counts& counts = counts_[variable.codeId];
-      const auto unknown = static_cast<double>(counts.unknown);
-      const double all = unknown + static_cast<double>(counts.counted);
-      if (unknown <= kUnknownShare * all) continue;
-      shares.Add(variable.line, shares ? "" : declarations_.ShortPathOf(variable));
+      if (!hasBits[variable.typeId] || !meets(counts_[variable.codeId])) continue;
+      signals.Add(variable.line, signals ? "" : declarations_.ShortPathOf(variable));
     }
-    return shares;
+    return signals;
+  }
+
+  static bool HasBits(const std::string& type) {
+    static constexpr std::string_view kOthers[] = {"real", "realtime", "string", "event",
+                                                   "parameter"};
+    return std::find(std::begin(kOthers), std::end(kOthers), type) == std::end(kOthers);
+  }
+
+  static bool IsOftenUnknown(const Counts& counts) {
+    const auto unknown = static_cast<double>(counts.unknown);
+    return unknown > kUnknownShare * (unknown + static_cast<double>(counts.counted));
+  }
+
+  /// What values say of the simulation.
+  void ReportValues(Findings& findings) const {
+    findings.Add(FindingKind::Unknown, Signals(IsOftenUnknown));
+    findings.Add(FindingKind::StaysUnknown, Signals([](const Counts& counts) {
+                   return counts.isOnlyX;  // also where it is given no value
+                 }));
+    findings.Add(FindingKind::TurnsUnknown,
+                 Signals([](const Counts& counts) { return counts.turnsX; }));
+    findings.Add(FindingKind::UnknownBits, unknownBits_);
+    if (dumping_.OffTicks() == 0) return;
+    Tally off = offStretches_;
+    off.example = OffText(dumping_, facts_.lastTick - facts_.firstTick, repeated_);
+    findings.Add(FindingKind::DumpingOff, off);
   }
 
   static std::string StampText(std::uint64_t ticks) {
@@ -192,13 +276,17 @@ class BodyCheck {
   std::vector<Counts> counts_;  // by code
   BodyFacts facts_;
   bool isBehindItem_ = false;
+  bool endsOpen_ = false;
   ItemKind last_ = ItemKind::SectionEnd;
   std::uint64_t definitionsEnd_ = 0;  // its line, if the body begins there
   std::uint64_t lastTick_ = 0;
   std::uint64_t lastLine_ = 0;  // of a stamp
   double readFirst_ = 0;
   double readLast_ = 0;
-  bool isDumping_ = true;
+  DumpingTime dumping_;
+  std::uint64_t repeated_ = 0;
+  Tally offStretches_;
+  Tally unknownBits_;
   Tally sharedStamps_;
   Tally sharedCommands_;
   Tally changesInLine_;

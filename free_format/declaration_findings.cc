@@ -36,6 +36,18 @@ void FindEmptyTop(const Declarations& declarations, Findings& findings) {
   }
 }
 
+/// Scopes that the line readers do not know. One without signals in it or below it does no harm by
+/// itself; what it does to signals after it is found where they are.
+void FindForeign(const Declarations& declarations, Findings& findings) {
+  Tally foreign;
+  for (std::size_t i = 1; i < declarations.scopes.size(); ++i) {
+    const DumpScope& scope = declarations.scopes[i];
+    if (!scope.populated || IsTreeKind(scope.kind)) continue;
+    foreign.Add(scope.line, scope.kind + " " + scope.name);
+  }
+  findings.Add(FindingKind::Foreign, foreign);
+}
+
 }  // namespace
 
 void FindInDeclarations(const Declarations& declarations, Findings& findings) {
@@ -54,13 +66,14 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
   findings.Add(FindingKind::QuotedDeclarations, lines.quoted);
   findings.Add(FindingKind::Keywords, lines.keywords);
   findings.Add(FindingKind::WrongScope, lines.wrongScope);
-  findings.Add(FindingKind::Foreign, lines.foreign);
+  FindForeign(declarations, findings);
   findings.Add(FindingKind::ScopeLines, lines.scopeLines);
   findings.Add(FindingKind::Split, lines.split);
   findings.Add(FindingKind::Late, lines.late);
   findings.Add(FindingKind::GrammarCodes, lines.grammarCodes);
   findings.Add(FindingKind::Attributes, lines.attributes);
   findings.Add(FindingKind::Malformed, declarations.malformed);
+  findings.Add(FindingKind::NotHandled, declarations.notHandled);
   FindEmptyTop(declarations, findings);
   FindAliases(declarations, findings);
 }

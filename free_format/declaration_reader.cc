@@ -51,10 +51,23 @@ bool IsScopeKind(std::string_view word) {
   return std::find(kKinds.begin(), kKinds.end(), word) != kKinds.end();
 }
 
-/// Whether the line readers take the scope for one of the tree.
-bool IsTreeKind(const std::string& kind) {
-  return kind == "module" || kind == "function" || kind == "task";
-}
+/// "st is not handled", which GHDL writes into a comment in the place of a record or an array of
+/// them.
+struct NotHandled {
+  std::string name;
+  std::size_t words = 0;
+
+  void Take(std::string_view word) {
+    static constexpr std::string_view kText[] = {"is", "not", "handled"};
+    if (words == 0) {
+      name = word.substr(0, 100);
+    } else if (words > std::size(kText) || word != kText[words - 1]) {
+      words = std::size(kText) + 1;
+    }
+    ++words;
+  }
+  bool IsWhole() const { return words == 4; }
+};
 
 bool IsStamp(std::string_view word) {
   return word.size() > 1 && word[0] == '#' && word[1] >= '0' && word[1] <= '9';
@@ -166,12 +179,15 @@ void DeclarationReader::ReadSection(Keyword keyword) {
   // Names, codes and widths are kept whole; what a comment holds is not worth the memory.
   const bool isKept = keyword == Keyword::Var || keyword == Keyword::Scope;
   words_.SetLongest(isKept ? DumpWords::kNoLimit : 0);
+  NotHandled said;
   while (Advance()) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) {
       TakeEnd();
+      if (said.IsWhole()) result_.notHandled.Add(section_.line, said.name);
       return;
     }
+    if (keyword == Keyword::Comment) said.Take(words_.Word());
     if (EndsSection(keyword, next)) {
       repeat_ = true;
       return;
@@ -340,10 +356,7 @@ void DeclarationReader::CheckLine(Tally& tally, bool fits) {
 }
 
 void DeclarationReader::FollowScope(std::uint32_t scope, const std::string& kind) {
-  if (!IsTreeKind(kind)) {
-    result_.lines.foreign.Add(section_.line, kind + " " + result_.scopes[scope].name);
-    return;
-  }
+  if (!IsTreeKind(kind)) return;
   lineScopes_.push_back(
       {scope, !lineRoot_ || (!lineScopes_.empty() && lineScopes_.back().reachable)});
   lineRoot_ = true;

@@ -13,9 +13,11 @@
 
 namespace orsa::kesncd {
 
-/// The most harmful first.
+/// The most harmful first, as far as they do harm (see IsFault).
 enum class FindingKind {
   Packed,
+  Shrank,
+  Grows,
   NoTimescale,
   OddTimescale,
   UnreadTimescale,
@@ -35,9 +37,11 @@ enum class FindingKind {
   CommandsNotAlone,
   Ports,
   MisreadSpan,
+  HugeStamps,
   CutStamp,
   BadStamps,
   Backward,
+  DumpingOff,
   Doubled,
   Hidden,
   WrongScope,
@@ -52,10 +56,14 @@ enum class FindingKind {
   LongValues,
   BeforeFirstStamp,
   Unknown,
+  StaysUnknown,
+  TurnsUnknown,
+  UnknownBits,
   Undeclared,
   Strings,
   Unended,
   TornValue,
+  OpenEnd,
   LateDeclarations,
   Malformed,
   Strays,
@@ -65,6 +73,44 @@ enum class FindingKind {
   Parentheses,
   Collisions,
   WideRanges,
+  NotHandled,
+};
+
+/// What a finding does to figures.
+enum class Severity {
+  WrongFigures,  // some are wrong, or lack what the dump says or should say
+  WorthKnowing,  // they are what they are called, but a user may take them for something else
+};
+
+/// Whose reading of the dump a finding is about.
+enum class Concerns {
+  AllRuns,        // the program's own and those of hosts
+  Hosts,          // the library's line readers, and so --as-is
+  GrammarReader,  // nobody but the flat run's other reader
+};
+
+/// What a user can do about a finding.
+enum class Remedy {
+  None,
+  Unpack,
+  Prepare,
+  GiveTimescale,
+  SimulateAgain,
+  SimulateLonger,
+  AwaitEnd,
+  KeepDumping,
+  FixDump,
+  FinerTimescale,
+  CoarserTimescale,
+  ChooseTop,
+  SeeWhetherInitial,
+  ResetDesign,
+  TraceDrivers,
+  AskAsWritten,
+  ReadAsElement,
+  FindOrTree,
+  LeaveMemoriesOut,
+  UsePlainSignals,
 };
 
 struct Finding {
@@ -72,15 +118,26 @@ struct Finding {
   Tally tally;
 };
 
-/// How a kind reads: "signals that cannot be reached ...", what it counts, and what to do.
+/// A kind in words ("signals not reachable ..."), what it counts, and what is known of every
+/// finding of the kind.
 struct FindingText {
   std::string_view finding;
   std::string_view of;
-  std::string_view remedy;
+  Severity severity;
+  Concerns concerns;
+  Remedy remedy;
 };
 const FindingText& TextOf(FindingKind kind);
-/// Whether preparing the dump mends it.
-bool IsMended(FindingKind kind);
+std::string_view TextOf(Severity severity);
+std::string_view TextOf(Concerns concerns);
+std::string_view TextOf(Remedy remedy);
+
+/// Whether a run of the program or of a host gives a wrong or incomplete figure.
+bool IsFault(FindingKind kind);
+
+/// Faults first, the most harmful before the others, then what is worth knowing, then what is about
+/// the grammar reader alone.
+void SortFindings(std::vector<Finding>& findings);
 
 /// What is found so far; kinds that were not met are left out.
 class Findings {
@@ -90,7 +147,7 @@ class Findings {
   }
   /// A finding about the dump as a whole.
   void Add(FindingKind kind, bool isSo, std::uint64_t line, std::string_view example);
-  /// All, the most harmful first.
+  /// All, in the order of SortFindings.
   std::vector<Finding> Sorted() &&;
 
  private:
@@ -119,7 +176,7 @@ BodyFacts FindInBody(DumpWords& words, SlotWatch& watch, const Declarations& dec
 struct DumpCheck {
   Declarations declarations;
   BodyFacts body;
-  std::vector<Finding> findings;  // the most harmful first
+  std::vector<Finding> findings;  // in the order of SortFindings
 };
 
 /// Throws Failure with Unusable for what is no VCD file or declares no variable; messages call the

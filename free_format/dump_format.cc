@@ -1,3 +1,4 @@
+// The first bytes by which formats are known, and what turns each into a dump.
 #include "free_format/dump_format.h"
 
 #include <algorithm>
@@ -34,6 +35,23 @@ constexpr Magic kMagics[] = {
 
 constexpr std::size_t kLooked = 4096;
 
+constexpr ForeignFormat kSaveFile{"a GTKWave save file",
+                                  "give the dump that its [dumpfile] line names"};
+constexpr ForeignFormat kCompiled{"a compiled simulation (Icarus Verilog)",
+                                  "run it with vvp: $dumpfile in the test bench names the dump"};
+
+/// Texts, which have no fixed first bytes.
+ForeignFormat TextFormatOf(std::string_view text) {
+  const std::size_t start = text.find_first_not_of(" \t\r\n");
+  if (start == std::string_view::npos) return {};
+  text.remove_prefix(start);
+  const std::string_view line = text.substr(0, text.find('\n'));
+  if (line.starts_with("[*]") || line.starts_with("[dumpfile]")) return kSaveFile;
+  if (line.starts_with(":ivl_version")) return kCompiled;
+  if (line.starts_with("#!") && line.find("vvp") != std::string_view::npos) return kCompiled;
+  return {};
+}
+
 }  // namespace
 
 ForeignFormat ForeignFormatOf(std::string_view firstBytes) {
@@ -45,7 +63,7 @@ ForeignFormat ForeignFormatOf(std::string_view firstBytes) {
   if (head.find('\0') != std::string_view::npos && head.find('$') > head.find('\0')) {
     return {"a binary file", "have the simulator write VCD"};
   }
-  return {};
+  return TextFormatOf(head);
 }
 
 std::string ForeignText(const ForeignFormat& format) {

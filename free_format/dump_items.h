@@ -74,6 +74,10 @@ class DumpItems {
   /// The line that was reached, as far as plain lines are counted.
   std::uint64_t Line() const { return words_.Line(); }
 
+  /// Whether the dump's last line has no end, and something stands on it. To be asked after Next
+  /// has returned false.
+  bool EndsOpen() const { return words_.EndsDump(); }
+
   /// Hands the plain lines that come next to a taker (see ScanPlainLines).
   template <class Taker>
   void TakePlainLines(Taker& taker) {

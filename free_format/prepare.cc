@@ -99,6 +99,18 @@ class BodyCopy {
   std::vector<std::string> values_;  // by code, while the window is not open yet
 };
 
+/// Whether the text is the whole path of the scope, found out without writing out every path.
+bool IsPathOf(std::string_view text, const Declarations& declarations, std::uint32_t scope) {
+  while (text.ends_with(declarations.scopes[scope].name)) {
+    text.remove_suffix(declarations.scopes[scope].name.size());
+    scope = declarations.scopes[scope].parent;
+    if (scope == Declarations::kDump) return text.empty();
+    if (text.empty() || text.back() != '/') return false;
+    text.remove_suffix(1);
+  }
+  return false;
+}
+
 /// The scope of that path, or the outermost of that name; kDump when there is none.
 std::uint32_t FindScope(const Declarations& declarations, const std::string& top) {
   std::vector<std::uint32_t> level = declarations.scopes[Declarations::kDump].scopes;
@@ -106,7 +118,7 @@ std::uint32_t FindScope(const Declarations& declarations, const std::string& top
     std::vector<std::uint32_t> below;
     for (const std::uint32_t index : level) {
       const DumpScope& scope = declarations.scopes[index];
-      if (scope.name == top || declarations.PathOf(index) == top) return index;
+      if (scope.name == top || IsPathOf(top, declarations, index)) return index;
       below.insert(below.end(), scope.scopes.begin(), scope.scopes.end());
     }
     level = std::move(below);

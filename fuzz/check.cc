@@ -19,13 +19,13 @@ namespace {
 /// What the hierarchical reader's figures do not depend on.
 bool IsHarmless(FindingKind kind) {
   static constexpr FindingKind kHarmless[] = {
-      FindingKind::NoTimescale,      FindingKind::NoSpan,
-      FindingKind::Backward,         FindingKind::EmptyTop,
-      FindingKind::BeforeFirstStamp, FindingKind::Unknown,
-      FindingKind::Undeclared,       FindingKind::Late,
-      FindingKind::GrammarCodes,     FindingKind::Escaped,
-      FindingKind::TwoIndices,       FindingKind::Parentheses,
-      FindingKind::Collisions,       FindingKind::WideRanges};
+      FindingKind::NoTimescale,  FindingKind::NoSpan,      FindingKind::DumpingOff,
+      FindingKind::HugeStamps,   FindingKind::OpenEnd,     FindingKind::StaysUnknown,
+      FindingKind::TurnsUnknown, FindingKind::UnknownBits, FindingKind::NotHandled,
+      FindingKind::Backward,     FindingKind::EmptyTop,    FindingKind::BeforeFirstStamp,
+      FindingKind::Unknown,      FindingKind::Undeclared,  FindingKind::Late,
+      FindingKind::GrammarCodes, FindingKind::Escaped,     FindingKind::TwoIndices,
+      FindingKind::Parentheses,  FindingKind::Collisions,  FindingKind::WideRanges};
   return std::find(std::begin(kHarmless), std::end(kHarmless), kind) != std::end(kHarmless);
 }
 

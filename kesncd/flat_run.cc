@@ -9,7 +9,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-// More bits than any design has, few enough to hold: a damaged range such as [2147483647:0] must
+// More bits than any design has, few enough to hold: a corrupt range such as [2147483647:0] must
 // not fill the memory.
 constexpr std::uint64_t kMostBusBits = 16777216;
 
@@ -21,16 +21,54 @@ bool TooManyBusBits() {
   return bits > kMostBusBits;
 }
 
+using Frequencies = std::map<std::string, double>;
+
+/// Enters the bits of one bus. Taken in the order of their names ("d_1", "d_10", "d_2"), each goes
+/// right after the one before, where the map need not be searched.
+class BitNames {
+ public:
+  BitNames(const DesignNames& names, double frequency, Frequencies& frequencies)
+      : names_(names),
+        frequency_(frequency),
+        frequencies_(frequencies),
+        next_(frequencies.lower_bound(names.base)) {}
+
+  void Enter() {
+    if (names_.low < 0 || names_.low > static_cast<std::int64_t>(names_.RangeSize())) {
+      // The walk by digits would meet too many numbers below the range.
+      for (std::int64_t bit = names_.low; bit <= names_.high; ++bit) EnterBit(bit);
+      return;
+    }
+    if (names_.low == 0) EnterBit(0);
+    for (std::int64_t digit = 1; digit <= 9; ++digit) EnterFrom(digit);
+  }
+
+ private:
+  /// Enters the bits whose numbers begin with these digits.
+  void EnterFrom(std::int64_t number) {  // NOLINT(misc-no-recursion): a level a digit
+    if (number > names_.high) return;
+    if (number >= names_.low) EnterBit(number);
+    for (std::int64_t digit = 0; digit <= 9; ++digit) EnterFrom(10 * number + digit);
+  }
+  void EnterBit(std::int64_t bit) {
+    next_ = frequencies_.emplace_hint(next_, names_.base + std::to_string(bit), frequency_);
+    ++next_;
+  }
+
+  const DesignNames& names_;
+  const double frequency_;
+  Frequencies& frequencies_;
+  Frequencies::iterator next_;
+};
+
 /// Enters a signal under its design-style names; names that are there keep their frequency.
-void EnterSignal(int index, std::map<std::string, double>& frequencies) {
+void EnterSignal(int index, Frequencies& frequencies) {
   const DesignNames names = RewriteName(topMod.GetSignalName(index));
   const double frequency = topMod.GetSignalFreq(index);
-  if (!names.isRange) {
+  if (names.isRange) {
+    BitNames(names, frequency, frequencies).Enter();
+  } else {
     frequencies.emplace(names.base, frequency);
-    return;
-  }
-  for (std::int64_t bit = names.low; bit <= names.high; ++bit) {
-    frequencies.emplace(names.base + std::to_string(bit), frequency);
   }
 }
 
@@ -62,7 +100,7 @@ bool KesNCD::ReadVCD(const std::set<std::string>& signals, std::string& message)
     message = kTooManyBits;
     return false;
   }
-  std::map<std::string, double> frequencies;
+  Frequencies frequencies;
   for (int i = 0; i < topMod.GetSignalSize(); ++i) EnterSignal(i, frequencies);
   signalFreqs.swap(frequencies);
   // A place that cannot be written is passed over: the frequencies are good all the same.

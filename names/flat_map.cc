@@ -119,6 +119,9 @@ FlatMap::FlatMap(const Declarations& declarations, std::uint32_t scope,
   for (const std::uint32_t variable : declarations.scopes[scope].variables) {
     const std::string& name = declarations.variables[variable].name;
     Entry entry = EntryOf(declarations, variable);
+    const std::vector<std::int64_t> numbers =
+        entry.isRange ? selection.NumbersIn(entry.base, entry.low, entry.high)
+                      : std::vector<std::int64_t>();
     const bool isWhole = selection.HasWhole(name) ||
                          (entry.isRange && selection.HasWhole(name.substr(0, name.find('['))));
     if (isWhole || (!entry.hasNumber && selection.HasWhole(entry.base)) ||
@@ -126,8 +129,7 @@ FlatMap::FlatMap(const Declarations& declarations, std::uint32_t scope,
       entries_.push_back(std::move(entry));
       continue;
     }
-    if (!entry.isRange) continue;
-    for (const std::int64_t number : selection.NumbersIn(entry.base, entry.low, entry.high)) {
+    for (const std::int64_t number : numbers) {
       entries_.push_back({entry.base, true, true, number, number, variable});
     }
   }

@@ -1,7 +1,6 @@
 #include "text/byte_stream.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -27,6 +26,7 @@ int Open(const std::string& path) {
 
 FileSource::FileSource(const std::string& path) : path_(path), file_(Open(path)) {
   if (file_ < 0) Fail(path);
+  if (fstat(file_, &opened_) != 0) opened_ = {};
 }
 
 FileSource::~FileSource() {
@@ -43,9 +43,17 @@ std::size_t FileSource::Read(char* to, std::size_t most) {
 }
 
 std::uint64_t FileSource::size() const {
-  struct stat status {};
-  const bool isFile = fstat(file_, &status) == 0 && S_ISREG(status.st_mode);
-  return isFile ? static_cast<std::uint64_t>(status.st_size) : 0;
+  return S_ISREG(opened_.st_mode) ? static_cast<std::uint64_t>(opened_.st_size) : 0;
+}
+
+FileChange FileSource::Change() const {
+  struct stat now {};
+  if (!S_ISREG(opened_.st_mode) || fstat(file_, &now) != 0) return FileChange::None;
+  if (now.st_size < opened_.st_size) return FileChange::Shrank;
+  const bool isSame = now.st_size == opened_.st_size &&
+                      now.st_mtim.tv_sec == opened_.st_mtim.tv_sec &&
+                      now.st_mtim.tv_nsec == opened_.st_mtim.tv_nsec;
+  return isSame ? FileChange::None : FileChange::Changed;
 }
 
 std::size_t ResumedSource::Read(char* to, std::size_t most) {

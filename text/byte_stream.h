@@ -3,6 +3,8 @@
 #ifndef KESNCD_TEXT_BYTE_STREAM_H_
 #define KESNCD_TEXT_BYTE_STREAM_H_
 
+#include <sys/stat.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -34,6 +36,9 @@ class ByteSink {
   virtual void Write(std::string_view bytes) = 0;
 };
 
+/// What became of a file while it was read.
+enum class FileChange { None, Shrank, Changed };
+
 /// A file, read as it is; "-" is standard input.
 class FileSource : public ByteSource {
  public:
@@ -46,10 +51,13 @@ class FileSource : public ByteSource {
   std::string SecondPath() const { return "/proc/self/fd/" + std::to_string(file_); }
   /// Its bytes; 0 where that is not known, as of a pipe.
   std::uint64_t size() const;
+  /// What became of the file since it was opened. A pipe does not change.
+  FileChange Change() const;
 
  private:
   const std::string path_;
   const int file_;
+  struct stat opened_ {};
 };
 
 /// Bytes that were read before, then the rest of what they came from.

@@ -32,6 +32,11 @@ struct DumpScope {
   std::vector<std::uint32_t> variables;
 };
 
+/// Whether the line readers take a scope of that kind for one of the tree.
+inline bool IsTreeKind(const std::string& kind) {
+  return kind == "module" || kind == "function" || kind == "task";
+}
+
 /// What the library's line readers, which see a keyword only on a line of its own and know three
 /// kinds of scopes, would make of declarations.
 struct LineReading {
@@ -41,7 +46,6 @@ struct LineReading {
   Tally scopeLines;        // the same of $scope, $upscope and $enddefinitions
   Tally quoted;            // lines of comments that look like declarations
   Tally keywords;          // keywords in capitals, which they do not know
-  Tally foreign;           // scopes of other kinds
   Tally wrongScope;        // variables put into another scope of the tree
   Tally unreachable;       // variables that no way leads to from the tree's root
   Tally late;              // variables declared behind a sub-scope: no flat run takes them
@@ -66,6 +70,7 @@ struct Declarations {
   std::uint32_t widest = 0;        // bits of the widest variable
   Tally malformed;                 // $var without a code
   Tally unbalanced;                // $upscope with nothing open
+  Tally notHandled;                // signals that the simulator says it left out
   Tally unnamed;                   // variables and scopes without a name, which are given one
   bool ended = false;              // by $enddefinitions
   bool hasWord = false;            // the last word taken already belongs to the body

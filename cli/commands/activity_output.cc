@@ -22,8 +22,9 @@ std::string ActivityPath(const std::string& asked, const std::string& dump) {
   if (!asked.empty()) return asked;
   std::error_code ignored;
   if (std::filesystem::is_regular_file(dump, ignored)) return dump + ".txt";
+  const std::string name = dump == "-" ? "standard input" : dump;
   throw Failure(FailureKind::Unusable,
-                dump + ": is no file with a place beside it; --activity=FILE");
+                name + ": is no file with a place beside it; --activity=FILE");
 }
 
 void RequireActivityFile(const std::string& path) {

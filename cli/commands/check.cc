@@ -1,8 +1,10 @@
 // kesncd check: what the library's readers would get wrong in a dump.
+#include <algorithm>
 #include <memory>
 
 #include "cli/commands/commands.h"
 #include "free_format/dump_findings.h"
+#include "names/scope_search.h"
 #include "text/number.h"
 
 namespace orsa::kesncd::cli {
@@ -12,41 +14,79 @@ namespace {
 struct Options {
   InputOptions input;
   OutputOptions output;
+  bool allModules = false;
 };
 
 constexpr char kHelp[] =
-    "What the readers would get wrong in a dump, the most harmful first\n"
+    "What makes figures of a dump wrong, or is worth knowing, the most harmful first\n"
     "\n"
     "Examples:\n"
     "  kesncd check sim.vcd\n"
     "  kesncd check sim.vcd --format json -o findings.json\n"
     "\n"
-    "The dump is read once. The exit status is 0 when nothing was found, 1 when something was.\n";
+    "Each finding says whom it concerns: all runs, hosts (and --as-is) alone, or the grammar "
+    "reader\n"
+    "alone. The dump is read once. The exit status is 1 when a run of the program or of a host "
+    "would\n"
+    "give a wrong or incomplete figure, else 0.\n";
 
 constexpr double kFemtosecondsPerNanosecond = 1e6;
 
-/// The modules that a flat run can take, in the order of the dump.
-std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
-  std::vector<std::string> modules;
-  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
-    const DumpScope& scope = declarations.scopes[i];
-    if (scope.kind != "module" || scope.variables.empty()) continue;
-    modules.push_back(declarations.PathOf(i));
+/// What --top of other commands takes for the scopes that declare variables, in the dump's order.
+struct TopNames {
+  std::vector<std::string> names;
+  std::int64_t shortened = 0;  // paths of which only the end is given
+};
+
+/// The end of a scope's path, which --top takes too: whole names, and no more of them than fit. A
+/// deep dump's paths together would else be out of all proportion to it.
+std::string TopNameOf(const Declarations& declarations, std::uint32_t scope, bool& isShortened) {
+  constexpr std::size_t kLongest = 250;
+  if (scope == Declarations::kDump) return "/";
+  std::uint32_t top = declarations.scopes[scope].parent;
+  std::size_t length = declarations.scopes[scope].name.size();
+  while (top != Declarations::kDump) {
+    length += declarations.scopes[top].name.size() + 1;
+    if (length > kLongest) break;
+    top = declarations.scopes[top].parent;
   }
-  return modules;
+  isShortened = top != Declarations::kDump;
+  return declarations.PathBelow(top, scope);
+}
+
+TopNames TopNamesOf(const Declarations& declarations) {
+  TopNames tops;
+  for (std::uint32_t i = 0; i < declarations.scopes.size(); ++i) {
+    if (declarations.scopes[i].variables.empty()) continue;
+    bool isShortened = false;
+    tops.names.push_back(TopNameOf(declarations, i, isShortened));
+    if (isShortened) ++tops.shortened;
+  }
+  return tops;
 }
 
 std::string Counted(std::uint64_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
+/// What --top takes for the scope that runs propose: its name, where no other scope has it.
 std::string NameOfTop(const Declarations& declarations) {
   const std::uint32_t top = OutermostWithVariables(declarations);
-  return declarations.scopes[top].name;
+  if (top == Declarations::kDump) return "/";
+  const std::string& name = declarations.scopes[top].name;
+  if (FindScopes(declarations, name) == std::vector<std::uint32_t>{top}) return name;
+  bool isShortened = false;
+  return TopNameOf(declarations, top, isShortened);
 }
 
-Facts FactsOf(const std::string& dump, const Declarations& declarations, const BodyFacts& body) {
-  const double ticks = static_cast<double>(body.lastTick) - static_cast<double>(body.firstTick);
+std::int64_t FaultsIn(const std::vector<Finding>& findings) {
+  return std::count_if(findings.begin(), findings.end(),
+                       [](const Finding& finding) { return IsFault(finding.kind); });
+}
+
+Facts FactsOf(const std::string& dump, const DumpCheck& check, const TopNames& tops) {
+  const auto& [declarations, body, findings] = check;
+  const auto ticks = static_cast<double>(body.lastTick - body.firstTick);
   Cell tick;
   Cell span;
   if (declarations.tick) {
@@ -59,10 +99,12 @@ Facts FactsOf(const std::string& dump, const Declarations& declarations, const B
           {"start_tick", static_cast<double>(body.firstTick)},
           {"end_tick", static_cast<double>(body.lastTick)},
           {"span_ns", span},
-          {"signals", static_cast<std::int64_t>(declarations.variables.size())},
+          {"signal_count", static_cast<std::int64_t>(declarations.variables.size())},
           {"changes", static_cast<std::int64_t>(body.changes)},
           {"unknown_changes", static_cast<std::int64_t>(body.unknown)},
-          {"top", NameOfTop(declarations)}};
+          {"top", NameOfTop(declarations)},
+          {"faults", FaultsIn(findings)},
+          {"shortened_modules", tops.shortened}};
 }
 
 Row RowOf(const Finding& finding) {
@@ -73,39 +115,88 @@ Row RowOf(const Finding& finding) {
           std::string(text.of),
           finding.tally.line > 0 ? Cell(number(finding.tally.line)) : Cell(),
           finding.tally.example.empty() ? Cell() : Cell(finding.tally.example),
-          std::string(text.remedy)};
+          std::string(TextOf(text.severity)),
+          std::string(TextOf(text.concerns)),
+          std::string(TextOf(text.remedy))};
 }
 
-std::string LastLines(std::size_t findings, const std::vector<std::string>& modules,
-                      const Declarations& declarations, const BodyFacts& body) {
+/// "2 findings; 1 worth knowing": only what makes figures wrong is called a finding there.
+std::string CountText(const std::vector<Finding>& findings) {
+  const auto faults = static_cast<std::size_t>(FaultsIn(findings));
+  const auto grammar = static_cast<std::size_t>(
+      std::count_if(findings.begin(), findings.end(), [](const Finding& finding) {
+        return TextOf(finding.kind).concerns == Concerns::GrammarReader;
+      }));
+  const std::size_t notes = findings.size() - faults - grammar;
+  std::string text = Counted(faults, "finding");
+  if (notes > 0) text += ", " + std::to_string(notes) + " worth knowing";
+  if (grammar > 0) text += ", " + std::to_string(grammar) + " of the grammar reader alone";
+  return text;
+}
+
+std::string ModulesText(const TopNames& tops, bool all) {
+  constexpr std::size_t kShown = 20;
+  const std::size_t shown = all ? tops.names.size() : std::min(tops.names.size(), kShown);
+  std::string text = "modules with signals:";
+  for (std::size_t i = 0; i < shown; ++i) {
+    text += (all ? "\n  " : i == 0 ? " " : ", ") + tops.names[i];
+  }
+  if (shown < tops.names.size()) {
+    text += " and " + std::to_string(tops.names.size() - shown) + " more, which --modules lists";
+  }
+  if (tops.shortened > 0) {
+    text += "\n" + std::to_string(tops.shortened) +
+            " of their paths are so long that only the end is given, which --top takes too";
+  }
+  return text;
+}
+
+std::string LastLines(const DumpCheck& check, const std::string& modules) {
+  const auto& [declarations, body, findings] = check;
   const std::string span =
       declarations.tick && body.lastTick > body.firstTick
           ? ShortestText(static_cast<double>(body.lastTick - body.firstTick) *
                          static_cast<double>(*declarations.tick) / kFemtosecondsPerNanosecond) +
                 " ns"
           : "no time";
-  return Counted(findings, "finding") + "; " + Counted(declarations.variables.size(), "signal") +
-         " with " + Counted(body.changes, "change") + " in " + span + "; a good top module is " +
-         NameOfTop(declarations) + "\nmodules with signals: " + ShortList(modules);
+  return CountText(findings) + "; " + Counted(declarations.variables.size(), "signal") + " with " +
+         Counted(body.changes, "change") + " in " + span + "; a good top module is " +
+         NameOfTop(declarations) + "\n" + modules;
+}
+
+/// What became of the file while it was read is a finding too.
+void AddChange(FileChange change, std::vector<Finding>& findings) {
+  if (change == FileChange::None) return;
+  Tally tally;
+  tally.Add(0, "");
+  findings.push_back(
+      {change == FileChange::Shrank ? FindingKind::Shrank : FindingKind::Grows, tally});
+  SortFindings(findings);
 }
 
 ExitStatus Run(const Options& options) {
   CheckOutputs({options.input.dump}, {options.output.path});
   const std::string name = NameOf(options.input);
   UnpackedSource dump = OpenDump(options.input);
-  const auto [declarations, body, findings] = CheckDump(*dump.bytes, name, dump.packing);
+  DumpCheck check = CheckDump(*dump.bytes, name, dump.packing);
   dump.bytes.reset();
-  const std::vector<std::string> modules = ModulesWithVariables(declarations);
-  ResultOutput result(
-      options.output,
-      {FactsOf(name, declarations, body),
-       "findings",
-       {{"finding", true}, "count", {"of", true}, "line", "example", {"remedy", true}},
-       "-",
-       {{"modules", modules}}});
-  for (const Finding& finding : findings) result.Add(RowOf(finding));
-  result.End({{}, {}, LastLines(findings.size(), modules, declarations, body)});
-  return findings.empty() ? ExitStatus::Done : ExitStatus::Findings;
+  AddChange(*dump.change, check.findings);
+  const TopNames tops = TopNamesOf(check.declarations);
+  ResultOutput result(options.output, {FactsOf(name, check, tops),
+                                       "findings",
+                                       {{"finding", true},
+                                        "count",
+                                        {"of", true},
+                                        "line",
+                                        "example",
+                                        {"severity", true},
+                                        {"concerns", true},
+                                        {"remedy", true}},
+                                       "-",
+                                       {{"modules", tops.names}}});
+  for (const Finding& finding : check.findings) result.Add(RowOf(finding));
+  result.End({{}, {}, LastLines(check, ModulesText(tops, options.allModules))});
+  return FaultsIn(check.findings) == 0 ? ExitStatus::Done : ExitStatus::Findings;
 }
 
 }  // namespace
@@ -114,6 +205,8 @@ void AddCheckCommand(CommandLine& line) {
   Command& command = line.Add("check", kHelp);
   const auto options = std::make_shared<Options>();
   AddDumpOptions(command, options->input);
+  command.AddFlag("--modules", options->allModules,
+                  "list all modules that --top of other commands takes, not the first 20");
   AddOutputOptions(command, options->output);
   command.run = [options] { return Run(*options); };
 }

@@ -24,9 +24,10 @@ void AddQuiet(Command& command, InputOptions& options) {
 }  // namespace
 
 void AddOutputOptions(Command& command, OutputOptions& options) {
-  command.AddChoice("--format",
-                    {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}},
-                    options.format, "how the result is written");
+  command
+      .AddChoice("--format", {RowFormats().begin(), RowFormats().end()}, options.format,
+                 "how the result is written")
+      .Initially("what FILE ends in, else table");
   AddLookOptions(command, options);
 }
 
@@ -35,7 +36,7 @@ void AddLookOptions(Command& command, OutputOptions& options) {
       .Initially(std::to_string(options.look.digits));
   command.AddFlag("--wide", options.look.isWide, "show long names whole in a table");
   command.AddFile("-o,--output", "FILE", options.path,
-                  "write the result to FILE; - for standard output");
+                  "write the result to FILE, packed if it ends in .gz; - for standard output");
 }
 
 void AddDumpOptions(Command& command, InputOptions& options) {

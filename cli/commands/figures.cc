@@ -112,7 +112,7 @@ void SayWhichOf(const Figures& figures, const std::vector<std::uint32_t>& scopes
 Cell Figures::Frequency(std::uint32_t changes) const {
   if (!isAsIs && !run.whyUnknown.empty()) return {};
   const double frequency =
-      ToggleFrequency(static_cast<int>(changes), run.SpanTicks(), run.nsPerTick.value_or(0));
+      ToggleFrequency(static_cast<int>(changes), run.spanTicks, run.nsPerTick.value_or(0));
   if (!std::isfinite(frequency) || (!isAsIs && frequency < 0)) return {};
   return frequency;
 }
@@ -123,6 +123,7 @@ Figures FiguresOfTree(const std::string& dump, const VmodHier& root) {
   figures.run.nsPerTick = orsa::kesncd::timeScale;
   figures.run.firstTick = orsa::kesncd::startCycle;
   figures.run.lastTick = orsa::kesncd::endCycle;
+  figures.run.spanTicks = orsa::kesncd::endCycle - orsa::kesncd::startCycle;
   return figures;
 }
 
@@ -139,6 +140,21 @@ std::string ScopeName(const Declarations& declarations, std::uint32_t scope) {
   return "/ (variables outside every scope)";
 }
 
+std::string RowPath(const Declarations& declarations, std::uint32_t scope) {
+  constexpr std::size_t kLongest = 1000;
+  constexpr std::size_t kMostScopes = 64;  // more than a design nests
+  std::uint32_t top = scope;
+  std::size_t length = 0;
+  for (std::size_t i = 0; top != Declarations::kDump; ++i) {
+    length += declarations.scopes[top].name.size() + 1;
+    if (i == kMostScopes || length > kLongest) break;
+    top = declarations.scopes[top].parent;
+  }
+  if (top == Declarations::kDump) return declarations.PathBelow(top, scope);
+  if (top != scope) return ".../" + declarations.PathBelow(top, scope);
+  return ".../" + declarations.scopes[scope].name.substr(0, kLongest) + "...";
+}
+
 std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
   const Declarations& declarations = figures.run.declarations;
   if (text.empty()) return OutermostWithVariables(declarations);
@@ -148,6 +164,16 @@ std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
   const std::uint32_t chosen = BestOf(declarations, scopes);
   SayWhichOf(figures, scopes, text, chosen);
   return chosen;
+}
+
+std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
+  std::vector<std::string> modules;
+  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
+    const DumpScope& scope = declarations.scopes[i];
+    if (scope.kind != "module" || scope.variables.empty()) continue;
+    modules.push_back(declarations.PathOf(i));
+  }
+  return modules;
 }
 
 Facts RunFacts(const Figures& figures, const std::string& top) {

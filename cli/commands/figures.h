@@ -49,6 +49,12 @@ std::uint32_t ChosenScope(const Figures& figures, const std::string& text);
 /// What messages call a scope.
 std::string ScopeName(const Declarations& declarations, std::uint32_t scope);
 
+/// The modules that a flat run can take, in the order of the dump.
+std::vector<std::string> ModulesWithVariables(const Declarations& declarations);
+/// The path of a scope as rows give it: whole, or of a very long one its end after ".../". Written
+/// out in every row, the paths of a corrupt or hostile dump would be out of all proportion to it.
+std::string RowPath(const Declarations& declarations, std::uint32_t scope);
+
 /// The facts that results begin with.
 Facts RunFacts(const Figures& figures, const std::string& top);
 

@@ -58,7 +58,7 @@ class FindRows {
     const char* const status = variables.size() > 1 ? "ambiguous" : "found";
     for (const std::uint32_t index : variables) {
       const DumpVariable& variable = figures_.run.declarations.variables[index];
-      const std::string scope = figures_.run.declarations.PathOf(variable.scope);
+      const std::string scope = RowPath(figures_.run.declarations, variable.scope);
       if (!filter_.Takes(scope, variable.name)) continue;
       const Cell frequency = figures_.FrequencyOf(variable);
       const double* const known = ValueIn(frequency);

@@ -78,6 +78,7 @@ Facts HostFacts(const DumpInput& input, const std::string& top) {
   figures.run.nsPerTick = orsa::kesncd::timeScale;
   figures.run.firstTick = orsa::kesncd::startCycle;
   figures.run.lastTick = orsa::kesncd::endCycle;
+  figures.run.spanTicks = orsa::kesncd::endCycle - orsa::kesncd::startCycle;
   return RunFacts(figures, top);
 }
 

@@ -36,7 +36,8 @@ constexpr char kHelp[] =
     "  kesncd power sim.vcd connections.csv --top soc --default-freq 10 --format json\n"
     "\n"
     "The table is CSV without a heading, a row a line: SIGNAL,name  INPUT,component,type\n"
-    "OUTPUT,component,type  OUTPORT,net,port. Names are looked up in the module of --top and "
+    "OUTPUT,component,type  OUTPORT,net,port, the kinds in any letter case. Names are looked up in "
+    "the module of --top and "
     "below\n"
     "it, as kesncd find looks them up; a name that means different signals takes the outermost "
     "and\n"
@@ -148,19 +149,46 @@ class PowerRows {
   std::string signal_;
 };
 
+PD_TABLE* TableOf(PowerDocument& document) {
+  const auto* const section = dynamic_cast<PD_TBLSECT*>(document.GetSection(kConnections));
+  return section == nullptr ? nullptr : section->table;
+}
+
+/// The library knows the kinds of rows in capitals only and leaves others out; here they may be
+/// written in any letter case, and what is left out is said.
+void TakeKinds(const std::string& name, PD_TABLE& table) {
+  std::vector<std::string> others;
+  for (std::vector<std::string>& row : table.rows) {
+    std::string kind = row.front();
+    for (char& c : kind) {
+      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    if (kind == "SIGNAL" || kind == "INPUT" || kind == "OUTPUT" || kind == "OUTPORT") {
+      row.front() = kind;
+    } else {
+      others.push_back(row.front());
+    }
+  }
+  if (others.empty()) return;
+  Remark(name,
+         "left out are rows that are none of SIGNAL, INPUT, OUTPUT, OUTPORT: " + ShortList(others));
+}
+
 void ReadTable(const std::string& path, PowerDocument& document) {
   const TextByPath text(WithoutComments(ReadText(path)));
-  std::string message;
-  if (document.ReadConnections(text.path(), message)) return;
   const std::string name = path == "-" ? "standard input" : path;
-  throw Failure(FailureKind::Unusable, name + message.substr(text.path().size()));
+  std::string message;
+  if (!document.ReadConnections(text.path(), message)) {
+    throw Failure(FailureKind::Unusable, name + message.substr(text.path().size()));
+  }
+  if (PD_TABLE* const table = TableOf(document)) TakeKinds(name, *table);
 }
 
 std::vector<KesSigFreq> ReadRecords(PowerDocument& document) {
   orsa::kesncd::RecordBuilder records;
-  auto* const section = dynamic_cast<PD_TBLSECT*>(document.GetSection(kConnections));
-  if (section == nullptr || section->table == nullptr) return {};
-  PD_TABLE& table = *section->table;
+  PD_TABLE* const found = TableOf(document);
+  if (found == nullptr) return {};
+  PD_TABLE& table = *found;
   for (int row = 0; row < table.GetRowCount(); ++row) {
     records.TakeRow(table.GetValueAt(row, 0), table.GetValueAt(row, 1), table.GetValueAt(row, 2));
   }

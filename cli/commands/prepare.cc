@@ -48,7 +48,8 @@ void AddPrepareCommand(CommandLine& line) {
   const auto options = std::make_shared<Options>();
   PrepareOptions& prepare = options->prepare;
   AddDumpOptions(command, options->input);
-  command.AddFile("-o,--output", "FILE", options->output, "write the prepared dump to FILE");
+  command.AddFile("-o,--output", "FILE", options->output,
+                  "write the prepared dump to FILE, packed if it ends in .gz");
   command.AddText("--top", "NAME", prepare.top, "put this scope first, a name or a path");
   command.AddTime("--timescale", prepare.tick, "the tick of a dump that has no time scale");
   AddWindowOptions(command, prepare.window);

@@ -33,9 +33,6 @@ constexpr char kHelp[] =
     "several\n"
     "names in a module counts once there. Figures are a host's: changes count as it counts them.\n";
 
-// More scopes than a design nests; paths of a corrupt dump must not fill the memory.
-constexpr std::size_t kPartsShown = 64;
-
 // Columns of a row: of a signal or a module itself, and of a module with all below it.
 constexpr std::size_t kOwnChanges = 3;
 constexpr std::size_t kOwnMean = 4;
@@ -77,7 +74,7 @@ class TreeRows {
 
  private:
   void WriteScope(std::uint32_t scope) {
-    const std::string path = DisplayPath(scope);
+    const std::string path = RowPath(declarations_, scope);
     Row row{path, std::string("module")};
     AppendTotal(totals_.own[scope], row);
     AppendTotal(scope == Declarations::kDump ? totals_.own[scope] : totals_.tree[scope], row);
@@ -125,16 +122,6 @@ class TreeRows {
     const double* const frequency = std::get_if<double>(&one);
     if (frequency == nullptr) return {};
     return *frequency * static_cast<double>(total.counted) / static_cast<double>(total.signals);
-  }
-
-  std::string DisplayPath(std::uint32_t scope) const {
-    std::uint32_t top = scope;
-    std::size_t parts = 0;
-    for (; top != Declarations::kDump && parts < kPartsShown; ++parts) {
-      top = declarations_.scopes[top].parent;
-    }
-    const std::string path = declarations_.PathBelow(top, scope);
-    return top == Declarations::kDump ? path : ".../" + path;
   }
 
   const Figures& figures_;

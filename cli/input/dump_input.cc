@@ -1,6 +1,11 @@
 // Opening dumps, and passing them on to the library.
 #include "cli/input/dump_input.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <utility>
@@ -25,8 +30,9 @@ bool ShowsProgress(const InputOptions& options) {
   return !options.quiet && IsTerminal(kErrors);
 }
 
-// No design's declarations are longer; other files may hold no end of them.
-constexpr std::size_t kMostKept = std::size_t{1} << 30;
+// Of a stream, which cannot be read twice. Few designs' declarations are longer, while a short
+// packed file may hold no end of comments.
+constexpr std::size_t kMostKept = std::size_t{1} << 28;
 
 /// Keeps what is read of a source, so that it can be read again.
 class KeptSource : public ByteSource {
@@ -37,7 +43,8 @@ class KeptSource : public ByteSource {
     const std::size_t got = source_.Read(to, most);
     kept_.append(to, got);
     if (kept_.size() > kMostKept) {
-      throw Failure(FailureKind::Unusable, "the declarations do not end; is it a VCD file?");
+      throw Failure(FailureKind::Unusable,
+                    "the declarations are too long for a stream; give the dump as a file");
     }
     return got;
   }
@@ -47,6 +54,44 @@ class KeptSource : public ByteSource {
   ByteSource& source_;
   std::string kept_;
 };
+
+/// Figures are those of what was there, so the user has to know that it was not the whole dump.
+void SayChange(const std::string& name, FileChange change) {
+  if (change == FileChange::Shrank) {
+    Remark(name, "it became shorter while it was read: only a part of it was seen");
+  } else if (change == FileChange::Changed) {
+    Remark(name, "it changed while it was read and may still grow: what came later is not seen");
+  }
+}
+
+/// Looks at the end whether a file is still what was opened.
+class WatchedSource : public ByteSource {
+ public:
+  WatchedSource(std::unique_ptr<FileSource> file, std::string name)
+      : file_(std::move(file)), name_(std::move(name)) {}
+
+  std::size_t Read(char* to, std::size_t most) override {
+    const std::size_t got = file_->Read(to, most);
+    if (got == 0 && most > 0 && *change_ == FileChange::None) {
+      *change_ = file_->Change();
+      SayChange(name_, *change_);
+    }
+    return got;
+  }
+  std::shared_ptr<const FileChange> change() const { return change_; }
+
+ private:
+  const std::unique_ptr<FileSource> file_;
+  const std::string name_;
+  const std::shared_ptr<FileChange> change_ = std::make_shared<FileChange>(FileChange::None);
+};
+
+/// Opening a path once more costs a descriptor, and the library does not say why it could not.
+void CheckCanOpen(const std::string& path, const std::string& name) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) throw Failure(FailureKind::Unusable, name + ": " + std::strerror(errno));
+  (void)close(file);
+}
 
 }  // namespace
 
@@ -66,17 +111,22 @@ UnpackedSource OpenDump(const InputOptions& options) {
   start.resize(ReadFully(*file, start.data(), start.size()));
   const bool isFst = IsFst(start);
   std::unique_ptr<ByteSource> bytes;
+  std::shared_ptr<const FileChange> change;
   if (isFst) {
     bytes = MakeFstSource(*file, NameOf(options));
     size = 0;  // of the VCD
   } else {
-    bytes = std::make_unique<ResumedSource>(std::move(start), std::move(file));
+    auto watched = std::make_unique<WatchedSource>(std::move(file), NameOf(options));
+    change = watched->change();
+    bytes = std::make_unique<ResumedSource>(std::move(start), std::move(watched));
   }
   if (ShowsProgress(options)) {
     bytes = std::make_unique<ShownSource>(std::move(bytes), NameOf(options), size);
   }
-  if (isFst) return {std::move(bytes), "fst"};
-  return Unpack(std::move(bytes), NameOf(options));
+  if (isFst) return {std::move(bytes), "fst", {}};
+  UnpackedSource dump = Unpack(std::move(bytes), NameOf(options));
+  dump.change = std::move(change);
+  return dump;
 }
 
 DumpInput::DumpInput(const InputOptions& options, Passing passing)
@@ -88,15 +138,24 @@ DumpInput::DumpInput(const InputOptions& options, Passing passing)
   if (passing == Passing::Prepared) (void)declarations();
 }
 
-/// Reads the dump's beginning, which then is there to be read again.
-void DumpInput::ReadHeader() {
-  KeptSource kept(*bytes_);
+void DumpInput::ReadDeclarationsFrom(ByteSource& bytes) {
   try {
-    DumpWords words(kept);
+    DumpWords words(bytes);
     declarations_ = ReadDeclarations(words, name_);
   } catch (const Failure& failure) {
     headerFailure_ = failure.what();
   }
+}
+
+/// Reads the dump's beginning, which then is there to be read again.
+void DumpInput::ReadHeader() {
+  if (IsRegularFile()) {
+    const UnpackedSource again = Unpack(std::make_unique<FileSource>(options_.dump), name_);
+    ReadDeclarationsFrom(*again.bytes);
+    return;
+  }
+  KeptSource kept(*bytes_);
+  ReadDeclarationsFrom(kept);
   bytes_ = std::make_unique<ResumedSource>(kept.TakeKept(), std::move(bytes_));
 }
 
@@ -119,10 +178,9 @@ void DumpInput::Pass(ByteSink& to) {
 }
 
 /// A file that can be opened twice. Standard input cannot: it may stand behind its file's start.
-bool DumpInput::IsPlainFile() const {
+bool DumpInput::IsRegularFile() const {
   std::error_code ignored;
-  return packing_.empty() && options_.dump != "-" &&
-         std::filesystem::is_regular_file(options_.dump, ignored);
+  return options_.dump != "-" && std::filesystem::is_regular_file(options_.dump, ignored);
 }
 
 bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run) {
@@ -130,12 +188,16 @@ bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run
   const FileSource file(options_.dump);
   std::optional<ReadingWatch> watch;
   if (ShowsProgress(options_)) watch.emplace(name_, file.size());
-  return run(file.SecondPath());
+  CheckCanOpen(file.SecondPath(), name_);
+  const bool outcome = run(file.SecondPath());
+  SayChange(name_, file.Change());
+  return outcome;
 }
 
 bool DumpInput::Read(const std::function<bool(const std::string& path)>& run) {
-  if (passing_ == Passing::AsIs && IsPlainFile()) return ReadFile(run);
+  if (passing_ == Passing::AsIs && packing_.empty() && IsRegularFile()) return ReadFile(run);
   DumpFeed feed([this](ByteSink& to) { Pass(to); });
+  CheckCanOpen(feed.path(), name_);
   const bool outcome = run(feed.path());
   feed.Finish();
   bytes_.reset();

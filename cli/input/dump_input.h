@@ -49,7 +49,8 @@ class DumpInput {
 
  private:
   void ReadHeader();
-  bool IsPlainFile() const;
+  void ReadDeclarationsFrom(ByteSource& bytes);
+  bool IsRegularFile() const;
   bool ReadFile(const std::function<bool(const std::string& path)>& run);
   void Pass(ByteSink& to);
 

@@ -15,6 +15,8 @@ namespace orsa::kesncd::cli {
 struct UnpackedSource {
   std::unique_ptr<ByteSource> bytes;
   std::string_view packing;
+  /// What became of the file, once it was read to its end; null where nobody looked.
+  std::shared_ptr<const FileChange> change;
 };
 
 /// The bytes of a source, unpacked while they are read where they are packed. Messages call the

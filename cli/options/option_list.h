@@ -32,6 +32,7 @@ struct Option {
   bool required = false;   // the command cannot do without
   bool repeats = false;    // it may come again, for one more value
   bool alsoAlone = false;  // its value may be left out, and stands after "=" only
+  bool isHelp = false;     // asks for the command's help and nothing else
   /// Takes a value, an empty one where none was given. Throws Failure with a reason, such as
   /// "-1 is no whole number from 0", that the parser puts the option's name before.
   std::function<void(const std::string&)> take;
@@ -144,6 +145,7 @@ class Command {
 struct CommandLine {
   Command program;
   std::deque<Command> commands;
+  std::string commandOfFiles{};  // what is done where a file stands in place of a command
 
   Command& Add(const std::string& name, const std::string& help) {
     return commands.emplace_back(name, help);

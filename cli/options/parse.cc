@@ -1,10 +1,12 @@
-// The parser of the command line.
+// The command line as CLI11 parses it: options and operands go to it as our data, what it collects
+// goes to them, and its errors become our messages.
 #include "cli/options/parse.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <numeric>
-#include <set>
 
 #include "cli/options/help_text.h"
 
@@ -44,103 +46,101 @@ std::string Meant(const std::string& word, const std::vector<std::string>& known
   return nearest.empty() ? "" : "; did you mean " + nearest + "?";
 }
 
-/// The words of a command after its name.
-class Words {
- public:
-  Words(const Command& command, const std::vector<std::string>& words, std::size_t at)
-      : command_(command), words_(words), at_(at) {}
-
-  /// Takes them all; false when help was asked for.
-  bool Take() {
-    bool onlyOperands = false;
-    while (at_ < words_.size()) {
-      const std::string& word = words_[at_++];
-      if (onlyOperands || word == "-" || !word.starts_with("-")) {
-        TakeOperand(word);
-      } else if (word == "--") {
-        onlyOperands = true;
-      } else if (word == "--help" || word == "-h") {
-        return false;
-      } else if (word.starts_with("--")) {
-        TakeLong(word);
-      } else {
-        TakeShort(word);
-      }
-    }
-    return true;
+/// Gives what CLI11 collected for an option to it, value by value.
+void Give(const Option& option, const std::vector<std::string>& values) {
+  if (option.argument.empty()) {
+    if (!values.front().empty()) Refuse(option.name() + " takes no value");
+  } else if (values.size() > 1 && !option.repeats) {
+    Refuse(option.name() + " is given twice");
   }
-
-  void RequireAll() const {
-    for (const auto* list : {&command_.operands(), &command_.options()}) {
-      for (const Option& option : *list) {
-        if (option.required && !given_.contains(&option)) Refuse(option.name() + " is required");
-      }
-    }
-  }
-
- private:
-  const Option& Find(const std::string& flag) const {
-    const Option* const option = command_.OptionOf(flag);
-    if (option == nullptr) Refuse(flag + " is no option" + Meant(flag, command_.Flags()));
-    return *option;
-  }
-
-  void Give(const Option& option, const std::string& value) {
-    if (!given_.insert(&option).second && !option.repeats && !option.argument.empty()) {
-      Refuse(option.name() + " is given twice");
-    }
+  for (const std::string& value : values) {
     try {
       option.take(value);
     } catch (const Failure& failure) {
       Refuse(option.name() + ": " + failure.what());
     }
   }
+}
 
-  const std::string& NextWord(const Option& option) {
-    if (at_ == words_.size()) Refuse(option.name() + " needs " + option.argument);
-    return words_[at_++];
+void AddTo(CLI::App& app, const Option& option) {
+  // CLI11 would read an operand "[a,b]" as two where it may take more than it expects, and names of
+  // bits look like that. So it expects more than there can be.
+  constexpr int kMany = 1 << 28;
+  const std::string names = option.flags.empty() ? option.argument : Join(option.flags, ",");
+  CLI::Option* const added =
+      app.add_option(names, [&option](const std::vector<std::string>& values) {
+        if (option.isHelp) throw CLI::CallForHelp();
+        Give(option, values);
+        return true;
+      });
+  added->required(option.required);
+  added->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  added->trigger_on_parse(option.isHelp);  // whatever else is wrong with the line
+  if (option.argument.empty() || option.alsoAlone) {
+    added->expected(0, 0);
+  } else if (option.flags.empty() && option.repeats) {
+    added->expected(kMany, kMany);
   }
+}
 
-  void TakeLong(const std::string& word) {
-    const std::size_t sign = word.find('=');
-    const Option& option = Find(word.substr(0, sign));
-    if (sign != std::string::npos) {
-      if (option.argument.empty()) Refuse(option.name() + " takes no value");
-      const std::string value = word.substr(sign + 1);
-      if (value.empty() && option.isFile) Refuse(option.name() + " needs " + option.argument);
-      Give(option, value);
+/// The words as CLI11 takes them, last first. It would take the next word for the value of
+/// "--top=", which a script writes whose variable is empty.
+std::vector<std::string> LastFirst(const Command& command, const std::vector<std::string>& words) {
+  std::vector<std::string> reversed;
+  bool onlyOperands = false;
+  for (const std::string& word : words) {
+    onlyOperands = onlyOperands || word == "--";
+    const Option* const option = onlyOperands || !word.ends_with("=")
+                                     ? nullptr
+                                     : command.OptionOf(word.substr(0, word.size() - 1));
+    if (option == nullptr || option->argument.empty()) {
+      reversed.push_back(word);
+      continue;
+    }
+    if (option->isFile) Refuse(option->name() + " needs " + option->argument);
+    reversed.push_back(option->name());
+    reversed.emplace_back();
+  }
+  std::reverse(reversed.begin(), reversed.end());
+  return reversed;
+}
+
+/// Refuses the first of the words that CLI11 could not place.
+void RefuseLeft(const Command& command, const std::vector<std::string>& left) {
+  bool onlyOperands = false;
+  for (const std::string& word : left) {
+    if (word == "--") {
+      onlyOperands = true;
+    } else if (onlyOperands || !word.starts_with("-")) {
+      Refuse(word + ": one operand too many");
     } else {
-      Give(option, option.argument.empty() || option.alsoAlone ? "" : NextWord(option));
+      const std::string flag =
+          word.starts_with("--") ? word.substr(0, word.find('=')) : word.substr(0, 2);
+      Refuse(flag + " is no option" + Meant(flag, command.Flags()));
     }
   }
+}
 
-  /// "-qoFILE": flags of a letter, of which the last may have a value.
-  void TakeShort(const std::string& word) {
-    for (std::size_t i = 1; i < word.size(); ++i) {
-      const Option& option = Find({'-', word[i]});
-      if (option.argument.empty()) {
-        Give(option, "");
-        continue;
-      }
-      Give(option, i + 1 < word.size() ? word.substr(i + 1) : NextWord(option));
-      return;
-    }
+/// Takes all words of a command after its name; false when help was asked for.
+bool Take(const Command& command, const std::vector<std::string>& words) {
+  CLI::App app;
+  app.set_help_flag();
+  for (const Option& option : command.options()) AddTo(app, option);
+  for (const Option& operand : command.operands()) AddTo(app, operand);
+  try {
+    app.parse(LastFirst(command, words));
+  } catch (const CLI::CallForHelp&) {
+    return false;
+  } catch (const CLI::ArgumentMismatch& error) {
+    const std::string text = error.what();  // "--name: 1 required ..."
+    const Option* const option = command.OptionOf(text.substr(0, text.find(':')));
+    Refuse(option == nullptr ? text : option->name() + " needs " + option->argument);
+  } catch (const CLI::ParseError& error) {
+    RefuseLeft(command, app.remaining());
+    Refuse(error.what());
   }
-
-  void TakeOperand(const std::string& word) {
-    const auto& operands = command_.operands();
-    if (operand_ == operands.size()) Refuse(word + ": one operand too many");
-    const Option& operand = operands[operand_];
-    if (!operand.repeats) ++operand_;
-    Give(operand, word);
-  }
-
-  const Command& command_;
-  const std::vector<std::string>& words_;
-  std::size_t at_;
-  std::size_t operand_ = 0;
-  std::set<const Option*> given_;
-};
+  return true;
+}
 
 std::function<ExitStatus()> Printing(std::string text) {
   return [text = std::move(text)] {
@@ -149,20 +149,30 @@ std::function<ExitStatus()> Printing(std::string text) {
   };
 }
 
+/// A word that names a file rather than a command: one that is there, or one with an ending.
+bool IsFileName(const std::string& word) {
+  if (word.starts_with("-")) return word == "-";
+  std::error_code ignored;
+  return word.find_first_of("./") != std::string::npos || std::filesystem::exists(word, ignored);
+}
+
 const Command& CommandOf(const CommandLine& line, const std::string& name) {
   std::vector<std::string> names;
   for (const Command& command : line.commands) {
     if (command.name() == name) return command;
     names.push_back(command.name());
   }
-  Refuse(name + " is no " + (name.starts_with("-") ? "option" : "command") + Meant(name, names));
+  for (const Command& command : line.commands) {
+    if (command.name() == line.commandOfFiles && IsFileName(name)) return command;
+  }
+  const std::string meant = Meant(name, names);
+  if (name.starts_with("-")) Refuse(name + " is no option");
+  Refuse(name + " is no command" + (meant.empty() ? ", and no such file is there" : meant));
 }
 
 std::function<ExitStatus()> ParseCommand(const CommandLine& line, const Command& command,
                                          const std::vector<std::string>& words) {
-  Words rest(command, words, 1);
-  if (!rest.Take()) return Printing(HelpOf(line, command));
-  rest.RequireAll();
+  if (!Take(command, words)) return Printing(HelpOf(line, command));
   command.check();
   return command.run;
 }
@@ -179,7 +189,8 @@ std::function<ExitStatus()> ParseWords(const CommandLine& line,
     if (words[0] == "--version") return Printing(program + " " KESNCD_VERSION "\n");
     const Command& command = CommandOf(line, words[0]);
     help += " " + command.name();
-    return ParseCommand(line, command, words);
+    const bool isNamed = words[0] == command.name();
+    return ParseCommand(line, command, {words.begin() + (isNamed ? 1 : 0), words.end()});
   } catch (const Failure& failure) {
     throw Failure(FailureKind::Unusable,
                   failure.what() + ("\n" + help) + " --help tells how it is used");

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include "cli/output/path_ending.h"
 #include "cli/process/interrupt.h"
 #include "text/failure.h"
 
@@ -18,7 +19,7 @@ WholeFileRules Rules() {
 
 std::unique_ptr<ResultWriter> MakeWriter(const OutputOptions& options, const ResultHead& head,
                                          ByteSink& out) {
-  switch (options.format) {
+  switch (ChosenFormat(options.format, options.path, RowFormats(), Format::Table)) {
     case Format::Csv:
       return MakeCsvWriter(head, out);
     case Format::Json:
@@ -50,16 +51,28 @@ bool IsInput(const Place& output, const Place& input) {
 
 }  // namespace
 
+const std::vector<std::pair<std::string, Format>>& RowFormats() {
+  static const std::vector<std::pair<std::string, Format>> kFormats{
+      {"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}};
+  return kFormats;
+}
+
 OutputFile::OutputFile(const std::string& path) : file_(path, Rules()) {
-  if (file_.IsTerminal()) terminal_.emplace(file_);
+  if (EndingOf(path).isPacked) {
+    packed_.emplace(file_);
+  } else if (file_.IsTerminal()) {
+    terminal_.emplace(file_);
+  }
 }
 
 void OutputFile::Write(std::string_view bytes) {
+  if (packed_) return packed_->Write(bytes);
   if (terminal_) return terminal_->Write(bytes);
   file_.Write(bytes);
 }
 
 void OutputFile::Commit() {
+  if (packed_) packed_->Finish();
   if (terminal_) terminal_->Finish();
   file_.Commit();
 }

@@ -6,8 +6,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "cli/output/pack.h"
 #include "export/result_writer.h"
 #include "text/printable.h"
 #include "text/whole_file.h"
@@ -16,15 +18,19 @@ namespace orsa::kesncd::cli {
 
 enum class Format { Table, Csv, Json };
 
+/// The words for the formats of rows, which also are what names of files end in.
+const std::vector<std::pair<std::string, Format>>& RowFormats();
+
 /// What every command that prints a result is told about it.
 struct OutputOptions {
-  Format format = Format::Table;
+  std::optional<Format> format;  // else the path's ending says which, else it is a table
   TableLook look;
   std::string path;  // empty and "-": standard output
 };
 
 /// A file or stream of the program's: whole or as it was, removed by signals, and printable where
-/// it leads to a terminal. Throws Failure with OutputFailed, or ReaderGone.
+/// it leads to a terminal, packed where its path ends in ".gz". Throws Failure with OutputFailed,
+/// or ReaderGone.
 class OutputFile : public ByteSink {
  public:
   /// An empty path and "-" are standard output.
@@ -37,6 +43,7 @@ class OutputFile : public ByteSink {
  private:
   WholeFile file_;
   std::optional<TerminalSink> terminal_;
+  std::optional<GzipSink> packed_;
 };
 
 /// A result with rows: made when its head is known, then the rows, then the tail.

@@ -22,26 +22,26 @@ TEST(Input, ReachesTheLibraryInEveryWay) {
   dir.Write("odd.vcd", kOdd);
   std::string rows =
       R"(gzip -k odd.vcd; zstd -q odd.vcd; mkfifo pipe; split -b 100 odd.vcd part; for p in part*; do gzip -c $p; done > many.gz => 0
-kesncd flat odd.vcd --format csv; ls *.txt => 2 => FLAT => THROUGHTOPls: .*\n
+kesncd flat odd.vcd --format csv; ls *.txt => 2 => FLAT => TOPls: .*\n
 kesncd flat odd.vcd --format csv --activity -q && kesncd flat odd.vcd --as-is --top tb -q => 0 => FLATsignal +freq_mhz\nq +0\n
 cat odd.vcd.txt odd.vcd.gz.txt => 1 => module \| tb\nsignal \| clk \| 100.000000\n
     signal \| ck2 \| 100.000000\n => .*\n
-kesncd flat odd.vcd.gz --format csv --activity && rm odd.vcd*.txt => 0 => FLAT => THROUGHTOP
-kesncd flat odd.vcd.zst --format csv --activity=a && cmp a odd.vcd.zst.txt => 2 => FLAT => THROUGHTOPcmp: .*\n
-kesncd flat - --format csv < odd.vcd => 0 => FLAT => THROUGHTOP
-cat many.gz | kesncd flat - --format csv --activity=b && cmp a b => 0 => FLAT => THROUGHTOP
-cat odd.vcd > pipe & kesncd flat pipe --format csv => 0 => FLAT => THROUGHTOP
+kesncd flat odd.vcd.gz --format csv --activity && rm odd.vcd*.txt => 0 => FLAT => TOP
+kesncd flat odd.vcd.zst --format csv --activity=a && cmp a odd.vcd.zst.txt => 2 => FLAT => TOPcmp: .*\n
+kesncd flat - --format csv < odd.vcd => 0 => FLAT => TOP
+cat many.gz | kesncd flat - --format csv --activity=b && cmp a b => 0 => FLAT => TOP
+cat odd.vcd > pipe & kesncd flat pipe --format csv => 0 => FLAT => TOP
 kesncd flat odd.vcd --reader grammar --format csv --activity=b && cmp a b => 0 => signal,freq_mhz\r\n
-    clk,100\r\nck2,100\r\n => THROUGHTOP
-kesncd find odd.vcd.gz r no --format csv => 0 => name,scope,signal,freq_mhz\r\nr,tc,r,0\r\n
-    no,not found,,\r\n => THROUGH
-kesncd tree odd.vcd --format csv | cut -d, -f1-4 => 0 => path,kind,signals,changes\ntb,module,2,6\n
-    tb/u,module,1,3\ntc,module,1,0\n => THROUGH
-kesncd tree odd.vcd --top tb/u --format csv | cut -d, -f1-4 | tail -1 => 0 => tb/u,module,1,3\n => THROUGH
+    clk,100\r\nck2,100\r\n
+kesncd find odd.vcd.gz r no --format csv => 0 => name,scope,signal,freq_mhz,status\r\nr,tc,r,0,found\r\n
+    no,,,,not found\r\n
+kesncd tree odd.vcd --format csv | cut -d, -f1-4 => 0 => path,kind,signals,changes\ntb,module,1,3\n
+    tb/u,module,1,3\ntc,module,1,0\n
+kesncd tree odd.vcd --top tb/u --format csv | cut -d, -f1-4 | tail -1 => 0 => tb/u,module,1,3\n
 kesncd flat odd.vcd --as-is --format csv --top tb => 0 => signal,freq_mhz\r\n
     q,0\r\n => kesncd: odd.vcd: no time scale .*\n
-kesncd find - r --as-is --format csv < odd.vcd => 1 => name,scope,signal,freq_mhz\r\n
-    r,not found,,\r\n => (.|\n)*2 further top-level scopes .*\n
+kesncd find - r --as-is --format csv < odd.vcd => 1 => name,scope,signal,freq_mhz,status\r\n
+    r,,,,not found\r\n => (.|\n)*2 further top-level scopes .*\n
 kesncd top odd.vcd.gz; kesncd top - < odd.vcd => 0 => tb\ntb\n
 kesncd check odd.vcd.zst --format csv | head -2 | cut -c-8 => 0 => finding,\npacked: \n
 kesncd prepare odd.vcd.gz -o p.vcd && kesncd flat p.vcd --top tb --format csv => 0 => FLAT => kesncd: odd.vcd.gz: it has several [^\n]*\n
@@ -50,10 +50,10 @@ head -c 90 odd.vcd.zst | kesncd tree - => 2 =>  => kesncd: .*: it is cut off ins
 (head -c 40 odd.vcd.gz; head -c 400 /dev/zero) | kesncd check - => 2 =>  => kesncd: .*: its packed bytes .*\n
 kesncd flat odd.vcd --activity=no/such => 3 =>  => (.|\n)*kesncd: no/such: cannot .*\n
 kesncd flat odd.vcd --activity=/dev/full => 3 =>  => (.|\n)*kesncd: /dev/full: .*\n
-xz -k odd.vcd; for p in part*; do xz -c $p; done | kesncd flat - --format csv => 0 => FLAT => THROUGHTOP
-bzip2 -k odd.vcd; for p in part*; do bzip2 -c $p; done | kesncd flat - --format csv => 0 => FLAT => THROUGHTOP
-kesncd flat odd.vcd.xz --format csv; kesncd flat odd.vcd.bz2 --format csv -q => 0 => FLATFLAT => THROUGHTOP
-(printf 'P\052M\030\003\000\000\000abc'; cat odd.vcd.zst) | kesncd flat - --format csv => 0 => FLAT => THROUGHTOP
+xz -k odd.vcd; for p in part*; do xz -c $p; done | kesncd flat - --format csv => 0 => FLAT => TOP
+bzip2 -k odd.vcd; for p in part*; do bzip2 -c $p; done | kesncd flat - --format csv => 0 => FLAT => TOP
+kesncd flat odd.vcd.xz --format csv; kesncd flat odd.vcd.bz2 --format csv -q => 0 => FLATFLAT => TOP
+(printf 'P\052M\030\003\000\000\000abc'; cat odd.vcd.zst) | kesncd flat - --format csv => 0 => FLAT => TOP
 head -c 90 odd.vcd.xz | kesncd tree - => 2 =>  => kesncd: .*: it is cut off inside .*\n
 head -c 90 odd.vcd.bz2 | kesncd tree - => 2 =>  => kesncd: .*: it is cut off inside .*\n
 (head -c 90 odd.vcd.xz; head -c 400 /dev/zero) | kesncd check - => 2 =>  => kesncd: .*: its packed bytes .*\n
@@ -66,7 +66,6 @@ cp odd.vcd odd.vcd.txt; kesncd flat odd.vcd --activity; cmp odd.vcd odd.vcd.txt 
 kesncd flat odd.vcd --as-is --top tb --activity=many.gz => 2 =>  => kesncd: many.gz: is there already .*\n)";
   for (const auto& [word, text] :
        {std::pair("FLAT", R"(signal,freq_mhz\r\nck2,100\r\nclk,100\r\n)"),
-        {"THROUGH", R"(kesncd: .*: read through prepare: time scale not read: .*\n)"},
         {"TOP", R"(kesncd: .*: top module is tb; --top chooses another\n)"}}) {
     rows = std::regex_replace(rows, std::regex(word), text);
   }
@@ -109,10 +108,10 @@ TEST(Input, ShowsProgressAndColourOnATerminalOnly) {
 script -qec "sh slow | TERM=xterm kesncd tree - --quiet > out" /dev/null => 0
 script -qec "kesncd top odd.vcd -q; printf 'name \\033[2J\\302\\233x\\342\\200\\256\\377\\n' > names
      && kesncd find odd.vcd --names-from names --format csv -q" /dev/null => 1 => tb\r\n
-    name,scope,signal,freq_mhz\r+\nname \?\[2J\?x\?\?,(.|\r|\n)*
-script -qec "TERM=xterm NO_COLOR=1 kesncd tree odd.vcd > out" /dev/null => 0 => kesncd: odd.vcd: .*\r\n
-script -qec "TERM=dumb kesncd tree odd.vcd > out" /dev/null => 0 => kesncd: odd.vcd: .*\r\n
-script -qec "TERM=xterm kesncd tree odd.vcd 2>&1 | cat" /dev/null => 0 => kesncd: odd.vcd: (.|\r|\n)*)");
+    name,scope,signal,freq_mhz,status\r+\nname \?\[2J\?x\?\?,(.|\r|\n)*
+script -qec "TERM=xterm NO_COLOR=1 kesncd flat odd.vcd > out" /dev/null => 0 => kesncd: odd.vcd: .*\r\n
+script -qec "TERM=dumb kesncd flat odd.vcd > out" /dev/null => 0 => kesncd: odd.vcd: .*\r\n
+script -qec "TERM=xterm kesncd flat odd.vcd 2>&1 | cat" /dev/null => 0 => kesncd: odd.vcd: (.|\r|\n)*)");
   EXPECT_EQ(ProgressText(1'500'000'000, 4'000'000'000, 2.0), "37 %, 750 MB/s, 4 s left");
   EXPECT_EQ(ProgressText(4000, 1, 1.0), "100 %, 0 MB/s, 0 s left");
 }

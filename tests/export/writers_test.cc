@@ -75,7 +75,7 @@ TEST(Writers, RoundToSignificantDigits) {
 TEST(Writers, LetNothingSteerATerminal) {
   const std::tuple<std::string, std::string, std::string> rows[] = {
       {"clk", "clk", "clk"},
-      {"\x1b[2J\t\x7f", "?[2J??", "\\u001b[2J\\u0009\\u007f"},
+      {"\x1b[2J\t\x7f", "?[2J??", "\\u001b[2J\\t\\u007f"},
       {"gr\xc3\xb6\xc3\x9f\x65", "gr\xc3\xb6\xc3\x9f\x65", "gr\xc3\xb6\xc3\x9f\x65"},
       {"\xf0\x9f\x94\x8c", "\xf0\x9f\x94\x8c", "\xf0\x9f\x94\x8c"},
       {"\xc2\x80\xc2\x9f\xc2\xa0", "??\xc2\xa0", "\\u0080\\u009f\xc2\xa0"},
@@ -85,6 +85,7 @@ TEST(Writers, LetNothingSteerATerminal) {
       {"\xc0\xaf", "??", "\xef\xbf\xbd\xef\xbf\xbd"},  // overlong
       {"\xe0\x9f\xbf", "???", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
       {"\xed\xa0\x80", "???", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},  // half of a pair
+      {"\xe2\x82.", "??.", "\xef\xbf\xbd."},                            // cut off
       {"\xf4\x90\x80\x80", "????", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"}};
   for (const auto& [name, shown, escaped] : rows) {
     EXPECT_EQ(Printable(name), shown) << escaped;

@@ -15,14 +15,24 @@
 namespace orsa::kesncd {
 namespace {
 
-/// The findings, a line each: how many, the line of the first with what stands there, the text.
+/// What stands before a finding in the lists below: nothing before a fault.
+std::string ListOf(FindingKind kind) {
+  const FindingText& text = TextOf(kind);
+  if (text.concerns == Concerns::GrammarReader) return "grammar: ";
+  return text.severity == Severity::WorthKnowing ? "note: " : "";
+}
+
+/// The findings, a line each: how many, the line of the first, the text, and for how long dumping
+/// was off.
 std::string FindingsOf(const std::string& dump) {
   TextSource source(dump, std::string::npos);
   std::ostringstream text;
   for (const auto& [kind, tally] : CheckDump(source, "").findings) {
-    text << "found " << tally.count;
+    text << ListOf(kind) << "found " << tally.count;
     if (tally.line > 0) text << " from line " << tally.line;
-    text << ": " << TextOf(kind).finding << "\n";
+    text << ": " << TextOf(kind).finding;
+    if (kind == FindingKind::DumpingOff) text << ": " << tally.example;
+    text << "\n";
   }
   return text.str();
 }
@@ -58,8 +68,7 @@ std::string AllOf(const std::string& dump) {
 using FreeFormat = FreshState;
 
 TEST_F(FreeFormat, ReadsDumpsAsTheySay) {
-  const std::string cases = CasesOf("free_format");
-  ExpectCases(cases, cases, AllOf);
+  ExpectCases(CasesOf("free_format"), "free_format", AllOf);
 }
 
 TEST(Check, NamesWhatIsNoDump) {
@@ -74,6 +83,10 @@ TEST(Check, NamesWhatIsNoDump) {
       {std::string("$\0d\0a\0", 6), "UTF-16"},
       {std::string("\0$\0d", 4), "UTF-16"},
       {std::string("\x7F\x45LF\0\0", 6), "a binary file"},
+      {"[*]\n[*] GTKWave Analyzer v3.3\n[dumpfile] \"/a/b.vcd\"\n", "a GTKWave save file"},
+      {"\n[dumpfile] \"b.vcd\"\n", "a GTKWave save file"},
+      {"#! /usr/bin/vvp\n:ivl_version \"11.0\"", "a compiled simulation"},
+      {":ivl_version \"11.0\"", "a compiled simulation"},
       {"", "is empty"},
       {"hello\n", "declares no variable"}};
   for (const auto& [bytes, message] : rows) {
@@ -95,7 +108,7 @@ TEST(Check, NamesWhatIsNoDump) {
 TEST_F(FreeFormat, FindsWhatIsKnownOfRealDumps) {
   const char* const folder = std::getenv("KESNCD_REAL_DUMPS");
   if (folder == nullptr) GTEST_SKIP() << "KESNCD_REAL_DUMPS names no folder of dumps";
-  ExpectCases(folder, CasesOf("real_dumps"), [](const std::string& dump) {
+  ExpectCases(folder, "real_dumps", [](const std::string& dump) {
     try {
       return FindingsOf(dump);
     } catch (const Failure& failure) {

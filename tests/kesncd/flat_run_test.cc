@@ -1,4 +1,5 @@
 // The flat run: from a dump to the map of frequencies and the activity file.
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 
@@ -46,8 +47,7 @@ std::string RunsOf(const std::string& dump) {
 }
 
 TEST_F(FlatRun, AndTheTreeRunReadTheCases) {
-  const std::string cases = CasesOf("kesncd");
-  ExpectCases(cases, cases, RunsOf);
+  ExpectCases(CasesOf("kesncd"), "kesncd", RunsOf);
 }
 
 TEST_F(FlatRun, ReportsFailuresAndKeepsTheMap) {
@@ -114,6 +114,34 @@ TEST_F(FlatRun, IgnoresTheHostsLocale) {
   std::snprintf(text, sizeof text, "%.1f", 1.5);
   EXPECT_STREQ(text, "1,5") << "the host's locale is left as it was";
   std::setlocale(LC_ALL, "C");
+}
+
+TEST_F(FlatRun, EntersEveryBitOfARangeOnce) {
+  const std::int64_t ranges[][2] = {{0, 9},
+                                    {120, 3},
+                                    {-12, 3},
+                                    {99, 101},
+                                    {0, 1234},
+                                    {7, 7},
+                                    {1000, 1001},
+                                    {0, 0},
+                                    {-5, -5},
+                                    {500, 1500},
+                                    {2147483646, 2147483647}};
+  std::string variables;
+  std::map<std::string, double> expected;
+  for (const auto& [first, second] : ranges) {
+    const std::string base = "d" + std::to_string(first) + "x" + std::to_string(second);
+    variables += "$var wire 1 ! " + base + "[" + std::to_string(first) + ":" +
+                 std::to_string(second) + "] $end\n";
+    for (std::int64_t bit = std::min(first, second); bit <= std::max(first, second); ++bit) {
+      expected.emplace(base + "_" + std::to_string(bit), 0.0);
+    }
+  }
+  analyser.SetTopModule("top");
+  std::string message;
+  ASSERT_TRUE(analyser.SetVCDFile(dir.Write("d.vcd", Dump("SCALE~TOP~") + variables), {}, message));
+  EXPECT_EQ(analyser.signalFreqs, expected);
 }
 
 }  // namespace

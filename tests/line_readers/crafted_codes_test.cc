@@ -43,8 +43,8 @@ bool MayStandInACode(std::uint64_t block) {
   return true;
 }
 
-/// Two blocks of characters that codes may have, whose mixed values differ in the highest bit only. That bit
-/// passes through the hash unchanged, so two such blocks in a row cancel it.
+/// Two blocks of characters that codes may have, whose mixed values differ in the highest bit only.
+/// That bit passes through the hash unchanged, so two such blocks in a row cancel it.
 std::pair<std::string, std::string> Twins() {
   std::uint64_t random = 1;
   for (;;) {

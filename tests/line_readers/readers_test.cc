@@ -24,8 +24,7 @@ std::string ReadAllWays(const std::string& dump) {
 }
 
 TEST_F(Readers, TakeTheSameDumps) {
-  const std::string cases = CasesOf("line_readers");
-  ExpectCases(cases, cases, ReadAllWays);
+  ExpectCases(CasesOf("line_readers"), "line_readers", ReadAllWays);
 }
 
 TEST_F(Readers, LeaveTheStreamBehindTheLastLineHandled) {

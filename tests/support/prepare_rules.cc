@@ -36,10 +36,12 @@ PrepareOptions OptionsOf(const support::Input& input) {
 /// What a prepared dump may still be told of: what its names and its simulation are like.
 bool MayStay(FindingKind kind) {
   static constexpr FindingKind kStaying[] = {
-      FindingKind::NoTimescale, FindingKind::NoSpan,           FindingKind::Backward,
-      FindingKind::EmptyTop,    FindingKind::BeforeFirstStamp, FindingKind::Unknown,
-      FindingKind::Escaped,     FindingKind::TwoIndices,       FindingKind::Parentheses,
-      FindingKind::Collisions,  FindingKind::WideRanges};
+      FindingKind::NoTimescale,      FindingKind::NoSpan,      FindingKind::Backward,
+      FindingKind::DumpingOff,       FindingKind::HugeStamps,  FindingKind::EmptyTop,
+      FindingKind::BeforeFirstStamp, FindingKind::Unknown,     FindingKind::StaysUnknown,
+      FindingKind::TurnsUnknown,     FindingKind::UnknownBits, FindingKind::Escaped,
+      FindingKind::TwoIndices,       FindingKind::Parentheses, FindingKind::Collisions,
+      FindingKind::WideRanges};
   return std::find(std::begin(kStaying), std::end(kStaying), kind) != std::end(kStaying);
 }
 

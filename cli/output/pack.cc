@@ -1,0 +1,56 @@
+// Packing by zlib.
+#include "cli/output/pack.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <new>
+
+namespace orsa::kesncd::cli {
+
+struct GzipSink::State {
+  z_stream stream{};
+  std::array<char, std::size_t{1} << 16> packed{};
+};
+
+GzipSink::GzipSink(ByteSink& to) : to_(to), state_(std::make_unique<State>()) {
+  constexpr int kGzipWindow = 15 + 16;
+  constexpr int kMemory = 8;
+  if (deflateInit2(&state_->stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, kGzipWindow, kMemory,
+                   Z_DEFAULT_STRATEGY) != Z_OK) {
+    throw std::bad_alloc();
+  }
+}
+
+GzipSink::~GzipSink() {
+  (void)deflateEnd(&state_->stream);
+}
+
+void GzipSink::Write(std::string_view bytes) {
+  constexpr std::size_t kMost = std::numeric_limits<uInt>::max();  // that zlib takes at once
+  while (!bytes.empty()) {
+    const std::size_t taken = std::min(bytes.size(), kMost);
+    Pack(bytes.substr(0, taken), false);
+    bytes.remove_prefix(taken);
+  }
+}
+
+void GzipSink::Finish() {
+  Pack({}, true);
+}
+
+void GzipSink::Pack(std::string_view bytes, bool isEnd) {
+  z_stream& stream = state_->stream;
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+  stream.avail_in = static_cast<uInt>(bytes.size());
+  do {
+    stream.next_out = reinterpret_cast<Bytef*>(state_->packed.data());
+    stream.avail_out = static_cast<uInt>(state_->packed.size());
+    (void)deflate(&stream, isEnd ? Z_FINISH : Z_NO_FLUSH);
+    to_.Write({state_->packed.data(), state_->packed.size() - stream.avail_out});
+  } while (stream.avail_out == 0);  // there may be more
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,78 @@
+// The counting rule of hosts, as far as runs and the findings about a dump share it: every value
+// that is given while dumping is on counts, also one that repeats the value before, so a user has
+// to know how many did and for how long nothing could count.
+#ifndef KESNCD_FREE_FORMAT_HOST_RULE_H_
+#define KESNCD_FREE_FORMAT_HOST_RULE_H_
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "vcd/dump_keywords.h"
+
+namespace orsa::kesncd {
+
+/// A value as a number, to tell whether the next one repeats it. Different values have different
+/// numbers but for a chance of one in two thousand million.
+inline std::uint32_t Fingerprint(std::string_view value) {
+  constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
+  std::uint64_t mixed = value.size();
+  std::size_t i = 0;
+  for (; i + sizeof mixed <= value.size(); i += sizeof mixed) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, value.data() + i, sizeof bytes);
+    mixed = (mixed ^ bytes) * kFactor;
+    mixed ^= mixed >> 32;
+  }
+  for (; i < value.size(); ++i) {
+    mixed = (mixed ^ static_cast<unsigned char>(value[i])) * kFactor;
+  }
+  return static_cast<std::uint32_t>(mixed >> 32) | 1U << 31;  // apart from those of scalars
+}
+
+/// For how long of a span dumping is off. Calling order: Take and Stamp as the body goes, then the
+/// rest.
+class DumpingTime {
+ public:
+  /// A dump command; whether it switches dumping off or on.
+  bool Take(Keyword command) {
+    const std::uint32_t isOn = command != Keyword::DumpOff ? 1 : 0;
+    if (isOn == isOn_) return false;
+    isOn_ = isOn;
+    if (isOn_ == 0) {
+      offSince_ = now_;
+    } else {
+      offTicks_ += now_ - offSince_;
+    }
+    return true;
+  }
+  void Stamp(std::uint64_t ticks) {
+    if (!hasStamp_) offSince_ = now_ = ticks;  // off from the start is off from the first stamp on
+    hasStamp_ = true;
+    if (ticks > now_) now_ = ticks;
+  }
+  /// A window begins there, with dumping on or off.
+  void Open(std::uint64_t ticks, bool isOn) {
+    isOn_ = isOn ? 1 : 0;
+    Stamp(ticks);
+  }
+
+  /// 1 while dumping is on, else 0: a number, so that counting needs no branch.
+  std::uint32_t isOn() const { return isOn_; }
+  std::uint64_t OffTicks() const { return offTicks_ + (isOn_ == 0 ? now_ - offSince_ : 0); }
+
+ private:
+  std::uint32_t isOn_ = 1;
+  bool hasStamp_ = false;
+  std::uint64_t now_ = 0;
+  std::uint64_t offSince_ = 0;
+  std::uint64_t offTicks_ = 0;
+};
+
+/// "12.5 % of the span; 3 repeated values counted". The span is more than 0 ticks.
+std::string OffText(const DumpingTime& dumping, std::uint64_t spanTicks, std::uint64_t repeated);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_FREE_FORMAT_HOST_RULE_H_
