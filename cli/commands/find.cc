@@ -3,6 +3,7 @@
 
 #include "cli/commands/commands.h"
 #include "cli/commands/host_runs.h"
+#include "cli/commands/selection.h"
 #include "cli/input/list_file.h"
 #include "names/name_index.h"
 #include "names/name_match.h"
@@ -20,6 +21,7 @@ struct FindOptions {
   std::string namesFrom;
   std::string module;
   bool ignoreCase = false;
+  SelectionOptions selection;
   OutputOptions output;
 };
 
@@ -42,27 +44,37 @@ constexpr char kHelp[] =
 /// Rows of the answers, and how many names had one.
 class FindRows {
  public:
-  FindRows(const Figures& figures, ResultOutput& out) : figures_(figures), out_(out) {}
+  FindRows(const Figures& figures, const SelectionOptions& options, ResultOutput& out)
+      : figures_(figures), filter_(options.match), selected_(options, out) {}
 
   void Append(const std::string& name, const std::vector<std::uint32_t>& variables) {
     if (variables.empty()) {
-      out_.Add({name, Cell(), Cell(), Cell(), std::string("not found")});
+      if (filter_.Takes("", name)) {
+        selected_.Add({name, {}, {}}, {name, Cell(), Cell(), Cell(), std::string("not found")});
+      }
       return;
     }
     ++found_;
     const char* const status = variables.size() > 1 ? "ambiguous" : "found";
     for (const std::uint32_t index : variables) {
       const DumpVariable& variable = figures_.run.declarations.variables[index];
-      out_.Add({name, RowPath(figures_.run.declarations, variable.scope), variable.name,
-                figures_.FrequencyOf(variable), std::string(status)});
+      const std::string scope = RowPath(figures_.run.declarations, variable.scope);
+      if (!filter_.Takes(scope, variable.name)) continue;
+      const Cell frequency = figures_.FrequencyOf(variable);
+      const double* const known = ValueIn(frequency);
+      selected_.Add({name, static_cast<double>(figures_.run.ChangesOf(variable)),
+                     known == nullptr ? std::nullopt : std::optional(*known)},
+                    {name, scope, variable.name, frequency, std::string(status)});
     }
   }
 
   std::int64_t found() const { return found_; }
+  void Finish() { selected_.Finish(); }
 
  private:
   const Figures& figures_;
-  ResultOutput& out_;
+  const PathFilter filter_;
+  SelectedRows selected_;
   std::int64_t found_ = 0;
 };
 
@@ -123,12 +135,13 @@ ExitStatus Run(const FindOptions& options) {
   ResultOutput out(options.output, {RunFacts(figures, options.module),
                                     "names",
                                     {"name", "scope", "signal", "freq_mhz", "status"}});
-  FindRows rows(figures, out);
+  FindRows rows(figures, options.selection, out);
   if (figures.isAsIs) {
     FindAsHost(figures, options, names, rows);
   } else {
     FindDirectly(figures, options, names, rows);
   }
+  rows.Finish();
   out.End({{{"found", rows.found()}},
            {},
            std::to_string(rows.found()) + " of " + std::to_string(names.size()) + " found"});
@@ -146,6 +159,7 @@ void AddFindCommand(CommandLine& line) {
   command.AddText("--module", "NAME", options->module,
                   "search only this module and below, a name or a path");
   command.AddFlag("--ignore-case", options->ignoreCase, "letter case makes no difference");
+  AddSelectionOptions(command, options->selection);
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckFigureOptions(options->figures); };
   command.run = [options] { return Run(*options); };

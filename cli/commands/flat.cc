@@ -8,6 +8,7 @@
 #include "cli/commands/commands.h"
 #include "cli/commands/grammar_run.h"
 #include "cli/commands/host_runs.h"
+#include "cli/commands/selection.h"
 #include "cli/input/list_file.h"
 #include "names/flat_map.h"
 #include "text/failure.h"
@@ -25,6 +26,7 @@ struct FlatOptions {
   std::string signalsFrom;
   Reader reader = Reader::Lines;
   std::optional<std::string> activity;  // empty: beside the dump
+  SelectionOptions selection;
   OutputOptions output;
 
   bool IsSelective() const { return !signals.empty() || !signalsFrom.empty(); }
@@ -55,6 +57,26 @@ constexpr char kHelp[] =
 ResultHead Head(Facts facts) {
   return {std::move(facts), "signals", {"signal", "freq_mhz"}};
 }
+
+/// The rows of a module that the user wants.
+class FlatRows {
+ public:
+  FlatRows(const SelectionOptions& options, std::string module, ResultOutput& out)
+      : module_(std::move(module)), filter_(options.match), selected_(options, out) {}
+
+  void Add(const std::string& name, const Cell& frequency) {
+    if (!filter_.Takes(module_, name)) return;
+    const double* const known = ValueIn(frequency);
+    const std::optional<double> rate = known == nullptr ? std::nullopt : std::optional(*known);
+    selected_.Add({name, rate, rate}, {name, frequency});  // toggles are in proportion to it
+  }
+  void Finish() { selected_.Finish(); }
+
+ private:
+  const std::string module_;  // its path
+  const PathFilter filter_;
+  SelectedRows selected_;
+};
 
 ExitStatus Finish(const std::string& dump, const std::string& top, ResultOutput& out) {
   if (out.rows() == 0) Say(dump, "no signal of " + top + " was selected");
@@ -90,9 +112,11 @@ ExitStatus RunDirectly(const FlatOptions& options) {
   }
   if (options.activity) SaveActivity(figures, scope, options);
   ResultOutput out(options.output, Head(RunFacts(figures, declarations.PathOf(scope))));
+  FlatRows rows(options.selection, declarations.PathOf(scope), out);
   map.Walk([&](const std::string& name, std::uint32_t variable) {
-    out.Add({name, figures.FrequencyOf(declarations.variables[variable])});
+    rows.Add(name, figures.FrequencyOf(declarations.variables[variable]));
   });
+  rows.Finish();
   return Finish(figures.dump, top, out);
 }
 
@@ -120,7 +144,9 @@ ExitStatus RunAsHost(const FlatOptions& options) {
   if (options.activity) SaveHostActivity(options);
   SayWhyZero(input);
   ResultOutput out(options.output, Head(HostFacts(input, top)));
-  for (const auto& [name, frequency] : analyser.signalFreqs) out.Add({name, frequency});
+  FlatRows rows(options.selection, top, out);
+  for (const auto& [name, frequency] : analyser.signalFreqs) rows.Add(name, frequency);
+  rows.Finish();
   return Finish(input.name(), top, out);
 }
 
@@ -137,9 +163,11 @@ ExitStatus RunGrammar(const FlatOptions& options) {
     if (options.activity) SaveHostActivity(options);
     SayWhyZero(input);
     ResultOutput out(options.output, Head(HostFacts(input, top)));
+    FlatRows rows(options.selection, top, out);
     for (int i = 0; i < topMod.GetSignalSize(); ++i) {
-      out.Add({topMod.GetSignalName(i), topMod.GetSignalFreq(i)});
+      rows.Add(topMod.GetSignalName(i), topMod.GetSignalFreq(i));
     }
+    rows.Finish();
     return Finish(input.name(), top, out);
   });
 }
@@ -184,6 +212,7 @@ void AddFlatCommand(CommandLine& line) {
                     options->reader, "which reader reads it; grammar: all signals, as declared");
   command.AddOptionalFile("--activity", "FILE", options->activity,
                           "write the activity to FILE, or to DUMP.txt");
+  AddSelectionOptions(command, options->selection);
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckOptions(*options); };
   command.run = [options] { return Run(*options); };

@@ -5,6 +5,7 @@
 #include "activity/module_totals.h"
 #include "cli/commands/commands.h"
 #include "cli/commands/figures.h"
+#include "cli/commands/selection.h"
 #include "names/scope_search.h"
 
 namespace orsa::kesncd::cli {
@@ -16,6 +17,7 @@ struct TreeOptions {
   std::string top;
   int depth = std::numeric_limits<int>::max();
   bool signals = false;
+  SelectionOptions selection;
   OutputOptions output;
 };
 
@@ -31,6 +33,12 @@ constexpr char kHelp[] =
     "several\n"
     "names in a module counts once there. Figures are a host's: changes count as it counts them.\n";
 
+// Columns of a row: of a signal or a module itself, and of a module with all below it.
+constexpr std::size_t kOwnChanges = 3;
+constexpr std::size_t kOwnMean = 4;
+constexpr std::size_t kTreeChanges = 7;
+constexpr std::size_t kTreeMean = 8;
+
 /// Rows of scopes, each before those in it.
 class TreeRows {
  public:
@@ -39,7 +47,11 @@ class TreeRows {
         declarations_(figures.run.declarations),
         options_(options),
         totals_(SumModules(figures.run)),
-        out_(out) {}
+        filter_(options.selection.match),
+        selected_(options.selection, out) {}
+
+  /// Ends the rows.
+  void Finish() { selected_.Finish(); }
 
   void Write(std::uint32_t start) {
     struct Pending {
@@ -66,7 +78,9 @@ class TreeRows {
     Row row{path, std::string("module")};
     AppendTotal(totals_.own[scope], row);
     AppendTotal(scope == Declarations::kDump ? totals_.own[scope] : totals_.tree[scope], row);
-    out_.Add(row);
+    const std::string& name = declarations_.scopes[scope].name;
+    const std::string_view outer(path.data(), path.size() - std::min(path.size(), name.size() + 1));
+    if (filter_.Takes(outer, name)) Add(row, kTreeChanges, kTreeMean);
     if (!options_.signals) return;
     for (const std::uint32_t index : declarations_.scopes[scope].variables) {
       WriteSignal(declarations_.variables[index], path);
@@ -75,9 +89,20 @@ class TreeRows {
 
   void WriteSignal(const DumpVariable& variable, const std::string& path) {
     const Cell frequency = figures_.FrequencyOf(variable);
-    out_.Add({path.empty() ? variable.name : path + "/" + variable.name, std::string("signal"),
-              Cell(), std::int64_t{figures_.run.ChangesOf(variable)}, frequency, frequency, Cell(),
-              Cell(), Cell(), Cell()});
+    if (!filter_.Takes(path, variable.name)) return;
+    Add({path.empty() ? variable.name : path + "/" + variable.name, std::string("signal"), Cell(),
+         std::int64_t{figures_.run.ChangesOf(variable)}, frequency, frequency, Cell(), Cell(),
+         Cell(), Cell()},
+        kOwnChanges, kOwnMean);
+  }
+
+  /// Rows are sorted by what those columns say.
+  void Add(const Row& row, std::size_t changes, std::size_t rate) {
+    const double* const known = ValueIn(row[rate]);
+    selected_.Add({std::get<std::string>(row.front()),
+                   static_cast<double>(std::get<std::int64_t>(row[changes])),
+                   known == nullptr ? std::nullopt : std::optional(*known)},
+                  row);
   }
 
   void AppendTotal(const ModuleTotal& total, Row& row) const {
@@ -103,7 +128,8 @@ class TreeRows {
   const Declarations& declarations_;
   const TreeOptions& options_;
   const ModuleTotals totals_;
-  ResultOutput& out_;
+  const PathFilter filter_;
+  SelectedRows selected_;
 };
 
 /// Where the tree starts: what the user named, else every top-level scope with variables.
@@ -130,6 +156,7 @@ ExitStatus Run(const TreeOptions& options) {
   ResultOutput out(options.output, head);
   TreeRows rows(figures, options, out);
   for (const std::uint32_t start : starts) rows.Write(start);
+  rows.Finish();
   out.End();
   return out.rows() > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
@@ -144,6 +171,7 @@ void AddTreeCommand(CommandLine& line) {
   command.AddCount("--depth", "N", {0}, options->depth, "levels below the start to show")
       .Initially("all");
   command.AddFlag("--signals", options->signals, "show the signals too");
+  AddSelectionOptions(command, options->selection);
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckFigureOptions(options->figures); };
   command.run = [options] { return Run(*options); };

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "cli/input/dump_feed.h"
+#include "cli/input/fst_source.h"
 #include "cli/process/messages.h"
 #include "cli/process/progress.h"
 #include "cli/process/terminal.h"
@@ -104,13 +105,25 @@ UnpackedSource OpenDump(const InputOptions& options) {
     throw Failure(FailureKind::Unusable, options.dump + ": is a directory");
   }
   auto file = std::make_unique<FileSource>(options.dump);
-  const std::uint64_t size = file->size();
-  auto watched = std::make_unique<WatchedSource>(std::move(file), NameOf(options));
-  std::shared_ptr<const FileChange> change = watched->change();
-  std::unique_ptr<ByteSource> bytes = std::move(watched);
+  std::uint64_t size = file->size();
+  constexpr std::size_t kKnownBy = 16;
+  std::string start(kKnownBy, '\0');
+  start.resize(ReadFully(*file, start.data(), start.size()));
+  const bool isFst = IsFst(start);
+  std::unique_ptr<ByteSource> bytes;
+  std::shared_ptr<const FileChange> change;
+  if (isFst) {
+    bytes = MakeFstSource(*file, NameOf(options));
+    size = 0;  // of the VCD
+  } else {
+    auto watched = std::make_unique<WatchedSource>(std::move(file), NameOf(options));
+    change = watched->change();
+    bytes = std::make_unique<ResumedSource>(std::move(start), std::move(watched));
+  }
   if (ShowsProgress(options)) {
     bytes = std::make_unique<ShownSource>(std::move(bytes), NameOf(options), size);
   }
+  if (isFst) return {std::move(bytes), "fst", {}};
   UnpackedSource dump = Unpack(std::move(bytes), NameOf(options));
   dump.change = std::move(change);
   return dump;

@@ -5,10 +5,9 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
-#include <vector>
 
-#include "cli/process/exit_status.h"
+#include "cli/input/packed_source.h"
+#include "cli/input/tight_packing.h"
 
 namespace orsa::kesncd::cli {
 
@@ -18,30 +17,15 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view kGzip = "\x1F\x8B"sv;
 constexpr std::string_view kZstd = "\x28\xB5\x2F\xFD"sv;
-constexpr std::size_t kBlock = std::size_t{1} << 17;
+constexpr std::string_view kXz = "\xFD\x37zXZ"sv;
+constexpr std::string_view kBzip2 = "BZh"sv;
 
-/// What the two kinds of packed sources share: blocks of packed bytes, and how they complain.
-class PackedSource : public ByteSource {
- protected:
-  PackedSource(std::unique_ptr<ByteSource> packed, std::string name)
-      : packed_(std::move(packed)), name_(std::move(name)), block_(kBlock) {}
-
-  /// The next packed bytes; empty at their end.
-  std::string_view NextBlock() {
-    return {block_.data(), packed_->Read(block_.data(), block_.size())};
-  }
-  [[noreturn]] void FailDamaged() const {
-    throw Failure(FailureKind::Unusable, name_ + ": its packed bytes are damaged");
-  }
-  [[noreturn]] void FailCut() const {
-    throw Failure(FailureKind::Unusable, name_ + ": it is cut off inside its packed bytes");
-  }
-
- private:
-  const std::unique_ptr<ByteSource> packed_;
-  const std::string name_;
-  std::vector<char> block_;
-};
+/// Whether bytes begin a part of a zstd file that holds no data: programs put notes there, also in
+/// front of the data.
+bool IsSkippableZstd(std::string_view start) {
+  return start.size() >= kZstd.size() && (start[0] & 0xF0) == 0x50 &&
+         start.substr(1, 3) == "\x2A\x4D\x18"sv;
+}
 
 class GzipSource : public PackedSource {
  public:
@@ -134,13 +118,18 @@ class ZstdSource : public PackedSource {
 }  // namespace
 
 UnpackedSource Unpack(std::unique_ptr<ByteSource> source, const std::string& name) {
-  std::string start(kZstd.size(), '\0');
+  std::string start(kXz.size(), '\0');
   start.resize(ReadFully(*source, start.data(), start.size()));
-  const bool isGzip = start.starts_with(kGzip);
-  const bool isZstd = start == kZstd;
+  const std::string first = start;
   auto whole = std::make_unique<ResumedSource>(std::move(start), std::move(source));
-  if (isGzip) return {std::make_unique<GzipSource>(std::move(whole), name), "gzip", {}};
-  if (isZstd) return {std::make_unique<ZstdSource>(std::move(whole), name), "zstd", {}};
+  if (first.starts_with(kGzip)) {
+    return {std::make_unique<GzipSource>(std::move(whole), name), "gzip", {}};
+  }
+  if (first.starts_with(kZstd) || IsSkippableZstd(first)) {
+    return {std::make_unique<ZstdSource>(std::move(whole), name), "zstd", {}};
+  }
+  if (first.starts_with(kXz)) return {MakeXzSource(std::move(whole), name), "xz", {}};
+  if (first.starts_with(kBzip2)) return {MakeBzip2Source(std::move(whole), name), "bzip2", {}};
   return {std::move(whole), "", {}};
 }
 

@@ -1,4 +1,4 @@
-// Dumps that were packed with gzip or zstd, known by their first bytes.
+// Dumps that were packed with gzip, zstd, xz or bzip2, known by their first bytes.
 #ifndef KESNCD_CLI_INPUT_UNPACK_H_
 #define KESNCD_CLI_INPUT_UNPACK_H_
 
@@ -10,7 +10,8 @@
 
 namespace orsa::kesncd::cli {
 
-/// A source with what it holds already: "gzip" and "zstd", or nothing for plain bytes.
+/// A source with what it holds already: "gzip", "zstd", "xz", "bzip2" or "fst", or nothing for
+/// plain bytes.
 struct UnpackedSource {
   std::unique_ptr<ByteSource> bytes;
   std::string_view packing;

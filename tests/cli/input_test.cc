@@ -50,6 +50,15 @@ head -c 90 odd.vcd.zst | kesncd tree - => 2 =>  => kesncd: .*: it is cut off ins
 (head -c 40 odd.vcd.gz; head -c 400 /dev/zero) | kesncd check - => 2 =>  => kesncd: .*: its packed bytes .*\n
 kesncd flat odd.vcd --activity=no/such => 3 =>  => (.|\n)*kesncd: no/such: cannot .*\n
 kesncd flat odd.vcd --activity=/dev/full => 3 =>  => (.|\n)*kesncd: /dev/full: .*\n
+xz -k odd.vcd; for p in part*; do xz -c $p; done | kesncd flat - --format csv => 0 => FLAT => TOP
+bzip2 -k odd.vcd; for p in part*; do bzip2 -c $p; done | kesncd flat - --format csv => 0 => FLAT => TOP
+kesncd flat odd.vcd.xz --format csv; kesncd flat odd.vcd.bz2 --format csv -q => 0 => FLATFLAT => TOP
+(printf 'P\052M\030\003\000\000\000abc'; cat odd.vcd.zst) | kesncd flat - --format csv => 0 => FLAT => TOP
+head -c 90 odd.vcd.xz | kesncd tree - => 2 =>  => kesncd: .*: it is cut off inside .*\n
+head -c 90 odd.vcd.bz2 | kesncd tree - => 2 =>  => kesncd: .*: it is cut off inside .*\n
+(head -c 90 odd.vcd.xz; head -c 400 /dev/zero) | kesncd check - => 2 =>  => kesncd: .*: its packed bytes .*\n
+(head -c 90 odd.vcd.bz2; head -c 400 /dev/zero) | kesncd check - => 2 =>  => kesncd: .*: its packed bytes .*\n
+rm odd.vcd.xz odd.vcd.bz2 => 0
 ls => 0 => a\nb\nerrors\nmany.gz\nodd.vcd\nodd.vcd.gz\nodd.vcd.zst\np.vcd\n
     partaa\npartab\npartac\npipe\n
 kesncd flat - --activity < odd.vcd => 2 =>  => kesncd: standard input: is no file .*; --activity=FILE\n
@@ -61,6 +70,30 @@ kesncd flat odd.vcd --as-is --top tb --activity=many.gz => 2 =>  => kesncd: many
     rows = std::regex_replace(rows, std::regex(word), text);
   }
   ExpectRuns(dir, rows);
+}
+
+TEST(Input, ReadsFstThroughItsConverter) {
+  const TempDir dir;
+  dir.Write("odd.vcd", kOdd);
+  // What stands for the converter when it fails, and where it is not installed.
+  std::filesystem::create_directories(dir.Path("fails"));
+  std::filesystem::create_directories(dir.Path("none"));
+  dir.Write("fails/fst2vcd", "#!/bin/sh\nhead -c 150 odd.vcd\nexit 3\n");
+  dir.Write("fst", std::string("\0\0\0\0\0\0\0\x01\x49 and more", 19));
+  ExpectRuns(
+      dir,
+      R"(chmod +x fails/fst2vcd; K=$(command -v kesncd); PATH=$PWD/none $K tree fst => 2 =>  => kesncd: fst: is FST, 
+    no VCD file: it is read by fst2vcd, which is not installed \(Debian: gtkwave\)\n
+PATH=$PWD/fails:$PATH kesncd activity fst --format csv => 2 =>  => kesncd: fst: fst2vcd could not read it\n
+cat fst | kesncd tree - => 2 =>  => kesncd: standard input: is FST, .* not from a pipe\n)");
+  if (std::system("command -v vcd2fst >/dev/null && command -v fst2vcd >/dev/null") != 0) {
+    GTEST_SKIP() << "there is no fst2vcd";
+  }
+  ExpectRuns(
+      dir,
+      R"(vcd2fst odd.vcd d.fst >/dev/null && kesncd find d.fst clk --format csv => 0 => name,.*\r\nclk,tb,clk,100,found\r\n => .*
+kesncd find - clk --as-is -q --format csv < d.fst => 0 => name,.*\r\nclk,(.|\r|\n)*
+head -c 100 d.fst > cut; kesncd tree cut => 2 =>  => (.|\n)*kesncd: cut: fst2vcd could not read it\n)");
 }
 
 TEST(Input, ShowsProgressAndColourOnATerminalOnly) {
