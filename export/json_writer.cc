@@ -15,6 +15,11 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 Json JsonOf(const Cell& cell) {
+  if (const auto* wide = std::get_if<WideCount>(&cell)) {
+    // No reader of JSON has longer whole numbers; a sum beyond them is still a number.
+    if (*wide > UINT64_MAX) return static_cast<double>(*wide);
+    return static_cast<std::uint64_t>(*wide);
+  }
   if (const auto* text = std::get_if<std::string>(&cell)) return *text;
   if (const auto* count = std::get_if<std::int64_t>(&cell)) return *count;
   if (const double* value = ValueIn(cell)) return *value;

@@ -92,7 +92,7 @@ cat fst | kesncd tree - => 2 =>  => kesncd: standard input: is FST, .* not from 
   ExpectRuns(
       dir,
       R"(vcd2fst odd.vcd d.fst >/dev/null && kesncd find d.fst clk --format csv => 0 => name,.*\r\nclk,tb,clk,100,found\r\n => .*
-kesncd find - clk --as-is -q --format csv < d.fst => 0 => name,.*\r\nclk,(.|\r|\n)*
+kesncd find - clk -q --format csv < d.fst => 0 => name,.*\r\nclk,(.|\r|\n)*
 head -c 100 d.fst > cut; kesncd tree cut => 2 =>  => (.|\n)*kesncd: cut: fst2vcd could not read it\n)");
 }
 
