@@ -2,6 +2,7 @@
 #include "names/design_names.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "text/number.h"
 
@@ -28,6 +29,21 @@ DesignNames RewriteName(const std::string& declared) {
   names.high = std::max(first, second);
   names.base.resize(bracket + 1);
   return names;
+}
+
+bool TakeBitNumber(std::string_view& name, std::int64_t& number) {
+  const std::size_t digits = name.find_last_not_of("0123456789") + 1;
+  if (digits == 0 || digits == name.size()) return false;
+  const bool isNegative = name[digits - 1] == '-';
+  const std::size_t start = isNegative ? digits - 1 : digits;
+  if (start == 0 || name[start - 1] != '_') return false;
+  const bool isPadded = name[digits] == '0' && (isNegative || name.size() - digits > 1);
+  std::int32_t value = 0;
+  const auto [end, error] = std::from_chars(name.data() + start, name.data() + name.size(), value);
+  if (isPadded || error != std::errc()) return false;
+  number = value;
+  name = name.substr(0, start);
+  return true;
 }
 
 }  // namespace orsa::kesncd

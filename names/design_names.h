@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace orsa::kesncd {
 
@@ -21,6 +22,11 @@ struct DesignNames {
 };
 
 DesignNames RewriteName(const std::string& declared);
+
+/// A name of the flat map that may be a bit of a bus: "data_5" is the bit 5 of "data_". Takes the
+/// number off the name; false, with both untouched, for a name that ends in no number as it is
+/// written there: without a leading zero, and of no more than 32 bits.
+bool TakeBitNumber(std::string_view& name, std::int64_t& number);
 
 }  // namespace orsa::kesncd
 

@@ -2,7 +2,6 @@
 #include "names/flat_map.h"
 
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <set>
 #include <tuple>
@@ -13,17 +12,11 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// The number at the end of a name such as "data_5"; false where it ends in none that a bit of a
-/// bus could have.
+/// Takes the number of a bit off a name; false where it has none.
 bool TakeNumber(std::string& base, std::int64_t& number) {
-  const std::size_t digits = base.find_last_not_of("0123456789") + 1;
-  if (digits == 0 || digits == base.size() || base[digits - 1] != '_') return false;
-  if (base[digits] == '0' && base.size() - digits > 1) return false;
-  std::int32_t value = 0;
-  const auto [end, error] = std::from_chars(base.data() + digits, base.data() + base.size(), value);
-  if (error != std::errc()) return false;
-  number = value;
-  base.resize(digits);
+  std::string_view name = base;
+  if (!TakeBitNumber(name, number)) return false;
+  base.resize(name.size());
   return true;
 }
 

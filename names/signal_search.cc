@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <optional>
 
 #include "names/design_names.h"
@@ -37,17 +36,6 @@ std::string KeyOf(std::uint32_t scopeText, char kind, std::string_view text) {
   key += std::to_string(scopeText);
   key += ':';
   return key += text;
-}
-
-/// "data_5" as the bit 5 of "data_".
-std::optional<std::pair<std::string_view, std::int64_t>> SplitFlatBit(std::string_view name) {
-  const std::size_t digits = name.find_last_not_of("0123456789") + 1;
-  if (digits == 0 || digits == name.size() || name[digits - 1] != '_') return std::nullopt;
-  if (name[digits] == '0' && name.size() - digits > 1) return std::nullopt;
-  std::int32_t bit = 0;
-  const auto [end, error] = std::from_chars(name.data() + digits, name.data() + name.size(), bit);
-  if (error != std::errc()) return std::nullopt;
-  return std::pair{name.substr(0, digits), std::int64_t{bit}};
 }
 
 std::string WithBars(std::string_view name) {
@@ -116,9 +104,9 @@ void SignalSearch::AddReadings(std::uint32_t query, std::string_view scopeText,
     if (const auto bit = SplitIndex(forms[i], Slashes::Kept)) {
       AddBit(id, kDesignBit, bit->base, bit->index, reading(kDesignBit));
     }
-    if (const auto bit = SplitFlatBit(forms[i])) {
-      AddBit(id, kFlatBit, bit->first, bit->second, reading(kFlatBit));
-    }
+    std::string_view base = forms[i];
+    std::int64_t bit = 0;
+    if (TakeBitNumber(base, bit)) AddBit(id, kFlatBit, base, bit, reading(kFlatBit));
   }
 }
 

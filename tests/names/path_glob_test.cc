@@ -56,8 +56,8 @@ TEST(PathGlob, MatchesPathsAndNames) {
 }
 
 TEST(NameOrder, CountsNumbersAsNumbers) {
-  const std::vector<std::string> ordered = {"",       "a",       "a/b",   "d[1]",   "d[2]", "d[10]",
-                                            "d[10]x", "d[0011]", "d[11]", "d[100]", "dA9",  "da1"};
+  const std::vector<std::string> ordered = {"",      "a",      "a/b",     "dA9",   "d[1]",   "d[2]",
+                                            "d[10]", "d[10]x", "d[0011]", "d[11]", "d[100]", "da1"};
   std::vector<std::string> names(ordered.rbegin(), ordered.rend());
   std::sort(names.begin(), names.end(), IsNameBefore);
   EXPECT_EQ(names, ordered);

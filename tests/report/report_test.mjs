@@ -384,15 +384,18 @@ test('a narrow screen scrolls tables, not the page', async () => {
   await browser.protocol('Emulation.clearDeviceMetricsOverride');
 });
 
+// On a machine that does nothing else; a busy one asks for more time by REPORT_DRAW_MS.
+const kDrawLimit = Number(process.env.REPORT_DRAW_MS ?? 2000);
+
 test('a report of 1,000,000 signals is small and quick', async () => {
   let drawn = Infinity;
   // Other work on the machine can only slow a page down.
-  for (let tries = 0; tries < 5 && !(drawn < 2000); ++tries) {
+  for (let tries = 0; tries < 5 && !(drawn < kDrawLimit); ++tries) {
     await open(makeLarge());
     drawn = Number(await browser.run('return document.documentElement.dataset.drawn'));
   }
   console.log(`drawn after ${drawn} ms`);
-  assert.ok(drawn > 0 && drawn < 2000, `${drawn} ms`);
+  assert.ok(drawn > 0 && drawn < kDrawLimit, `${drawn} ms`);
   assert.ok(statSync(reportFile).size < 5e6);
   assert.match(await browser.text('#notes'), /more with 0 toggles/);
   const entering = await browser.run(`
