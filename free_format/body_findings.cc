@@ -31,17 +31,19 @@ unsigned KindsOf(char bit) {
   }
 }
 
-unsigned KindsOf(std::string_view value) {
-  static const auto kinds = [] {
-    std::array<unsigned char, 256> table{};
-    for (unsigned c = 0; c < table.size(); ++c) {
-      table[c] = static_cast<unsigned char>(KindsOf(static_cast<char>(c)));
-    }
-    return table;
-  }();
+unsigned KindsOf(std::string_view value, const std::array<unsigned char, 256>& kinds) {
   unsigned all = 0;
   for (const char c : value) all |= kinds[static_cast<unsigned char>(c)];
   return all;
+}
+
+/// The kinds of all characters, so that long values are looked at quickly.
+std::array<unsigned char, 256> KindsOfCharacters() {
+  std::array<unsigned char, 256> kinds{};
+  for (unsigned c = 0; c < kinds.size(); ++c) {
+    kinds[c] = static_cast<unsigned char>(KindsOf(static_cast<char>(c)));
+  }
+  return kinds;
 }
 
 /// The body as the line readers and hosts take it. Calling order: Run, Report.
@@ -74,7 +76,7 @@ class BodyCheck {
   void Vector(std::uint32_t codeId, std::string_view value) {
     SetLast(ItemKind::Vector);
     if (value.size() > kLongestWhole) longValues_.Add(Line(), "");
-    const unsigned kinds = KindsOf(value);
+    const unsigned kinds = KindsOf(value, kinds_);
     if ((kinds & (kXBit | kZBit)) != 0 && dumping_.isOn() != 0) {
       unknownBits_.Add(Line(), value);
     }
@@ -278,6 +280,7 @@ class BodyCheck {
     return {text.data(), end.ptr};
   }
 
+  const std::array<unsigned char, 256> kinds_ = KindsOfCharacters();
   SlotWatch& watch_;
   const Declarations& declarations_;
   DumpItems items_;
