@@ -43,7 +43,7 @@ ActivityText::ActivityText(const std::string& module)
 void ActivityText::Add(const std::string& signal, double frequency) {
   constexpr int kDecimals = 6;
   std::array<char, 400> number{};  // of the largest double with its decimals
-  const auto end =
+  const char* const end =
       std::to_chars(number.begin(), number.end(), frequency, std::chars_format::fixed, kDecimals)
           .ptr;
   text_ += "signal | " + signal + " | ";

@@ -27,6 +27,7 @@ std::string Megahertz(double frequency) {
 std::map<std::string, double> ClocksInDump(const Figures& figures, std::uint32_t top,
                                            const std::map<std::string, double>& clocks) {
   std::vector<std::string> names;
+  names.reserve(clocks.size());
   for (const auto& [name, promised] : clocks) names.push_back(name);
   const SignalSearch search(figures.run.declarations, top, true, names);
   std::map<std::string, double> found;

@@ -53,6 +53,7 @@ void SetQuotient(ClockScale& scale, Wide numerator, Wide denominator) {
 
 std::string PathsOf(const std::vector<std::uint32_t>& variables, const Declarations& declarations) {
   std::vector<std::string> paths;
+  paths.reserve(variables.size());
   for (const std::uint32_t id : variables) {
     paths.push_back(declarations.ShortPathOf(declarations.variables[id]));
   }
@@ -109,7 +110,7 @@ std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
     } else if (scales_ && i == 0) {
       throw Failure(FailureKind::NothingMatched, dump + ": " + fault);
     } else {
-      Remark(dump, fault + ", a clock of " + sdc_);
+      Remark(dump, std::string(fault).append(", a clock of ").append(sdc_));
     }
   }
   return codes;

@@ -48,7 +48,7 @@ Facts FactsOf(const ExactRun& run, const std::string& per) {
                              {"cut_stamps", CountOf(items.cutStamp)},
                              {"backward_stamps", WideCount{notes.backwardStamps}},
                              {"dumping_pauses", WideCount{notes.pauses}},
-                             {"end_cut_back", std::int64_t{notes.isEndCutBack}}});
+                             {"end_cut_back", std::int64_t{notes.isEndCutBack ? 1 : 0}}});
   return facts;
 }
 

@@ -105,8 +105,9 @@ ExitStatus RunDirectly(const FlatOptions& options) {
   if (options.top.empty()) Remark(figures.dump, "top module is " + top + "; --top chooses another");
   const FlatMap map =
       options.IsSelective() ? FlatMap(declarations, scope, selected) : FlatMap(declarations, scope);
-  for (const std::string& name : map.Missing())
-    Remark(figures.dump, top + " has no signal " + name);
+  for (const std::string& name : map.Missing()) {
+    Remark(figures.dump, std::string(top).append(" has no signal ").append(name));
+  }
   if (map.RangeNames() > kMostFlatNames) {
     throw Failure(FailureKind::Unusable, figures.dump + ": ERROR: Too many bus bits.");
   }

@@ -15,6 +15,7 @@ std::uint32_t OnlyScope(const std::string& dump, const Declarations& declaration
   if (scopes.empty()) FailUnknownScope(dump, declarations, text);
   if (scopes.size() == 1) return scopes.front();
   std::vector<std::string> paths;
+  paths.reserve(scopes.size());
   for (const std::uint32_t scope : scopes) paths.push_back(declarations.ShortPathOf(scope));
   throw Failure(FailureKind::NothingMatched, dump + ": " + text + " means " +
                                                  std::to_string(scopes.size()) +

@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <optional>
 
 #include "vcd/time_text.h"
@@ -23,47 +24,59 @@ class Commands {
 
   /// The words of the next command; nothing at the end.
   std::optional<Words> Next() {
-    Words words;
-    std::string word;
-    int depth = 0;
-    bool isQuoted = false;
+    words_.clear();
     while (at_ < text_.size()) {
-      const char c = text_[at_++];
-      if (c == '\\' && at_ < text_.size()) {
-        const char next = text_[at_++];
-        word += next == '\n' ? ' ' : next;
-        if (next == '\n' && depth == 0 && !isQuoted) EndWord(words, word);
-        continue;
-      }
-      if (c == '#' && words.empty() && word.empty()) {
-        at_ = std::min(text_.find('\n', at_), text_.size());
-        continue;
-      }
-      if (c == '"') isQuoted = !isQuoted;
-      if (c == '{' || c == '[') ++depth;
-      if ((c == '}' || c == ']') && depth > 0) --depth;
-      const bool isOpen = depth > 0 || isQuoted;
-      if (!isOpen && (c == '\n' || c == ';')) {
-        EndWord(words, word);
-        if (!words.empty()) return words;
-      } else if (!isOpen && kBlanks.find(c) != kBlanks.npos) {
-        EndWord(words, word);
-      } else {
-        word += c;
-      }
+      if (TakeCharacter(text_[at_++]) && !words_.empty()) return std::move(words_);
     }
-    EndWord(words, word);
-    if (words.empty()) return std::nullopt;
-    return words;
+    EndWord();
+    if (words_.empty()) return std::nullopt;
+    return std::move(words_);
   }
 
  private:
-  static void EndWord(Words& words, std::string& word) {
-    while (!word.empty() && kBlanks.find(word.back()) != kBlanks.npos) word.pop_back();
-    if (!word.empty()) words.push_back(std::move(word));
-    word.clear();
+  /// True for a character that ends a command.
+  bool TakeCharacter(char c) {
+    if (c == '\\' && at_ < text_.size()) {
+      TakeEscaped(text_[at_++]);
+      return false;
+    }
+    if (c == '#' && words_.empty() && word_.empty()) {
+      at_ = std::min(text_.find('\n', at_), text_.size());
+      return false;
+    }
+    Nest(c);
+    const bool isOpen = depth_ > 0 || isQuoted_;
+    const bool endsCommand = !isOpen && (c == '\n' || c == ';');
+    if (endsCommand || (!isOpen && kBlanks.find(c) != std::string_view::npos)) {
+      EndWord();
+    } else {
+      word_ += c;
+    }
+    return endsCommand;
   }
 
+  /// A line that ends in a backslash goes on with the next one.
+  void TakeEscaped(char c) {
+    word_ += c == '\n' ? ' ' : c;
+    if (c == '\n' && depth_ == 0 && !isQuoted_) EndWord();
+  }
+
+  void Nest(char c) {
+    if (c == '"') isQuoted_ = !isQuoted_;
+    if (c == '{' || c == '[') ++depth_;
+    if ((c == '}' || c == ']') && depth_ > 0) --depth_;
+  }
+
+  void EndWord() {
+    while (!word_.empty() && kBlanks.find(word_.back()) != std::string_view::npos) word_.pop_back();
+    if (!word_.empty()) words_.push_back(std::move(word_));
+    word_.clear();
+  }
+
+  Words words_;
+  std::string word_;
+  std::int64_t depth_ = 0;
+  bool isQuoted_ = false;
   const std::string_view text_;
   std::size_t at_ = 0;
 };
@@ -75,8 +88,8 @@ std::string Bare(const std::string& word) {
   return isWrapped ? word.substr(1, word.size() - 2) : word;
 }
 
-/// The names in "[get_ports {a b}]", "{a b}" or "a".
-Words NamesIn(const std::string& word) {
+/// The names in "[get_ports {a b}]", "{a b}" or "a". Nobody nests lists deeper than `levels`.
+Words NamesIn(const std::string& word, int levels = 8) {
   Words names;
   std::string text = Bare(word);
   const bool isQuery = text.size() > 1 && text.front() == '[' && text.back() == ']';
@@ -86,7 +99,8 @@ Words NamesIn(const std::string& word) {
     const std::string& name = (*words)[i];
     if (name.front() == '-') continue;
     if (const std::string bare = Bare(name); bare != name) {
-      for (const std::string& inner : NamesIn(bare)) names.push_back(inner);
+      if (levels == 0) continue;
+      for (const std::string& inner : NamesIn(bare, levels - 1)) names.push_back(inner);
     } else {
       names.push_back(name);
     }
