@@ -246,8 +246,9 @@ bool NetlistReader::string(string_t& text) {
   if (open() == Open::Attributes) TakeAttribute(text.find('1') != std::string::npos);
   if (open() != Open::Bits) return true;
   constexpr std::string_view kConstants = "01xz";
-  const std::size_t constant = text.size() == 1 ? kConstants.find(text.front()) : text.npos;
-  if (constant == text.npos) return TakeOther();
+  const std::size_t constant =
+      text.size() == 1 ? kConstants.find(text.front()) : std::string_view::npos;
+  if (constant == std::string_view::npos) return TakeOther();
   TakeBit(static_cast<NetId>(constant));
   return true;
 }

@@ -46,6 +46,7 @@ struct NetlistBus {
   bool isAscending = false;  // the lowest bit has the largest index: [0:3]
 
   std::int64_t Index(std::uint32_t bit) const {
+    // cppcheck-suppress integerOverflow ; the width is positive and has 32 bits
     return offset + (isAscending ? std::int64_t{width} - 1 - bit : std::int64_t{bit});
   }
 };

@@ -306,7 +306,7 @@ void NetlistPins::FindBus(const DumpNames& names, const std::string& prefix,
                           const Instance& instance, const NetlistBus& bus) {
   std::string path = prefix;
   AppendPart(netlist_.texts[bus.name], path);
-  const std::size_t bracket = path.ends_with(']') ? path.rfind('[') : path.npos;
+  const std::size_t bracket = path.ends_with(']') ? path.rfind('[') : std::string_view::npos;
   for (std::uint32_t bit = 0; bit < bus.width; ++bit) {
     const std::uint32_t net = nets_[NetOf(instance, instance.module->bits[bus.firstBit + bit])];
     if (net < kFirstNet || dumpBits_[net]) continue;
@@ -317,7 +317,7 @@ void NetlistPins::FindBus(const DumpNames& names, const std::string& prefix,
     if (!found && bus.width > 1) {
       found = names.Find(path + '[' + std::to_string(bus.Index(bit)) + ']', {});
     }
-    if (!found && bus.width == 1 && bracket != path.npos) {
+    if (!found && bus.width == 1 && bracket != std::string_view::npos) {
       const auto index =
           NumberOf(std::string_view(path).substr(bracket + 1, path.size() - bracket - 2));
       if (index) found = names.Find(path.substr(0, bracket), index);

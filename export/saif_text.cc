@@ -129,6 +129,7 @@ std::string SaifNetName(std::string_view bareName) {
 
 SaifStream::SaifStream(std::ostream& out, const SaifHead& head, const SaifTimes& times)
     : out_(out), times_(times), observed_(head.observed) {
+  // cppcheck-suppress useInitializationList ; the text is built of what is set before it
   text_ =
       "(SAIFILE\n"
       "  (SAIFVERSION \"2.0\")\n"

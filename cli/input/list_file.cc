@@ -60,7 +60,7 @@ std::vector<std::string> ReadNames(const std::string& path) {
   return names;
 }
 
-std::string WithoutComments(std::string text) {
+std::string WithoutComments(const std::string& text) {
   std::string kept;
   kept.reserve(text.size());
   for (std::string_view rest = text; !rest.empty();) {

@@ -31,7 +31,7 @@ class TextByPath {
 };
 
 /// A table's text with the lines that start with "#" left blank, so that lines keep their numbers.
-std::string WithoutComments(std::string text);
+std::string WithoutComments(const std::string& text);
 
 }  // namespace orsa::kesncd::cli
 
