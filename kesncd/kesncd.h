@@ -167,10 +167,12 @@ class KESNCD_API Vmod {
   /// file at `path`. Nothing happens when the file cannot be opened.
   void DumpIntoFile(const std::string& path) const;
 
+  /// @cond library_only
   // For the library's readers: gives each code a counter, and takes its changes for the first
   // signal that has it.
   KESNCD_LOCAL void AddCodesTo(CodeCounts& counts) const;
   KESNCD_LOCAL void TakeChangesOf(CodeCounts& counts);
+  /// @endcond
 
  private:
   KESNCD_LOCAL std::size_t& SlotOf(const std::string& symbol);
@@ -279,12 +281,14 @@ class KESNCD_API VmodHier {
   std::vector<VmodHier*> subMods;             ///< child scopes in declaration order, owned
   VmodHier* parent;                           ///< enclosing scope, null for the root
 
+  /// @cond library_only
   // For the library: the list of an analyser's nodes that hang nowhere. A node leaves it when it is
   // added to another node or deleted.
   KESNCD_LOCAL void LinkTo(VmodHier*& list);
   KESNCD_LOCAL void Unlink();
   KESNCD_LOCAL void UnlinkBelow();
   KESNCD_LOCAL static void DeleteList(VmodHier*& list);
+  /// @endcond
 
  private:
   VmodHier* nextUnlinked_ = nullptr;
