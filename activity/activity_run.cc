@@ -8,14 +8,10 @@
 
 #include "activity/activity_counter.h"
 #include "activity/activity_part.h"
-#include "activity/activity_window.h"
-#include "activity/code_bits.h"
+#include "activity/activity_start.h"
 #include "activity/toggle_watch.h"
 #include "free_format/body_reader.h"
-#include "free_format/declaration_reader.h"
 #include "free_format/remarks.h"
-#include "text/failure.h"
-#include "vcd/bit_names.h"
 
 namespace orsa::kesncd {
 
@@ -23,76 +19,31 @@ namespace {
 
 constexpr std::uint64_t kBytesPerBit = 120;
 
-[[noreturn]] void FailEmptyWindow(const std::string& dump) {
-  throw Failure(FailureKind::NothingMatched, dump + ": nothing lies in the window");
-}
-
-/// Notes the variables without bits.
-void FindBitless(const Declarations& declarations, ActivityNotes& notes) {
-  for (const DumpVariable& variable : declarations.variables) {
-    if (!TypeHasBits(declarations.TypeOf(variable))) {
-      Tally& tally = notes.typesWithoutBits;
-      tally.Add(variable.line, tally ? "" : declarations.ShortPathOf(variable));
-    } else if (variable.width == 0) {
-      Tally& tally = notes.withoutBits;
-      tally.Add(variable.line, tally ? "" : declarations.ShortPathOf(variable));
-    }
-  }
-}
-
-/// The window with both bounds. Throws for one that is empty whatever the dump holds.
-ActivityWindow BoundsOf(const TickWindow& window, const std::string& dump) {
-  const ActivityWindow all;
-  const ActivityWindow bounds{window.begin.value_or(all.begin), window.end.value_or(all.end)};
-  if (bounds.begin > bounds.end) FailEmptyWindow(dump);
-  return bounds;
-}
-
-/// Throws where nothing of the dump lies in the window.
-void CheckWindow(const ActivityPart& part, const TickWindow& window, const std::string& dump) {
-  if (!window.begin && !window.end) return;
-  if (!part.hasStamps || part.last < window.begin.value_or(0) ||
-      part.first > window.end.value_or(UINT64_MAX)) {
-    FailEmptyWindow(dump);
-  }
-}
-
 }  // namespace
 
 ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options) {
   DumpWords words(dump, options.block, options.block / 4);
-  ActivityResult result;
-  result.declarations = ReadDeclarations(words, options.dump);
-  result.tick = result.declarations.tick ? result.declarations.tick : options.tick;
-  FindBitless(result.declarations, result.notes);
-  const TickWindow ticks = WindowInTicks(options.window, result.tick, options.dump);
-  const ActivityWindow window = BoundsOf(ticks, options.dump);
-  const CodeBits codes(result.declarations);
-  if (codes.bits() > options.mostBits) {
-    throw Failure(FailureKind::Unusable, options.dump + ": declares " +
-                                             std::to_string(codes.bits()) +
-                                             " bits, more than the memory holds");
-  }
+  ActivityStart start(words, options);
+  ActivityResult& result = start.result;
   std::vector<std::uint32_t> watched;
   if (options.watch) watched = options.watch(result.declarations);
   ActivityPart part;
   {
     DumpItems items(words, result.declarations);
-    ActivityCounter counter(codes, window);
+    ActivityCounter counter(start.codes, start.window);
     if (watched.empty()) {
       ReadBody(items, counter);
     } else {
-      ToggleWatch watch(counter, watched, codes.codes(), window);
+      ToggleWatch watch(counter, watched, start.codes.codes(), start.window);
       ReadBody(items, watch);
       result.watched = watch.Take();
     }
     result.notes.items = items.tallies();
     part = counter.TakePart();
   }
-  CheckWindow(part, ticks, options.dump);
-  result.notes.isEndCutBack = ticks.end && part.last < *ticks.end;
-  std::move(part).Finish(codes, window, result);
-  return result;
+  start.CheckWindow(part.hasStamps, part.first, part.last);
+  std::move(part).Finish(start.codes, start.window, result);
+  return std::move(start.result);
 }
 
 std::uint64_t MostBitsInMemory() {
