@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "activity/activity_start.h"
 #include "activity/both_counters.h"
 #include "free_format/body_stretch.h"
 #include "free_format/declaration_reader.h"
@@ -61,9 +62,9 @@ PartRun ReadBodyPart(ByteFile& file, const PartChoice& choice, const ActivityOpt
   FileDump dump(file, options.block);
   PartRun run;
   run.declarations = ReadDeclarations(dump.words(), options.dump);
-  const CodeBits codes(run.declarations);
-  CheckMemory(codes, options);
-  BothCounters counters(codes, ActivityWindowOf(run.declarations, options));
+  const ActivityStart start(run.declarations, options);
+  const CodeBits& codes = start.codes;
+  BothCounters counters(codes, start.window);
   BodyPart& part = run.part;
   part.choice = choice;
   part.dumpBytes = file.size();

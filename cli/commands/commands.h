@@ -13,6 +13,7 @@
 namespace orsa::kesncd::cli {
 
 void AddActivityCommand(CommandLine& line);
+void AddProfileCommand(CommandLine& line);
 void AddLookCommand(CommandLine& line);
 void AddFlatCommand(CommandLine& line);
 void AddTopCommand(CommandLine& line);
