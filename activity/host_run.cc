@@ -17,6 +17,7 @@ class HostCounter {
  public:
   explicit HostCounter(std::size_t codes) : cells_(codes) {}
 
+  void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&cells_[codeId], 1); }
   void Scalar(std::uint32_t codeId, char value) {
     // Without branches: which value a signal gets next cannot be predicted.
     Count(cells_[codeId], static_cast<unsigned char>(value),

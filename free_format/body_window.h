@@ -37,6 +37,7 @@ struct BodyTime {
 ///   void Scalar, Vector, Real, Command, SectionEnd   as for ReadBody
 ///   void Stamp(std::uint64_t ticks)                  each larger than the one before
 ///   void RememberScalar, RememberVector, RememberReal(codeId, value)   before the window
+///   void Fetch(std::uint32_t codeId) const           as for ReadBody; may be left out
 ///   void Open(std::uint64_t ticks, bool isDumping)   the window begins; not called without BEGIN
 ///
 /// Calling order: ReadBody, Finish, time.
@@ -48,6 +49,10 @@ class BodyWindow {
     isDone_ = window.begin && window.end && *window.begin > *window.end;
   }
 
+  void Fetch(std::uint32_t codeId) const requires requires(const Inner& inner) {
+    inner.Fetch(codeId);
+  }
+  { inner_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) {
     if (isDone_) return;
     if (time_.isOpen) {
