@@ -9,6 +9,7 @@
 #include "cli/commands/exact_rows.h"
 #include "cli/commands/scope_choice.h"
 #include "text/failure.h"
+#include "text/number.h"
 
 namespace orsa::kesncd::cli {
 
@@ -53,6 +54,8 @@ void CheckOptions(const ExactOptions& options) {
   refuse(!hasNetlist &&
              (!options.netlistTop.empty() || !options.unmatched.empty() || options.require > 0),
          "--netlist-top, --unmatched and --require are for --netlist");
+  refuse(options.require > 100,
+         "--require: " + RoundedText(options.require, 17) + " is more than 100 percent");
   if (!options.clock.clock.empty()) (void)DesignClockOf(options.clock.clock);
 }
 
@@ -62,6 +65,16 @@ void CheckPlaces(const ExactOptions& options) {
     if (!path.empty()) outputs.push_back(path);
   }
   CheckOutputs({options.input.dump, options.netlist, options.clock.sdc}, outputs);
+}
+
+/// Rates that are missing in every row want a reason.
+void SayWhyNoRates(const ExactRun& run) {
+  if (!run.result.tick) {
+    Remark(run.dump,
+           "it has no time scale, so no rate is known; kesncd prepare --timescale gives one");
+  } else if (run.result.observedTicks == 0 && run.result.notes.hasStamps) {
+    Remark(run.dump, "no time was observed, so no rate is known");
+  }
 }
 
 ExactRun Count(const ExactOptions& options) {
@@ -79,6 +92,7 @@ ExactRun Count(const ExactOptions& options) {
   run.result = CountActivity(*dump.bytes, counting);
   dump.bytes.reset();  // and with it the line that shows how far it was read
   for (const std::string& remark : RemarksOn(run.result)) Remark(run.dump, remark);
+  if (options.HasRows()) SayWhyNoRates(run);
   run.scale = clocks.ScaleOf(run.result, run.dump);
   return run;
 }
