@@ -8,6 +8,7 @@
 #include "cli/commands/exact_options.h"
 #include "cli/commands/exact_rows.h"
 #include "cli/commands/scope_choice.h"
+#include "cli/input/reading_threads.h"
 #include "text/failure.h"
 #include "text/number.h"
 
@@ -89,8 +90,10 @@ ExactRun Count(const ExactOptions& options) {
   counting.watch = [&](const Declarations& declarations) {
     return clocks.FindIn(declarations, run.dump);
   };
-  run.result = CountActivity(*dump.bytes, counting);
-  dump.bytes.reset();  // and with it the line that shows how far it was read
+  counting.jobs = UseThreads(options.input, dump);
+  run.result = counting.jobs > 1 ? CountActivity(*dump.file, counting)
+                                 : CountActivity(*dump.bytes, counting);
+  dump = {};  // and with it the line that shows how far it was read
   for (const std::string& remark : RemarksOn(run.result)) Remark(run.dump, remark);
   if (options.HasRows()) SayWhyNoRates(run);
   run.scale = clocks.ScaleOf(run.result, run.dump);
@@ -129,8 +132,7 @@ void AddChoices(Command& command, ExactOptions& options) {
                      {"tcl", ExactFormat::Tcl}},
                     options.format, "how the activity is written");
   AddLookOptions(command, options.output);
-  command.AddCount("--jobs", "N", {1, 4096}, options.jobs, "threads that may be used")
-      .Initially("1");
+  AddJobsOption(command, options.input);
 }
 
 void AddEstimatorOptions(Command& command, ExactOptions& options) {

@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "cli/commands/host_runs.h"
+#include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
 #include "names/frequency.h"
 #include "names/scope_search.h"
@@ -21,8 +22,10 @@ using orsa::kesncd::VmodHier;
 Figures ReadDirectly(const FigureOptions& options) {
   Figures figures{NameOf(options.input), {}, false};
   UnpackedSource dump = OpenDump(options.input);
-  figures.run = ReadHostRun(*dump.bytes, figures.dump, options.window);
-  dump.bytes.reset();  // and with it the line that shows how far it was read
+  const unsigned jobs = UseThreads(options.input, dump);
+  figures.run = jobs > 1 ? ReadHostRun(*dump.file, figures.dump, options.window, jobs)
+                         : ReadHostRun(*dump.bytes, figures.dump, options.window);
+  dump = {};  // and with it the line that shows how far it was read
   for (const std::string& remark : figures.run.remarks) Remark(figures.dump, remark);
   if (!figures.run.whyUnknown.empty()) Remark(figures.dump, figures.run.whyUnknown);
   return figures;
