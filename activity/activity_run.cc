@@ -10,6 +10,8 @@
 #include "activity/activity_part.h"
 #include "activity/activity_window.h"
 #include "activity/code_bits.h"
+#include "activity/host_counter.h"
+#include "activity/taker_pair.h"
 #include "activity/toggle_watch.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
@@ -79,7 +81,12 @@ ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options) {
   {
     DumpItems items(words, result.declarations);
     ActivityCounter counter(codes, window);
-    if (watched.empty()) {
+    if (options.host != nullptr) {
+      HostCounting host(codes.codes(), ticks);
+      TakerPair both(counter, host);
+      ReadBody(items, both);
+      SetHostFigures(result.declarations, items.tallies(), host, options.dump, *options.host);
+    } else if (watched.empty()) {
       ReadBody(items, counter);
     } else {
       ToggleWatch watch(counter, watched, codes.codes(), window);

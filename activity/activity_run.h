@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "activity/activity_result.h"
+#include "activity/host_run.h"
 #include "free_format/dump_words.h"
 #include "free_format/prepare.h"
 #include "text/byte_stream.h"
@@ -24,6 +25,8 @@ struct ActivityOptions {
   /// Picks codes of signals of one bit whose first and last toggles are wanted, each once; where
   /// none is given, nothing is watched. What it throws ends the run.
   std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
+  /// Where the same reading is to count by the hosts' rule too: gets all but the declarations.
+  HostRun* host = nullptr;
   std::size_t block = DumpWords::kBlock;  // bytes that are read at a time
 };
 

@@ -23,13 +23,22 @@ inline constexpr std::uint32_t kMostChanges = INT32_MAX;
 struct HostRun {
   Declarations declarations;
   std::vector<std::uint32_t> changes;  // by code number, kMostChanges at most
-  double firstTick = 0;                // the span
+  std::uint64_t firstStamp = 0;        // the span
+  std::uint64_t lastStamp = 0;
+  double firstTick = 0;  // the same, as hosts have it
   double lastTick = 0;
   double spanTicks = 0;              // exact also where the two ends are too large to be
   std::optional<double> nsPerTick;   // nothing for a dump without a time scale
   std::string whyUnknown;            // why no frequency is known; empty where they are
   std::vector<std::string> remarks;  // what could not be read, and what a user must know
 
+  void SetSpan(std::uint64_t first, std::uint64_t last) {
+    firstStamp = first;
+    lastStamp = last;
+    firstTick = static_cast<double>(first);
+    lastTick = static_cast<double>(last);
+    spanTicks = static_cast<double>(last - first);
+  }
   std::uint32_t ChangesOf(const DumpVariable& variable) const { return changes[variable.codeId]; }
 };
 
@@ -38,6 +47,12 @@ struct HostRun {
 /// so many bytes are read at a time.
 HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {},
                     std::size_t block = DumpWords::kBlock);
+
+/// Turns what was counted into all of `run` but its declarations. Throws Failure with
+/// NothingMatched where nothing lies in the window.
+class HostCounting;
+void SetHostFigures(const Declarations& declarations, const ItemTallies& items,
+                    HostCounting& counting, const std::string& name, HostRun& run);
 
 }  // namespace orsa::kesncd
 

@@ -27,6 +27,8 @@ CommandLine MakeCommandLine() {
   line.program.AddAnswered("-h,--help", "print this help");
   line.program.AddAnswered("--version", "print the version");
   AddActivityCommand(line);
+  AddMergeCommand(line);
+  AddDiffCommand(line);
   AddLookCommand(line);
   AddFlatCommand(line);
   AddTopCommand(line);

@@ -15,6 +15,7 @@
 #include "cli/process/messages.h"
 #include "cli/process/progress.h"
 #include "cli/process/terminal.h"
+#include "database/database_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/dump_words.h"
 #include "free_format/prepare.h"
@@ -109,6 +110,11 @@ UnpackedSource OpenDump(const InputOptions& options) {
   constexpr std::size_t kKnownBy = 16;
   std::string start(kKnownBy, '\0');
   start.resize(ReadFully(*file, start.data(), start.size()));
+  if (IsSqlite(start)) {
+    throw Failure(FailureKind::Unusable,
+                  NameOf(options) + ": is a database, which holds counts and no values by time: " +
+                      "this needs the dump itself");
+  }
   const bool isFst = IsFst(start);
   std::unique_ptr<ByteSource> bytes;
   std::shared_ptr<const FileChange> change;

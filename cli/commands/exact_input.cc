@@ -1,0 +1,40 @@
+// One way in for dumps and databases.
+#include "cli/commands/exact_input.h"
+
+#include <memory>
+
+#include "activity/activity_run.h"
+#include "cli/input/database_input.h"
+#include "cli/process/messages.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+StoredRun CountRun(const ExactInput& options) {
+  StoredRun run;
+  run.facts.dump = NameOf(options.input);
+  run.facts.program = KESNCD_VERSION;
+  run.facts.window = options.window;
+  run.facts.hasHost = options.wantsHost;
+  UnpackedSource dump = OpenDump(options.input);
+  ActivityOptions counting;
+  counting.dump = run.facts.dump;
+  counting.window = options.window;
+  counting.mostBits = MostBitsInMemory();
+  counting.watch = options.watch;
+  if (options.wantsHost) counting.host = &run.host;
+  run.exact = CountActivity(*dump.bytes, counting);
+  return run;  // the line that shows how far the dump was read goes with it
+}
+
+}  // namespace
+
+StoredRun ReadExactRun(const ExactInput& options) {
+  const std::unique_ptr<ActivityDatabase> database = OpenDatabase(options.input, options.window);
+  StoredRun run = database ? database->ReadAll() : CountRun(options);
+  for (const std::string& remark : RemarksOn(run.exact)) Remark(NameOf(options.input), remark);
+  return run;
+}
+
+}  // namespace orsa::kesncd::cli
