@@ -1,10 +1,16 @@
 // Counting by the rule of hosts: a taker for the body, and what is said about it.
 #include "activity/host_run.h"
 
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "activity/activity_run.h"
 #include "activity/host_counter.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/host_rule.h"
+#include "free_format/parted_reading.h"
 #include "free_format/remarks.h"
 #include "text/failure.h"
 #include "vcd/time_text.h"
@@ -13,15 +19,19 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// Memory of each thread.
+constexpr std::uint64_t kBytesPerCode = 24;
+
 std::vector<std::string> RemarksOn(const Declarations& declarations, const ItemTallies& items,
-                                   const BodyTime& time, const HostCounting& counter) {
+                                   const HostPart& part) {
   std::vector<std::string> remarks = ReadingRemarks(declarations, items);
-  if (time.isEndCut) {
+  if (part.window.time.isEndCut) {
     remarks.emplace_back("the window ends after the dump: it is cut back to the dump's end");
   }
-  if (counter.dumping().OffTicks() > 0) {
-    remarks.push_back("dumping was off for " +
-                      OffText(counter.dumping(), time.last - time.first, counter.repeated()));
+  const DumpingTime dumping(part.dumping);
+  if (dumping.OffTicks() > 0) {
+    const std::uint64_t span = part.window.time.last - part.window.time.first;
+    remarks.push_back("dumping was off for " + OffText(dumping, span, part.repeated));
   }
   return remarks;
 }
@@ -40,33 +50,65 @@ std::string WhyUnknown(const Declarations& declarations, const BodyTime& time) {
   return "";
 }
 
+/// As many threads as may be used, but no more than take a quarter of the memory.
+unsigned ThreadsFor(const Declarations& declarations, unsigned jobs) {
+  const std::uint64_t bytes = kBytesPerCode * declarations.codes.size();
+  return static_cast<unsigned>(std::clamp<std::uint64_t>(MemoryBytes() / 4 / bytes, 1, jobs));
+}
+
 }  // namespace
 
 HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window,
                     std::size_t block) {
   DumpWords words(dump, block, block / 4);
-  HostRun run;
-  run.declarations = ReadDeclarations(words, name);
-  const TickWindow ticks = WindowInTicks(window, run.declarations.tick, name);
-  DumpItems items(words, run.declarations);
-  HostCounting counting(run.declarations.codes.size(), ticks);
+  Declarations declarations = ReadDeclarations(words, name);
+  const TickWindow ticks = WindowInTicks(window, declarations.tick, name);
+  HostCounting counting(declarations.codes.size(), ticks);
+  DumpItems items(words, declarations);
   ReadBody(items, counting);
-  SetHostFigures(run.declarations, items.tallies(), counting, name, run);
-  return run;
+  const ItemTallies tallies = items.tallies();
+  return FinishHostRun(std::move(declarations), counting.TakePart(), tallies, name, window);
 }
 
-void SetHostFigures(const Declarations& declarations, const ItemTallies& items,
-                    HostCounting& counting, const std::string& name, HostRun& run) {
+HostRun ReadHostRun(ByteFile& file, const std::string& name, const TimeWindow& window,
+                    unsigned jobs, std::size_t block) {
+  FileDump dump(file, block);
+  Declarations declarations = ReadDeclarations(dump.words(), name);
+  const TickWindow ticks = WindowInTicks(window, declarations.tick, name);
+  std::optional<HostPart> whole;
+  const auto make = [&] {
+    return std::make_unique<HostCounting>(declarations.codes.size(), ticks);
+  };
+  const auto take = [&](const std::unique_ptr<HostCounting> counting) {
+    if (whole) {
+      whole->Add(ticks, counting->TakePart());
+    } else {
+      whole = counting->TakePart();
+    }
+  };
+  const auto stretches = dump.Cut(ThreadsFor(declarations, jobs));
+  const ItemTallies tallies = ReadInParts(dump, declarations, stretches, make, take);
+  return FinishHostRun(std::move(declarations), std::move(*whole), tallies, name, window);
+}
+
+HostRun FinishHostRun(Declarations declarations, HostPart part, const ItemTallies& items,
+                      const std::string& name, const TimeWindow& window) {
+  HostCounting counting(std::move(part), WindowInTicks(window, declarations.tick, name));
   counting.Finish();
-  const BodyTime& time = counting.time();
+  part = counting.TakePart();
+  const BodyTime& time = part.window.time;
   if (!time.isOpen) {
     throw Failure(FailureKind::NothingMatched, name + ": nothing lies in the window");
   }
-  run.changes = counting.TakeChanges();
+  HostRun run;
+  run.declarations = std::move(declarations);
+  run.changes.reserve(part.codes.size());
+  for (const HostPart::Code& code : part.codes) run.changes.push_back(code.changes);
   run.SetSpan(time.first, time.last);
-  if (declarations.tick) run.nsPerTick = Nanoseconds(*declarations.tick);
-  run.whyUnknown = WhyUnknown(declarations, time);
-  run.remarks = RemarksOn(declarations, items, time, counting);
+  if (run.declarations.tick) run.nsPerTick = Nanoseconds(*run.declarations.tick);
+  run.whyUnknown = WhyUnknown(run.declarations, time);
+  run.remarks = RemarksOn(run.declarations, items, part);
+  return run;
 }
 
 }  // namespace orsa::kesncd

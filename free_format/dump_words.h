@@ -48,6 +48,11 @@ class DumpWords {
   bool Next();
 
   std::string_view Word() const { return {word_, length_}; }
+  /// Of the source's bytes, how many stand before what comes after the word.
+  std::uint64_t Offset() const { return read_ - static_cast<std::uint64_t>(end_ - at_); }
+  /// Forgets what was read ahead from an offset on that lies after the word. Returns the offset at
+  /// which the source has to go on.
+  std::uint64_t ForgetFrom(std::uint64_t offset);
   /// Of the word; the first line is 1.
   std::uint64_t Line() const { return line_; }
   /// Whether no other word stands before it on its line.
@@ -82,6 +87,7 @@ class DumpWords {
   const std::size_t leastKept_;
   std::size_t longest_;  // characters of a word that are kept
   std::vector<char> block_;
+  std::uint64_t read_ = 0;     // bytes of the source
   const char* at_ = nullptr;   // after the last word
   const char* end_ = nullptr;  // a blank and a letter stand here, so that scans stop
   const char* word_ = nullptr;
