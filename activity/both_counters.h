@@ -13,8 +13,8 @@
 
 namespace orsa::kesncd {
 
-/// A taker of ReadBody. The exact counts are those of a window; so are the host's where it gets one,
-/// else they are those of all time.
+/// A taker of ReadBody. The exact counts are those of a window; so are the host's where it gets
+/// one, else they are those of all time.
 class BothCounters {
  public:
   /// `codes` has to outlive the counters.

@@ -28,10 +28,10 @@ BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options) {
 BothRuns FinishBoth(Declarations declarations, ActivityPart activity, HostPart host,
                     const ItemTallies& items, const ActivityOptions& options) {
   BothRuns runs;
-  runs.host = FinishHostRun(std::move(declarations), std::move(host), items, options.dump,
-                            options.window);
-  runs.exact = FinishActivity(std::move(runs.host.declarations), std::move(activity), items,
-                              options);
+  runs.host =
+      FinishHostRun(std::move(declarations), std::move(host), items, options.dump, options.window);
+  runs.exact =
+      FinishActivity(std::move(runs.host.declarations), std::move(activity), items, options);
   return runs;
 }
 

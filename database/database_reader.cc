@@ -8,7 +8,9 @@
 #include <utility>
 
 #include "activity/activity_rows.h"
+#include "activity/activity_run.h"
 #include "activity/activity_tallies.h"
+#include "database/part_tables.h"
 #include "database/schema.h"
 #include "vcd/bit_names.h"
 #include "vcd/time_text.h"
@@ -66,15 +68,17 @@ void ActivityDatabase::CheckTables() {
     const Fact sql = rows.Value();
     if (type == "table") found[std::move(name)] = sql;
   }
-  for (const SchemaPart& table : SchemaTables()) {
+  const auto check = [&](const SchemaPart& table) {
     const auto place = found.find(std::string(table.name));
-    const bool isSame = place != found.end() && place->second == Fact(std::string(table.sql));
-    if (!isSame) {
-      throw Failure(FailureKind::Unusable, name_ +
-                                               ": is no database of this program's: its table " +
-                                               std::string(table.name) + " is another");
-    }
-  }
+    if (place != found.end() && place->second == Fact(std::string(table.sql))) return;
+    throw Failure(FailureKind::Unusable, name_ + ": is no database of this program's: its table " +
+                                             std::string(table.name) + " is another");
+  };
+  for (const SchemaPart& table : SchemaTables()) check(table);
+  const bool isPart = found.contains(std::string(SchemaPartTables().front().name));
+  if (!isPart) return;
+  for (const SchemaPart& table : SchemaPartTables()) check(table);
+  facts_.part.emplace();
 }
 
 const Fact& ActivityDatabase::FactOf(const std::string& name) const {
@@ -123,6 +127,31 @@ void ActivityDatabase::ReadFacts() {
   facts_.window = {OptionalCountOf("window_begin_fs"), OptionalCountOf("window_end_fs")};
   facts_.runs = CountOf("runs");
   facts_.hasHost = CountOf("has_host", 1) == 1;
+  if (!facts_.part) return;
+  const auto small = [this](const char* name) {
+    return static_cast<std::uint32_t>(CountOf(name, UINT32_MAX));
+  };
+  facts_.part = {small("part_first"), small("part_last"), small("part_count")};
+  facts_.dumpBytes = CountOf("part_dump_bytes");
+  facts_.dumpSample = CountOf("part_dump_sample");
+}
+
+void ActivityDatabase::RefusePart() const {
+  if (!facts_.part) return;
+  throw Failure(FailureKind::Unusable, name_ + ": holds part " +
+                                           std::to_string(facts_.part->first + 1) + " of " +
+                                           std::to_string(facts_.part->parts) +
+                                           " of a dump; kesncd merge adds all parts up");
+}
+
+std::uint64_t ActivityDatabase::DeclarationsSum() const {
+  RowSum sum;
+  for (const char* const table : {"scope", "code", "signal"}) {
+    sum.Add(CountOf(std::string("checksum_") + table));
+  }
+  sum.Add(TextOf("date"));
+  sum.Add(TextOf("timescale"));
+  return sum.value();
 }
 
 void ActivityDatabase::ReadCodes(std::vector<std::uint64_t>& firstBit,
@@ -166,8 +195,8 @@ void ActivityDatabase::ReadScopes(Declarations& declarations) {
 void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
                                    Declarations& declarations) {
   TableReader rows(connection_,
-                   "SELECT id, scope, code, type, width, name, range_at FROM signal NOT INDEXED"
-                   " ORDER BY id",
+                   "SELECT id, scope, code, type, width, name, range_at, line FROM signal NOT"
+                   " INDEXED ORDER BY id",
                    budget_);
   std::unordered_map<std::string, std::uint32_t> types;
   std::vector<DumpScope>& scopes = declarations.scopes;
@@ -188,6 +217,7 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
     variable.name = rows.Text();
     if (variable.name.empty() || variable.name.size() > UINT32_MAX) connection_.FailCorrupt();
     variable.nameWord = rows.Small(static_cast<std::uint32_t>(variable.name.size()));
+    variable.line = rows.Count();
     scopes[variable.scope].variables.push_back(id);
     declarations.variables.push_back(std::move(variable));
   }
@@ -199,6 +229,7 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
   }
   declarations.date = TextOf("date");
   declarations.version = TextOf("simulator");
+  declarations.timescale = TextOf("timescale");
   declarations.tick = OptionalCountOf("tick_fs");
   declarations.ended = CountOf("declarations_ended", 1) == 1;
 }
@@ -277,6 +308,7 @@ ActivityResult ActivityDatabase::ReadExact() {
 }
 
 HostRun ActivityDatabase::ReadHost() {
+  RefusePart();
   if (!facts_.hasHost) {
     throw Failure(FailureKind::Unusable,
                   name_ + ": has no figures of hosts: it was merged from several runs");
@@ -290,7 +322,33 @@ HostRun ActivityDatabase::ReadHost() {
   return run;
 }
 
+StoredRun ActivityDatabase::ReadPart() {
+  if (!facts_.part) {
+    throw Failure(FailureKind::Unusable, name_ + ": holds a whole run, not a part of a dump");
+  }
+  StoredRun run;
+  run.facts = facts_;
+  Declarations& declarations = run.exact.declarations;
+  ReadCodes(run.exact.firstBit, run.host.changes);
+  if (run.exact.firstBit.back() > MostBitsInMemory()) {
+    throw Failure(FailureKind::Unusable, name_ + ": has more bits than the memory holds");
+  }
+  ReadScopes(declarations);
+  ReadSignals(run.exact.firstBit, declarations);
+  ReadTallies(run.exact);
+  // Codes are only counted from here on: any texts will do for them.
+  for (std::size_t i = 1; i < run.exact.firstBit.size(); ++i) {
+    (void)declarations.codes.Add(std::to_string(i));
+  }
+  const CodeBits codes(declarations);
+  if (codes.all() != run.exact.firstBit) connection_.FailCorrupt();
+  run.part = ReadPartTables(connection_, codes, byName_, budget_);
+  run.part.items = std::move(run.exact.notes.items);
+  return run;
+}
+
 StoredRun ActivityDatabase::ReadAll() {
+  RefusePart();
   StoredRun run;
   run.facts = facts_;
   ReadCodes(run.exact.firstBit, run.host.changes);

@@ -29,10 +29,15 @@ class ActivityDatabase {
   HostRun ReadHost();
   /// Both, as they were written.
   StoredRun ReadAll();
+  /// What is held of a part of a dump.
+  StoredRun ReadPart();
+  /// Equal for parts of the same declarations.
+  std::uint64_t DeclarationsSum() const;
 
  private:
   void CheckKind();
   void CheckTables();
+  void RefusePart() const;
   std::int64_t Number(const char* sql);
   void ReadFacts();
   const Fact& FactOf(const std::string& name) const;

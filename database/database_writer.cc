@@ -9,6 +9,7 @@
 #include "activity/activity_rows.h"
 #include "activity/activity_tallies.h"
 #include "database/facts.h"
+#include "database/part_tables.h"
 #include "database/schema.h"
 #include "database/sqlite.h"
 #include "database/table_writer.h"
@@ -76,13 +77,18 @@ class DatabaseWriter {
     to_.Run(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
     to_.Run("BEGIN");
     for (const SchemaPart& table : SchemaTables()) to_.Run(table.sql);
-    for (const SchemaPart& view : SchemaViews()) to_.Run(view.sql);
+    if (run_.facts.part) {
+      for (const SchemaPart& table : SchemaPartTables()) to_.Run(table.sql);
+    } else {
+      for (const SchemaPart& view : SchemaViews()) to_.Run(view.sql);
+    }
     WriteScopes();
     WriteCodes();
     WriteSignals();
     WriteBits();
     WriteTallies();
     WriteHostRemarks();
+    if (run_.facts.part) WritePartTables(run_.part, to_, facts_);
     WriteFacts();
     to_.Run("COMMIT");
   }
@@ -126,7 +132,7 @@ class DatabaseWriter {
     activity.ForEachSignal(Declarations::kDump, [&](const SignalRow& row) {
       isRepeated[row.variableId] = row.IsWhollyRepeated();
     });
-    TableWriter rows(to_, "signal", 12);
+    TableWriter rows(to_, "signal", 13);
     for (std::uint32_t id = 0; id < declarations_.variables.size(); ++id) {
       WriteSignal(id, isRepeated[id], rows);
     }
@@ -151,6 +157,7 @@ class DatabaseWriter {
     const std::optional<std::int64_t> next = bits > 1 && low ? IndexOf(names, 1) : low;
     rows.DerivedNumber(next ? low : std::nullopt);
     rows.DerivedNumber(next ? *next - *low : 0);
+    rows.Count(variable.line);
     rows.DerivedNumber(bits);
     rows.DerivedNumber(isRepeated ? 1 : 0);
     rows.EndRow();
@@ -196,13 +203,7 @@ class DatabaseWriter {
   }
 
   void Note(const std::string& name, const std::optional<std::uint64_t>& count) {
-    if (!count) {
-      facts_[name] = {};
-    } else if (*count <= INT64_MAX) {
-      facts_[name] = *count;
-    } else {
-      facts_[name] = std::to_string(*count);
-    }
+    facts_[name] = count ? FactOfCount(*count) : Fact();
   }
 
   void GatherFacts() {
@@ -211,6 +212,7 @@ class DatabaseWriter {
     facts_["program"] = run_.facts.program;
     facts_["date"] = declarations_.date;
     facts_["simulator"] = declarations_.version;
+    facts_["timescale"] = declarations_.timescale;
     Note("window_begin_fs", run_.facts.window.begin);
     Note("window_end_fs", run_.facts.window.end);
     Note("runs", run_.facts.runs);
@@ -224,6 +226,10 @@ class DatabaseWriter {
     Note("end_cut_back", exact.notes.isEndCutBack ? 1 : 0);
     Note("declarations_ended", declarations_.ended || declarations_.hasWord ? 1 : 0);
     Note("has_host", run_.facts.hasHost ? 1 : 0);
+    if (run_.facts.part) {
+      Note("part_dump_bytes", run_.facts.dumpBytes);
+      Note("part_dump_sample", run_.facts.dumpSample);
+    }
     if (!run_.facts.hasHost) return;
     Note("host_first_tick", run_.host.firstStamp);
     Note("host_last_tick", run_.host.lastStamp);

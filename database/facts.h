@@ -24,6 +24,10 @@ inline std::optional<std::uint64_t> LongCount(std::string_view text) {
   return count;
 }
 
+inline Fact FactOfCount(std::uint64_t count) {
+  return count <= INT64_MAX ? Fact(count) : Fact(std::to_string(count));
+}
+
 }  // namespace orsa::kesncd
 
 #endif  // KESNCD_DATABASE_FACTS_H_

@@ -23,8 +23,16 @@ constexpr std::array<SchemaPart, 7> kTables{{
     {"signal",
      "CREATE TABLE signal(id INTEGER PRIMARY KEY, scope INTEGER, code INTEGER, type,"
      " width INTEGER, name, range_at INTEGER, base, low INTEGER, step INTEGER,"
-     " bits INTEGER, repeated INTEGER)"},
+     " line INTEGER, bits INTEGER, repeated INTEGER)"},
     {"bit", "CREATE TABLE bit(id INTEGER PRIMARY KEY, t0, t1, tx, tz, tc, ig)"},
+}};
+
+constexpr std::array<SchemaPart, 2> kPartTables{{
+    {"part_bit",
+     "CREATE TABLE part_bit(piece INTEGER, bit INTEGER, t0, t1, tx, tz, tc, ig, edge INTEGER)"},
+    {"part_code",
+     "CREATE TABLE part_code(id INTEGER PRIMARY KEY, changes INTEGER, last INTEGER,"
+     " first_value INTEGER, first_kind INTEGER)"},
 }};
 
 // Rates of a microsecond and of a bit: divided by ticks times bits, which are nothing or none of
@@ -68,6 +76,10 @@ GROUP BY module.id)"},
 
 std::span<const SchemaPart> SchemaTables() {
   return kTables;
+}
+
+std::span<const SchemaPart> SchemaPartTables() {
+  return kPartTables;
 }
 
 std::span<const SchemaPart> SchemaViews() {

@@ -19,6 +19,8 @@ struct SchemaPart {
 };
 /// Tables that the program reads back: a file in which one of them says something else is foreign.
 std::span<const SchemaPart> SchemaTables();
+/// Further tables, of a file that holds a part of a dump.
+std::span<const SchemaPart> SchemaPartTables();
 /// Views for those who ask in SQL.
 std::span<const SchemaPart> SchemaViews();
 

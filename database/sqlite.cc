@@ -51,7 +51,7 @@ void Connection::Open(const std::string& path, int flags, const char* vfs) {
 
 Connection Connection::InMemory(const std::string& name) {
   Connection connection(name, FailureKind::OutputFailed);
-  connection.Open("new", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, "memdb");
+  connection.Open("new", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, "memdb");
   sqlite3_int64 most = std::numeric_limits<sqlite3_int64>::max() / 4;
   (void)sqlite3_file_control(connection.handle_.get(), "main", SQLITE_FCNTL_SIZE_LIMIT, &most);
   return connection;
@@ -59,8 +59,8 @@ Connection Connection::InMemory(const std::string& name) {
 
 Connection Connection::ReadOnly(const std::string& path, const std::string& name) {
   Connection connection(name, FailureKind::Unusable);
-  connection.Open(UriOf(path) + "?mode=ro&immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI,
-                  nullptr);
+  connection.Open(UriOf(path) + "?mode=ro&immutable=1",
+                  SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
   sqlite3* const handle = connection.handle_.get();
   (void)sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   (void)sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);

@@ -44,6 +44,13 @@ std::optional<std::uint64_t> TableReader::OptionalCount() {
   return std::nullopt;
 }
 
+std::uint64_t TableReader::Signed() {
+  if (sqlite3_column_type(select_.get(), column_) != SQLITE_INTEGER) from_.FailCorrupt();
+  const auto sum = static_cast<std::uint64_t>(sqlite3_column_int64(select_.get(), column_++));
+  sum_.Add(sum);
+  return sum;
+}
+
 std::string TableReader::Text() {
   const int type = sqlite3_column_type(select_.get(), column_);
   if (type != SQLITE_TEXT && type != SQLITE_BLOB) from_.FailCorrupt();

@@ -28,6 +28,8 @@ class TableReader {
     return static_cast<std::uint32_t>(Count(most));
   }
   std::optional<std::uint64_t> OptionalCount();
+  /// What TableWriter::Signed wrote.
+  std::uint64_t Signed();
   std::string Text();
   /// A count, a text or nothing.
   Fact Value();

@@ -52,6 +52,11 @@ void TableWriter::Count(const std::optional<std::uint64_t>& count) {
   Check(sqlite3_bind_null(insert_.get(), ++column_));
 }
 
+void TableWriter::Signed(std::uint64_t sum) {
+  sum_.Add(sum);
+  Check(sqlite3_bind_int64(insert_.get(), ++column_, static_cast<sqlite3_int64>(sum)));
+}
+
 void TableWriter::Text(std::string_view text) {
   sum_.Add(text);
   BindText(text, true);

@@ -21,6 +21,8 @@ class TableWriter {
   void Count(std::uint64_t count);
   void Count(const std::optional<std::uint64_t>& count);
   void Text(std::string_view text);
+  /// A sum that may have wrapped around, as the negative number that it is then.
+  void Signed(std::uint64_t sum);
   void DerivedNumber(std::optional<std::int64_t> number);
   void DerivedText(std::optional<std::string_view> text);
   void EndRow();

@@ -1,4 +1,5 @@
 // kesncd activity: for every bit of a dump how long it was 0, 1, x and z and how often it toggled.
+#include <charconv>
 #include <memory>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include "cli/commands/exact_files.h"
 #include "cli/commands/exact_input.h"
 #include "cli/commands/exact_options.h"
+#include "cli/commands/parts.h"
 #include "cli/input/database_input.h"
 #include "text/failure.h"
 
@@ -25,6 +27,7 @@ constexpr char kHelp[] =
     "  kesncd activity sim.vcd --format saif --scope tb/soc --strip tb/soc -o soc.saif\n"
     "  kesncd activity sim.vcd --format tcl --netlist soc.json --require 95 -o soc.tcl\n"
     "  kesncd activity sim.vcd -o sim.kact                 a database, to be taken for the dump\n"
+    "  kesncd activity sim.vcd --part 3/16 -o 3.kact       one of sixteen parts, for kesncd merge\n"
     "\n"
     "These figures are exact, bit by bit; those of flat, tree, find, power and extract are what a\n"
     "host gets, which counts a bus as one signal. t0, t1, tx, tz are in ticks of the dump, tc is\n"
@@ -64,13 +67,52 @@ ExactRun CountScaled(const ExactOptions& options) {
   return run;
 }
 
+/// "3/16"
+PartChoice PartOf(const std::string& text) {
+  PartChoice choice;
+  const char* const end = text.data() + text.size();
+  const auto number = std::from_chars(text.data(), end, choice.first);
+  const bool isFirst = number.ec == std::errc() && number.ptr != end && *number.ptr == '/';
+  const auto count = isFirst ? std::from_chars(number.ptr + 1, end, choice.parts) : number;
+  constexpr std::uint32_t kMostParts = 65536;
+  if (!isFirst || count.ec != std::errc() || count.ptr != end || choice.first == 0 ||
+      choice.first > choice.parts || choice.parts > kMostParts) {
+    throw Failure(FailureKind::Unusable, text + " is no part such as 3/16");
+  }
+  choice.last = --choice.first;
+  return choice;
+}
+
+void CheckPart(const ExactOptions& options) {
+  if (!options.part) return;
+  if (options.format != ExactFormat::Db) {
+    throw Failure(FailureKind::Unusable,
+                  "--part: a part is written as a database only: -o part.kact");
+  }
+  if (options.window.begin || options.window.end) {
+    throw Failure(FailureKind::Unusable, "--part: parts are of the whole dump, not of a window");
+  }
+}
+
 ExitStatus Run(const ExactOptions& options) {
   CheckExactPlaces({options.input.dump, options.clock.sdc}, options);
+  if (options.part) {
+    WriteDatabaseFile(ReadPart(options.input, *options.part), options.output.path);
+    return ExitStatus::Done;
+  }
   if (options.format == ExactFormat::Db) {
     WriteDatabaseFile(Count(options, nullptr), options.output.path);
     return ExitStatus::Done;
   }
   return WriteExact(CountScaled(options), options);
+}
+
+void AddPartOption(Command& command, ExactOptions& options) {
+  std::string unused;
+  command
+      .AddText("--part", "K/N", unused,
+               "count one of N parts of a plain file, which kesncd merge adds up")
+      .take = [&options](const std::string& text) { options.part = PartOf(text); };
 }
 
 void AddClockOptions(Command& command, ClockOptions& options) {
@@ -91,10 +133,12 @@ void AddActivityCommand(CommandLine& line) {
   AddExactChoices(command, *options);
   command.AddCount("--jobs", "N", {1, 4096}, options->jobs, "threads that may be used")
       .Initially("1");
+  AddPartOption(command, *options);
   AddClockOptions(command, options->clock);
   AddEstimatorOptions(command, *options);
   command.check = [options] {
     CheckExactOptions(*options);
+    CheckPart(*options);
     if (!options->clock.clock.empty()) (void)DesignClockOf(options->clock.clock);
   };
   command.run = [options] { return Run(*options); };

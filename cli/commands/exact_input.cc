@@ -2,8 +2,9 @@
 #include "cli/commands/exact_input.h"
 
 #include <memory>
+#include <utility>
 
-#include "activity/activity_run.h"
+#include "activity/both_runs.h"
 #include "cli/input/database_input.h"
 #include "cli/process/messages.h"
 
@@ -23,8 +24,13 @@ StoredRun CountRun(const ExactInput& options) {
   counting.window = options.window;
   counting.mostBits = MostBitsInMemory();
   counting.watch = options.watch;
-  if (options.wantsHost) counting.host = &run.host;
-  run.exact = CountActivity(*dump.bytes, counting);
+  if (options.wantsHost) {
+    BothRuns both = CountBoth(*dump.bytes, counting);
+    run.exact = std::move(both.exact);
+    run.host = std::move(both.host);
+  } else {
+    run.exact = CountActivity(*dump.bytes, counting);
+  }
   return run;  // the line that shows how far the dump was read goes with it
 }
 

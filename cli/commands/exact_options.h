@@ -8,6 +8,7 @@
 #include <string>
 
 #include "activity/activity_result.h"
+#include "activity/body_part.h"
 #include "cli/commands/clock_scale.h"
 #include "cli/commands/selection.h"
 #include "cli/input/dump_input.h"
@@ -30,6 +31,7 @@ struct ExactOptions {
   ExactFormat format = ExactFormat::Table;  // set before anything is read
   OutputOptions output;                     // whose format is set for rows
   int jobs = 1;
+  std::optional<PartChoice> part;  // of the dump, instead of all of it
   ClockOptions clock;
   std::optional<std::uint64_t> timeUnit;  // femtoseconds
   std::string strip;

@@ -9,6 +9,7 @@
 #include "cli/commands/exact_choices.h"
 #include "cli/commands/exact_files.h"
 #include "cli/commands/exact_input.h"
+#include "cli/commands/parts.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {
@@ -17,6 +18,7 @@ namespace {
 
 struct MergeOptions {
   std::vector<std::string> runs;
+  std::string dump;
   bool byRun = false;
   ExactOptions exact;
 };
@@ -28,6 +30,7 @@ constexpr char kHelp[] =
     "  kesncd merge boot.vcd dma.kact idle.kact -o all.kact\n"
     "  kesncd merge tests/*.kact --format saif --strip tb/soc -o soc.saif\n"
     "  kesncd merge tests/*.kact --by-run --sort rate\n"
+    "  kesncd merge part*.kact -o sim.kact\n"
     "\n"
     "RUN is a dump or a database that kesncd activity wrote. Figures of equal paths are summed, "
     "and\n"
@@ -35,7 +38,9 @@ constexpr char kHelp[] =
     "only\n"
     "some runs have keeps the time of those; which runs lack names is said. Times are in ticks of\n"
     "the finest run. A merged database has no figures of hosts, whose count is of one dump.\n"
-    "--by-run gives for each module the run in which it toggles most.\n";
+    "--by-run gives for each module the run in which it toggles most.\n"
+    "\n"
+    "Parts of one dump, from kesncd activity --part, add up to what one reading of it gives.\n";
 
 void SayLacking(const RunMerger& merger) {
   constexpr std::size_t kMostTold = 20;
@@ -76,9 +81,7 @@ ExitStatus WriteByRun(const RunMerger& merger, const ExactRun& run, const MergeO
   return out.rows() > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
 
-ExitStatus Run(const MergeOptions& options) {
-  CheckExactPlaces(options.runs, options.exact);
-  RunMerger merger;
+StoredRun AddRuns(const MergeOptions& options, RunMerger& merger) {
   StoredRun merged;
   merged.facts.runs = 0;
   for (const std::string& path : options.runs) {
@@ -101,6 +104,22 @@ ExitStatus Run(const MergeOptions& options) {
   if (merged.exact.declarations.variables.empty()) {
     throw Failure(FailureKind::Unusable, "the runs have no signal with bits");
   }
+  return merged;
+}
+
+ExitStatus Run(const MergeOptions& options) {
+  std::vector<std::string> inputs = options.runs;
+  inputs.push_back(options.dump);
+  CheckExactPlaces(inputs, options.exact);
+  RunMerger merger;
+  const bool areParts = IsPart(options.runs.front());
+  if (areParts && options.byRun) {
+    throw Failure(FailureKind::Unusable, "--by-run: these are parts of one run");
+  }
+  if (!areParts && !options.dump.empty()) {
+    throw Failure(FailureKind::Unusable, "--dump is for parts of a dump");
+  }
+  StoredRun merged = areParts ? AddParts(options.runs, options.dump) : AddRuns(options, merger);
   if (options.exact.format == ExactFormat::Db) {
     WriteDatabaseFile(merged, options.exact.output.path);
     return ExitStatus::Done;
@@ -131,6 +150,8 @@ void AddMergeCommand(CommandLine& line) {
   const auto options = std::make_shared<MergeOptions>();
   command.AddFileOperands("RUN", options->runs, "dumps, or databases of them");
   AddQuietOption(command, options->exact.input);
+  command.AddFile("--dump", "FILE", options->dump,
+                  "where the dump of the parts is now, if it was moved");
   command.AddFlag("--by-run", options->byRun, "for each module the run in which it toggles most");
   AddExactChoices(command, options->exact);
   AddEstimatorOptions(command, options->exact);
