@@ -19,6 +19,8 @@ struct BothRuns {
 /// Throws as CountActivity and ReadHostRun do. Both kinds are those of the window; no code is
 /// watched.
 BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options);
+/// The same of a file, with as many threads as there may be.
+BothRuns CountBoth(ByteFile& dump, const ActivityOptions& options);
 
 /// Turns what was counted in a whole body into both.
 BothRuns FinishBoth(Declarations declarations, ActivityPart activity, HostPart host,

@@ -96,6 +96,8 @@ class DumpItems {
     if (!repeat_) words_.TakePlainLines(taker);
   }
   const CodeTable& codes() const { return codes_; }
+  /// Characters of which a value is surely kept whole.
+  std::size_t LongestValue() const { return words_.Longest() - 1; }
   /// Takes note of a stamp among the plain lines; false, and no note, where it goes back.
   bool NoteStamp(std::uint64_t ticks) {
     if (ticks < largestStamp_) return false;

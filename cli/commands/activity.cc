@@ -131,8 +131,7 @@ void AddActivityCommand(CommandLine& line) {
   AddDumpOptions(command, options->input);
   AddWindowOptions(command, options->window);
   AddExactChoices(command, *options);
-  command.AddCount("--jobs", "N", {1, 4096}, options->jobs, "threads that may be used")
-      .Initially("1");
+  AddJobsOption(command, options->input);
   AddPartOption(command, *options);
   AddClockOptions(command, options->clock);
   AddEstimatorOptions(command, *options);

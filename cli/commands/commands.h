@@ -34,6 +34,8 @@ void AddQuietOption(Command& command, InputOptions& options);
 void AddDumpOptions(Command& command, InputOptions& options);
 /// Adds --as-is and --quiet, of commands whose figures are those of hosts.
 void AddReadingFlags(Command& command, InputOptions& options);
+/// Adds --jobs.
+void AddJobsOption(Command& command, InputOptions& options);
 /// Adds --begin and --end.
 void AddWindowOptions(Command& command, TimeWindow& window);
 /// Adds the dump with all of these.

@@ -113,6 +113,7 @@ void AddDiffCommand(CommandLine& line) {
   command.AddFileOperand("BEFORE", options->before.dump, "a dump, or a database of one").Required();
   command.AddFileOperand("AFTER", options->after, "the one to compare with it").Required();
   AddQuietOption(command, options->before);
+  AddJobsOption(command, options->before);
   command.AddNumber("--threshold", "PERCENT", 0, options->threshold,
                     "what differs by no more is left out");
   command.AddTexts("--match", "GLOB", options->match,

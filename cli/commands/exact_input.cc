@@ -6,6 +6,7 @@
 
 #include "activity/both_runs.h"
 #include "cli/input/database_input.h"
+#include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
 
 namespace orsa::kesncd::cli {
@@ -24,12 +25,15 @@ StoredRun CountRun(const ExactInput& options) {
   counting.window = options.window;
   counting.mostBits = MostBitsInMemory();
   counting.watch = options.watch;
+  counting.jobs = UseThreads(options.input, dump);
   if (options.wantsHost) {
-    BothRuns both = CountBoth(*dump.bytes, counting);
+    BothRuns both =
+        counting.jobs > 1 ? CountBoth(*dump.file, counting) : CountBoth(*dump.bytes, counting);
     run.exact = std::move(both.exact);
     run.host = std::move(both.host);
   } else {
-    run.exact = CountActivity(*dump.bytes, counting);
+    run.exact = counting.jobs > 1 ? CountActivity(*dump.file, counting)
+                                  : CountActivity(*dump.bytes, counting);
   }
   return run;  // the line that shows how far the dump was read goes with it
 }

@@ -30,7 +30,6 @@ struct ExactOptions {
   std::optional<ExactFormat> asked;         // else the path's ending says which, else it is a table
   ExactFormat format = ExactFormat::Table;  // set before anything is read
   OutputOptions output;                     // whose format is set for rows
-  int jobs = 1;
   std::optional<PartChoice> part;  // of the dump, instead of all of it
   ClockOptions clock;
   std::optional<std::uint64_t> timeUnit;  // femtoseconds

@@ -8,6 +8,7 @@
 
 #include "cli/commands/host_runs.h"
 #include "cli/input/database_input.h"
+#include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
 #include "names/frequency.h"
 #include "names/scope_search.h"
@@ -26,7 +27,9 @@ Figures ReadDirectly(const FigureOptions& options) {
     figures.origin = database->facts().dump;
   } else {
     UnpackedSource dump = OpenDump(options.input);
-    figures.run = ReadHostRun(*dump.bytes, figures.dump, options.window);
+    const unsigned jobs = UseThreads(options.input, dump);
+    figures.run = jobs > 1 ? ReadHostRun(*dump.file, figures.dump, options.window, jobs)
+                           : ReadHostRun(*dump.bytes, figures.dump, options.window);
   }  // and with the dump goes the line that shows how far it was read
   for (const std::string& remark : figures.run.remarks) Remark(figures.dump, remark);
   if (!figures.run.whyUnknown.empty()) Remark(figures.dump, figures.run.whyUnknown);

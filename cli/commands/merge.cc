@@ -150,6 +150,7 @@ void AddMergeCommand(CommandLine& line) {
   const auto options = std::make_shared<MergeOptions>();
   command.AddFileOperands("RUN", options->runs, "dumps, or databases of them");
   AddQuietOption(command, options->exact.input);
+  AddJobsOption(command, options->exact.input);
   command.AddFile("--dump", "FILE", options->dump,
                   "where the dump of the parts is now, if it was moved");
   command.AddFlag("--by-run", options->byRun, "for each module the run in which it toggles most");

@@ -2,6 +2,7 @@
 #include "cli/commands/parts.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <tuple>
 #include <utility>
@@ -10,9 +11,9 @@
 #include "activity/both_runs.h"
 #include "cli/commands/scope_choice.h"
 #include "cli/input/database_input.h"
-#include "cli/input/plain_file.h"
 #include "cli/process/messages.h"
 #include "database/database_reader.h"
+#include "database/row_sum.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {
@@ -29,6 +30,34 @@ ActivityOptions OptionsFor(const std::string& dump) {
 std::string NameOf(const PartChoice& choice, const std::string& path) {
   return "part " + std::to_string(choice.first + 1) + " of " + std::to_string(choice.parts) + " (" +
          path + ")";
+}
+
+/// A dump that can be read in parts.
+std::shared_ptr<ByteFile> OpenFile(const std::string& path) {
+  InputOptions input;
+  input.dump = path;
+  input.quiet = true;
+  std::shared_ptr<ByteFile> file = OpenDump(input).file;
+  if (file != nullptr) return file;
+  throw Failure(
+      FailureKind::Unusable,
+      NameOf(input) + ": only a plain file can be read in parts, no packed one and no pipe");
+}
+
+/// A number made of places all over a file: the same for the same dump on every machine, and hardly
+/// ever for another.
+std::uint64_t SampleOf(ByteFile& file) {
+  constexpr std::uint64_t kPlaces = 64;
+  constexpr std::uint64_t kBlock = 4096;
+  const std::uint64_t last = file.size() > kBlock ? file.size() - kBlock : 0;
+  RowSum sum;
+  std::string block;
+  for (std::uint64_t place = 0; place < kPlaces; ++place) {
+    block.resize(kBlock);
+    block.resize(file.ReadAt(last / (kPlaces - 1) * place, block.data(), block.size()));
+    sum.Add(block);
+  }
+  return sum.value();
 }
 
 /// A part's file, as far as it has to be known to put it into its place.
@@ -143,11 +172,11 @@ class PartSum {
     const std::string why =
         NameOf(*file.facts.part, file.path) + " cannot be told from what comes before it, and ";
     try {
-      PlainFile dump(dump_);
-      if (dump.size() != first_.facts.dumpBytes || dump.Sample() != first_.facts.dumpSample) {
+      const std::shared_ptr<ByteFile> dump = OpenFile(dump_);
+      if (dump->size() != first_.facts.dumpBytes || SampleOf(*dump) != first_.facts.dumpSample) {
         throw Failure(FailureKind::Unusable, "is not the dump that the parts were counted in");
       }
-      return ReadBodyPart(dump, choice, OptionsFor(dump_)).part;
+      return ReadBodyPart(*dump, choice, OptionsFor(dump_)).part;
     } catch (const Failure& failure) {
       throw Failure(failure.kind(), why + dump_ + " cannot be read for it: " + failure.what() +
                                         "; --dump FILE says where the dump is");
@@ -164,15 +193,15 @@ class PartSum {
 }  // namespace
 
 StoredRun ReadPart(const InputOptions& input, const PartChoice& choice) {
-  PlainFile dump(input.dump);
+  const std::shared_ptr<ByteFile> dump = OpenFile(input.dump);
   StoredRun run;
-  PartRun part = ReadBodyPart(dump, choice, OptionsFor(input.dump));
+  PartRun part = ReadBodyPart(*dump, choice, OptionsFor(input.dump));
   run.facts.dump = input.dump;
   run.facts.program = KESNCD_VERSION;
   run.facts.hasHost = false;
   run.facts.part = choice;
   run.facts.dumpBytes = part.part.dumpBytes;
-  run.facts.dumpSample = dump.Sample();
+  run.facts.dumpSample = SampleOf(*dump);
   run.exact.declarations = std::move(part.declarations);
   run.exact.tick = run.exact.declarations.tick;
   run.exact.firstBit = CodeBits(run.exact.declarations).all();
