@@ -28,6 +28,7 @@ CommandLine MakeCommandLine() {
   line.program.AddAnswered("--version", "print the version");
   AddActivityCommand(line);
   AddProfileCommand(line);
+  AddReportCommand(line);
   AddLookCommand(line);
   AddFlatCommand(line);
   AddTopCommand(line);

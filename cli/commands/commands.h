@@ -14,6 +14,7 @@ namespace orsa::kesncd::cli {
 
 void AddActivityCommand(CommandLine& line);
 void AddProfileCommand(CommandLine& line);
+void AddReportCommand(CommandLine& line);
 void AddLookCommand(CommandLine& line);
 void AddFlatCommand(CommandLine& line);
 void AddTopCommand(CommandLine& line);
