@@ -48,6 +48,11 @@ class DumpWords {
   bool Next();
 
   std::string_view Word() const { return {word_, length_}; }
+  /// Of the source's bytes, how many stand before what comes after the word.
+  std::uint64_t Offset() const { return read_ - static_cast<std::uint64_t>(end_ - at_); }
+  /// Forgets what was read ahead from an offset on that lies after the word. Returns the offset at
+  /// which the source has to go on.
+  std::uint64_t ForgetFrom(std::uint64_t offset);
   /// Of the word; the first line is 1.
   std::uint64_t Line() const { return line_; }
   /// Whether no other word stands before it on its line.
@@ -82,6 +87,7 @@ class DumpWords {
   const std::size_t leastKept_;
   std::size_t longest_;  // characters of a word that are kept
   std::vector<char> block_;
+  std::uint64_t read_ = 0;     // bytes of the source
   const char* at_ = nullptr;   // after the last word
   const char* end_ = nullptr;  // a blank and a letter stand here, so that scans stop
   const char* word_ = nullptr;
@@ -140,25 +146,33 @@ inline bool DumpWords::FinishLine() {
   return isAtStart_ && at_ < end_;
 }
 
+/// Passes plain lines on and counts them.
+template <class Taker>
+struct CountedLines {
+  Taker& taker;
+  std::uint64_t lines = 0;
+
+  const char* LookAhead(const char* line, const char* chunk, const char* end) requires requires {
+    taker.LookAhead(line, chunk, end);
+  }
+  { return taker.LookAhead(line, chunk, end); }
+
+  bool Scalar(const char* line, const char* newline) {
+    if (!taker.Scalar(line, newline)) return false;
+    ++lines;
+    return true;
+  }
+  bool Other(const char* line, const char* blank, const char* newline) {
+    if (!taker.Other(line, blank, newline)) return false;
+    ++lines;
+    return true;
+  }
+};
+
 template <class Taker>
 void DumpWords::TakePlainLines(Taker& taker) {
   if (!FinishLine()) return;
-  struct Counted {
-    Taker& taker;
-    std::uint64_t lines = 0;
-
-    bool Scalar(const char* line, const char* newline) {
-      if (!taker.Scalar(line, newline)) return false;
-      ++lines;
-      return true;
-    }
-    bool Other(const char* line, const char* blank, const char* newline) {
-      if (!taker.Other(line, blank, newline)) return false;
-      ++lines;
-      return true;
-    }
-  };
-  Counted counted{taker};
+  CountedLines<Taker> counted{taker};
   at_ = ScanPlainLines(at_, end_, SIZE_MAX, counted);
   line_ += counted.lines;
 }

@@ -14,7 +14,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kActivityHelp[] =
     "Exact activity: how long every bit was 0, 1, x and z, and how often it toggled\n"
     "\n"
     "Examples:\n"
@@ -83,7 +83,7 @@ ExactRun Count(const ExactOptions& options) {
   return run;
 }
 
-ExitStatus Run(const ExactOptions& options) {
+ExitStatus RunActivity(const ExactOptions& options) {
   CheckPlaces(options);
   ExactRun run = Count(options);
   if (!options.scope.empty()) {
@@ -145,7 +145,7 @@ void AddEstimatorOptions(Command& command, ExactOptions& options) {
 }  // namespace
 
 void AddActivityCommand(CommandLine& line) {
-  Command& command = line.Add("activity", kHelp);
+  Command& command = line.Add("activity", kActivityHelp);
   const auto options = std::make_shared<ExactOptions>();
   AddDumpOptions(command, options->input);
   AddChoices(command, *options);
@@ -153,7 +153,7 @@ void AddActivityCommand(CommandLine& line) {
   command.check = [options] { CheckOptions(*options); };
   command.run = [options] {
     options->output.format = RowFormatOf(options->format);
-    return Run(*options);
+    return RunActivity(*options);
   };
 }
 

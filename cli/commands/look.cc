@@ -14,7 +14,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kLookHelp[] =
     "A first look at a dump: what is in it and what to ask next\n"
     "\n"
     "Examples:\n"
@@ -79,7 +79,7 @@ std::string Findings(const std::vector<Finding>& findings) {
 }
 
 /// A word that a shell takes as it is.
-std::string Quoted(const std::string& word) {
+std::string ShellWord(const std::string& word) {
   const auto isPlain = [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
            std::string_view("_-./+:,@").find(c) != std::string_view::npos;
@@ -91,9 +91,9 @@ std::string Quoted(const std::string& word) {
 }
 
 std::string NextCommands(const InputOptions& input, const std::string& top) {
-  const std::string dump = Quoted(input.dump.starts_with("-") ? "./" + input.dump : input.dump);
+  const std::string dump = ShellWord(input.dump.starts_with("-") ? "./" + input.dump : input.dump);
   return "Next:\n  kesncd check " + dump + "\n  kesncd tree " + dump + "\n  kesncd flat " + dump +
-         " --top " + Quoted(top) + " -o activity.csv\n";
+         " --top " + ShellWord(top) + " -o activity.csv\n";
 }
 
 void RefuseStream(const InputOptions& input) {
@@ -104,7 +104,7 @@ void RefuseStream(const InputOptions& input) {
       NameOf(input) + ": can be read only once, and a look reads twice; try kesncd check");
 }
 
-ExitStatus Run(const InputOptions& input) {
+ExitStatus RunLook(const InputOptions& input) {
   RefuseStream(input);
   const Figures figures = ReadFigures({input, {}});
   UnpackedSource dump = OpenDump(input);
@@ -131,11 +131,11 @@ ExitStatus Run(const InputOptions& input) {
 }  // namespace
 
 void AddLookCommand(CommandLine& line) {
-  Command& command = line.Add("look", kHelp);
+  Command& command = line.Add("look", kLookHelp);
   line.commandOfFiles = command.name();
   const auto options = std::make_shared<InputOptions>();
   AddDumpOptions(command, *options);
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunLook(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -8,13 +8,13 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-struct Options {
+struct PrepareChoices {
   InputOptions input;
   PrepareOptions prepare;
   std::string output;
 };
 
-constexpr char kHelp[] =
+constexpr char kPrepareHelp[] =
     "Rewrite a dump into the shape that every reader understands\n"
     "\n"
     "Examples:\n"
@@ -30,7 +30,7 @@ void Check(const PrepareOptions& given) {
   CheckWindow(given.window);
 }
 
-ExitStatus Run(const Options& options) {
+ExitStatus RunPrepare(const PrepareChoices& options) {
   CheckOutputs({options.input.dump}, {options.output});
   UnpackedSource in = OpenDump(options.input);
   OutputFile out(options.output);
@@ -44,8 +44,8 @@ ExitStatus Run(const Options& options) {
 }  // namespace
 
 void AddPrepareCommand(CommandLine& line) {
-  Command& command = line.Add("prepare", kHelp);
-  const auto options = std::make_shared<Options>();
+  Command& command = line.Add("prepare", kPrepareHelp);
+  const auto options = std::make_shared<PrepareChoices>();
   PrepareOptions& prepare = options->prepare;
   AddDumpOptions(command, options->input);
   command.AddFile("-o,--output", "FILE", options->output,
@@ -56,7 +56,7 @@ void AddPrepareCommand(CommandLine& line) {
   command.check = [options] { Check(options->prepare); };
   command.run = [options] {
     options->prepare.dump = NameOf(options->input);
-    return Run(*options);
+    return RunPrepare(*options);
   };
 }
 
