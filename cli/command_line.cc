@@ -30,6 +30,7 @@ CommandLine MakeCommandLine() {
   AddProfileCommand(line);
   AddMergeCommand(line);
   AddDiffCommand(line);
+  AddReportCommand(line);
   AddLookCommand(line);
   AddFlatCommand(line);
   AddTopCommand(line);
