@@ -43,6 +43,13 @@ class ActivityCounter {
   void SectionEnd() {}
   bool IsDone() const { return false; }
 
+  /// Whether what another counter took from a stretch that begins with a stamp adds to what this
+  /// one took: time grows from the one to the other. (Values before a dump's first stamp would
+  /// belong to that stamp's step.)
+  bool Precedes(const ActivityCounter& next) const {
+    return part_.hasStamps && next.part_.hasStamps && part_.CanPrecede(next.part_);
+  }
+
   /// What was counted. The counter is used up.
   ActivityPart TakePart();
 

@@ -10,15 +10,13 @@
 #include <string>
 #include <vector>
 
+#include "activity/host_part.h"
 #include "free_format/body_window.h"
 #include "free_format/prepare.h"
 #include "text/byte_stream.h"
 #include "vcd/declarations.h"
 
 namespace orsa::kesncd {
-
-/// Where a count stops, as it does in a host.
-inline constexpr std::uint32_t kMostChanges = INT32_MAX;
 
 struct HostRun {
   Declarations declarations;
@@ -38,6 +36,14 @@ struct HostRun {
 /// so many bytes are read at a time.
 HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {},
                     std::size_t block = DumpWords::kBlock);
+
+/// The same of a file, with up to so many threads, on which the result does not depend.
+HostRun ReadHostRun(ByteFile& dump, const std::string& name, const TimeWindow& window,
+                    unsigned jobs, std::size_t block = DumpWords::kBlock);
+
+/// Turns what was counted in a whole body into the run. Throws as ReadHostRun does.
+HostRun FinishHostRun(Declarations declarations, HostPart part, const ItemTallies& items,
+                      const std::string& name, const TimeWindow& window = {});
 
 }  // namespace orsa::kesncd
 

@@ -27,6 +27,7 @@ CommandLine MakeCommandLine() {
   line.program.AddAnswered("-h,--help", "print this help");
   line.program.AddAnswered("--version", "print the version");
   AddActivityCommand(line);
+  AddProfileCommand(line);
   AddLookCommand(line);
   AddFlatCommand(line);
   AddTopCommand(line);

@@ -8,7 +8,9 @@
 #include "cli/commands/exact_options.h"
 #include "cli/commands/exact_rows.h"
 #include "cli/commands/scope_choice.h"
+#include "cli/input/reading_threads.h"
 #include "text/failure.h"
+#include "text/number.h"
 
 namespace orsa::kesncd::cli {
 
@@ -53,6 +55,8 @@ void CheckOptions(const ExactOptions& options) {
   refuse(!hasNetlist &&
              (!options.netlistTop.empty() || !options.unmatched.empty() || options.require > 0),
          "--netlist-top, --unmatched and --require are for --netlist");
+  refuse(options.require > 100,
+         "--require: " + RoundedText(options.require, 17) + " is more than 100 percent");
   if (!options.clock.clock.empty()) (void)DesignClockOf(options.clock.clock);
 }
 
@@ -62,6 +66,16 @@ void CheckPlaces(const ExactOptions& options) {
     if (!path.empty()) outputs.push_back(path);
   }
   CheckOutputs({options.input.dump, options.netlist, options.clock.sdc}, outputs);
+}
+
+/// Rates that are missing in every row want a reason.
+void SayWhyNoRates(const ExactRun& run) {
+  if (!run.result.tick) {
+    Remark(run.dump,
+           "it has no time scale, so no rate is known; kesncd prepare --timescale gives one");
+  } else if (run.result.observedTicks == 0 && run.result.notes.hasStamps) {
+    Remark(run.dump, "no time was observed, so no rate is known");
+  }
 }
 
 ExactRun Count(const ExactOptions& options) {
@@ -76,9 +90,12 @@ ExactRun Count(const ExactOptions& options) {
   counting.watch = [&](const Declarations& declarations) {
     return clocks.FindIn(declarations, run.dump);
   };
-  run.result = CountActivity(*dump.bytes, counting);
-  dump.bytes.reset();  // and with it the line that shows how far it was read
+  counting.jobs = UseThreads(options.input, dump);
+  run.result = counting.jobs > 1 ? CountActivity(*dump.file, counting)
+                                 : CountActivity(*dump.bytes, counting);
+  dump = {};  // and with it the line that shows how far it was read
   for (const std::string& remark : RemarksOn(run.result)) Remark(run.dump, remark);
+  if (options.HasRows()) SayWhyNoRates(run);
   run.scale = clocks.ScaleOf(run.result, run.dump);
   return run;
 }
@@ -115,8 +132,7 @@ void AddChoices(Command& command, ExactOptions& options) {
                      {"tcl", ExactFormat::Tcl}},
                     options.format, "how the activity is written");
   AddLookOptions(command, options.output);
-  command.AddCount("--jobs", "N", {1, 4096}, options.jobs, "threads that may be used")
-      .Initially("1");
+  AddJobsOption(command, options.input);
 }
 
 void AddEstimatorOptions(Command& command, ExactOptions& options) {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "cli/commands/scope_choice.h"
+#include "cli/commands/signal_choice.h"
 #include "cli/input/list_file.h"
 #include "cli/process/messages.h"
 #include "names/signal_search.h"
@@ -49,15 +49,6 @@ void SetQuotient(ClockScale& scale, Wide numerator, Wide denominator) {
   }
   scale.numerator = static_cast<std::uint64_t>(numerator);
   scale.denominator = static_cast<std::uint64_t>(denominator);
-}
-
-std::string PathsOf(const std::vector<std::uint32_t>& variables, const Declarations& declarations) {
-  std::vector<std::string> paths;
-  paths.reserve(variables.size());
-  for (const std::uint32_t id : variables) {
-    paths.push_back(declarations.ShortPathOf(declarations.variables[id]));
-  }
-  return ShortList(paths);
 }
 
 }  // namespace

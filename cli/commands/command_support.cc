@@ -50,6 +50,13 @@ void AddReadingFlags(Command& command, InputOptions& options) {
   AddQuiet(command, options);
 }
 
+void AddJobsOption(Command& command, InputOptions& options) {
+  command
+      .AddCount("--jobs", "N", {1, 4096}, options.jobs,
+                "threads that may read the dump; the result is the same")
+      .Initially("one a core for a file from 16 MB on");
+}
+
 void AddWindowOptions(Command& command, TimeWindow& window) {
   command.AddTime("--begin", window.begin,
                   "leave out what happens before; values at TIME are initial");
@@ -60,6 +67,7 @@ void AddFigureOptions(Command& command, FigureOptions& options) {
   AddDump(command, options.input);
   AddReadingFlags(command, options.input);
   AddWindowOptions(command, options.window);
+  AddJobsOption(command, options.input);
 }
 
 void CheckWindow(const TimeWindow& window) {

@@ -13,6 +13,7 @@
 namespace orsa::kesncd::cli {
 
 void AddActivityCommand(CommandLine& line);
+void AddProfileCommand(CommandLine& line);
 void AddLookCommand(CommandLine& line);
 void AddFlatCommand(CommandLine& line);
 void AddTopCommand(CommandLine& line);
@@ -30,6 +31,8 @@ void AddModeOption(Command& command, int& mode);
 void AddDumpOptions(Command& command, InputOptions& options);
 /// Adds --as-is and --quiet, of commands whose figures are those of hosts.
 void AddReadingFlags(Command& command, InputOptions& options);
+/// Adds --jobs.
+void AddJobsOption(Command& command, InputOptions& options);
 /// Adds --begin and --end.
 void AddWindowOptions(Command& command, TimeWindow& window);
 /// Adds the dump with all of these.

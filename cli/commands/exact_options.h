@@ -28,7 +28,6 @@ struct ExactOptions {
   SelectionOptions selection;
   ExactFormat format = ExactFormat::Table;
   OutputOptions output;  // whose format is set for rows
-  int jobs = 1;
   ClockOptions clock;
   std::optional<std::uint64_t> timeUnit;  // femtoseconds
   std::string strip;

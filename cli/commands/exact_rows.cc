@@ -2,6 +2,7 @@
 #include "cli/commands/exact_rows.h"
 
 #include "activity/activity_rows.h"
+#include "cli/process/messages.h"
 
 namespace orsa::kesncd::cli {
 
@@ -182,10 +183,22 @@ class ExactRows {
 
 /// A dump whose variables have no bits has a result without rows; else something was asked for that
 /// is not there.
-ExitStatus RowsStatus(const ResultOutput& out, const ExactOptions& options) {
+ExitStatus RowsStatus(const ExactRun& run, const ResultOutput& out, const ExactOptions& options,
+                      const std::string& per) {
   const bool wasChosen =
       !options.scope.empty() || !options.selection.match.empty() || !options.netlist.empty();
-  return out.rows() == 0 && wasChosen ? ExitStatus::NothingMatched : ExitStatus::Done;
+  if (out.rows() > 0 || !wasChosen || options.selection.limit == 0) return ExitStatus::Done;
+  Say(run.dump, "no " + per + " was selected");
+  return ExitStatus::NothingMatched;
+}
+
+/// Variables outside every scope are rows of bits and of signals, but no module.
+void SayWhatNoModuleHas(const ExactRun& run) {
+  const Declarations& declarations = run.result.declarations;
+  const std::size_t outside = declarations.scopes[Declarations::kDump].variables.size();
+  if (run.scope != Declarations::kDump || outside == 0) return;
+  Remark(run.dump,
+         "variables outside every scope, which are in no module's row: " + std::to_string(outside));
 }
 
 }  // namespace
@@ -201,7 +214,8 @@ ExitStatus WriteExactRows(const ExactRun& run, const ExactOptions& options) {
   ResultOutput out(options.output, head);
   ExactRows(run, options, out).Write(options.per);
   out.End();
-  return RowsStatus(out, options);
+  if (options.per == RowsPer::Module) SayWhatNoModuleHas(run);
+  return RowsStatus(run, out, options, TextOf(options.per));
 }
 
 ExitStatus WritePinRows(const ExactRun& run, const NetlistPins& pins, const ExactOptions& options) {
@@ -209,7 +223,7 @@ ExitStatus WritePinRows(const ExactRun& run, const NetlistPins& pins, const Exac
   ResultOutput out(options.output, head);
   ExactRows(run, options, out).Write(pins);
   out.End();
-  return RowsStatus(out, options);
+  return RowsStatus(run, out, options, "pin");
 }
 
 }  // namespace orsa::kesncd::cli

@@ -39,13 +39,16 @@ std::string_view TakeLine(std::string_view& text) {
 }  // namespace
 
 std::string ReadText(const std::string& path) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   InputOptions options;
   options.dump = path;
   options.quiet = true;
-  const UnpackedSource source = OpenDump(options);
+  return ReadText(*OpenDump(options).bytes);
+}
+
+std::string ReadText(ByteSource& source) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   TextCollector collector;
-  CopyBytes(*source.bytes, collector);
+  CopyBytes(source, collector);
   if (collector.text.starts_with(kByteOrderMark)) collector.text.erase(0, kByteOrderMark.size());
   return std::move(collector.text);
 }
@@ -88,6 +91,10 @@ TextByPath::TextByPath(const std::string& text) : file_(memfd_create("text", MFD
 
 TextByPath::~TextByPath() {
   (void)close(file_);
+}
+
+std::string TextByPath::PathForOthers() const {
+  return "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(file_);
 }
 
 std::string TextByPath::path() const {
