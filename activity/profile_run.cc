@@ -103,7 +103,10 @@ class Run {
     const std::optional<std::uint64_t> tick = start.result.tick;
     const std::string& dump = options_.counting.dump;
     if (!tick) {
-      throw Failure(FailureKind::Unusable, dump + ": has no time scale, which a window needs");
+      throw Failure(FailureKind::Unusable,
+                    dump +
+                        ": has no time scale, which a window needs; kesncd prepare --timescale "
+                        "gives one");
     }
     if (*options_.length < *tick) {
       throw Failure(FailureKind::Unusable, dump + ": a window of less than a tick shows nothing");

@@ -13,15 +13,15 @@ void AddDump(Command& command, InputOptions& options) {
       .Required();
 }
 
-void AddQuiet(Command& command, InputOptions& options) {
+}  // namespace
+
+void AddQuietOption(Command& command, InputOptions& options) {
   Option& option = command.AddFlag("-q,--quiet", options.quiet, "no remarks and no progress");
   option.take = [&options](const std::string&) {
     options.quiet = true;
     SilenceRemarks();
   };
 }
-
-}  // namespace
 
 void AddOutputOptions(Command& command, OutputOptions& options) {
   command
@@ -41,13 +41,13 @@ void AddLookOptions(Command& command, OutputOptions& options) {
 
 void AddDumpOptions(Command& command, InputOptions& options) {
   AddDump(command, options);
-  AddQuiet(command, options);
+  AddQuietOption(command, options);
 }
 
 void AddReadingFlags(Command& command, InputOptions& options) {
   command.AddFlag("--as-is", options.asIs,
                   "read the dump untouched, as a host does, also where that gives wrong figures");
-  AddQuiet(command, options);
+  AddQuietOption(command, options);
 }
 
 void AddJobsOption(Command& command, InputOptions& options) {

@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/signal_choice.h"
 #include "free_format/dump_findings.h"
 #include "text/failure.h"
 #include "text/number.h"
@@ -40,14 +41,6 @@ std::string Span(const HostRun& run) {
   return DisplayText(run.spanTicks * *run.nsPerTick) + " ns, from tick " +
          DisplayText(run.firstTick) + " to " + DisplayText(run.lastTick) + " of " +
          DisplayText(*run.nsPerTick) + " ns";
-}
-
-/// A name in which a designer says that it is a clock.
-bool IsClockName(std::string name) {
-  for (char& c : name) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return name.find("clk") != std::string::npos || name.find("clock") != std::string::npos;
 }
 
 /// The most active of the variables that `isWanted`, each signal once, by its outermost name, with

@@ -42,6 +42,13 @@ std::optional<std::uint64_t> ExpectedLast(const InputOptions& input,
   return LastStampOf(*dump.bytes, options);
 }
 
+std::string FoldedText(const Profile& profile, std::uint64_t parts) {
+  return "its span was not known while it was read: there are " +
+         std::to_string(profile.windows()) + " windows of " +
+         std::to_string(profile.edges[1] - profile.edges[0]) + " ticks in place of " +
+         std::to_string(parts) + " equal parts, which a file has";
+}
+
 ProfileRun<Profile> ReadProfile(
     const InputOptions& input, ProfileOptions options, std::optional<std::uint64_t> expected,
     const std::function<ProfileRun<Profile>(ByteSource&, const ProfileOptions&)>& count) {
@@ -58,11 +65,7 @@ ProfileRun<Profile> ReadProfile(
   dump.bytes.reset();
   for (const std::string& remark : RemarksOn(run.base)) Remark(options.counting.dump, remark);
   if (run.figures.isFolded) {
-    Remark(options.counting.dump, "its span was not known while it was read: there are " +
-                                      std::to_string(run.figures.windows()) + " windows of " +
-                                      std::to_string(run.figures.edges[1] - run.figures.edges[0]) +
-                                      " ticks, not " + std::to_string(options.parts) +
-                                      " equal parts; of a file there would be");
+    Remark(options.counting.dump, FoldedText(run.figures, options.parts));
   }
   return run;
 }

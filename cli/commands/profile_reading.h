@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "activity/profile_run.h"
 #include "cli/input/dump_input.h"
@@ -24,6 +25,9 @@ ProfileRun<Profile> ReadProfile(
 /// The dump's largest stamp as its end shows it; nothing for a pipe.
 std::optional<std::uint64_t> ExpectedLast(const InputOptions& input,
                                           const ActivityOptions& options);
+
+/// What is said of windows that a pipe's dump has in place of equal parts.
+std::string FoldedText(const Profile& profile, std::uint64_t parts);
 
 }  // namespace orsa::kesncd::cli
 

@@ -35,4 +35,11 @@ std::string PathsOf(const std::vector<std::uint32_t>& variables, const Declarati
   return ShortList(paths);
 }
 
+bool IsClockName(std::string name) {
+  for (char& c : name) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return name.find("clk") != std::string::npos || name.find("clock") != std::string::npos;
+}
+
 }  // namespace orsa::kesncd::cli

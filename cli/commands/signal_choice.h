@@ -18,6 +18,9 @@ const DumpVariable& OnlySignal(const std::string& dump, const Declarations& decl
 /// The paths of variables, for a message.
 std::string PathsOf(const std::vector<std::uint32_t>& variables, const Declarations& declarations);
 
+/// Whether a designer says by a signal's name that it is a clock.
+bool IsClockName(std::string name);
+
 }  // namespace orsa::kesncd::cli
 
 #endif  // KESNCD_CLI_COMMANDS_SIGNAL_CHOICE_H_

@@ -16,6 +16,7 @@
 #include "cli/process/messages.h"
 #include "cli/process/progress.h"
 #include "cli/process/terminal.h"
+#include "database/database_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/dump_words.h"
 #include "free_format/prepare.h"
@@ -157,6 +158,11 @@ UnpackedSource OpenDump(const InputOptions& options) {
   constexpr std::size_t kKnownBy = 16;
   std::string start(kKnownBy, '\0');
   start.resize(ReadFully(file->file(), start.data(), start.size()));
+  if (IsSqlite(start)) {
+    throw Failure(FailureKind::Unusable,
+                  name + ": is a database, which holds counts and no values by time: this needs " +
+                      "the dump itself");
+  }
   const auto shown = [&](std::unique_ptr<ByteSource> bytes, std::uint64_t size) {
     if (ShowsProgress(options)) {
       bytes = std::make_unique<ShownSource>(std::move(bytes), name, size);
