@@ -144,7 +144,7 @@ const NetlistModule& NetlistPins::TopModule(const std::string& wanted) const {
   for (const NetlistModule& module : netlist_.modules) {
     const std::string& name = netlist_.texts[module.name];
     if (!wanted.empty() ? name == wanted : module.isTop) return module;
-    if (!module.isBlackBox && inner.count(module.name) == 0) tops.push_back(&module);
+    if (!module.isBlackBox && !inner.contains(module.name)) tops.push_back(&module);
   }
   if (tops.size() == 1 && wanted.empty()) return *tops.front();
   throw Failure(FailureKind::Unusable,
@@ -182,7 +182,7 @@ void NetlistPins::CheckSize(const NetlistModule& top) const {
     const auto known = inner != nullptr ? sizes.find(inner) : sizes.end();
     if (inner == nullptr) {
       ++cell;
-    } else if (known != sizes.end() && underWay.count(inner) == 0) {
+    } else if (known != sizes.end() && !underWay.contains(inner)) {
       const Size ready = known->second;
       Size& outer = sizes[module];
       outer.nets = std::min(outer.nets + ready.nets, kMostNets + 1);
@@ -217,7 +217,7 @@ std::uint32_t NetlistPins::ScopeOf(const NetlistModule& top) const {
     const auto look = [&](std::string_view text) {
       std::string name;
       AppendPart(text, name);
-      if (names.count(name) != 0) found.insert(std::move(name));
+      if (names.contains(name)) found.insert(std::move(name));
     };
     for (const std::uint32_t variable : declarations.scopes[id].variables) {
       look(BitNames(declarations.variables[variable]).Base());

@@ -1,5 +1,5 @@
 // SAIF and Tcl as estimators read them: names, units, instances, and what must not become a file.
-// The dumps of export_cases/ have their files in full beside them.
+// The dumps of cases/export/ have their files in full beside them.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -19,7 +19,7 @@
 namespace orsa::kesncd {
 namespace {
 
-const std::string kCases = KESNCD_TEST_SOURCE "/tests/export_cases/";
+const std::string kCases = KESNCD_TEST_SOURCE "/tests/cases/export/";
 
 std::string TextOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
