@@ -34,6 +34,7 @@ class ActivityCounter {
   ActivityCounter(const ActivityCounter&) = delete;
   ActivityCounter& operator=(const ActivityCounter&) = delete;
 
+  void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&codes_[codeId], 1); }
   void Scalar(std::uint32_t codeId, char value);
   void Vector(std::uint32_t codeId, std::string_view value);
   void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
@@ -41,6 +42,13 @@ class ActivityCounter {
   void Command(Keyword command);
   void SectionEnd() {}
   bool IsDone() const { return false; }
+
+  /// Whether what another counter took from a stretch that begins with a stamp adds to what this
+  /// one took: time grows from the one to the other. (Values before a dump's first stamp would
+  /// belong to that stamp's step.)
+  bool Precedes(const ActivityCounter& next) const {
+    return part_.hasStamps && next.part_.hasStamps && part_.CanPrecede(next.part_);
+  }
 
   /// What was counted. The counter is used up.
   ActivityPart TakePart();

@@ -4,18 +4,18 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "activity/activity_counter.h"
 #include "activity/activity_part.h"
-#include "activity/activity_window.h"
+#include "activity/activity_start.h"
 #include "activity/code_bits.h"
 #include "activity/toggle_watch.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
+#include "free_format/parted_reading.h"
 #include "free_format/remarks.h"
-#include "text/failure.h"
-#include "vcd/bit_names.h"
 
 namespace orsa::kesncd {
 
@@ -23,83 +23,86 @@ namespace {
 
 constexpr std::uint64_t kBytesPerBit = 120;
 
-[[noreturn]] void FailEmptyWindow(const std::string& dump) {
-  throw Failure(FailureKind::NothingMatched, dump + ": nothing lies in the window");
+std::vector<std::uint32_t> WatchedCodes(const Declarations& declarations,
+                                        const ActivityOptions& options) {
+  if (!options.watch) return {};
+  return options.watch(declarations);
 }
 
-/// Notes the variables without bits.
-void FindBitless(const Declarations& declarations, ActivityNotes& notes) {
-  for (const DumpVariable& variable : declarations.variables) {
-    if (!TypeHasBits(declarations.TypeOf(variable))) {
-      Tally& tally = notes.typesWithoutBits;
-      tally.Add(variable.line, tally ? "" : declarations.ShortPathOf(variable));
-    } else if (variable.width == 0) {
-      Tally& tally = notes.withoutBits;
-      tally.Add(variable.line, tally ? "" : declarations.ShortPathOf(variable));
-    }
+/// As many threads as may be used, but no more than take a quarter of the memory.
+unsigned ThreadsFor(const CodeBits& codes, const ActivityOptions& options) {
+  const std::uint64_t most = MostBitsInMemory() / 4 / std::max<std::uint64_t>(codes.bits(), 1);
+  return static_cast<unsigned>(std::clamp<std::uint64_t>(most, 1, options.jobs));
+}
+
+ActivityResult Finish(ActivityStart& start, ActivityPart part, ItemTallies items) {
+  start.CheckWindow(part.hasStamps, part.first, part.last);
+  start.result.notes.items = std::move(items);
+  std::move(part).Finish(start.codes, start.window, start.result);
+  return std::move(start.result);
+}
+
+/// Goes on from the declarations to the end of the dump.
+ActivityResult CountBody(DumpWords& words, ActivityStart& start,
+                         const std::vector<std::uint32_t>& watched) {
+  DumpItems items(words, start.result.declarations);
+  ActivityCounter counter(start.codes, start.window);
+  if (watched.empty()) {
+    ReadBody(items, counter);
+  } else {
+    ToggleWatch watch(counter, watched, start.codes.codes(), start.window);
+    ReadBody(items, watch);
+    start.result.watched = watch.Take();
   }
-}
-
-/// The window with both bounds. Throws for one that is empty whatever the dump holds.
-ActivityWindow BoundsOf(const TickWindow& window, const std::string& dump) {
-  const ActivityWindow all;
-  const ActivityWindow bounds{window.begin.value_or(all.begin), window.end.value_or(all.end)};
-  if (bounds.begin > bounds.end) FailEmptyWindow(dump);
-  return bounds;
-}
-
-/// Throws where nothing of the dump lies in the window.
-void CheckWindow(const ActivityPart& part, const TickWindow& window, const std::string& dump) {
-  if (!window.begin && !window.end) return;
-  if (!part.hasStamps || part.last < window.begin.value_or(0) ||
-      part.first > window.end.value_or(UINT64_MAX)) {
-    FailEmptyWindow(dump);
-  }
+  const ItemTallies tallies = items.tallies();
+  return Finish(start, counter.TakePart(), tallies);
 }
 
 }  // namespace
 
 ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options) {
   DumpWords words(dump, options.block, options.block / 4);
-  ActivityResult result;
-  result.declarations = ReadDeclarations(words, options.dump);
-  result.tick = result.declarations.tick ? result.declarations.tick : options.tick;
-  FindBitless(result.declarations, result.notes);
-  const TickWindow ticks = WindowInTicks(options.window, result.tick, options.dump);
-  const ActivityWindow window = BoundsOf(ticks, options.dump);
-  const CodeBits codes(result.declarations);
-  if (codes.bits() > options.mostBits) {
-    throw Failure(FailureKind::Unusable, options.dump + ": declares " +
-                                             std::to_string(codes.bits()) +
-                                             " bits, more than the memory holds");
-  }
-  std::vector<std::uint32_t> watched;
-  if (options.watch) watched = options.watch(result.declarations);
-  ActivityPart part;
-  {
-    DumpItems items(words, result.declarations);
-    ActivityCounter counter(codes, window);
-    if (watched.empty()) {
-      ReadBody(items, counter);
-    } else {
-      ToggleWatch watch(counter, watched, codes.codes(), window);
-      ReadBody(items, watch);
-      result.watched = watch.Take();
-    }
-    result.notes.items = items.tallies();
-    part = counter.TakePart();
-  }
-  CheckWindow(part, ticks, options.dump);
-  result.notes.isEndCutBack = ticks.end && part.last < *ticks.end;
-  std::move(part).Finish(codes, window, result);
-  return result;
+  ActivityStart start(ReadDeclarations(words, options.dump), options);
+  return CountBody(words, start, WatchedCodes(start.result.declarations, options));
 }
 
-std::uint64_t MostBitsInMemory() {
+ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options) {
+  FileDump dump(file, options.block);
+  ActivityStart start(ReadDeclarations(dump.words(), options.dump), options);
+  const CodeBits& codes = start.codes;
+  const std::vector<std::uint32_t> watched = WatchedCodes(start.result.declarations, options);
+  const unsigned threads = ThreadsFor(codes, options);
+  if (threads == 1 || !watched.empty()) return CountBody(dump.words(), start, watched);
+  ActivityPart whole;
+  bool isFirst = true;
+  const auto make = [&] { return std::make_unique<ActivityCounter>(codes, start.window); };
+  const auto take = [&](const std::unique_ptr<ActivityCounter> counter) {
+    if (isFirst) {
+      whole = counter->TakePart();
+    } else {
+      whole.Add(codes, counter->TakePart());
+    }
+    isFirst = false;
+  };
+  ItemTallies tallies = ReadInParts(dump, start.result.declarations, dump.Cut(threads), make, take);
+  return Finish(start, std::move(whole), std::move(tallies));
+}
+
+ActivityResult FinishActivity(Declarations declarations, ActivityPart part, ItemTallies items,
+                              const ActivityOptions& options) {
+  ActivityStart start(std::move(declarations), options);
+  return Finish(start, std::move(part), std::move(items));
+}
+
+std::uint64_t MemoryBytes() {
   const long pages = sysconf(_SC_PHYS_PAGES);
   const long page = sysconf(_SC_PAGESIZE);
   if (pages <= 0 || page <= 0) return UINT64_MAX;
-  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page) / kBytesPerBit;
+  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page);
+}
+
+std::uint64_t MostBitsInMemory() {
+  return MemoryBytes() / kBytesPerBit;
 }
 
 std::vector<std::string> RemarksOn(const ActivityResult& result) {

@@ -9,7 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "activity/activity_part.h"
 #include "activity/activity_result.h"
+#include "activity/activity_window.h"
+#include "activity/code_bits.h"
 #include "free_format/dump_words.h"
 #include "free_format/prepare.h"
 #include "text/byte_stream.h"
@@ -25,12 +28,22 @@ struct ActivityOptions {
   /// none is given, nothing is watched. What it throws ends the run.
   std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
   std::size_t block = DumpWords::kBlock;  // bytes that are read at a time
+  unsigned jobs = 1;                      // threads that may be used to read a file
 };
 
 /// Throws Failure with Unusable for what is no VCD file, declares no variable or has more bits than
 /// there may be, with NothingMatched where nothing of the dump lies in the window.
 ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options);
+/// The same of a file, with as many threads as there may be, unless codes are watched. The result
+/// does not depend on them.
+ActivityResult CountActivity(ByteFile& dump, const ActivityOptions& options);
 
+/// Turns what was counted in a whole body into its activity. Throws as CountActivity does.
+ActivityResult FinishActivity(Declarations declarations, ActivityPart part, ItemTallies items,
+                              const ActivityOptions& options);
+
+/// Of this machine.
+std::uint64_t MemoryBytes();
 /// How many bits the memory of this machine holds the activity of.
 std::uint64_t MostBitsInMemory();
 

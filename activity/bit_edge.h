@@ -124,6 +124,14 @@ class BitEdge {
     return edge;
   }
 
+  /// All of it as a number, and back: any number is an edge.
+  std::uint8_t ToByte() const { return bits_; }
+  static BitEdge FromByte(std::uint8_t bits) {
+    BitEdge edge;
+    edge.bits_ = bits;
+    return edge;
+  }
+
  private:
   static constexpr unsigned kLevel = 3, kHasKnown = 4, kKnown = 8, kTouched = 16, kFirst = 32,
                             kTouchedBefore = 64, kFirstCounts = 128;

@@ -1,9 +1,16 @@
 // Counting by the rule of hosts: a taker for the body, and what is said about it.
 #include "activity/host_run.h"
 
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "activity/activity_run.h"
+#include "activity/host_counter.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/host_rule.h"
+#include "free_format/parted_reading.h"
 #include "free_format/remarks.h"
 #include "text/failure.h"
 #include "vcd/time_text.h"
@@ -12,76 +19,19 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Counts what BodyWindow lets through.
-class HostCounter {
- public:
-  explicit HostCounter(std::size_t codes) : cells_(codes) {}
-
-  void Scalar(std::uint32_t codeId, char value) {
-    // Without branches: which value a signal gets next cannot be predicted.
-    Count(cells_[codeId], static_cast<unsigned char>(value),
-          static_cast<std::uint32_t>(value <= '1') & dumping_.isOn());
-  }
-  void Vector(std::uint32_t codeId, std::string_view value) {
-    Count(cells_[codeId], Fingerprint(value), dumping_.isOn());
-  }
-  void Real(std::uint32_t codeId, std::string_view value) { Vector(codeId, value); }
-  void Command(Keyword command) { dumping_.Take(command); }
-  void SectionEnd() {}
-  void Stamp(std::uint64_t ticks) { dumping_.Stamp(ticks); }
-
-  // Before a window each signal has no more than its initial value, which counts once.
-  void RememberScalar(std::uint32_t codeId, char value) {
-    cells_[codeId] = {value <= '1' ? 1U : 0U, static_cast<unsigned char>(value)};
-  }
-  void RememberVector(std::uint32_t codeId, std::string_view value) {
-    cells_[codeId] = {1, Fingerprint(value)};
-  }
-  void RememberReal(std::uint32_t codeId, std::string_view value) { RememberVector(codeId, value); }
-  void Open(std::uint64_t ticks, bool isDumping) {
-    dumping_.Open(ticks, isDumping);
-    if (isDumping) return;
-    for (Cell& cell : cells_) cell.changes = 0;
-  }
-
-  std::vector<std::uint32_t> TakeChanges() {
-    std::vector<std::uint32_t> changes;
-    changes.reserve(cells_.size());
-    for (const Cell& cell : cells_) changes.push_back(std::min(cell.changes, kMostChanges));
-    return changes;
-  }
-  const DumpingTime& dumping() const { return dumping_; }
-  std::uint64_t repeated() const { return repeated_; }
-
- private:
-  struct Cell {
-    std::uint32_t changes = 0;
-    std::uint32_t last = 0;  // 0: no value yet
-  };
-
-  /// Counts a value where `counts` is 1. A count stays in reach of its limit.
-  void Count(Cell& cell, std::uint32_t value, std::uint32_t counts) {
-    repeated_ += static_cast<std::uint32_t>(cell.last == value) & counts;
-    cell.last = value;
-    cell.changes += counts;
-    if (cell.changes > kMostChanges) [[unlikely]]
-      cell.changes = kMostChanges;
-  }
-
-  std::vector<Cell> cells_;
-  DumpingTime dumping_;
-  std::uint64_t repeated_ = 0;
-};
+/// Memory of each thread.
+constexpr std::uint64_t kBytesPerCode = 24;
 
 std::vector<std::string> RemarksOn(const Declarations& declarations, const ItemTallies& items,
-                                   const BodyTime& time, const HostCounter& counter) {
+                                   const HostPart& part) {
   std::vector<std::string> remarks = ReadingRemarks(declarations, items);
-  if (time.isEndCut) {
+  if (part.window.time.isEndCut) {
     remarks.emplace_back("the window ends after the dump: it is cut back to the dump's end");
   }
-  if (counter.dumping().OffTicks() > 0) {
-    remarks.push_back("dumping was off for " +
-                      OffText(counter.dumping(), time.last - time.first, counter.repeated()));
+  const DumpingTime dumping(part.dumping);
+  if (dumping.OffTicks() > 0) {
+    const std::uint64_t span = part.window.time.last - part.window.time.first;
+    remarks.push_back("dumping was off for " + OffText(dumping, span, part.repeated));
   }
   return remarks;
 }
@@ -100,30 +50,64 @@ std::string WhyUnknown(const Declarations& declarations, const BodyTime& time) {
   return "";
 }
 
+/// As many threads as may be used, but no more than take a quarter of the memory.
+unsigned ThreadsFor(const Declarations& declarations, unsigned jobs) {
+  const std::uint64_t bytes = kBytesPerCode * declarations.codes.size();
+  return static_cast<unsigned>(std::clamp<std::uint64_t>(MemoryBytes() / 4 / bytes, 1, jobs));
+}
+
 }  // namespace
 
 HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window,
                     std::size_t block) {
   DumpWords words(dump, block, block / 4);
-  HostRun run;
-  run.declarations = ReadDeclarations(words, name);
-  const TickWindow ticks = WindowInTicks(window, run.declarations.tick, name);
-  DumpItems items(words, run.declarations);
-  HostCounter counter(run.declarations.codes.size());
-  BodyWindow<HostCounter> body(ticks, counter);
-  ReadBody(items, body);
-  body.Finish();
-  const BodyTime& time = body.time();
+  Declarations declarations = ReadDeclarations(words, name);
+  const TickWindow ticks = WindowInTicks(window, declarations.tick, name);
+  HostCounting counting(declarations.codes.size(), ticks);
+  DumpItems items(words, declarations);
+  ReadBody(items, counting);
+  const ItemTallies tallies = items.tallies();
+  return FinishHostRun(std::move(declarations), counting.TakePart(), tallies, name, window);
+}
+
+HostRun ReadHostRun(ByteFile& file, const std::string& name, const TimeWindow& window,
+                    unsigned jobs, std::size_t block) {
+  FileDump dump(file, block);
+  Declarations declarations = ReadDeclarations(dump.words(), name);
+  const TickWindow ticks = WindowInTicks(window, declarations.tick, name);
+  std::optional<HostPart> whole;
+  const auto make = [&] {
+    return std::make_unique<HostCounting>(declarations.codes.size(), ticks);
+  };
+  const auto take = [&](const std::unique_ptr<HostCounting> counting) {
+    if (whole) {
+      whole->Add(ticks, counting->TakePart());
+    } else {
+      whole = counting->TakePart();
+    }
+  };
+  const auto stretches = dump.Cut(ThreadsFor(declarations, jobs));
+  const ItemTallies tallies = ReadInParts(dump, declarations, stretches, make, take);
+  return FinishHostRun(std::move(declarations), std::move(*whole), tallies, name, window);
+}
+
+HostRun FinishHostRun(Declarations declarations, HostPart part, const ItemTallies& items,
+                      const std::string& name, const TimeWindow& window) {
+  HostCounting counting(std::move(part), WindowInTicks(window, declarations.tick, name));
+  counting.Finish();
+  part = counting.TakePart();
+  const BodyTime& time = part.window.time;
   if (!time.isOpen) {
     throw Failure(FailureKind::NothingMatched, name + ": nothing lies in the window");
   }
-  run.changes = counter.TakeChanges();
-  run.firstTick = static_cast<double>(time.first);
-  run.lastTick = static_cast<double>(time.last);
-  run.spanTicks = static_cast<double>(time.last - time.first);
+  HostRun run;
+  run.declarations = std::move(declarations);
+  run.changes.reserve(part.codes.size());
+  for (const HostPart::Code& code : part.codes) run.changes.push_back(code.changes);
+  run.SetSpan(time.first, time.last);
   if (run.declarations.tick) run.nsPerTick = Nanoseconds(*run.declarations.tick);
   run.whyUnknown = WhyUnknown(run.declarations, time);
-  run.remarks = RemarksOn(run.declarations, items.tallies(), time, counter);
+  run.remarks = RemarksOn(run.declarations, items, part);
   return run;
 }
 

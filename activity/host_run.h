@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "activity/host_part.h"
 #include "free_format/body_window.h"
 #include "free_format/prepare.h"
 #include "text/byte_stream.h"
@@ -17,18 +18,25 @@
 
 namespace orsa::kesncd {
 
-/// Where a count stops, as it does in a host.
-inline constexpr std::uint32_t kMostChanges = INT32_MAX;
-
 struct HostRun {
   Declarations declarations;
   std::vector<std::uint32_t> changes;  // by code number, kMostChanges at most
-  double firstTick = 0;                // the span
+  std::uint64_t firstStamp = 0;        // the span
+  std::uint64_t lastStamp = 0;
+  double firstTick = 0;  // the same, as hosts have it
   double lastTick = 0;
   double spanTicks = 0;              // exact also where the two ends are too large to be
   std::optional<double> nsPerTick;   // nothing for a dump without a time scale
   std::string whyUnknown;            // why no frequency is known; empty where they are
   std::vector<std::string> remarks;  // what could not be read, and what a user must know
+
+  void SetSpan(std::uint64_t first, std::uint64_t last) {
+    firstStamp = first;
+    lastStamp = last;
+    firstTick = static_cast<double>(first);
+    lastTick = static_cast<double>(last);
+    spanTicks = static_cast<double>(last - first);
+  }
 
   std::uint32_t ChangesOf(const DumpVariable& variable) const { return changes[variable.codeId]; }
 };
@@ -38,6 +46,14 @@ struct HostRun {
 /// so many bytes are read at a time.
 HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window = {},
                     std::size_t block = DumpWords::kBlock);
+
+/// The same of a file, with up to so many threads, on which the result does not depend.
+HostRun ReadHostRun(ByteFile& dump, const std::string& name, const TimeWindow& window,
+                    unsigned jobs, std::size_t block = DumpWords::kBlock);
+
+/// Turns what was counted in a whole body into the run. Throws as ReadHostRun does.
+HostRun FinishHostRun(Declarations declarations, HostPart part, const ItemTallies& items,
+                      const std::string& name, const TimeWindow& window = {});
 
 }  // namespace orsa::kesncd
 

@@ -33,7 +33,7 @@ install(FILES docs/embedding.md README.md DESTINATION
   ${CMAKE_INSTALL_DATADIR}/doc/${development_package} COMPONENT development)
 install(FILES examples/host/main.cc examples/host/CMakeLists.txt DESTINATION
   ${CMAKE_INSTALL_DATADIR}/doc/${development_package}/examples/host COMPONENT development)
-install(FILES docs/activity.md docs/formats.md docs/dumps.md docs/readers.md DESTINATION
+install(FILES docs/activity.md docs/cluster.md docs/formats.md docs/dumps.md docs/readers.md DESTINATION
   ${CMAKE_INSTALL_DATADIR}/doc/${program_package} COMPONENT program)
 
 set(CPACK_GENERATOR DEB)

@@ -12,9 +12,9 @@ namespace orsa::kesncd {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
-Json JsonOf(const Cell& cell) {
+OrderedJson JsonOf(const Cell& cell) {
   if (const auto* wide = std::get_if<WideCount>(&cell)) {
     return static_cast<std::uint64_t>(*wide);
   }
@@ -27,8 +27,8 @@ Json JsonOf(const Cell& cell) {
 /// Appends a value's text. Names in a dump need not be UTF-8: stray bytes become the character that
 /// stands for one. Characters that steer a terminal, of which JSON itself escapes only the oldest,
 /// are written as escapes, which says the same.
-void Append(std::string& out, const Json& value) {
-  const std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+void AppendValue(std::string& out, const OrderedJson& value) {
+  const std::string text = value.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
   for (std::string_view rest = text; !rest.empty();) {
     const auto isPlain = [](char c) { return c >= ' ' && c < '\x7f'; };
     const auto plain = static_cast<std::size_t>(
@@ -57,7 +57,7 @@ class JsonWriter : public ResultWriter {
     AppendKey(head.rowsName);
     text_ += "[";
     for (const Column& column : head.columns) {
-      Append(keys_.emplace_back(), column.name);
+      AppendValue(keys_.emplace_back(), column.name);
       keys_.back() += ':';
     }
   }
@@ -87,7 +87,7 @@ class JsonWriter : public ResultWriter {
   void AppendKey(const std::string& key) {
     text_ += hasMembers_ ? ",\n  " : "\n  ";
     hasMembers_ = true;
-    Append(text_, key);
+    AppendValue(text_, key);
     text_ += ": ";
   }
 
@@ -97,7 +97,7 @@ class JsonWriter : public ResultWriter {
     if (wide != nullptr && *wide > UINT64_MAX) {
       text_ += WideText(*wide);
     } else {
-      Append(text_, JsonOf(cell));
+      AppendValue(text_, JsonOf(cell));
     }
   }
 
@@ -111,7 +111,7 @@ class JsonWriter : public ResultWriter {
       const char* separator = "[";
       for (const std::string& text : texts) {
         text_ += separator;
-        Append(text_, text);
+        AppendValue(text_, text);
         PassOn();
         separator = ",";
       }

@@ -5,6 +5,7 @@
 #define KESNCD_FREE_FORMAT_BODY_READER_H_
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -38,7 +39,28 @@ template <class Taker>
 class PlainLineTaker {
  public:
   PlainLineTaker(DumpItems& items, Taker& taker)
-      : items_(items), codes_(items.codes()), taker_(taker) {}
+      : items_(items), codes_(items.codes()), longest_(items.LongestValue()), taker_(taker) {}
+
+  /// Where there are more codes than a processor's cache holds, each change would wait for memory
+  /// twice, for its code's number and for what the taker keeps of it. So all changes of some
+  /// hundred bytes have theirs fetched at once.
+  const char* LookAhead(const char* line, const char* chunk, const char* end) {
+    if (codes_.size() < kManyCodes) return end;
+    const char* const stop = std::min(end, chunk + kAhead);
+    CodeInLine* last = found_.data();
+    for (; chunk < stop; chunk += 64) last = FindCodes(line, chunk, stop, last);
+    for (const CodeInLine* code = found_.data(); code != last; ++code) {
+      codes_.Fetch(code->code, code->length);
+    }
+    if constexpr (requires { taker_.Fetch(std::uint32_t{}); }) {
+      for (const CodeInLine* code = found_.data(); code != last; ++code) {
+        if (code->length > DumpWords::kReadAhead) continue;
+        const std::uint32_t codeId = codes_.Find({code->code, code->length});
+        if (codeId != CodeTable::kNone) taker_.Fetch(codeId);
+      }
+    }
+    return stop;
+  }
 
   bool Scalar(const char* line, const char* newline) { return TakeScalar(line, newline, *line); }
 
@@ -61,6 +83,9 @@ class PlainLineTaker {
   }
 
  private:
+  static constexpr std::uint32_t kManyCodes = 1 << 15;
+  static constexpr std::ptrdiff_t kAhead = 512;
+
   bool TakeScalar(const char* line, const char* newline, char value) {
     const auto length = static_cast<std::size_t>(newline - line - 1);
     const std::uint32_t codeId = length > 0 ? codes_.Find({line + 1, length}) : CodeTable::kNone;
@@ -74,7 +99,7 @@ class PlainLineTaker {
     if (!isVector && (*line | 0x20) != 'r') return false;
     const std::string_view value(line + 1, static_cast<std::size_t>(blank - line) - 1);
     const std::string_view code(blank + 1, static_cast<std::size_t>(newline - blank) - 1);
-    if (value.empty() || code.empty()) return false;
+    if (value.empty() || code.empty() || value.size() > longest_) return false;
     const std::uint32_t codeId = codes_.Find(code);
     if (codeId == CodeTable::kNone) return false;
     if (isVector) {
@@ -95,7 +120,9 @@ class PlainLineTaker {
 
   DumpItems& items_;
   const CodeTable& codes_;
+  const std::size_t longest_;  // a longer value loses its middle, however it stands in a block
   Taker& taker_;
+  std::array<CodeInLine, kAhead / 64 * kMostCodesFound> found_;
 };
 
 /// Hands one item to a taker.
@@ -134,6 +161,10 @@ void GiveItem(const DumpItems& items, Taker& taker) {
 ///   void Command(Keyword command)                               one of the four dump commands
 ///   void SectionEnd()
 ///   bool IsDone() const                                         true ends the reading
+///
+/// and may have
+///
+///   void Fetch(std::uint32_t codeId) const                      prefetches what it keeps of a code
 template <class Taker>
 void ReadBody(DumpItems& items, Taker& taker) {
   PlainLineTaker<Taker> plain(items, taker);

@@ -32,11 +32,22 @@ struct BodyTime {
   std::uint64_t last = 0;
 };
 
+/// How far a body was read in a window.
+struct WindowState {
+  BodyTime time;
+  std::uint64_t firstStamp = 0;
+  std::uint64_t now = 0;
+  bool isDumping = true;
+  bool hasBegun = false;  // `time.first` is known
+  bool isDone = false;    // what follows lies after the window
+};
+
 /// A taker for ReadBody that passes on what lies in a window. `Inner` has the operations
 ///
 ///   void Scalar, Vector, Real, Command, SectionEnd   as for ReadBody
 ///   void Stamp(std::uint64_t ticks)                  each larger than the one before
 ///   void RememberScalar, RememberVector, RememberReal(codeId, value)   before the window
+///   void Fetch(std::uint32_t codeId) const           as for ReadBody; may be left out
 ///   void Open(std::uint64_t ticks, bool isDumping)   the window begins; not called without BEGIN
 ///
 /// Calling order: ReadBody, Finish, time.
@@ -44,92 +55,98 @@ template <class Inner>
 class BodyWindow {
  public:
   BodyWindow(const TickWindow& window, Inner& inner) : window_(window), inner_(inner) {
-    time_.isOpen = !window.begin;
-    isDone_ = window.begin && window.end && *window.begin > *window.end;
+    state_.time.isOpen = !window.begin;
+    state_.isDone = window.begin && window.end && *window.begin > *window.end;
   }
+  /// Goes on from a state, as the inner taker does from its own.
+  BodyWindow(const TickWindow& window, Inner& inner, const WindowState& state)
+      : window_(window), inner_(inner), state_(state) {}
 
+  void Fetch(std::uint32_t codeId) const requires requires(const Inner& inner) {
+    inner.Fetch(codeId);
+  }
+  { inner_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) {
-    if (isDone_) return;
-    if (time_.isOpen) {
+    if (state_.isDone) return;
+    if (state_.time.isOpen) {
       inner_.Scalar(codeId, value);
     } else {
       inner_.RememberScalar(codeId, value);
     }
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
-    if (isDone_) return;
-    if (time_.isOpen) {
+    if (state_.isDone) return;
+    if (state_.time.isOpen) {
       inner_.Vector(codeId, value);
     } else {
       inner_.RememberVector(codeId, value);
     }
   }
   void Real(std::uint32_t codeId, std::string_view value) {
-    if (isDone_) return;
-    if (time_.isOpen) {
+    if (state_.isDone) return;
+    if (state_.time.isOpen) {
       inner_.Real(codeId, value);
     } else {
       inner_.RememberReal(codeId, value);
     }
   }
   void Command(Keyword command) {
-    isDumping_ = command != Keyword::DumpOff;
-    if (time_.isOpen && !isDone_) inner_.Command(command);
+    state_.isDumping = command != Keyword::DumpOff;
+    if (state_.time.isOpen && !state_.isDone) inner_.Command(command);
   }
   void SectionEnd() {
-    if (time_.isOpen && !isDone_) inner_.SectionEnd();
+    if (state_.time.isOpen && !state_.isDone) inner_.SectionEnd();
   }
   void Stamp(std::uint64_t ticks) {
-    if (isDone_) return;
-    const bool isFirst = time_.stamps++ == 0;
-    if (!isFirst && ticks <= now_) return;
-    const std::uint64_t before = isFirst ? ticks : now_;
-    now_ = ticks;
+    if (state_.isDone) return;
+    const bool isFirst = state_.time.stamps++ == 0;
+    if (!isFirst && ticks <= state_.now) return;
+    if (isFirst) state_.firstStamp = ticks;
+    const std::uint64_t before = isFirst ? ticks : state_.now;
+    state_.now = ticks;
     if (window_.end && isFirst && ticks > *window_.end) {
-      time_.isOpen = false;
-      isDone_ = true;
+      state_.time.isOpen = false;
+      state_.isDone = true;
       return;
     }
-    if (!time_.isOpen && ticks > *window_.begin) OpenAt(std::max(before, *window_.begin));
-    if (time_.isOpen) MoveTo(ticks);
+    if (!state_.time.isOpen && ticks > *window_.begin) OpenAt(std::max(before, *window_.begin));
+    if (state_.time.isOpen) MoveTo(ticks);
   }
-  bool IsDone() const { return isDone_; }
+  bool IsDone() const { return state_.isDone; }
 
   /// To be called when the body was read.
   void Finish() {
-    const bool reaches = time_.stamps > 0 && now_ >= window_.begin.value_or(0);
-    if (!time_.isOpen && !isDone_ && reaches) OpenAt(now_);
-    time_.isEndCut = window_.end && !isDone_ && now_ < *window_.end;
-    if (window_.begin || window_.end) time_.isOpen = time_.isOpen && time_.stamps > 0;
+    const bool reaches = state_.time.stamps > 0 && state_.now >= window_.begin.value_or(0);
+    if (!state_.time.isOpen && !state_.isDone && reaches) OpenAt(state_.now);
+    state_.time.isEndCut = window_.end && !state_.isDone && state_.now < *window_.end;
+    if (window_.begin || window_.end)
+      state_.time.isOpen = state_.time.isOpen && state_.time.stamps > 0;
   }
-  const BodyTime& time() const { return time_; }
+  const BodyTime& time() const { return state_.time; }
+  const WindowState& state() const { return state_; }
 
  private:
   /// The value that each signal has here is its initial one.
   void OpenAt(std::uint64_t ticks) {
-    time_.isOpen = true;
-    time_.first = time_.last = ticks;
-    hasBegun_ = true;
-    inner_.Open(ticks, isDumping_);
+    state_.time.isOpen = true;
+    state_.time.first = state_.time.last = ticks;
+    state_.hasBegun = true;
+    inner_.Open(ticks, state_.isDumping);
   }
 
   void MoveTo(std::uint64_t ticks) {
-    isDone_ = window_.end && ticks > *window_.end;
-    if (isDone_) ticks = *window_.end;
-    if (hasBegun_ && ticks <= time_.last) return;
-    if (!hasBegun_) time_.first = ticks;
-    hasBegun_ = true;
-    time_.last = ticks;
+    state_.isDone = window_.end && ticks > *window_.end;
+    if (state_.isDone) ticks = *window_.end;
+    if (state_.hasBegun && ticks <= state_.time.last) return;
+    if (!state_.hasBegun) state_.time.first = ticks;
+    state_.hasBegun = true;
+    state_.time.last = ticks;
     inner_.Stamp(ticks);
   }
 
   const TickWindow window_;
   Inner& inner_;
-  BodyTime time_;
-  std::uint64_t now_ = 0;
-  bool isDumping_ = true;
-  bool hasBegun_ = false;  // `first` is known
-  bool isDone_ = false;    // what follows lies after the window
+  WindowState state_;
 };
 
 }  // namespace orsa::kesncd

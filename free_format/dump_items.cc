@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 
 namespace orsa::kesncd {
 
@@ -14,8 +15,29 @@ constexpr int kStrengths = 2;  // words between a port's states and its code
 
 }  // namespace
 
+void ItemTallies::Join(const ItemTallies& next, std::uint64_t linesBefore) {
+  static constexpr Tally ItemTallies::*kAll[] = {
+      &ItemTallies::weak,       &ItemTallies::ports,     &ItemTallies::strings,
+      &ItemTallies::undeclared, &ItemTallies::strays,    &ItemTallies::fractions,
+      &ItemTallies::backward,   &ItemTallies::badStamps, &ItemTallies::cutStamp,
+      &ItemTallies::late,       &ItemTallies::keywords,  &ItemTallies::quoted,
+      &ItemTallies::unended,    &ItemTallies::torn};
+  static_assert(sizeof(ItemTallies) == std::size(kAll) * sizeof(Tally));
+  for (Tally ItemTallies::*const tally : kAll) (this->*tally).Join(next.*tally, linesBefore);
+}
+
 DumpItems::DumpItems(DumpWords& words, const Declarations& declarations)
-    : words_(words), codes_(declarations.codes), repeat_(declarations.hasWord) {
+    : words_(words), codes_(declarations.codes), stretch_(nullptr), repeat_(declarations.hasWord) {
+  // A longer value loses its left part anyway, and a longer code is none of the dump's.
+  words_.SetLongest(std::max<std::size_t>(declarations.widest, declarations.longestCode) + 1);
+}
+
+DumpItems::DumpItems(DumpWords& words, const Declarations& declarations, StretchSource& stretch,
+                     bool beginsBody)
+    : words_(words),
+      codes_(declarations.codes),
+      stretch_(&stretch),
+      repeat_(beginsBody && declarations.hasWord) {
   // A longer value loses its left part anyway, and a longer code is none of the dump's.
   words_.SetLongest(std::max<std::size_t>(declarations.widest, declarations.longestCode) + 1);
 }
@@ -26,24 +48,41 @@ bool DumpItems::Advance() {
   return true;
 }
 
+/// The same inside an item, which may go on after the end of a stretch.
+bool DumpItems::AdvanceInItem() {
+  while (!Advance()) {
+    if (stretch_ == nullptr) return false;
+    isOverEnd_ = true;
+    if (!stretch_->Pass()) return false;
+  }
+  return true;
+}
+
 /// The same where a value is not complete yet.
 bool DumpItems::AdvanceInValue() {
-  if (Advance()) return true;
+  if (AdvanceInItem()) return true;
   tallies_.torn.Add(place_.line, "");
   return false;
 }
 
 bool DumpItems::Next() {
-  std::uint64_t crowdedLine = 0;
-  bool isFirst = true;
-  while (Advance()) {
-    place_ = {words_.Line(), words_.StartsLine(), true, crowdedLine};
-    if (TakeWord(words_.Word())) return true;
-    if (isFirst && !place_.startsLine) crowdedLine = place_.line;
-    isFirst = false;
+  while (!isOverEnd_ && Advance()) {
+    place_ = {words_.Line(), words_.StartsLine(), true, crowdedLine_};
+    if (TakeWord(words_.Word())) {
+      crowdedLine_ = 0;
+      isBehindItem_ = true;
+      return true;
+    }
+    if (isBehindItem_ && !place_.startsLine) crowdedLine_ = place_.line;
+    isBehindItem_ = false;
   }
-  place_.crowdedLine = crowdedLine;
+  place_.crowdedLine = crowdedLine_;
   return false;
+}
+
+void DumpItems::GoOn() {
+  if (!isOverEnd_) (void)stretch_->Pass();
+  isOverEnd_ = false;
 }
 
 /// Takes an item that begins with the word; false where that is nothing that counts.
@@ -190,7 +229,7 @@ bool DumpItems::TakeKeyword(std::string_view word) {
 /// Passes over a section. Only a comment may hold anything at all; a stamp is the end of others.
 void DumpItems::SkipSection(Keyword keyword) {
   const std::uint64_t line = words_.Line();
-  while (words_.Next()) {
+  while (AdvanceInItem()) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) return;
     const bool isStamp = words_.Word().front() == '#' && words_.StartsLine();

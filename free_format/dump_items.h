@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "free_format/body_stretch.h"
 #include "free_format/dump_words.h"
 #include "vcd/code_table.h"
 #include "vcd/declarations.h"
@@ -50,6 +51,9 @@ struct ItemTallies {
   Tally quoted;      // lines of comments and the like that the library's readers take for items
   Tally unended;     // a comment or the like that the dump ends in
   Tally torn;        // a value whose code the dump ends before
+
+  /// Adds those of the stretch that comes next, whose lines count from its own first one.
+  void Join(const ItemTallies& next, std::uint64_t linesBefore);
 };
 
 /// Calling order: construct after the declarations were read, then Next and the properties of the
@@ -59,9 +63,17 @@ class DumpItems {
  public:
   /// Goes on where reading the declarations ended.
   DumpItems(DumpWords& words, const Declarations& declarations);
+  /// Reads a stretch of the body, whose words those are. One that does not begin the body begins
+  /// with a stamp.
+  DumpItems(DumpWords& words, const Declarations& declarations, StretchSource& stretch,
+            bool beginsBody);
 
-  /// Takes the next item; false at the end of the dump.
+  /// Takes the next item; false at the end of the dump, or of the stretch.
   bool Next();
+  /// Whether the stretch ended inside an item, which was then read to its end all the same.
+  bool IsOverEnd() const { return isOverEnd_; }
+  /// Goes on after the end of the stretch.
+  void GoOn();
 
   ItemKind kind() const { return kind_; }
   std::uint64_t ticks() const { return ticks_; }
@@ -84,6 +96,8 @@ class DumpItems {
     if (!repeat_) words_.TakePlainLines(taker);
   }
   const CodeTable& codes() const { return codes_; }
+  /// Characters of which a value is surely kept whole.
+  std::size_t LongestValue() const { return words_.Longest() - 1; }
   /// Takes note of a stamp among the plain lines; false, and no note, where it goes back.
   bool NoteStamp(std::uint64_t ticks) {
     if (ticks < largestStamp_) return false;
@@ -93,6 +107,7 @@ class DumpItems {
 
  private:
   bool Advance();
+  bool AdvanceInItem();
   bool AdvanceInValue();
   bool TakeWord(std::string_view word);
   bool TakeScalar(std::string_view word, char value);
@@ -109,7 +124,11 @@ class DumpItems {
 
   DumpWords& words_;
   const CodeTable& codes_;
-  bool repeat_;  // the last word is to be taken again
+  StretchSource* const stretch_;  // null for a dump that is read as one
+  bool repeat_;                   // the last word is to be taken again
+  bool isOverEnd_ = false;
+  bool isBehindItem_ = true;  // no word was taken since the last item
+  std::uint64_t crowdedLine_ = 0;
   ItemKind kind_ = ItemKind::SectionEnd;
   std::uint64_t ticks_ = 0;
   std::uint64_t largestStamp_ = 0;

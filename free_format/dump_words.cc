@@ -10,8 +10,6 @@ namespace {
 
 constexpr std::size_t kFirstBytes = 4096;  // to know a format by
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-// Of a word that is cut: enough to know what kind of word it is.
-constexpr std::size_t kBeginning = 16;
 // After the last byte: a blank and a letter, and what scans and look-ups may read.
 constexpr std::size_t kAfter = 2 + kScanPadding;
 static_assert(kScanPadding >= DumpWords::kReadAhead);
@@ -38,6 +36,15 @@ std::string_view DumpWords::FirstBytes() const {
   return {block_.data(), static_cast<std::size_t>(end_ - block_.data())};
 }
 
+std::uint64_t DumpWords::ForgetFrom(std::uint64_t offset) {
+  if (offset >= read_) return read_;
+  const char* const at = at_;
+  SetEnd(static_cast<std::size_t>(end_ - block_.data()) - (read_ - offset));
+  at_ = at;
+  read_ = offset;
+  return offset;
+}
+
 void DumpWords::SetEnd(std::size_t held) {
   at_ = block_.data();
   end_ = at_ + held;
@@ -54,6 +61,7 @@ bool DumpWords::Refill(const char* keep) {
   if (free < kept || free == 0) block_.resize(2 * kept + readAtOnce_ + kAfter);
   const std::size_t got = source_.Read(block_.data() + kept, block_.size() - kAfter - kept);
   SetEnd(kept + got);
+  read_ += got;
   return got > 0;
 }
 

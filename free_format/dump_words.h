@@ -39,6 +39,8 @@ class DumpWords {
   /// Keeps words to come of up to so many characters whole, and in any case as many as the
   /// constructor was told.
   void SetLongest(std::size_t characters);
+  /// Characters of which a word is surely kept whole.
+  std::size_t Longest() const { return longest_; }
   /// The dump's first bytes, until a word is taken.
   std::string_view FirstBytes() const;
   /// Shows every word to come to a watch too. Plain lines are not shown to it: who takes some tells
@@ -48,6 +50,11 @@ class DumpWords {
   bool Next();
 
   std::string_view Word() const { return {word_, length_}; }
+  /// Of the source's bytes, how many stand before what comes after the word.
+  std::uint64_t Offset() const { return read_ - static_cast<std::uint64_t>(end_ - at_); }
+  /// Forgets what was read ahead from an offset on that lies after the word. Returns the offset at
+  /// which the source has to go on.
+  std::uint64_t ForgetFrom(std::uint64_t offset);
   /// Of the word; the first line is 1.
   std::uint64_t Line() const { return line_; }
   /// Whether no other word stands before it on its line.
@@ -65,6 +72,9 @@ class DumpWords {
   void TakePlainLines(Taker& taker);
 
  private:
+  // Of a word that is cut: enough to know what kind of word it is.
+  static constexpr std::size_t kBeginning = 16;
+
   static bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
   static std::size_t ShortLength(const char* word);
   static bool IsControl(char c) {
@@ -82,6 +92,7 @@ class DumpWords {
   const std::size_t leastKept_;
   std::size_t longest_;  // characters of a word that are kept
   std::vector<char> block_;
+  std::uint64_t read_ = 0;     // bytes of the source
   const char* at_ = nullptr;   // after the last word
   const char* end_ = nullptr;  // a blank and a letter stand here, so that scans stop
   const char* word_ = nullptr;
@@ -129,7 +140,11 @@ inline bool DumpWords::Next() {
   std::size_t step = kReadAhead;
   for (; step == kReadAhead; at_ += step) step = ShortLength(at_);
   length_ = static_cast<std::size_t>(at_ - word_);
-  if (at_ >= end_) FinishWord();
+  if (at_ >= end_) {
+    FinishWord();
+  } else if (length_ > longest_ + kBeginning) [[unlikely]] {
+    DropMiddle(longest_);  // whether the word met the end of a block makes no difference
+  }
   if (watch_ != nullptr) watch_->Take(Word(), StartsLine());
   return true;
 }
@@ -140,25 +155,33 @@ inline bool DumpWords::FinishLine() {
   return isAtStart_ && at_ < end_;
 }
 
+/// Passes plain lines on and counts them.
+template <class Taker>
+struct CountedLines {
+  Taker& taker;
+  std::uint64_t lines = 0;
+
+  const char* LookAhead(const char* line, const char* chunk, const char* end) requires requires {
+    taker.LookAhead(line, chunk, end);
+  }
+  { return taker.LookAhead(line, chunk, end); }
+
+  bool Scalar(const char* line, const char* newline) {
+    if (!taker.Scalar(line, newline)) return false;
+    ++lines;
+    return true;
+  }
+  bool Other(const char* line, const char* blank, const char* newline) {
+    if (!taker.Other(line, blank, newline)) return false;
+    ++lines;
+    return true;
+  }
+};
+
 template <class Taker>
 void DumpWords::TakePlainLines(Taker& taker) {
   if (!FinishLine()) return;
-  struct Counted {
-    Taker& taker;
-    std::uint64_t lines = 0;
-
-    bool Scalar(const char* line, const char* newline) {
-      if (!taker.Scalar(line, newline)) return false;
-      ++lines;
-      return true;
-    }
-    bool Other(const char* line, const char* blank, const char* newline) {
-      if (!taker.Other(line, blank, newline)) return false;
-      ++lines;
-      return true;
-    }
-  };
-  Counted counted{taker};
+  CountedLines<Taker> counted{taker};
   at_ = ScanPlainLines(at_, end_, SIZE_MAX, counted);
   line_ += counted.lines;
 }

@@ -31,43 +31,54 @@ inline std::uint32_t Fingerprint(std::string_view value) {
   return static_cast<std::uint32_t>(mixed >> 32) | 1U << 31;  // apart from those of scalars
 }
 
+struct DumpingState {
+  std::uint32_t isOn = 1;
+  bool hasStamp = false;
+  std::uint64_t now = 0;
+  std::uint64_t offSince = 0;
+  std::uint64_t offTicks = 0;
+};
+
 /// For how long of a span dumping is off. Calling order: Take and Stamp as the body goes, then the
 /// rest.
 class DumpingTime {
  public:
+  DumpingTime() = default;
+  explicit DumpingTime(const DumpingState& state) : state_(state) {}
+
   /// A dump command; whether it switches dumping off or on.
   bool Take(Keyword command) {
     const std::uint32_t isOn = command != Keyword::DumpOff ? 1 : 0;
-    if (isOn == isOn_) return false;
-    isOn_ = isOn;
-    if (isOn_ == 0) {
-      offSince_ = now_;
+    if (isOn == state_.isOn) return false;
+    state_.isOn = isOn;
+    if (state_.isOn == 0) {
+      state_.offSince = state_.now;
     } else {
-      offTicks_ += now_ - offSince_;
+      state_.offTicks += state_.now - state_.offSince;
     }
     return true;
   }
   void Stamp(std::uint64_t ticks) {
-    if (!hasStamp_) offSince_ = now_ = ticks;  // off from the start is off from the first stamp on
-    hasStamp_ = true;
-    if (ticks > now_) now_ = ticks;
+    // Off from the start is off from the first stamp on.
+    if (!state_.hasStamp) state_.offSince = state_.now = ticks;
+    state_.hasStamp = true;
+    if (ticks > state_.now) state_.now = ticks;
   }
   /// A window begins there, with dumping on or off.
   void Open(std::uint64_t ticks, bool isOn) {
-    isOn_ = isOn ? 1 : 0;
+    state_.isOn = isOn ? 1 : 0;
     Stamp(ticks);
   }
 
   /// 1 while dumping is on, else 0: a number, so that counting needs no branch.
-  std::uint32_t isOn() const { return isOn_; }
-  std::uint64_t OffTicks() const { return offTicks_ + (isOn_ == 0 ? now_ - offSince_ : 0); }
+  std::uint32_t isOn() const { return state_.isOn; }
+  std::uint64_t OffTicks() const {
+    return state_.offTicks + (state_.isOn == 0 ? state_.now - state_.offSince : 0);
+  }
+  const DumpingState& state() const { return state_; }
 
  private:
-  std::uint32_t isOn_ = 1;
-  bool hasStamp_ = false;
-  std::uint64_t now_ = 0;
-  std::uint64_t offSince_ = 0;
-  std::uint64_t offTicks_ = 0;
+  DumpingState state_;
 };
 
 /// "12.5 % of the span; 3 repeated values counted". The span is more than 0 ticks.

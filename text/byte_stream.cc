@@ -42,6 +42,15 @@ std::size_t FileSource::Read(char* to, std::size_t most) {
   return static_cast<std::size_t>(got);
 }
 
+std::size_t FileSource::ReadAt(std::uint64_t offset, char* to, std::size_t most) const {
+  ssize_t got = 0;
+  do {
+    got = pread(file_, to, most, static_cast<off_t>(offset));
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) Fail(path_);
+  return static_cast<std::size_t>(got);
+}
+
 std::uint64_t FileSource::size() const {
   return S_ISREG(opened_.st_mode) ? static_cast<std::uint64_t>(opened_.st_size) : 0;
 }

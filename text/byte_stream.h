@@ -25,6 +25,21 @@ class ByteSource {
   virtual std::size_t Read(char* to, std::size_t most) = 0;
 };
 
+/// Bytes that can be read anywhere, by several threads at a time: a plain file.
+class ByteFile {
+ public:
+  ByteFile() = default;
+  virtual ~ByteFile() = default;
+  ByteFile(const ByteFile&) = delete;
+  ByteFile& operator=(const ByteFile&) = delete;
+
+  /// How many there were when the file was opened.
+  virtual std::uint64_t size() const = 0;
+  /// Reads up to `most` bytes from an offset on, at least one; 0 only at the end. Throws Failure
+  /// with Unusable when the bytes cannot be had.
+  virtual std::size_t ReadAt(std::uint64_t offset, char* to, std::size_t most) = 0;
+};
+
 class ByteSink {
  public:
   ByteSink() = default;
@@ -47,6 +62,8 @@ class FileSource : public ByteSource {
   ~FileSource() override;
 
   std::size_t Read(char* to, std::size_t most) override;
+  /// The same from an offset on, without moving where Read goes on. Of a regular file only.
+  std::size_t ReadAt(std::uint64_t offset, char* to, std::size_t most) const;
   /// A path under which the file can be opened once more, and no other file can be made.
   std::string SecondPath() const { return "/proc/self/fd/" + std::to_string(file_); }
   /// Its bytes; 0 where that is not known, as of a pipe.

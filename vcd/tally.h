@@ -18,6 +18,16 @@ struct Tally {
     line = atLine;
     example = what.substr(0, kShown);
   }
+  /// Adds what was met in the stretch of a dump that comes next, whose lines count from its own
+  /// first one.
+  void Join(const Tally& next, std::uint64_t linesBefore) {
+    if (next.count == 0) return;
+    if (count == 0) {
+      line = next.line + linesBefore;
+      example = next.example;
+    }
+    count += next.count;
+  }
   explicit operator bool() const { return count > 0; }
 
  private:

@@ -10,6 +10,7 @@
 #include "cli/input/netlist_input.h"
 #include "cli/output/sink_stream.h"
 #include "cli/process/messages.h"
+#include "database/database_writer.h"
 #include "export/netlist_pins.h"
 #include "export/saif_writer.h"
 #include "export/tcl_writer.h"
@@ -164,6 +165,12 @@ ExitStatus WriteExactFile(const ExactRun& run, const ExactOptions& options) {
     WriteTclFile(run, options, nullptr);
   }
   return ExitStatus::Done;
+}
+
+void WriteDatabaseFile(const StoredRun& run, const std::string& path) {
+  OutputFile file(path);
+  WriteDatabase(run, file);
+  file.Commit();
 }
 
 ExitStatus WritePins(const ExactRun& run, const ExactOptions& options) {

@@ -29,7 +29,7 @@ Facts FactsOf(const ExactRun& run, const std::string& per) {
   const ActivityNotes& notes = result.notes;
   const ItemTallies& items = notes.items;
   const std::string scope = result.declarations.PathOf(run.scope);
-  Facts facts{{"dump", run.dump},
+  Facts facts{{"dump", run.origin},
               {"figures", std::string("exact")},
               {"per", per},
               {"scope", scope.empty() ? Cell() : Cell(scope)},

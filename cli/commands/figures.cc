@@ -7,6 +7,8 @@
 #include <unordered_map>
 
 #include "cli/commands/host_runs.h"
+#include "cli/input/database_input.h"
+#include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
 #include "names/frequency.h"
 #include "names/scope_search.h"
@@ -20,9 +22,15 @@ using orsa::kesncd::VmodHier;
 
 Figures ReadDirectly(const FigureOptions& options) {
   Figures figures{NameOf(options.input), {}, false};
-  UnpackedSource dump = OpenDump(options.input);
-  figures.run = ReadHostRun(*dump.bytes, figures.dump, options.window);
-  dump.bytes.reset();  // and with it the line that shows how far it was read
+  if (const auto database = OpenDatabase(options.input, options.window)) {
+    figures.run = database->ReadHost();
+    figures.origin = database->facts().dump;
+  } else {
+    UnpackedSource dump = OpenDump(options.input);
+    const unsigned jobs = UseThreads(options.input, dump);
+    figures.run = jobs > 1 ? ReadHostRun(*dump.file, figures.dump, options.window, jobs)
+                           : ReadHostRun(*dump.bytes, figures.dump, options.window);
+  }  // and with the dump goes the line that shows how far it was read
   for (const std::string& remark : figures.run.remarks) Remark(figures.dump, remark);
   if (!figures.run.whyUnknown.empty()) Remark(figures.dump, figures.run.whyUnknown);
   return figures;
@@ -157,7 +165,7 @@ std::vector<std::string> ModulesWithVariables(const Declarations& declarations) 
 
 Facts RunFacts(const Figures& figures, const std::string& top) {
   const HostRun& run = figures.run;
-  return {{"dump", figures.dump},
+  return {{"dump", figures.origin.empty() ? figures.dump : figures.origin},
           {"top", top},
           {"timescale_ns", run.nsPerTick ? Cell(*run.nsPerTick) : Cell()},
           {"start_tick", run.firstTick},

@@ -22,9 +22,10 @@ struct FigureOptions {
 };
 
 struct Figures {
-  std::string dump;  // what messages and results call it
+  std::string dump;  // what messages call it
   HostRun run;
   bool isAsIs = false;
+  std::string origin{};  // what results call the dump, where a database of it was read
 
   /// The frequency of a signal with so many changes. Of a dump without a time scale or a span
   /// nothing is known, though under --as-is it is what a host gets.

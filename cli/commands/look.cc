@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/signal_choice.h"
 #include "free_format/dump_findings.h"
 #include "text/failure.h"
 #include "text/number.h"
@@ -13,7 +14,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kLookHelp[] =
     "A first look at a dump: what is in it and what to ask next\n"
     "\n"
     "Examples:\n"
@@ -40,14 +41,6 @@ std::string Span(const HostRun& run) {
   return DisplayText(run.spanTicks * *run.nsPerTick) + " ns, from tick " +
          DisplayText(run.firstTick) + " to " + DisplayText(run.lastTick) + " of " +
          DisplayText(*run.nsPerTick) + " ns";
-}
-
-/// A name in which a designer says that it is a clock.
-bool IsClockName(std::string name) {
-  for (char& c : name) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return name.find("clk") != std::string::npos || name.find("clock") != std::string::npos;
 }
 
 /// The most active of the variables that `isWanted`, each signal once, by its outermost name, with
@@ -86,7 +79,7 @@ std::string Findings(const std::vector<Finding>& findings) {
 }
 
 /// A word that a shell takes as it is.
-std::string Quoted(const std::string& word) {
+std::string ShellWord(const std::string& word) {
   const auto isPlain = [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
            std::string_view("_-./+:,@").find(c) != std::string_view::npos;
@@ -98,9 +91,9 @@ std::string Quoted(const std::string& word) {
 }
 
 std::string NextCommands(const InputOptions& input, const std::string& top) {
-  const std::string dump = Quoted(input.dump.starts_with("-") ? "./" + input.dump : input.dump);
+  const std::string dump = ShellWord(input.dump.starts_with("-") ? "./" + input.dump : input.dump);
   return "Next:\n  kesncd check " + dump + "\n  kesncd tree " + dump + "\n  kesncd flat " + dump +
-         " --top " + Quoted(top) + " -o activity.csv\n";
+         " --top " + ShellWord(top) + " -o activity.csv\n";
 }
 
 void RefuseStream(const InputOptions& input) {
@@ -111,7 +104,7 @@ void RefuseStream(const InputOptions& input) {
       NameOf(input) + ": can be read only once, and a look reads twice; try kesncd check");
 }
 
-ExitStatus Run(const InputOptions& input) {
+ExitStatus RunLook(const InputOptions& input) {
   RefuseStream(input);
   const Figures figures = ReadFigures({input, {}});
   UnpackedSource dump = OpenDump(input);
@@ -138,11 +131,11 @@ ExitStatus Run(const InputOptions& input) {
 }  // namespace
 
 void AddLookCommand(CommandLine& line) {
-  Command& command = line.Add("look", kHelp);
+  Command& command = line.Add("look", kLookHelp);
   line.commandOfFiles = command.name();
   const auto options = std::make_shared<InputOptions>();
   AddDumpOptions(command, *options);
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunLook(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

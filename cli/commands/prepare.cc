@@ -9,14 +9,14 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-struct Options {
+struct PrepareChoices {
   InputOptions input;
   PrepareOptions prepare;
   std::string output;
   std::string top;
 };
 
-constexpr char kHelp[] =
+constexpr char kPrepareHelp[] =
     "Rewrite a dump into the shape that every reader understands\n"
     "\n"
     "Examples:\n"
@@ -32,7 +32,7 @@ void Check(const PrepareOptions& given) {
   CheckWindow(given.window);
 }
 
-ExitStatus Run(const Options& options) {
+ExitStatus RunPrepare(const PrepareChoices& options) {
   CheckOutputs({options.input.dump}, {options.output});
   UnpackedSource in = OpenDump(options.input);
   OutputFile out(options.output);
@@ -46,8 +46,8 @@ ExitStatus Run(const Options& options) {
 }  // namespace
 
 void AddPrepareCommand(CommandLine& line) {
-  Command& command = line.Add("prepare", kHelp);
-  const auto options = std::make_shared<Options>();
+  Command& command = line.Add("prepare", kPrepareHelp);
+  const auto options = std::make_shared<PrepareChoices>();
   PrepareOptions& prepare = options->prepare;
   AddDumpOptions(command, options->input);
   command.AddFile("-o,--output", "FILE", options->output,
@@ -63,7 +63,7 @@ void AddPrepareCommand(CommandLine& line) {
         return ChosenScope(options->prepare.dump, declarations, options->top);
       };
     }
-    return Run(*options);
+    return RunPrepare(*options);
   };
 }
 

@@ -123,14 +123,14 @@ UnpackedSource Unpack(std::unique_ptr<ByteSource> source, const std::string& nam
   const std::string first = start;
   auto whole = std::make_unique<ResumedSource>(std::move(start), std::move(source));
   if (first.starts_with(kGzip)) {
-    return {std::make_unique<GzipSource>(std::move(whole), name), "gzip", {}};
+    return {std::make_unique<GzipSource>(std::move(whole), name), "gzip", {}, {}};
   }
   if (first.starts_with(kZstd) || IsSkippableZstd(first)) {
-    return {std::make_unique<ZstdSource>(std::move(whole), name), "zstd", {}};
+    return {std::make_unique<ZstdSource>(std::move(whole), name), "zstd", {}, {}};
   }
-  if (first.starts_with(kXz)) return {MakeXzSource(std::move(whole), name), "xz", {}};
-  if (first.starts_with(kBzip2)) return {MakeBzip2Source(std::move(whole), name), "bzip2", {}};
-  return {std::move(whole), "", {}};
+  if (first.starts_with(kXz)) return {MakeXzSource(std::move(whole), name), "xz", {}, {}};
+  if (first.starts_with(kBzip2)) return {MakeBzip2Source(std::move(whole), name), "bzip2", {}, {}};
+  return {std::move(whole), "", {}, {}};
 }
 
 }  // namespace orsa::kesncd::cli

@@ -10,7 +10,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr double kUnknown = -1.0;
+constexpr double kNotTold = -1.0;
 constexpr std::size_t kTableColumns = 4;
 constexpr std::string_view kMegahertz = "MHz";
 constexpr std::string_view kNameBlanks = " \t\"";
@@ -25,7 +25,7 @@ bool Contains(std::string_view text, std::string_view part) {
 }
 
 double Scan(std::string_view word) {
-  double value = kUnknown;
+  double value = kNotTold;
   ScanDouble(std::string(word).c_str(), value);
   return value;
 }
@@ -37,7 +37,7 @@ std::optional<double> Megahertz(std::string_view column) {
   return Scan(words[0]);
 }
 
-bool IsKeyword(std::string_view word) {
+bool IsColumnWord(std::string_view word) {
   return word == "FREQUENCY" || word == "NET" || word == "PORT";
 }
 
@@ -90,14 +90,14 @@ std::optional<Clock> JoinedRow::TakeLine(std::string_view line) {
 std::optional<Clock> JoinedRow::Evaluate() {
   const auto words = FirstWords<5>(preference_, kPreferenceBlanks);
   std::string_view name;
-  double preference = kUnknown;
+  double preference = kNotTold;
   if (words[4] == kMegahertz) {
     name = words[2];
     preference = Scan(words[3]);
   }
-  const double constraint = Megahertz(constraint_).value_or(kUnknown);
+  const double constraint = Megahertz(constraint_).value_or(kNotTold);
   if (constraint >= 0.0) preference = constraint;
-  const double achieved = Megahertz(achieved_).value_or(kUnknown);
+  const double achieved = Megahertz(achieved_).value_or(kNotTold);
   const std::optional<double> chosen = Choose(preference, achieved);
   if (!chosen) return std::nullopt;
   return Clock{std::string(name), *chosen};
@@ -131,7 +131,7 @@ std::optional<Clock> WordwiseRow::TakeLine(std::string_view line) {
   for (bool isFirst = true; !word.empty(); word = TakeWord(rest, kNameBlanks), isFirst = false) {
     if (word == ";" && !name_.empty()) {
       if (std::optional<Clock> clock = Close(columns)) return clock;
-    } else if (isFirst && steps_ > kStepsBeforeName && !IsKeyword(word)) {
+    } else if (isFirst && steps_ > kStepsBeforeName && !IsColumnWord(word)) {
       if (ContinuesName(columns.preference)) name_ += word;
       ++steps_;
     } else {
@@ -142,7 +142,7 @@ std::optional<Clock> WordwiseRow::TakeLine(std::string_view line) {
 }
 
 void WordwiseRow::TakeNameWord(std::string_view word) {
-  if (IsKeyword(word)) {
+  if (IsColumnWord(word)) {
     ++steps_;
   } else if (steps_ == kStepsBeforeName) {
     name_ = word;

@@ -1,0 +1,55 @@
+// What was counted by the rule of hosts in a part of a dump, and how parts add up.
+#ifndef KESNCD_ACTIVITY_HOST_PART_H_
+#define KESNCD_ACTIVITY_HOST_PART_H_
+
+#include <cstdint>
+#include <vector>
+
+#include "free_format/body_window.h"
+#include "free_format/host_rule.h"
+
+namespace orsa::kesncd {
+
+/// Where a count stops, as it does in a host.
+inline constexpr std::uint32_t kMostChanges = INT32_MAX;
+
+/// Counts of a stretch of a body that begins with a stamp, or with the body. It was counted as if
+/// dumping were on where it begins; where that is not so, it has to be counted again after what
+/// comes before it.
+struct HostPart {
+  struct Code {
+    std::uint32_t changes = 0;  // kMostChanges at most
+    std::uint32_t last = 0;     // the last value's fingerprint; 0: no value yet
+  };
+  enum class FirstValue : std::uint32_t {
+    Uncounted,  // x or z, or dumping was off
+    Counted,
+    Initial,  // before the window: what came before it does not count
+  };
+  struct First {
+    std::uint32_t value = 0;
+    FirstValue kind = FirstValue::Uncounted;
+  };
+
+  std::vector<Code> codes;  // by number
+  std::vector<First> first;
+  std::uint64_t repeated = 0;  // counted values that repeat the one before
+  bool opensOff = false;       // the window begins in it while dumping is off
+  DumpingState dumping;        // in the window
+  WindowState window;
+
+  /// Whether a part can come next, so that the two add up.
+  bool CanPrecede(const HostPart& next) const {
+    return window.isDumping && next.window.time.stamps > 0 &&
+           (window.time.stamps == 0 || window.now < next.window.firstStamp);
+  }
+  /// Adds the part that comes next, which this one, counted in the same window, can precede.
+  void Add(const TickWindow& bounds, const HostPart& next);
+
+ private:
+  void AddCodes(const HostPart& next);
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_HOST_PART_H_
