@@ -1,5 +1,6 @@
 // kesncd profile and kesncd report from the outside: cases as files, pipes, what is refused, and
 // the figures that go into a page.
+#include <fstream>
 #include <regex>
 #include <sstream>
 
