@@ -77,7 +77,7 @@ ExitStatus RunGrammarReader(DumpInput& input, const std::string& top,
   const pid_t child = fork();
   if (child < 0) throw Failure(FailureKind::Unusable, "cannot start the grammar reader");
   if (child == 0) {
-    // Who ends the program ends the reader too, before it leaves a result behind.
+    // Who ends the program ends the reader too, before it leaves a result.
     (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
     _exit(RunChild(input, top, print));
   }

@@ -16,7 +16,7 @@ class NC_DESIGN {
 
 namespace orsa::kesncd::standalone {
 
-/// The database object that the registry hands out, with what is behind it.
+/// The database object that the registry hands out, with what it holds.
 class DesignDatabase : public NcdData {
  public:
   DesignDatabase() { name = ""; }
