@@ -20,7 +20,7 @@ using namespace orsa::kesncd;
 namespace {
 
 constexpr std::size_t kSmallBlock = 64;
-constexpr std::size_t kMostWork = 1'000'000;  // bits times events, or the account takes too long
+constexpr std::size_t kMostWork = 100'000;  // bits times events, or the account takes too long
 
 /// Keeps what a body says.
 struct EventList {

@@ -98,27 +98,38 @@ class ExactRows {
   }
 
  private:
-  /// Signals of a scope mostly come together: its path is made once.
   void TakeScope(std::uint32_t scope) {
-    if (scope == scope_) return;
+    hasScopePath_ = hasScopePath_ && scope == scope_;
     scope_ = scope;
-    scopePath_ = declarations_.PathOf(scope);
   }
 
-  std::string PathOf(std::string_view name) const {
-    std::string path = scopePath_;
+  /// Signals of a scope mostly come together: its path is made once, and only if a row needs it.
+  const std::string& ScopePath() {
+    if (!hasScopePath_) scopePath_ = declarations_.PathOf(scope_);
+    hasScopePath_ = true;
+    return scopePath_;
+  }
+
+  std::string PathOf(std::string_view name) {
+    std::string path = ScopePath();
     if (!path.empty()) path += '/';
     path += name;
     return path;
   }
 
+  template <class Figures>
+  bool Wants(const Figures& figures) const {
+    return selected_.Wants(static_cast<double>(figures.tc),
+                           RatesOf(figures, run_.result).toggleRate);
+  }
+
   void WriteBits(const SignalRow& row) {
-    const bool takesAll = filter_.IsOpen() || TakesSignal(filter_, scopePath_, row.variable);
+    const bool takesAll = filter_.IsOpen() || TakesSignal(filter_, ScopePath(), row.variable);
     for (auto bit = static_cast<std::uint32_t>(row.figures.size()); bit-- > 0;) {
-      if (row.IsRepeated(bit)) continue;
+      if (row.IsRepeated(bit) || !Wants(row.figures[bit])) continue;
       name_.clear();
       row.names.AppendName(bit, name_);
-      if (takesAll || filter_.Takes(scopePath_, name_)) WriteBit(PathOf(name_), row.figures[bit]);
+      if (takesAll || filter_.Takes(ScopePath(), name_)) WriteBit(PathOf(name_), row.figures[bit]);
     }
   }
 
@@ -135,9 +146,10 @@ class ExactRows {
 
   void WriteSignal(const SignalRow& row) {
     if (row.IsWhollyRepeated()) return;
-    if (!filter_.IsOpen() && !TakesSignal(filter_, scopePath_, row.variable)) return;
     ActivitySums sums;
     sums.Add(row.figures);
+    if (!Wants(sums)) return;
+    if (!filter_.IsOpen() && !TakesSignal(filter_, ScopePath(), row.variable)) return;
     WriteSums(PathOf(row.variable.name), sums);
   }
 
@@ -145,10 +157,11 @@ class ExactRows {
     const std::vector<ActivitySums> sums = rows_.ModuleSums();
     const std::vector<bool> inside = rows_.ScopesIn(run_.scope);
     for (std::uint32_t scope = Declarations::kDump + 1; scope < sums.size(); ++scope) {
-      if (!inside[scope] || sums[scope].bits == 0) continue;
+      if (!inside[scope] || sums[scope].bits == 0 || !Wants(sums[scope])) continue;
       TakeScope(declarations_.scopes[scope].parent);
       const std::string& name = declarations_.scopes[scope].name;
-      if (filter_.Takes(scopePath_, name)) WriteSums(PathOf(name), sums[scope]);
+      if (filter_.IsOpen() || filter_.Takes(ScopePath(), name))
+        WriteSums(PathOf(name), sums[scope]);
     }
   }
 
@@ -177,6 +190,7 @@ class ExactRows {
   const PathFilter filter_;
   SelectedRows selected_;
   std::uint32_t scope_ = Declarations::kDump;
+  bool hasScopePath_ = false;
   std::string scopePath_;
   std::string name_;
 };

@@ -6,10 +6,10 @@
 #include "cli/commands/commands.h"
 #include "cli/commands/profile_reading.h"
 #include "cli/commands/report_clocks.h"
+#include "cli/input/netlist_input.h"
 #include "cli/output/path_ending.h"
 #include "export/netlist_pins.h"
 #include "export/report_figures.h"
-#include "export/yosys.h"
 #include "free_format/dump_findings.h"
 #include "free_format/remarks.h"
 #include "report/report_page.h"
@@ -71,7 +71,7 @@ std::string FileName(const std::string& path) {
 
 void AddReached(const ReportChoices& options, const ActivityResult& result, ReportFacts& facts) {
   if (options.netlist.empty()) return;
-  const Netlist netlist = ReadNetlistFile(options.netlist);
+  const Netlist netlist = ReadNetlistOf(options.netlist);
   PinOptions pinOptions;
   pinOptions.top = options.netlistTop;
   const NetlistPins pins(netlist, result, pinOptions);

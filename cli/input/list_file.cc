@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "cli/input/dump_input.h"
 #include "text/failure.h"
@@ -15,10 +16,23 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// A list of all names of the largest designs; a device or a small packed file may have no end.
+constexpr std::size_t kLongest = std::size_t{1} << 30;
+
 class TextCollector : public ByteSink {
  public:
-  void Write(std::string_view bytes) override { text += bytes; }
+  explicit TextCollector(std::string name) : name_(std::move(name)) {}
+
+  void Write(std::string_view bytes) override {
+    if (text.size() + bytes.size() > kLongest) {
+      throw Failure(FailureKind::Unusable, name_ + ": is longer than 1 GB, too long for memory");
+    }
+    text += bytes;
+  }
   std::string text;
+
+ private:
+  const std::string name_;
 };
 
 std::string_view Trimmed(std::string_view line) {
@@ -42,12 +56,12 @@ std::string ReadText(const std::string& path) {
   InputOptions options;
   options.dump = path;
   options.quiet = true;
-  return ReadText(*OpenDump(options).bytes);
+  return ReadText(*OpenDump(options).bytes, NameOf(options));
 }
 
-std::string ReadText(ByteSource& source) {
+std::string ReadText(ByteSource& source, const std::string& name) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  TextCollector collector;
+  TextCollector collector(name);
   CopyBytes(source, collector);
   if (collector.text.starts_with(kByteOrderMark)) collector.text.erase(0, kByteOrderMark.size());
   return std::move(collector.text);

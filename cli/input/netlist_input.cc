@@ -39,7 +39,7 @@ Netlist ReadAny(const InputOptions& options) {
   ResumedSource whole(std::move(start), std::move(source.bytes));
   if (isJson) return ReadNetlist(whole, NameOf(options));
   if (isPlain) return ReadVerilog(options.dump, options.dump);
-  const TextByPath kept(ReadText(whole));
+  const TextByPath kept(ReadText(whole, NameOf(options)));
   return ReadVerilog(kept.PathForOthers(), NameOf(options));
 }
 

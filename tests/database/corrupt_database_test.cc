@@ -142,7 +142,7 @@ TEST(Database, RunsNothingThatAFileSays) {
     std::string message;
     const std::string read = ReadBack(path, &message);
     EXPECT_EQ(message, expected == nullptr ? "" : expected) << sql;
-    if (expected == nullptr) EXPECT_EQ(read, bytes);
+    EXPECT_TRUE(expected != nullptr || read == bytes) << sql;
   }
 }
 
