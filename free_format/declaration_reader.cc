@@ -1,3 +1,4 @@
+// Section by section: words are kept up to the $end, then the section is understood as a whole.
 #include "free_format/declaration_reader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The grammar reader in a child process, since a bad time scale ends the process it runs in.
 #include "cli/commands/grammar_run.h"
 
 #include <fcntl.h>

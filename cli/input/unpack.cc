@@ -1,3 +1,4 @@
+// One unpacker a format, each fed in blocks, so that memory does not grow with the dump.
 #include "cli/input/unpack.h"
 
 #include <zlib.h>

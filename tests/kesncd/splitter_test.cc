@@ -1,3 +1,4 @@
+// Cutting lines into words in reused slots, with the tails that longer words leave there.
 #include "tests/support/testing.h"
 
 namespace orsa::kesncd {

@@ -1,3 +1,4 @@
+// Time scales and top modules as hosts read them from a header.
 #include <sstream>
 
 #include "tests/support/testing.h"
