@@ -1,3 +1,4 @@
+// Fills closed standard streams with /dev/null, opened the wrong way round so that use still fails.
 #include "cli/process/standard_streams.h"
 
 #include <fcntl.h>

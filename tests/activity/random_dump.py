@@ -38,7 +38,7 @@ class RandomDump:
         return self.pick([" "] * 12 + ["  ", "\t", "\n", "\r\n", "\n\n", "\0 "]) if self.odd else " "
 
     def say(self, *words):
-        """Writes a section or a value: its words anywhere, behind it a newline as a rule."""
+        """Writes a section or a value: its words anywhere, after it a newline as a rule."""
         self.out.append(self.blank().join(words) + (self.pick([" ", "\t", "\n"]) if self.chance(0.1) else "\n"))
 
     def word(self, keyword):
