@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "cli/commands/commands.h"
+#include "cli/input/reading_threads.h"
 #include "free_format/dump_findings.h"
 #include "text/failure.h"
 #include "text/number.h"
@@ -115,6 +116,7 @@ ExitStatus Run(const InputOptions& input) {
   RefuseStream(input);
   const Figures figures = ReadFigures({input, {}});
   UnpackedSource dump = OpenDump(input);
+  (void)UseThreads(input, dump);
   const DumpCheck check = CheckDump(*dump.bytes, figures.dump, dump.packing);
   dump.bytes.reset();
   const Declarations& declarations = figures.run.declarations;
