@@ -84,7 +84,7 @@ class Run {
   /// Takes what is known of time. Throws where the window is empty.
   ActivityResult End(const CountedTime& time) {
     start.CheckWindow(time.hasStamps, time.firstStamp, time.lastStamp);
-    ActivityResult& result = start.result;
+    ActivityResult result = std::move(start.result);
     result.notes.hasStamps = time.hasStamps;
     result.notes.backwardStamps = time.backward;
     result.notes.pauses = time.hasStamps ? time.pauses : 0;
@@ -94,7 +94,7 @@ class Run {
       result.observedTicks =
           result.lastTick - result.firstTick - time.UnobservedUpTo(result.lastTick);
     }
-    return std::move(result);
+    return result;
   }
 
   /// The length of a window in femtoseconds; 0 for none.
