@@ -1,6 +1,7 @@
 // kesncd profile and kesncd report from the outside: cases as files, pipes, what is refused, and
 // the figures that go into a page.
-#include <regex>
+#include <cstdlib>
+#include <fstream>
 #include <sstream>
 
 #include "tests/support/case_files.h"
