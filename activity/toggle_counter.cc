@@ -55,7 +55,8 @@ void ToggleCounter::CountShares(std::uint32_t codeId, std::uint32_t index, std::
                                 std::uint64_t sign) {
   for (const ModuleShare& share : shares_.Of(codeId)) {
     const int count = std::popcount(toggles & Lanes(share.from, share.to, index));
-    sums_[share.module] += sign * static_cast<std::uint64_t>(std::int64_t{share.times} * count);
+    const std::int64_t counted = std::int64_t{share.times} * count;
+    sums_[share.module] += sign * static_cast<std::uint64_t>(counted);
   }
 }
 
