@@ -14,11 +14,15 @@ namespace {
 
 constexpr double kFemtosecondsPerMicrosecond = 1e9;
 
-ActivityRates RatesOver(double toggles, double ticksAtOne, double bits,
+/// `ticks` is how long the bits were observed, all of them together.
+ActivityRates RatesOver(double toggles, double ticksAtOne, double bits, WideCount ticks,
                         const ActivityResult& result) {
   ActivityRates rates;
-  if (result.observedTicks == 0 || bits == 0) return rates;
-  const auto observed = static_cast<double>(result.observedTicks);
+  if (ticks == 0 || bits == 0) return rates;
+  // Of merged runs some may lack a bit; else this is the observed time of all.
+  const bool isWhole = ticks == static_cast<WideCount>(bits) * result.observedTicks;
+  const double observed =
+      isWhole ? static_cast<double>(result.observedTicks) : static_cast<double>(ticks) / bits;
   rates.high = ticksAtOne / observed / bits;
   if (!result.tick) return rates;
   const double microseconds =
@@ -44,6 +48,7 @@ struct ModuleCodes {
 }  // namespace
 
 std::string WideText(WideCount count) {
+  if (count <= UINT64_MAX) return std::to_string(static_cast<std::uint64_t>(count));
   std::string digits;
   do {
     digits.insert(digits.begin(), static_cast<char>('0' + static_cast<int>(count % 10)));
@@ -66,11 +71,12 @@ void ActivitySums::Add(std::span<const BitFigures> figures) {
 
 ActivityRates RatesOf(const ActivitySums& sums, const ActivityResult& result) {
   return RatesOver(static_cast<double>(sums.tc), static_cast<double>(sums.t1),
-                   static_cast<double>(sums.bits), result);
+                   static_cast<double>(sums.bits), sums.t0 + sums.t1 + sums.tx + sums.tz, result);
 }
 
 ActivityRates RatesOf(const BitFigures& figures, const ActivityResult& result) {
-  return RatesOver(static_cast<double>(figures.tc), static_cast<double>(figures.t1), 1, result);
+  return RatesOver(static_cast<double>(figures.tc), static_cast<double>(figures.t1), 1,
+                   WideCount{figures.t0} + figures.t1 + figures.tx + figures.tz, result);
 }
 
 bool SignalRow::IsWhollyRepeated() const {
@@ -88,7 +94,7 @@ ActivityRows::ActivityRows(const ActivityResult& result) : result_(result) {
 /// Looks at variables that share their code with another one of the scope; few do.
 void ActivityRows::FindRepeated() {
   const std::vector<DumpVariable>& variables = result_.declarations.variables;
-  std::vector<std::uint32_t> lastScope(result_.declarations.codes.size(), 0);
+  std::vector<std::uint32_t> lastScope(result_.firstBit.size(), 0);
   std::set<std::pair<std::uint32_t, std::uint32_t>> shared;  // scope and code
   for (const DumpScope& scope : result_.declarations.scopes) {
     for (const std::uint32_t id : scope.variables) {

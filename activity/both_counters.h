@@ -13,12 +13,14 @@
 
 namespace orsa::kesncd {
 
-/// A taker of ReadBody. The exact counts are those of a window, the host's those of all time.
+/// A taker of ReadBody. The exact counts are those of a window; so are the host's where it gets
+/// one, else they are those of all time.
 class BothCounters {
  public:
   /// `codes` has to outlive the counters.
-  BothCounters(const CodeBits& codes, const ActivityWindow& window)
-      : activity_(codes, window), host_(codes.codes(), {}) {}
+  BothCounters(const CodeBits& codes, const ActivityWindow& window,
+               const TickWindow& hostWindow = {})
+      : activity_(codes, window), host_(codes.codes(), hostWindow) {}
 
   void Fetch(std::uint32_t codeId) const {
     activity_.Fetch(codeId);
@@ -43,6 +45,9 @@ class BothCounters {
   }
   void SectionEnd() {}
   bool IsDone() const { return false; }
+  bool Precedes(const BothCounters& next) const {
+    return activity_.Precedes(next.activity_) && host_.Precedes(next.host_);
+  }
 
   ActivityCounter& activity() { return activity_; }
   HostCounting& host() { return host_; }

@@ -104,9 +104,7 @@ HostRun FinishHostRun(Declarations declarations, HostPart part, const ItemTallie
   run.declarations = std::move(declarations);
   run.changes.reserve(part.codes.size());
   for (const HostPart::Code& code : part.codes) run.changes.push_back(code.changes);
-  run.firstTick = static_cast<double>(time.first);
-  run.lastTick = static_cast<double>(time.last);
-  run.spanTicks = static_cast<double>(time.last - time.first);
+  run.SetSpan(time.first, time.last);
   if (run.declarations.tick) run.nsPerTick = Nanoseconds(*run.declarations.tick);
   run.whyUnknown = WhyUnknown(run.declarations, time);
   run.remarks = RemarksOn(run.declarations, items, part);

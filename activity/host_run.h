@@ -21,12 +21,22 @@ namespace orsa::kesncd {
 struct HostRun {
   Declarations declarations;
   std::vector<std::uint32_t> changes;  // by code number, kMostChanges at most
-  double firstTick = 0;                // the span
+  std::uint64_t firstStamp = 0;        // the span
+  std::uint64_t lastStamp = 0;
+  double firstTick = 0;  // the same, as hosts have it
   double lastTick = 0;
   double spanTicks = 0;              // exact also where the two ends are too large to be
   std::optional<double> nsPerTick;   // nothing for a dump without a time scale
   std::string whyUnknown;            // why no frequency is known; empty where they are
   std::vector<std::string> remarks;  // what could not be read, and what a user must know
+
+  void SetSpan(std::uint64_t first, std::uint64_t last) {
+    firstStamp = first;
+    lastStamp = last;
+    firstTick = static_cast<double>(first);
+    lastTick = static_cast<double>(last);
+    spanTicks = static_cast<double>(last - first);
+  }
 
   std::uint32_t ChangesOf(const DumpVariable& variable) const { return changes[variable.codeId]; }
 };

@@ -56,7 +56,7 @@ ModuleTree ModulesIn(const Declarations& declarations, std::uint32_t scope, std:
 }
 
 /// The names of every code on the way through the scopes. Of those passed only the ones that are
-/// seen from here matter, as tops of a skyline: behind a name with more bits none with fewer is
+/// seen from here matter, as tops of a skyline: after a name with more bits none with fewer is
 /// seen, so each further name meets few of them.
 class ModuleShares::Walk {
  public:
@@ -88,7 +88,7 @@ class ModuleShares::Walk {
   struct Name {
     std::uint32_t scope;
     std::uint32_t width;
-    std::uint32_t before;  // the next name that is seen behind it
+    std::uint32_t before;  // the next name that is seen after it
   };
 
   void TakeName(const DumpVariable& variable) {

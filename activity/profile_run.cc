@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "activity/activity_counter.h"
+#include "activity/activity_start.h"
 #include "activity/profile_counter.h"
 #include "activity/signal_cuts.h"
 #include "activity/toggle_watch.h"
@@ -67,61 +68,47 @@ class Run {
   Run(ByteSource& dump, const ProfileOptions& options)
       : options_(options),
         words_(dump, options.counting.block, options.counting.block / 4),
-        declarations(ReadDeclarations(words_, options.counting.dump)),
-        window(ActivityWindowOf(declarations, options.counting)),
-        codes(declarations),
-        tree(ModulesIn(declarations,
-                       options.scope ? options.scope(declarations) : Declarations::kDump,
-                       options.depth)) {
-    CheckMemory(codes, options.counting);
-  }
+        start(ReadDeclarations(words_, options.counting.dump), options.counting),
+        tree(ModulesIn(
+            start.result.declarations,
+            options.scope ? options.scope(start.result.declarations) : Declarations::kDump,
+            options.depth)) {}
 
   template <class Taker>
   void Read(Taker& taker) {
-    DumpItems items(words_, declarations);
+    DumpItems items(words_, start.result.declarations);
     ReadBody(items, taker);
-    items_ = items.tallies();
+    start.result.notes.items = items.tallies();
   }
 
-  /// The activity of a part. Throws where the window is empty.
-  ActivityResult End(ActivityPart part) {
-    return FinishActivity(std::move(declarations), std::move(part), std::move(items_),
-                          options_.counting);
-  }
-  /// The same without figures of bits, from what is known of time.
+  /// Takes what is known of time. Throws where the window is empty.
   ActivityResult End(const CountedTime& time) {
-    ActivityPart part;
-    part.hasStamps = time.hasStamps;
-    part.first = time.firstStamp;
-    part.last = time.lastStamp;
-    part.backward = time.backward;
-    ActivityResult result = End(std::move(part));
-    result.bits.clear();
-    if (!time.hasStamps) return result;
-    result.notes.pauses = time.pauses;
-    result.observedTicks -= time.UnobservedUpTo(result.lastTick);
-    return result;
-  }
-
-  ToggleCounter MakeCounter(const ModuleShares& shares) const {
-    return {codes, shares, tree.size(), window};
-  }
-
-  std::optional<std::uint64_t> Tick() const {
-    return declarations.tick ? declarations.tick : options_.counting.tick;
+    start.CheckWindow(time.hasStamps, time.firstStamp, time.lastStamp);
+    ActivityResult& result = start.result;
+    result.notes.hasStamps = time.hasStamps;
+    result.notes.backwardStamps = time.backward;
+    result.notes.pauses = time.hasStamps ? time.pauses : 0;
+    if (time.hasStamps) {
+      result.firstTick = start.window.Clamp(time.firstStamp);
+      result.lastTick = start.window.Clamp(time.lastStamp);
+      result.observedTicks =
+          result.lastTick - result.firstTick - time.UnobservedUpTo(result.lastTick);
+    }
+    return std::move(result);
   }
 
   /// The length of a window in femtoseconds; 0 for none.
   std::uint64_t Length() const {
     if (!options_.length) return 0;
+    const std::optional<std::uint64_t> tick = start.result.tick;
     const std::string& dump = options_.counting.dump;
-    if (!Tick()) {
+    if (!tick) {
       throw Failure(FailureKind::Unusable,
                     dump +
                         ": has no time scale, which a window needs; kesncd prepare --timescale "
                         "gives one");
     }
-    if (*options_.length < *Tick()) {
+    if (*options_.length < *tick) {
       throw Failure(FailureKind::Unusable, dump + ": a window of less than a tick shows nothing");
     }
     return *options_.length;
@@ -133,7 +120,7 @@ class Run {
     windows.parts = options_.parts;
     windows.length = Length();
     windows.last = options_.last;
-    windows.tick = Tick().value_or(1);
+    windows.tick = start.result.tick.value_or(1);
     windows.mostCells = options_.mostCells;
     return windows;
   }
@@ -141,12 +128,9 @@ class Run {
  private:
   const ProfileOptions& options_;
   DumpWords words_;
-  ItemTallies items_;
 
  public:
-  Declarations declarations;
-  const ActivityWindow window;
-  const CodeBits codes;
+  ActivityStart start;
   ModuleTree tree;
 };
 
@@ -154,8 +138,8 @@ class Run {
 
 ProfileRun<Profile> CountProfile(ByteSource& dump, const ProfileOptions& options) {
   Run run(dump, options);
-  const auto shares = ModuleShares::ByName(run.declarations, run.tree);
-  ToggleCounter toggles = run.MakeCounter(shares);
+  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
+  ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
   ProfileCounter counter(toggles, run.Windows());
   run.Read(counter);
   ProfileRun<Profile> result{run.End(toggles.time()), {}, counter.WasLastRight()};
@@ -165,17 +149,24 @@ ProfileRun<Profile> CountProfile(ByteSource& dump, const ProfileOptions& options
 
 ProfileRun<Profile> CountActivityAndProfile(ByteSource& dump, const ProfileOptions& options) {
   Run run(dump, options);
-  const auto shares = ModuleShares::ByOwner(run.declarations, run.codes, run.tree);
-  ToggleCounter toggles = run.MakeCounter(shares);
+  const ActivityStart& start = run.start;
+  const Declarations& declarations = start.result.declarations;
+  const auto shares = ModuleShares::ByOwner(declarations, start.codes, run.tree);
+  ToggleCounter toggles(start.codes, shares, run.tree.size(), start.window);
   ProfileCounter windows(toggles, run.Windows());
   std::vector<std::uint32_t> watched;
-  if (options.counting.watch) watched = options.counting.watch(run.declarations);
-  ActivityCounter counter(run.codes, run.window);
-  ToggleWatch watch(counter, watched, run.codes.codes(), run.window);
-  BothTakers both(watch, windows);
-  run.Read(both);
-  ProfileRun<Profile> result{run.End(counter.TakePart()), {}, windows.WasLastRight()};
-  result.base.watched = watch.Take();
+  if (options.counting.watch) watched = options.counting.watch(declarations);
+  ActivityPart part;
+  {
+    ActivityCounter counter(start.codes, start.window);
+    ToggleWatch watch(counter, watched, start.codes.codes(), start.window);
+    BothTakers both(watch, windows);
+    run.Read(both);
+    run.start.result.watched = watch.Take();
+    part = counter.TakePart();
+  }
+  ProfileRun<Profile> result{run.End(toggles.time()), {}, windows.WasLastRight()};
+  std::move(part).Finish(start.codes, start.window, result.base);
   result.figures = windows.Finish(std::move(run.tree), false);
   return result;
 }
@@ -195,9 +186,9 @@ void ReadWatched(Run& run, ToggleCounter& toggles, Listener& listener,
 
 ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& options) {
   Run run(dump, options);
-  const CuttingSignal clock = options.signal(run.declarations);
-  const auto shares = ModuleShares::ByName(run.declarations, run.tree);
-  ToggleCounter toggles = run.MakeCounter(shares);
+  const CuttingSignal clock = options.signal(run.start.result.declarations);
+  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
+  ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
   ClockRows rows(toggles, options.counting.dump, options.mostCells);
   ReadWatched(run, toggles, rows, clock);
   ProfileRun<Profile> result{run.End(toggles.time()), {}, true};
@@ -207,9 +198,9 @@ ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& op
 
 ProfileRun<ValueSplit> CountByValue(ByteSource& dump, const ProfileOptions& options) {
   Run run(dump, options);
-  const CuttingSignal signal = options.signal(run.declarations);
-  const auto shares = ModuleShares::ByName(run.declarations, run.tree);
-  ToggleCounter toggles = run.MakeCounter(shares);
+  const CuttingSignal signal = options.signal(run.start.result.declarations);
+  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
+  ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
   ValueParts parts(toggles, signal.width, options.mostCells);
   ReadWatched(run, toggles, parts, signal);
   ProfileRun<ValueSplit> result{run.End(toggles.time()), {}, true};
@@ -219,9 +210,9 @@ ProfileRun<ValueSplit> CountByValue(ByteSource& dump, const ProfileOptions& opti
 
 ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options) {
   Run run(dump, options);
-  const auto shares = ModuleShares::ByName(run.declarations, run.tree);
-  ToggleCounter toggles = run.MakeCounter(shares);
-  PeakSearch search(toggles, run.Length() / run.Tick().value_or(1));
+  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
+  ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
+  PeakSearch search(toggles, run.Length() / run.start.result.tick.value_or(1));
   run.Read(search);
   ProfileRun<Peak> result{run.End(toggles.time()), {}, true};
   result.figures = search.Finish();

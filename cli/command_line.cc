@@ -28,6 +28,8 @@ CommandLine MakeCommandLine() {
   line.program.AddAnswered("--version", "print the version");
   AddActivityCommand(line);
   AddProfileCommand(line);
+  AddMergeCommand(line);
+  AddDiffCommand(line);
   AddReportCommand(line);
   AddLookCommand(line);
   AddFlatCommand(line);

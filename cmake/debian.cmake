@@ -33,7 +33,7 @@ install(FILES docs/embedding.md README.md DESTINATION
   ${CMAKE_INSTALL_DATADIR}/doc/${development_package} COMPONENT development)
 install(FILES examples/host/main.cc examples/host/CMakeLists.txt DESTINATION
   ${CMAKE_INSTALL_DATADIR}/doc/${development_package}/examples/host COMPONENT development)
-install(FILES docs/activity.md docs/formats.md docs/dumps.md docs/readers.md DESTINATION
+install(FILES docs/activity.md docs/cluster.md docs/formats.md docs/dumps.md docs/readers.md DESTINATION
   ${CMAKE_INSTALL_DATADIR}/doc/${program_package} COMPONENT program)
 
 set(CPACK_GENERATOR DEB)
@@ -84,8 +84,8 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS ${same_library})
-# What it runs where it is there: for FST dumps and for Verilog netlists.
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "gtkwave, yosys")
+# What it runs where it is there: fst2vcd for FST dumps, and what reads Verilog netlists.
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "gtkwave, yosys")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "switching activity from value change dumps - program
 Reads the value change dump (VCD) of a logic simulation and tells how often

@@ -16,8 +16,6 @@ using OrderedJson = nlohmann::ordered_json;
 
 OrderedJson JsonOf(const Cell& cell) {
   if (const auto* wide = std::get_if<WideCount>(&cell)) {
-    // No reader of JSON has longer whole numbers; a sum beyond them is still a number.
-    if (*wide > UINT64_MAX) return static_cast<double>(*wide);
     return static_cast<std::uint64_t>(*wide);
   }
   if (const auto* text = std::get_if<std::string>(&cell)) return *text;
@@ -58,15 +56,23 @@ class JsonWriter : public ResultWriter {
     AppendMembers(head.facts, head.lists);
     AppendKey(head.rowsName);
     text_ += "[";
-    for (const Column& column : head.columns) keys_.push_back(column.name);
+    for (const Column& column : head.columns) {
+      AppendValue(keys_.emplace_back(), column.name);
+      keys_.back() += ':';
+    }
   }
 
   void Add(const Row& row) override {
     text_ += hasRows_ ? ",\n    " : "\n    ";
     hasRows_ = true;
-    OrderedJson object;
-    for (std::size_t c = 0; c < row.size(); ++c) object[keys_[c]] = JsonOf(row[c]);
-    AppendValue(text_, object);
+    char separator = '{';
+    for (std::size_t c = 0; c < row.size(); ++c) {
+      text_ += separator;
+      text_ += keys_[c];
+      AppendCell(row[c]);
+      separator = ',';
+    }
+    text_ += '}';
     PassOn();
   }
 
@@ -85,10 +91,20 @@ class JsonWriter : public ResultWriter {
     text_ += ": ";
   }
 
+  /// Sums may be longer than the whole numbers of the JSON library, though not than JSON's.
+  void AppendCell(const Cell& cell) {
+    const auto* const wide = std::get_if<WideCount>(&cell);
+    if (wide != nullptr && *wide > UINT64_MAX) {
+      text_ += WideText(*wide);
+    } else {
+      AppendValue(text_, JsonOf(cell));
+    }
+  }
+
   void AppendMembers(const Facts& facts, const Lists& lists) {
     for (const auto& [key, cell] : facts) {
       AppendKey(key);
-      AppendValue(text_, JsonOf(cell));
+      AppendCell(cell);
     }
     for (const auto& [key, texts] : lists) {
       AppendKey(key);
@@ -103,7 +119,7 @@ class JsonWriter : public ResultWriter {
     }
   }
 
-  std::vector<std::string> keys_;  // of a row
+  std::vector<std::string> keys_;  // of a row, each with its colon
   bool hasMembers_ = false;
   bool hasRows_ = false;
 };

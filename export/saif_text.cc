@@ -61,12 +61,12 @@ void AppendNumber(std::string& text, SaifTimes::Wide number) {
   if (number >= kPart) {
     AppendNumber(text, number / kPart);
     const auto rest = static_cast<std::uint64_t>(number % kPart);
-    const auto end = std::to_chars(digits.begin(), digits.end(), rest).ptr;
+    auto* const end = std::to_chars(digits.begin(), digits.end(), rest).ptr;
     text.append(19 - static_cast<std::size_t>(end - digits.begin()), '0');
     text.append(digits.begin(), end);
     return;
   }
-  const auto end =
+  auto* const end =
       std::to_chars(digits.begin(), digits.end(), static_cast<std::uint64_t>(number)).ptr;
   text.append(digits.begin(), end);
 }

@@ -56,24 +56,27 @@ std::string TclElement(std::string_view name) {
   return element.empty() ? "{}" : element;
 }
 
-TclActivity::TclActivity(const ActivityResult& result, const TclRates& rates)
-    : rates_(rates), observed_(static_cast<double>(result.observedTicks)) {
+TclActivity::TclActivity(const ActivityResult& result, const TclRates& rates) : rates_(rates) {
   if (result.observedTicks == 0) {
     throw Failure(FailureKind::Unusable, "no time was observed, so there are no rates");
   }
   if (!result.tick) {
     throw Failure(FailureKind::Unusable, "the dump has no time scale, so there are no rates");
   }
-  periods_ = observed_ * static_cast<double>(*result.tick) / static_cast<double>(rates.period) *
-             static_cast<double>(rates.scaleNumerator) /
-             static_cast<double>(rates.scaleDenominator);
+  femtoseconds_ = static_cast<double>(*result.tick);
+}
+
+double TclActivity::PeriodsOf(const Pin& pin) const {
+  return static_cast<double>(pin.observed) * femtoseconds_ / static_cast<double>(rates_.period) *
+         static_cast<double>(rates_.scaleNumerator) / static_cast<double>(rates_.scaleDenominator);
 }
 
 void TclActivity::Write(
     std::ostream& out,
     const std::function<void(std::uint64_t pin, std::string& path)>& appendPath) {
   std::stable_sort(pins_.begin(), pins_.end(), [](const Pin& a, const Pin& b) {
-    return std::tie(b.toggles, b.ticksAtOne) < std::tie(a.toggles, a.ticksAtOne);
+    return std::tie(b.toggles, b.ticksAtOne, b.observed) <
+           std::tie(a.toggles, a.ticksAtOne, a.observed);
   });
   const std::string period = rates_.clock.empty()
                                  ? rates_.periodText
@@ -84,15 +87,19 @@ void TclActivity::Write(
   for (std::size_t i = 0; i < pins_.size(); ++i) {
     const Pin& pin = pins_[i];
     const auto differs = [&pin](const Pin& other) {
-      return other.toggles != pin.toggles || other.ticksAtOne != pin.ticksAtOne;
+      return std::tie(other.toggles, other.ticksAtOne, other.observed) !=
+             std::tie(pin.toggles, pin.ticksAtOne, pin.observed);
     };
     if (i == 0 || differs(pins_[i - 1])) text += "set_power_activity -pins [get_pins {\n";
     path.clear();
     appendPath(pin.pin, path);
     text += "  " + TclElement(path) + '\n';
     if (i + 1 == pins_.size() || differs(pins_[i + 1])) {
-      text += "}] -activity " + ShortestText(static_cast<double>(pin.toggles) / periods_);
-      text += " -duty " + ShortestText(static_cast<double>(pin.ticksAtOne) / observed_) + '\n';
+      text += "}] -activity " + ShortestText(static_cast<double>(pin.toggles) / PeriodsOf(pin));
+      text +=
+          " -duty " +
+          ShortestText(static_cast<double>(pin.ticksAtOne) / static_cast<double>(pin.observed)) +
+          '\n';
     }
     if (text.size() >= kTclBlock) Flush(text, out);
   }

@@ -30,7 +30,7 @@ struct TclRates {
 std::string TclElement(std::string_view name);
 
 /// Gathers pins and writes one command for all of equal figures. Calling order: construct, Add as
-/// often as there are pins, Write. A pin costs 24 bytes until then.
+/// often as there are pins, Write. A pin costs 32 bytes until then.
 class TclActivity {
  public:
   /// Throws Failure with Unusable where no rate can be said: nothing observed, or no time scale.
@@ -38,7 +38,8 @@ class TclActivity {
 
   /// `pin` is any number by which Write asks for the path.
   void Add(const BitFigures& figures, std::uint64_t pin) {
-    pins_.push_back({figures.tc, figures.t1, pin});
+    pins_.push_back(
+        {figures.tc, figures.t1, figures.t0 + figures.t1 + figures.tx + figures.tz, pin});
   }
   /// The busiest pins come first; equal ones in the order in which they were added.
   void Write(std::ostream& out,
@@ -48,12 +49,15 @@ class TclActivity {
   struct Pin {
     std::uint64_t toggles;
     std::uint64_t ticksAtOne;
+    std::uint64_t observed;  // ticks: of merged runs some may lack a pin
     std::uint64_t pin;
   };
 
+  /// How many periods a pin was observed.
+  double PeriodsOf(const Pin& pin) const;
+
   const TclRates rates_;
-  double observed_;  // ticks
-  double periods_;   // of the observed time
+  double femtoseconds_ = 0;  // that a tick is
   std::vector<Pin> pins_;
 };
 

@@ -39,7 +39,7 @@ template <class Taker>
 class PlainLineTaker {
  public:
   PlainLineTaker(DumpItems& items, Taker& taker)
-      : items_(items), codes_(items.codes()), taker_(taker) {}
+      : items_(items), codes_(items.codes()), longest_(items.LongestValue()), taker_(taker) {}
 
   /// Where there are more codes than a processor's cache holds, each change would wait for memory
   /// twice, for its code's number and for what the taker keeps of it. So all changes of some
@@ -99,7 +99,7 @@ class PlainLineTaker {
     if (!isVector && (*line | 0x20) != 'r') return false;
     const std::string_view value(line + 1, static_cast<std::size_t>(blank - line) - 1);
     const std::string_view code(blank + 1, static_cast<std::size_t>(newline - blank) - 1);
-    if (value.empty() || code.empty()) return false;
+    if (value.empty() || code.empty() || value.size() > longest_) return false;
     const std::uint32_t codeId = codes_.Find(code);
     if (codeId == CodeTable::kNone) return false;
     if (isVector) {
@@ -120,6 +120,7 @@ class PlainLineTaker {
 
   DumpItems& items_;
   const CodeTable& codes_;
+  const std::size_t longest_;  // a longer value loses its middle, however it stands in a block
   Taker& taker_;
   std::array<CodeInLine, kAhead / 64 * kMostCodesFound> found_;
 };

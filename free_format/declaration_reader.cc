@@ -1,3 +1,4 @@
+// Section by section: words are kept up to the $end, then the section is understood as a whole.
 #include "free_format/declaration_reader.h"
 
 #include <algorithm>
@@ -109,7 +110,7 @@ Declarations DeclarationReader::Read() {
 }
 
 /// Takes a word outside sections; false when it is the body's first. Where the definitions have no
-/// end, a stamp or a dump command behind a variable is their end.
+/// end, a stamp or a dump command after a variable is their end.
 bool DeclarationReader::TakeWord() {
   if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, "");
   lineTally_ = nullptr;

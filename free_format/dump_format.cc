@@ -22,6 +22,7 @@ constexpr Magic kMagics[] = {
     {"PK\x03\x04"sv, {"zip", "unpack it with unzip"}},
     {"\0\0\0\0\0\0\0\x01\x49"sv, {"FST", "convert it with fst2vcd (GTKWave)"}},
     {"\xFE\0\0\0\0"sv, {"FST", "convert it with fst2vcd (GTKWave)"}},  // packed once more
+    {"SQLite format 3\0"sv, {"an SQLite database", "give the dump that it was made from"}},
     {"\x13\x80"sv, {"LXT2", "convert it with lxt2vcd (GTKWave), or simulate without -lxt2"}},
     {"\x01\x38"sv, {"LXT", "simulate again without -lxt"}},
     {"VZ"sv, {"VZT", "convert it with vzt2vcd (GTKWave)"}},

@@ -30,8 +30,8 @@ enum class ItemKind {
 struct ItemPlace {
   std::uint64_t line = 0;
   bool startsLine = false;
-  bool isWhole = true;  // the line readers find its code: on the line, behind a scalar at once
-  // The line of the item before, if words without an item stood behind it there; else 0.
+  bool isWhole = true;  // the line readers find its code: on the line, after a scalar at once
+  // The line of the item before, if words without an item stood after it there; else 0.
   std::uint64_t crowdedLine = 0;
 };
 
@@ -96,6 +96,8 @@ class DumpItems {
     if (!repeat_) words_.TakePlainLines(taker);
   }
   const CodeTable& codes() const { return codes_; }
+  /// Characters of which a value is surely kept whole.
+  std::size_t LongestValue() const { return words_.Longest() - 1; }
   /// Takes note of a stamp among the plain lines; false, and no note, where it goes back.
   bool NoteStamp(std::uint64_t ticks) {
     if (ticks < largestStamp_) return false;

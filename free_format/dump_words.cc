@@ -10,8 +10,6 @@ namespace {
 
 constexpr std::size_t kFirstBytes = 4096;  // to know a format by
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-// Of a word that is cut: enough to know what kind of word it is.
-constexpr std::size_t kBeginning = 16;
 // After the last byte: a blank and a letter, and what scans and look-ups may read.
 constexpr std::size_t kAfter = 2 + kScanPadding;
 static_assert(kScanPadding >= DumpWords::kReadAhead);

@@ -39,6 +39,8 @@ class DumpWords {
   /// Keeps words to come of up to so many characters whole, and in any case as many as the
   /// constructor was told.
   void SetLongest(std::size_t characters);
+  /// Characters of which a word is surely kept whole.
+  std::size_t Longest() const { return longest_; }
   /// The dump's first bytes, until a word is taken.
   std::string_view FirstBytes() const;
   /// Shows every word to come to a watch too. Plain lines are not shown to it: who takes some tells
@@ -70,6 +72,9 @@ class DumpWords {
   void TakePlainLines(Taker& taker);
 
  private:
+  // Of a word that is cut: enough to know what kind of word it is.
+  static constexpr std::size_t kBeginning = 16;
+
   static bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
   static std::size_t ShortLength(const char* word);
   static bool IsControl(char c) {
@@ -135,7 +140,11 @@ inline bool DumpWords::Next() {
   std::size_t step = kReadAhead;
   for (; step == kReadAhead; at_ += step) step = ShortLength(at_);
   length_ = static_cast<std::size_t>(at_ - word_);
-  if (at_ >= end_) FinishWord();
+  if (at_ >= end_) {
+    FinishWord();
+  } else if (length_ > longest_ + kBeginning) [[unlikely]] {
+    DropMiddle(longest_);  // whether the word met the end of a block makes no difference
+  }
   if (watch_ != nullptr) watch_->Take(Word(), StartsLine());
   return true;
 }

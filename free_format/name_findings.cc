@@ -81,7 +81,7 @@ void FindInNames(const Declarations& declarations, Findings& findings) {
   const auto shares = ShareCodes(declarations);
   for (std::size_t i = 0; i < declarations.scopes.size(); ++i) {
     const DumpScope& scope = declarations.scopes[i];
-    // A scope comes behind the one around it.
+    // A scope comes after the one around it.
     hasParentheses[i] = hasParentheses[scope.parent] || scope.name.find('(') != std::string::npos;
     FindCollisions(declarations, scope, shares, collisions);
   }

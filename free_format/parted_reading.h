@@ -151,8 +151,10 @@ ItemTallies ReadInParts(FileDump& dump, const Declarations& declarations,
     }
     tallies.Join(reader.tallies(), lines);
     lines += reader.Lines();
+    const bool isLast = reader.IsLast();
+    readers[i].reset();
     take(std::move(takers[i]));
-    if (reader.IsLast()) break;
+    if (isLast) break;
   }
   return tallies;
 }

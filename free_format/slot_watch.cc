@@ -1,3 +1,4 @@
+// Does to two strings what the line readers do to their slots, to know which stamp they read.
 #include "free_format/slot_watch.h"
 
 #include <algorithm>

@@ -14,7 +14,7 @@ bool IsDigit(char c) {
 /// Takes the number that a text begins with, without leading zeros.
 std::string_view TakeDigits(std::string_view& text) {
   while (text.size() > 1 && text[0] == '0' && IsDigit(text[1])) text.remove_prefix(1);
-  const auto end = std::find_if_not(text.begin(), text.end(), IsDigit);
+  const auto* const end = std::find_if_not(text.begin(), text.end(), IsDigit);
   const std::string_view number = text.substr(0, static_cast<std::size_t>(end - text.begin()));
   text.remove_prefix(number.size());
   return number;

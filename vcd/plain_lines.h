@@ -102,6 +102,7 @@ inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* e
 ///   const char* LookAhead(const char* line, const char* chunk, const char* end)
 ///                                                         returns how far it looked, past `chunk`;
 ///                                                         `line` is where the next line begins
+// NOLINTNEXTLINE(readability-function-cognitive-complexity): calls would cost the loop its speed
 template <class Taker>
 const char* ScanPlainLines(const char* begin, const char* end, std::size_t tooLong, Taker& taker) {
   const char* line = begin;

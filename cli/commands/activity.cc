@@ -1,13 +1,16 @@
 // kesncd activity: for every bit of a dump how long it was 0, 1, x and z and how often it toggled.
+#include <charconv>
 #include <memory>
-#include <vector>
+#include <utility>
 
-#include "activity/activity_run.h"
 #include "cli/commands/commands.h"
+#include "cli/commands/exact_choices.h"
 #include "cli/commands/exact_files.h"
+#include "cli/commands/exact_input.h"
 #include "cli/commands/exact_options.h"
-#include "cli/commands/exact_rows.h"
-#include "cli/commands/scope_choice.h"
+#include "cli/commands/parts.h"
+#include "cli/input/database_input.h"
+#include "cli/process/messages.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {
@@ -24,6 +27,8 @@ constexpr char kActivityHelp[] =
     "  kesncd activity sim.vcd --begin 1us --end 3us --match '**/fifo/*'\n"
     "  kesncd activity sim.vcd --format saif --scope tb/soc --strip tb/soc -o soc.saif\n"
     "  kesncd activity sim.vcd --format tcl --netlist soc.json --require 95 -o soc.tcl\n"
+    "  kesncd activity sim.vcd -o sim.kact                 a database, to be taken for the dump\n"
+    "  kesncd activity sim.vcd --part 3/16 -o 3.kact       one of sixteen parts, for kesncd merge\n"
     "\n"
     "These figures are exact, bit by bit; those of flat, tree, find, power and extract are what a\n"
     "host gets, which counts a bus as one signal. t0, t1, tx, tz are in ticks of the dump, tc is\n"
@@ -31,115 +36,103 @@ constexpr char kActivityHelp[] =
     "microsecond, toggle_rate all of them, high the share of time at 1. Of signals and modules\n"
     "the first are sums, the last means of a bit.\n";
 
-/// What goes with some formats only is refused with others rather than overlooked.
-void CheckOptions(const ExactOptions& options) {
-  const auto refuse = [](bool isWrong, const std::string& why) {
-    if (isWrong) throw Failure(FailureKind::Unusable, why);
-  };
-  const bool isSaif = options.format == ExactFormat::Saif;
-  const bool hasNetlist = !options.netlist.empty();
-  refuse((!options.root.empty() || !options.unwritten.empty()) && !isSaif,
-         "--root and --unwritten are for --format saif");
-  refuse(!options.strip.empty() && options.HasRows() && !hasNetlist,
-         "--strip is for --format saif and tcl, and for --netlist");
-  refuse(options.timeUnit.has_value() && options.format != ExactFormat::Tcl,
-         "--time-unit is for --format tcl");
-  refuse(options.timeUnit == 0, "--time-unit: 0 is no unit");
-  refuse(!options.HasRows() &&
-             (options.selection.sort != SortBy::Nothing || options.selection.limit != UINT64_MAX),
-         "--sort and --limit are for rows: --format table, csv, json");
-  refuse(!options.HasRows() && hasNetlist && !options.selection.match.empty(),
-         "--match and --netlist go together in rows only");
-  refuse(!hasNetlist &&
-             (!options.netlistTop.empty() || !options.unmatched.empty() || options.require > 0),
-         "--netlist-top, --unmatched and --require are for --netlist");
-  if (!options.clock.clock.empty()) (void)DesignClockOf(options.clock.clock);
-}
-
-void CheckPlaces(const ExactOptions& options) {
-  std::vector<std::string> outputs{options.output.path};
-  for (const std::string& path : {options.unwritten, options.unmatched}) {
-    if (!path.empty()) outputs.push_back(path);
+StoredRun Count(const ExactOptions& options, ClockCheck* clocks) {
+  ExactInput input;
+  input.input = options.input;
+  input.window = options.window;
+  input.wantsHost = options.format == ExactFormat::Db;
+  if (clocks != nullptr) {
+    input.watch = [&](const Declarations& declarations) {
+      return clocks->FindIn(declarations, NameOf(options.input));
+    };
   }
-  CheckOutputs({options.input.dump, options.netlist, options.clock.sdc}, outputs);
+  return ReadExactRun(input);
 }
 
-ExactRun Count(const ExactOptions& options) {
+/// Rates that are missing in every row want a reason.
+void SayWhyNoRates(const ExactRun& run) {
+  if (!run.result.tick) {
+    Remark(run.dump,
+           "it has no time scale, so no rate is known; kesncd prepare --timescale gives one");
+  } else if (run.result.observedTicks == 0 && run.result.notes.hasStamps) {
+    Remark(run.dump, "no time was observed, so no rate is known");
+  }
+}
+
+/// With the factor of the design's clock, if there is one.
+ExactRun CountScaled(const ExactOptions& options) {
+  const bool hasClocks = !options.clock.clock.empty() || !options.clock.sdc.empty();
+  if (hasClocks && OpenDatabase(options.input, options.window)) {
+    throw Failure(FailureKind::Unusable,
+                  NameOf(options.input) +
+                      ": a database does not hold when clocks toggle: --clock and --sdc need the "
+                      "dump itself");
+  }
+  ClockCheck clocks(options.clock);
+  StoredRun stored = Count(options, hasClocks ? &clocks : nullptr);
   ExactRun run;
   run.dump = NameOf(options.input);
-  UnpackedSource dump = OpenDump(options.input);
-  ActivityOptions counting;
-  counting.dump = run.dump;
-  counting.window = options.window;
-  counting.mostBits = MostBitsInMemory();
-  ClockCheck clocks(options.clock);
-  counting.watch = [&](const Declarations& declarations) {
-    return clocks.FindIn(declarations, run.dump);
-  };
-  run.result = CountActivity(*dump.bytes, counting);
-  dump.bytes.reset();  // and with it the line that shows how far it was read
-  for (const std::string& remark : RemarksOn(run.result)) Remark(run.dump, remark);
+  run.origin = std::move(stored.facts.dump);
+  run.result = std::move(stored.exact);
+  if (options.HasRows()) SayWhyNoRates(run);
   run.scale = clocks.ScaleOf(run.result, run.dump);
   return run;
 }
 
-ExitStatus RunActivity(const ExactOptions& options) {
-  CheckPlaces(options);
-  ExactRun run = Count(options);
-  if (!options.scope.empty()) {
-    run.scope = OnlyScope(run.dump, run.result.declarations, options.scope);
+/// "3/16"
+PartChoice PartOf(const std::string& text) {
+  PartChoice choice;
+  const char* const end = text.data() + text.size();
+  const auto number = std::from_chars(text.data(), end, choice.first);
+  const bool isFirst = number.ec == std::errc() && number.ptr != end && *number.ptr == '/';
+  const auto count = isFirst ? std::from_chars(number.ptr + 1, end, choice.parts) : number;
+  constexpr std::uint32_t kMostParts = 65536;
+  if (!isFirst || count.ec != std::errc() || count.ptr != end || choice.first == 0 ||
+      choice.first > choice.parts || choice.parts > kMostParts) {
+    throw Failure(FailureKind::Unusable, text + " is no part such as 3/16");
   }
-  if (!options.netlist.empty()) return WritePins(run, options);
-  return options.HasRows() ? WriteExactRows(run, options) : WriteExactFile(run, options);
+  choice.last = --choice.first;
+  return choice;
 }
 
-Format RowFormatOf(ExactFormat format) {
-  if (format == ExactFormat::Csv) return Format::Csv;
-  return format == ExactFormat::Json ? Format::Json : Format::Table;
+void CheckPart(const ExactOptions& options) {
+  if (!options.part) return;
+  if (options.format != ExactFormat::Db) {
+    throw Failure(FailureKind::Unusable,
+                  "--part: a part is written as a database only: -o part.kact");
+  }
+  if (options.window.begin || options.window.end) {
+    throw Failure(FailureKind::Unusable, "--part: parts are of the whole dump, not of a window");
+  }
 }
 
-void AddChoices(Command& command, ExactOptions& options) {
-  command.AddChoice(
-      "--per", {{"bit", RowsPer::Bit}, {"signal", RowsPer::Signal}, {"module", RowsPer::Module}},
-      options.per, "what a row is; a module is all that is in it and below");
-  command.AddText("--scope", "PATH", options.scope,
-                  "only this scope and all below it: its path from the top, or a name that only "
-                  "one has");
-  AddWindowOptions(command, options.window);
-  AddSelectionOptions(command, options.selection);
-  command.AddChoice("--format",
-                    {{"table", ExactFormat::Table},
-                     {"csv", ExactFormat::Csv},
-                     {"json", ExactFormat::Json},
-                     {"saif", ExactFormat::Saif},
-                     {"tcl", ExactFormat::Tcl}},
-                    options.format, "how the activity is written");
-  AddLookOptions(command, options.output);
-  command.AddCount("--jobs", "N", {1, 4096}, options.jobs, "threads that may be used")
-      .Initially("1");
+ExitStatus RunActivity(const ExactOptions& options) {
+  CheckExactPlaces({options.input.dump, options.clock.sdc}, options);
+  if (options.part) {
+    WriteDatabaseFile(ReadPart(options.input, *options.part), options.output.path);
+    return ExitStatus::Done;
+  }
+  if (options.format == ExactFormat::Db) {
+    WriteDatabaseFile(Count(options, nullptr), options.output.path);
+    return ExitStatus::Done;
+  }
+  return WriteExact(CountScaled(options), options);
 }
 
-void AddEstimatorOptions(Command& command, ExactOptions& options) {
-  command.AddText("--clock", "NAME=PERIOD", options.clock.clock,
+void AddPartOption(Command& command, ExactOptions& options) {
+  std::string unused;
+  command
+      .AddText("--part", "K/N", unused,
+               "count one of N parts of a plain file, which kesncd merge adds up")
+      .take = [&options](const std::string& text) { options.part = PartOf(text); };
+}
+
+void AddClockOptions(Command& command, ClockOptions& options) {
+  command.AddText("--clock", "NAME=PERIOD", options.clock,
                   "the design's period of a clock: all times and rates are scaled from the dump's "
                   "period to it, as with clk=2ns");
-  command.AddFile("--sdc", "FILE", options.clock.sdc,
+  command.AddFile("--sdc", "FILE", options.sdc,
                   "constraints: clocks whose period in the dump differs by over 1 % are named");
-  command.AddText("--strip", "PATH", options.strip,
-                  "the scope that is the design: the way to it is left out of SAIF and Tcl");
-  command.AddText("--root", "NAME", options.root, "what the outermost instance of SAIF is called");
-  command.AddFile("--unwritten", "FILE", options.unwritten,
-                  "list the names that no reader of SAIF takes");
-  command.AddTime("--time-unit", options.timeUnit,
-                  "Tcl: toggles are counted in this time, 1ns if there is no --clock");
-  command.AddFile("--netlist", "FILE", options.netlist,
-                  "write the pins of this netlist's cells: JSON of Yosys, or Verilog");
-  command.AddText("--netlist-top", "NAME", options.netlistTop,
-                  "the design's module, where the netlist does not say");
-  command.AddFile("--unmatched", "FILE", options.unmatched,
-                  "list the pins that the dump does not reach");
-  command.AddNumber("--require", "PERCENT", 0, options.require,
-                    "exit status 1 where fewer of the pins are reached");
 }
 
 }  // namespace
@@ -148,13 +141,18 @@ void AddActivityCommand(CommandLine& line) {
   Command& command = line.Add("activity", kActivityHelp);
   const auto options = std::make_shared<ExactOptions>();
   AddDumpOptions(command, options->input);
-  AddChoices(command, *options);
+  AddWindowOptions(command, options->window);
+  AddExactChoices(command, *options);
+  AddJobsOption(command, options->input);
+  AddPartOption(command, *options);
+  AddClockOptions(command, options->clock);
   AddEstimatorOptions(command, *options);
-  command.check = [options] { CheckOptions(*options); };
-  command.run = [options] {
-    options->output.format = RowFormatOf(options->format);
-    return RunActivity(*options);
+  command.check = [options] {
+    CheckExactOptions(*options);
+    CheckPart(*options);
+    if (!options->clock.clock.empty()) (void)DesignClockOf(options->clock.clock);
   };
+  command.run = [options] { return RunActivity(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

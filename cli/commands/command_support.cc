@@ -13,15 +13,15 @@ void AddDump(Command& command, InputOptions& options) {
       .Required();
 }
 
-void AddQuiet(Command& command, InputOptions& options) {
+}  // namespace
+
+void AddQuietOption(Command& command, InputOptions& options) {
   Option& option = command.AddFlag("-q,--quiet", options.quiet, "no remarks and no progress");
   option.take = [&options](const std::string&) {
     options.quiet = true;
     SilenceRemarks();
   };
 }
-
-}  // namespace
 
 void AddOutputOptions(Command& command, OutputOptions& options) {
   command
@@ -41,13 +41,20 @@ void AddLookOptions(Command& command, OutputOptions& options) {
 
 void AddDumpOptions(Command& command, InputOptions& options) {
   AddDump(command, options);
-  AddQuiet(command, options);
+  AddQuietOption(command, options);
 }
 
 void AddReadingFlags(Command& command, InputOptions& options) {
   command.AddFlag("--as-is", options.asIs,
                   "read the dump untouched, as a host does, also where that gives wrong figures");
-  AddQuiet(command, options);
+  AddQuietOption(command, options);
+}
+
+void AddJobsOption(Command& command, InputOptions& options) {
+  command
+      .AddCount("--jobs", "N", {1, 4096}, options.jobs,
+                "threads that may read the dump; the result is the same")
+      .Initially("one a core for a file from 16 MB on");
 }
 
 void AddWindowOptions(Command& command, TimeWindow& window) {
@@ -60,6 +67,7 @@ void AddFigureOptions(Command& command, FigureOptions& options) {
   AddDump(command, options.input);
   AddReadingFlags(command, options.input);
   AddWindowOptions(command, options.window);
+  AddJobsOption(command, options.input);
 }
 
 void CheckWindow(const TimeWindow& window) {

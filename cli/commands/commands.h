@@ -14,6 +14,8 @@ namespace orsa::kesncd::cli {
 
 void AddActivityCommand(CommandLine& line);
 void AddProfileCommand(CommandLine& line);
+void AddMergeCommand(CommandLine& line);
+void AddDiffCommand(CommandLine& line);
 void AddReportCommand(CommandLine& line);
 void AddLookCommand(CommandLine& line);
 void AddFlatCommand(CommandLine& line);
@@ -28,10 +30,14 @@ void AddExtractCommand(CommandLine& line);
 
 /// Adds --mode of the timing report.
 void AddModeOption(Command& command, int& mode);
+/// Adds --quiet.
+void AddQuietOption(Command& command, InputOptions& options);
 /// Adds the dump and --quiet.
 void AddDumpOptions(Command& command, InputOptions& options);
 /// Adds --as-is and --quiet, of commands whose figures are those of hosts.
 void AddReadingFlags(Command& command, InputOptions& options);
+/// Adds --jobs.
+void AddJobsOption(Command& command, InputOptions& options);
 /// Adds --begin and --end.
 void AddWindowOptions(Command& command, TimeWindow& window);
 /// Adds the dump with all of these.

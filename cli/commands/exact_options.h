@@ -8,6 +8,7 @@
 #include <string>
 
 #include "activity/activity_result.h"
+#include "activity/body_part.h"
 #include "cli/commands/clock_scale.h"
 #include "cli/commands/selection.h"
 #include "cli/input/dump_input.h"
@@ -18,7 +19,7 @@
 namespace orsa::kesncd::cli {
 
 enum class RowsPer { Bit, Signal, Module };
-enum class ExactFormat { Table, Csv, Json, Saif, Tcl };
+enum class ExactFormat { Table, Csv, Json, Saif, Tcl, Db };
 
 struct ExactOptions {
   InputOptions input;
@@ -26,9 +27,10 @@ struct ExactOptions {
   std::string scope;
   RowsPer per = RowsPer::Signal;
   SelectionOptions selection;
-  ExactFormat format = ExactFormat::Table;
-  OutputOptions output;  // whose format is set for rows
-  int jobs = 1;
+  std::optional<ExactFormat> asked;         // else the path's ending says which, else it is a table
+  ExactFormat format = ExactFormat::Table;  // set before anything is read
+  OutputOptions output;                     // whose format is set for rows
+  std::optional<PartChoice> part;           // of the dump, instead of all of it
   ClockOptions clock;
   std::optional<std::uint64_t> timeUnit;  // femtoseconds
   std::string strip;
@@ -39,11 +41,15 @@ struct ExactOptions {
   std::string unmatched;
   double require = 0;  // percent of the pins
 
-  bool HasRows() const { return format != ExactFormat::Saif && format != ExactFormat::Tcl; }
+  bool HasRows() const {
+    return format == ExactFormat::Table || format == ExactFormat::Csv ||
+           format == ExactFormat::Json;
+  }
 };
 
 struct ExactRun {
-  std::string dump;  // what messages call it
+  std::string dump;    // what messages call it
+  std::string origin;  // what results call it, which differ where a database was read
   ActivityResult result;
   std::uint32_t scope = Declarations::kDump;
   ClockScale scale;

@@ -92,6 +92,7 @@ void ExtractDirectly(const ExtractOptions& options, const std::vector<std::strin
   const Figures figures = ReadFigures(options.figures);
   const Declarations& declarations = figures.run.declarations;
   const std::uint32_t scope = ChosenScope(figures, options.top);
+  SayProposedTop(figures, options.top, scope);
   const FlatMap map(declarations, scope, nets);
   if (map.RangeNames() > kMostFlatNames) {
     throw Failure(FailureKind::Unusable, figures.dump + ": ERROR: Too many bus bits.");

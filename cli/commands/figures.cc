@@ -7,6 +7,8 @@
 #include <unordered_map>
 
 #include "cli/commands/host_runs.h"
+#include "cli/input/database_input.h"
+#include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
 #include "names/frequency.h"
 #include "names/scope_search.h"
@@ -20,9 +22,15 @@ using orsa::kesncd::VmodHier;
 
 Figures ReadDirectly(const FigureOptions& options) {
   Figures figures{NameOf(options.input), {}, false};
-  UnpackedSource dump = OpenDump(options.input);
-  figures.run = ReadHostRun(*dump.bytes, figures.dump, options.window);
-  dump.bytes.reset();  // and with it the line that shows how far it was read
+  if (const auto database = OpenDatabase(options.input, options.window)) {
+    figures.run = database->ReadHost();
+    figures.origin = database->facts().dump;
+  } else {
+    UnpackedSource dump = OpenDump(options.input);
+    const unsigned jobs = UseThreads(options.input, dump);
+    figures.run = jobs > 1 ? ReadHostRun(*dump.file, figures.dump, options.window, jobs)
+                           : ReadHostRun(*dump.bytes, figures.dump, options.window);
+  }  // and with the dump goes the line that shows how far it was read
   for (const std::string& remark : figures.run.remarks) Remark(figures.dump, remark);
   if (!figures.run.whyUnknown.empty()) Remark(figures.dump, figures.run.whyUnknown);
   return figures;
@@ -87,26 +95,6 @@ class TreeCopy {
   std::map<std::pair<std::string, std::uint32_t>, std::size_t> codes_;
 };
 
-/// Scopes with variables go before those without.
-std::uint32_t BestOf(const Declarations& declarations, const std::vector<std::uint32_t>& scopes) {
-  for (const std::uint32_t scope : scopes) {
-    if (!declarations.scopes[scope].variables.empty()) return scope;
-  }
-  return scopes.front();
-}
-
-void SayWhichOf(const Figures& figures, const std::vector<std::uint32_t>& scopes,
-                const std::string& text, std::uint32_t chosen) {
-  std::vector<std::string> others;
-  for (const std::uint32_t scope : scopes) {
-    if (scope != chosen) others.push_back(figures.run.declarations.ShortPathOf(scope));
-  }
-  if (others.empty()) return;
-  Remark(figures.dump, text + " means " + std::to_string(scopes.size()) + " scopes; taken is " +
-                           figures.run.declarations.ShortPathOf(chosen) + ", not " +
-                           ShortList(others));
-}
-
 }  // namespace
 
 Cell Figures::Frequency(std::uint32_t changes) const {
@@ -140,6 +128,12 @@ std::string ScopeName(const Declarations& declarations, std::uint32_t scope) {
   return "/ (variables outside every scope)";
 }
 
+void SayProposedTop(const Figures& figures, const std::string& given, std::uint32_t scope) {
+  if (!given.empty()) return;
+  Remark(figures.dump,
+         "top module is " + ScopeName(figures.run.declarations, scope) + "; --top chooses another");
+}
+
 std::string RowPath(const Declarations& declarations, std::uint32_t scope) {
   constexpr std::size_t kLongest = 1000;
   constexpr std::size_t kMostScopes = 64;  // more than a design nests
@@ -156,14 +150,7 @@ std::string RowPath(const Declarations& declarations, std::uint32_t scope) {
 }
 
 std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
-  const Declarations& declarations = figures.run.declarations;
-  if (text.empty()) return OutermostWithVariables(declarations);
-  if (text == "/") return Declarations::kDump;
-  const std::vector<std::uint32_t> scopes = FindScopes(declarations, text);
-  if (scopes.empty()) FailUnknownScope(figures.dump, declarations, text);
-  const std::uint32_t chosen = BestOf(declarations, scopes);
-  SayWhichOf(figures, scopes, text, chosen);
-  return chosen;
+  return ChosenScope(figures.dump, figures.run.declarations, text);
 }
 
 std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
@@ -178,7 +165,7 @@ std::vector<std::string> ModulesWithVariables(const Declarations& declarations) 
 
 Facts RunFacts(const Figures& figures, const std::string& top) {
   const HostRun& run = figures.run;
-  return {{"dump", figures.dump},
+  return {{"dump", figures.origin.empty() ? figures.dump : figures.origin},
           {"top", top},
           {"timescale_ns", run.nsPerTick ? Cell(*run.nsPerTick) : Cell()},
           {"start_tick", run.firstTick},

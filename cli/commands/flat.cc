@@ -102,7 +102,7 @@ ExitStatus FlatDirectly(const FlatOptions& options) {
   const Declarations& declarations = figures.run.declarations;
   const std::uint32_t scope = ChosenScope(figures, options.top);
   const std::string top = ScopeName(declarations, scope);
-  if (options.top.empty()) Remark(figures.dump, "top module is " + top + "; --top chooses another");
+  SayProposedTop(figures, options.top, scope);
   const FlatMap map =
       options.IsSelective() ? FlatMap(declarations, scope, selected) : FlatMap(declarations, scope);
   for (const std::string& name : map.Missing()) {

@@ -6,6 +6,7 @@
 
 #include "cli/commands/commands.h"
 #include "cli/commands/signal_choice.h"
+#include "cli/input/reading_threads.h"
 #include "free_format/dump_findings.h"
 #include "text/failure.h"
 #include "text/number.h"
@@ -24,7 +25,7 @@ constexpr char kLookHelp[] =
     "It shows the span, the modules, the signals that look like clocks by their names, the most\n"
     "active signals and the worst of what kesncd check finds. The file is read twice.\n";
 
-constexpr std::size_t kShown = 4;  // signals and findings
+constexpr std::size_t kShownInLook = 4;  // signals and findings
 
 /// What a dump's own words say, in one line however they were written.
 std::string Origin(const Declarations& declarations) {
@@ -53,7 +54,7 @@ std::string MostActive(const Figures& figures, IsWanted isWanted) {
     if (figures.run.ChangesOf(variable) < 2 || !isWanted(variable)) continue;
     if (seen.insert(variable.codeId).second) active.push_back(&variable);
   }
-  const std::size_t shown = std::min(kShown, active.size());
+  const std::size_t shown = std::min(kShownInLook, active.size());
   std::partial_sort(active.begin(), active.begin() + static_cast<std::ptrdiff_t>(shown),
                     active.end(), [&figures](const DumpVariable* one, const DumpVariable* other) {
                       const auto changes = figures.run.ChangesOf(*one);
@@ -71,11 +72,11 @@ std::string MostActive(const Figures& figures, IsWanted isWanted) {
 
 std::string Findings(const std::vector<Finding>& findings) {
   std::string text = findings.empty() ? "nothing to remark" : "";
-  for (std::size_t i = 0; i < std::min(kShown, findings.size()); ++i) {
+  for (std::size_t i = 0; i < std::min(kShownInLook, findings.size()); ++i) {
     text += (i == 0 ? "" : "\n            ") + std::string(TextOf(findings[i].kind).finding);
   }
-  if (findings.size() <= kShown) return text;
-  return text + "\n            and " + std::to_string(findings.size() - kShown) + " more";
+  if (findings.size() <= kShownInLook) return text;
+  return text + "\n            and " + std::to_string(findings.size() - kShownInLook) + " more";
 }
 
 /// A word that a shell takes as it is.
@@ -108,6 +109,7 @@ ExitStatus RunLook(const InputOptions& input) {
   RefuseStream(input);
   const Figures figures = ReadFigures({input, {}});
   UnpackedSource dump = OpenDump(input);
+  (void)UseThreads(input, dump);
   const DumpCheck check = CheckDump(*dump.bytes, figures.dump, dump.packing);
   dump.bytes.reset();
   const Declarations& declarations = figures.run.declarations;

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/scope_choice.h"
 #include "free_format/prepare.h"
 
 namespace orsa::kesncd::cli {
@@ -12,6 +13,7 @@ struct PrepareChoices {
   InputOptions input;
   PrepareOptions prepare;
   std::string output;
+  std::string top;
 };
 
 constexpr char kPrepareHelp[] =
@@ -50,12 +52,17 @@ void AddPrepareCommand(CommandLine& line) {
   AddDumpOptions(command, options->input);
   command.AddFile("-o,--output", "FILE", options->output,
                   "write the prepared dump to FILE, packed if it ends in .gz");
-  command.AddText("--top", "NAME", prepare.top, "put this scope first, a name or a path");
+  command.AddText("--top", "NAME", options->top, "put this scope first, a name or a path");
   command.AddTime("--timescale", prepare.tick, "the tick of a dump that has no time scale");
   AddWindowOptions(command, prepare.window);
   command.check = [options] { Check(options->prepare); };
   command.run = [options] {
     options->prepare.dump = NameOf(options->input);
+    if (!options->top.empty()) {
+      options->prepare.chooseTop = [options](const Declarations& declarations) {
+        return ChosenScope(options->prepare.dump, declarations, options->top);
+      };
+    }
     return RunPrepare(*options);
   };
 }

@@ -13,7 +13,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kProfileHelp[] =
     "Toggles over time, by the values of a signal, or in the busiest stretch\n"
     "\n"
     "Examples:\n"
@@ -29,7 +29,7 @@ constexpr char kHelp[] =
     "are in ticks of the dump, in a table with their unit. A module is all that is in it and "
     "below.\n";
 
-struct Options {
+struct ProfileChoices {
   InputOptions input;
   TimeWindow window;
   std::string scope;
@@ -48,7 +48,7 @@ constexpr std::uint64_t kParts = 200;
 constexpr std::uint64_t kValues = 64;
 constexpr std::uint64_t kLimit = 10;
 
-void CheckOptions(const Options& options) {
+void CheckOptions(const ProfileChoices& options) {
   const auto refuse = [](bool isWrong, const std::string& why) {
     if (isWrong) throw Failure(FailureKind::Unusable, why);
   };
@@ -62,7 +62,7 @@ void CheckOptions(const Options& options) {
   refuse(options.length == 0 || options.peak == 0, "--window and --peak: 0 is no length");
 }
 
-ProfileOptions CountingOf(const Options& options) {
+ProfileOptions CountingOf(const ProfileChoices& options) {
   ProfileOptions counting;
   const std::string dump = NameOf(options.input);
   counting.counting.dump = dump;
@@ -87,7 +87,7 @@ ProfileOptions CountingOf(const Options& options) {
   return counting;
 }
 
-ExitStatus RunWindows(const Options& options) {
+ExitStatus RunWindows(const ProfileChoices& options) {
   const ProfileOptions counting = CountingOf(options);
   std::optional<std::uint64_t> last;
   if (!options.length) last = ExpectedLast(options.input, counting.counting);
@@ -96,13 +96,13 @@ ExitStatus RunWindows(const Options& options) {
   return WriteProfile(run, subject, options.output);
 }
 
-ExitStatus RunClock(const Options& options) {
+ExitStatus RunClock(const ProfileChoices& options) {
   const ProfileRun<Profile> run =
       ReadProfile(options.input, CountingOf(options), {}, CountClockProfile);
   return WriteProfile(run, {NameOf(options.input), "clock", options.clock}, options.output);
 }
 
-ExitStatus RunValues(const Options& options) {
+ExitStatus RunValues(const ProfileChoices& options) {
   const ProfileOptions counting = CountingOf(options);
   const std::string& dump = counting.counting.dump;
   UnpackedSource bytes = OpenDump(options.input);
@@ -117,7 +117,7 @@ ExitStatus RunValues(const Options& options) {
 }
 
 /// What toggles in a stretch, from a second reading; nothing where the dump allows none.
-std::optional<ActivityResult> ActivityIn(const Peak& peak, const Options& options,
+std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices& options,
                                          const ProfileOptions& counting,
                                          const ActivityResult& base) {
   ActivityOptions again = counting.counting;
@@ -128,7 +128,7 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const Options& option
   return CountActivity(*bytes.bytes, again);
 }
 
-ExitStatus RunPeak(const Options& options) {
+ExitStatus RunPeak(const ProfileChoices& options) {
   const ProfileOptions counting = CountingOf(options);
   const std::string& dump = counting.counting.dump;
   UnpackedSource bytes = OpenDump(options.input);
@@ -151,7 +151,7 @@ ExitStatus RunPeak(const Options& options) {
   return WritePeak(run, inPeak ? &*inPeak : nullptr, scope, limit, dump, options.output);
 }
 
-ExitStatus Run(const Options& options) {
+ExitStatus RunProfile(const ProfileChoices& options) {
   CheckOutputs({options.input.dump}, {options.output.path});
   if (!options.clock.empty()) return RunClock(options);
   if (!options.by.empty()) return RunValues(options);
@@ -161,8 +161,8 @@ ExitStatus Run(const Options& options) {
 }  // namespace
 
 void AddProfileCommand(CommandLine& line) {
-  Command& command = line.Add("profile", kHelp);
-  const auto options = std::make_shared<Options>();
+  Command& command = line.Add("profile", kProfileHelp);
+  const auto options = std::make_shared<ProfileChoices>();
   AddDumpOptions(command, options->input);
   command.AddTime("--window", options->length, "windows of this length");
   command
@@ -191,7 +191,7 @@ void AddProfileCommand(CommandLine& line) {
   AddWindowOptions(command, options->window);
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckOptions(*options); };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunProfile(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

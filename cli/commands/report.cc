@@ -6,10 +6,10 @@
 #include "cli/commands/commands.h"
 #include "cli/commands/profile_reading.h"
 #include "cli/commands/report_clocks.h"
+#include "cli/input/netlist_input.h"
 #include "cli/output/path_ending.h"
 #include "export/netlist_pins.h"
 #include "export/report_figures.h"
-#include "export/yosys.h"
 #include "free_format/dump_findings.h"
 #include "free_format/remarks.h"
 #include "report/report_page.h"
@@ -19,7 +19,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kReportHelp[] =
     "A report to look at: one HTML file with modules, activity over time and signals\n"
     "\n"
     "Examples:\n"
@@ -31,7 +31,7 @@ constexpr char kHelp[] =
     "as kesncd check does. Of a large design it shows what toggles most, sums the rest and says "
     "so.\n";
 
-struct Options {
+struct ReportChoices {
   InputOptions input;
   TimeWindow window;
   std::uint64_t parts = 200;
@@ -52,7 +52,7 @@ ReportFacts::Finding FindingOf(const Finding& finding) {
 }
 
 /// What a check finds, and the end of the span, where the dump can be read more than once.
-void Check(const Options& options, ReportFacts& facts, std::optional<std::uint64_t>& last) {
+void Check(const ReportChoices& options, ReportFacts& facts, std::optional<std::uint64_t>& last) {
   if (!CanReadTwice(options.input)) return;
   UnpackedSource dump = OpenDump(options.input);
   const DumpCheck check = CheckDump(*dump.bytes, NameOf(options.input), dump.packing);
@@ -69,16 +69,16 @@ std::string FileName(const std::string& path) {
   return std::filesystem::path(path).filename().string();
 }
 
-void AddReached(const Options& options, const ActivityResult& result, ReportFacts& facts) {
+void AddReached(const ReportChoices& options, const ActivityResult& result, ReportFacts& facts) {
   if (options.netlist.empty()) return;
-  const Netlist netlist = ReadNetlistFile(options.netlist);
+  const Netlist netlist = ReadNetlistOf(options.netlist);
   PinOptions pinOptions;
   pinOptions.top = options.netlistTop;
   const NetlistPins pins(netlist, result, pinOptions);
   facts.reached.push_back({"pins", pins.reached(), pins.pins(), FileName(options.netlist)});
 }
 
-ProfileOptions CountingOf(const Options& options, ReportClocks& clocks) {
+ProfileOptions CountingOf(const ReportChoices& options, ReportClocks& clocks) {
   ProfileOptions counting;
   counting.counting.dump = NameOf(options.input);
   counting.counting.window = options.window;
@@ -92,7 +92,7 @@ ProfileOptions CountingOf(const Options& options, ReportClocks& clocks) {
   return counting;
 }
 
-ExitStatus Run(const Options& options) {
+ExitStatus RunReport(const ReportChoices& options) {
   CheckOutputs({options.input.dump, options.netlist, options.sdc, options.timing},
                {options.output});
   ReportClocks clocks(options.sdc, options.timing);
@@ -116,7 +116,7 @@ ExitStatus Run(const Options& options) {
   return ExitStatus::Done;
 }
 
-void CheckOptions(const Options& options) {
+void CheckOptions(const ReportChoices& options) {
   CheckWindow(options.window);
   RefuseOtherEnding(options.output, {"html"});
   if (!options.netlistTop.empty() && options.netlist.empty()) {
@@ -127,8 +127,8 @@ void CheckOptions(const Options& options) {
 }  // namespace
 
 void AddReportCommand(CommandLine& line) {
-  Command& command = line.Add("report", kHelp);
-  const auto options = std::make_shared<Options>();
+  Command& command = line.Add("report", kReportHelp);
+  const auto options = std::make_shared<ReportChoices>();
   AddDumpOptions(command, options->input);
   AddWindowOptions(command, options->window);
   command
@@ -145,7 +145,7 @@ void AddReportCommand(CommandLine& line) {
   command.AddFile("-o,--output", "FILE", options->output,
                   "write the report to FILE, packed if it ends in .gz; - for standard output");
   command.check = [options] { CheckOptions(*options); };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunReport(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

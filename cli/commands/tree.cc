@@ -158,7 +158,9 @@ ExitStatus RunTree(const TreeOptions& options) {
   for (const std::uint32_t start : starts) rows.Write(start);
   rows.Finish();
   out.End();
-  return out.rows() > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
+  if (out.rows() > 0 || options.selection.limit == 0) return ExitStatus::Done;
+  Say(figures.dump, "no module was selected");
+  return ExitStatus::NothingMatched;
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -15,6 +16,7 @@
 #include "cli/process/messages.h"
 #include "cli/process/progress.h"
 #include "cli/process/terminal.h"
+#include "database/database_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/dump_words.h"
 #include "free_format/prepare.h"
@@ -64,27 +66,74 @@ void SayChange(const std::string& name, FileChange change) {
   }
 }
 
-/// Looks at the end whether a file is still what was opened.
-class WatchedSource : public ByteSource {
+/// A file that was opened. At its end it is looked at whether it still is what it was then.
+class WatchedFile {
  public:
-  WatchedSource(std::unique_ptr<FileSource> file, std::string name)
-      : file_(std::move(file)), name_(std::move(name)) {}
+  WatchedFile(const std::string& path, std::string name) : file_(path), name_(std::move(name)) {}
 
-  std::size_t Read(char* to, std::size_t most) override {
-    const std::size_t got = file_->Read(to, most);
-    if (got == 0 && most > 0 && *change_ == FileChange::None) {
-      *change_ = file_->Change();
-      SayChange(name_, *change_);
-    }
-    return got;
+  FileSource& file() { return file_; }
+  /// The end was met.
+  void LookAtEnd() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (*change_ != FileChange::None) return;
+    *change_ = file_.Change();
+    SayChange(name_, *change_);
   }
   std::shared_ptr<const FileChange> change() const { return change_; }
 
  private:
-  const std::unique_ptr<FileSource> file_;
+  FileSource file_;
   const std::string name_;
+  std::mutex mutex_;
   const std::shared_ptr<FileChange> change_ = std::make_shared<FileChange>(FileChange::None);
 };
+
+class WatchedSource : public ByteSource {
+ public:
+  explicit WatchedSource(std::shared_ptr<WatchedFile> file) : file_(std::move(file)) {}
+
+  std::size_t Read(char* to, std::size_t most) override {
+    const std::size_t got = file_->file().Read(to, most);
+    if (got == 0 && most > 0) file_->LookAtEnd();
+    return got;
+  }
+
+ private:
+  const std::shared_ptr<WatchedFile> file_;
+};
+
+/// A plain file whose parts are read at the same time.
+class PlainFile : public ByteFile {
+ public:
+  PlainFile(std::shared_ptr<WatchedFile> file, const std::string& name, bool isShown)
+      : file_(std::move(file)) {
+    if (isShown) line_.emplace(name, size());
+  }
+
+  std::uint64_t size() const override { return file_->file().size(); }
+  std::size_t ReadAt(std::uint64_t offset, char* to, std::size_t most) override {
+    const std::size_t got = file_->file().ReadAt(offset, to, most);
+    if (got == 0 && most > 0) file_->LookAtEnd();
+    if (line_) {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      line_->Show(done_ += got);
+    }
+    return got;
+  }
+
+ private:
+  const std::shared_ptr<WatchedFile> file_;
+  std::mutex mutex_;
+  std::optional<ProgressLine> line_;
+  std::uint64_t done_ = 0;  // bytes of all parts
+};
+
+/// A file that can be opened twice and read anywhere. Standard input cannot: it may stand behind
+/// its file's start.
+bool IsRegularFile(const InputOptions& options) {
+  std::error_code ignored;
+  return options.dump != "-" && std::filesystem::is_regular_file(options.dump, ignored);
+}
 
 /// Opening a path once more costs a descriptor, and the library does not say why it could not.
 void CheckCanOpen(const std::string& path, const std::string& name) {
@@ -104,28 +153,32 @@ UnpackedSource OpenDump(const InputOptions& options) {
   if (std::filesystem::is_directory(options.dump, ignored)) {
     throw Failure(FailureKind::Unusable, options.dump + ": is a directory");
   }
-  auto file = std::make_unique<FileSource>(options.dump);
-  std::uint64_t size = file->size();
+  const std::string name = NameOf(options);
+  const auto file = std::make_shared<WatchedFile>(options.dump, name);
   constexpr std::size_t kKnownBy = 16;
   std::string start(kKnownBy, '\0');
-  start.resize(ReadFully(*file, start.data(), start.size()));
-  const bool isFst = IsFst(start);
-  std::unique_ptr<ByteSource> bytes;
-  std::shared_ptr<const FileChange> change;
-  if (isFst) {
-    bytes = MakeFstSource(*file, NameOf(options));
-    size = 0;  // of the VCD
-  } else {
-    auto watched = std::make_unique<WatchedSource>(std::move(file), NameOf(options));
-    change = watched->change();
-    bytes = std::make_unique<ResumedSource>(std::move(start), std::move(watched));
+  start.resize(ReadFully(file->file(), start.data(), start.size()));
+  if (IsSqlite(start)) {
+    throw Failure(FailureKind::Unusable,
+                  name + ": is a database, which holds counts and no values by time: this needs " +
+                      "the dump itself");
   }
-  if (ShowsProgress(options)) {
-    bytes = std::make_unique<ShownSource>(std::move(bytes), NameOf(options), size);
+  const auto shown = [&](std::unique_ptr<ByteSource> bytes, std::uint64_t size) {
+    if (ShowsProgress(options)) {
+      bytes = std::make_unique<ShownSource>(std::move(bytes), name, size);
+    }
+    return bytes;
+  };
+  if (IsFst(start)) return {shown(MakeFstSource(file->file(), name), 0), "fst", {}, {}};
+  UnpackedSource dump = Unpack(shown(std::make_unique<ResumedSource>(
+                                         std::move(start), std::make_unique<WatchedSource>(file)),
+                                     file->file().size()),
+                               name);
+  dump.change = file->change();
+  dump.isRegularFile = IsRegularFile(options);
+  if (dump.isRegularFile && dump.packing.empty()) {
+    dump.file = std::make_shared<PlainFile>(file, name, ShowsProgress(options));
   }
-  if (isFst) return {std::move(bytes), "fst", {}};
-  UnpackedSource dump = Unpack(std::move(bytes), NameOf(options));
-  dump.change = std::move(change);
   return dump;
 }
 
@@ -149,7 +202,7 @@ void DumpInput::ReadDeclarationsFrom(ByteSource& bytes) {
 
 /// Reads the dump's beginning, which then is there to be read again.
 void DumpInput::ReadHeader() {
-  if (IsRegularFile()) {
+  if (IsRegularFile(options_)) {
     const UnpackedSource again = Unpack(std::make_unique<FileSource>(options_.dump), name_);
     ReadDeclarationsFrom(*again.bytes);
     return;
@@ -177,12 +230,6 @@ void DumpInput::Pass(ByteSink& to) {
   }
 }
 
-/// A file that can be opened twice. Standard input cannot: it may stand behind its file's start.
-bool DumpInput::IsRegularFile() const {
-  std::error_code ignored;
-  return options_.dump != "-" && std::filesystem::is_regular_file(options_.dump, ignored);
-}
-
 bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run) {
   bytes_.reset();
   const FileSource file(options_.dump);
@@ -195,7 +242,8 @@ bool DumpInput::ReadFile(const std::function<bool(const std::string& path)>& run
 }
 
 bool DumpInput::Read(const std::function<bool(const std::string& path)>& run) {
-  if (passing_ == Passing::AsIs && packing_.empty() && IsRegularFile()) return ReadFile(run);
+  if (passing_ == Passing::AsIs && packing_.empty() && IsRegularFile(options_))
+    return ReadFile(run);
   DumpFeed feed([this](ByteSink& to) { Pass(to); });
   CheckCanOpen(feed.path(), name_);
   const bool outcome = run(feed.path());

@@ -18,6 +18,7 @@ struct InputOptions {
   std::string dump;  // "-" is standard input
   bool asIs = false;
   bool quiet = false;
+  int jobs = 0;  // threads that may read it; 0 where the user does not say
 };
 
 /// What messages and results call the dump.
@@ -50,7 +51,6 @@ class DumpInput {
  private:
   void ReadHeader();
   void ReadDeclarationsFrom(ByteSource& bytes);
-  bool IsRegularFile() const;
   bool ReadFile(const std::function<bool(const std::string& path)>& run);
   void Pass(ByteSink& to);
 

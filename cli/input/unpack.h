@@ -17,6 +17,9 @@ struct UnpackedSource {
   std::string_view packing;
   /// What became of the file, once it was read to its end; null where nobody looked.
   std::shared_ptr<const FileChange> change;
+  /// The same bytes where they stand in a plain file, to be read instead of `bytes`.
+  std::shared_ptr<ByteFile> file;
+  bool isRegularFile = false;  // plain or packed
 };
 
 /// The bytes of a source, unpacked while they are read where they are packed. Messages call the

@@ -166,6 +166,13 @@ Option& Command::AddOperands(const std::string& name, std::vector<std::string>& 
   return AddTexts("", name, target, help);
 }
 
+Option& Command::AddFileOperands(const std::string& name, std::vector<std::string>& target,
+                                 const std::string& help) {
+  Option& option = AddOperands(name, target, help);
+  option.isFile = true;
+  return option;
+}
+
 const Option* Command::OptionOf(const std::string& flag) const {
   for (const Option& option : options_) {
     for (const std::string& own : option.flags) {

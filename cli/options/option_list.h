@@ -111,6 +111,8 @@ class Command {
   /// All operands that are left, of which there may be none.
   Option& AddOperands(const std::string& name, std::vector<std::string>& target,
                       const std::string& help);
+  Option& AddFileOperands(const std::string& name, std::vector<std::string>& target,
+                          const std::string& help);
 
   const std::string& name() const { return name_; }
   const std::string& summary() const { return summary_; }

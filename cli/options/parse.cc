@@ -5,10 +5,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <numeric>
 
 #include "cli/options/help_text.h"
+#include "cli/output/output.h"
 
 namespace orsa::kesncd::cli {
 
@@ -144,7 +144,9 @@ bool Take(const Command& command, const std::vector<std::string>& words) {
 
 std::function<ExitStatus()> Printing(std::string text) {
   return [text = std::move(text)] {
-    std::cout << text;
+    OutputFile out("-");
+    out.Write(text);
+    out.Commit();
     return ExitStatus::Done;
   };
 }

@@ -31,7 +31,7 @@ std::string Value(const Option& row) {
 }
 
 /// "'(-o --output)'{-o+,--output=}'[help]:FILE:_files'": each flag hides the others unless it may
-/// come again, and a value may stand behind it or be the next word.
+/// come again, and a value may stand after it or be the next word.
 std::string Entry(const Option& row) {
   if (row.flags.empty()) {
     return (row.repeats ? "'*" : row.required ? "'" : "':") + Value(row) + "'";

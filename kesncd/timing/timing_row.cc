@@ -1,3 +1,4 @@
+// How the two readers cut a row of the preference table into name and frequencies.
 #include "kesncd/timing/timing_row.h"
 
 #include <iterator>
@@ -10,9 +11,12 @@ namespace orsa::kesncd {
 
 namespace {
 
+// No frequency of a report is negative, so that one may say that there is none.
 constexpr double kNotTold = -1.0;
+// The last column, the levels of logic, is there in a row but not looked at.
 constexpr std::size_t kTableColumns = 4;
 constexpr std::string_view kMegahertz = "MHz";
+// What parts words differs from column to column: a name may be quoted, a value may end in ";".
 constexpr std::string_view kNameBlanks = " \t\"";
 constexpr std::string_view kValueBlanks = " ;\t";
 constexpr std::string_view kPreferenceBlanks = " ;\t\"";
@@ -24,6 +28,7 @@ bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
+/// The number that a word begins with; kNotTold where it begins with none.
 double Scan(std::string_view word) {
   double value = kNotTold;
   ScanDouble(std::string(word).c_str(), value);
@@ -73,6 +78,7 @@ std::optional<Clock> JoinedRow::TakeLine(std::string_view line) {
     achieved_.clear();
   }
   const RowColumns columns(line);
+  // A line of another shape ends the row without a clock.
   if (columns.count != kTableColumns) {
     open_ = false;
     return std::nullopt;
@@ -95,6 +101,7 @@ std::optional<Clock> JoinedRow::Evaluate() {
     name = words[2];
     preference = Scan(words[3]);
   }
+  // The constraint's own column goes before the number inside the preference.
   const double constraint = Megahertz(constraint_).value_or(kNotTold);
   if (constraint >= 0.0) preference = constraint;
   const double achieved = Megahertz(achieved_).value_or(kNotTold);
@@ -103,6 +110,8 @@ std::optional<Clock> JoinedRow::Evaluate() {
   return Clock{std::string(name), *chosen};
 }
 
+/// By the mode: the lower value, the preference, the achieved value. Without a preference none is
+/// kept, in whichever mode; without an achieved value the preference stands in.
 std::optional<double> JoinedRow::Choose(double preference, double achieved) const {
   switch (mode_) {
     case 0:
@@ -141,6 +150,7 @@ std::optional<Clock> WordwiseRow::TakeLine(std::string_view line) {
   return std::nullopt;
 }
 
+/// The name is the word after two keywords, whichever they are; words further on are no part of it.
 void WordwiseRow::TakeNameWord(std::string_view word) {
   if (IsColumnWord(word)) {
     ++steps_;
@@ -160,6 +170,7 @@ std::optional<Clock> WordwiseRow::Close(const RowColumns& columns) {
   return clock;
 }
 
+/// Any other mode takes the achieved value here, while JoinedRow keeps nothing then.
 double WordwiseRow::Choose(double constraint, double achieved) const {
   switch (mode_) {
     case 0:

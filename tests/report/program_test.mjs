@@ -64,7 +64,7 @@ for (const window of [[], ['--begin', '20us', '--end', '91us']]) {
       activity('signal', ...window).signals.map((row) => [row.path.replaceAll('/', '.'), row]),
     );
     const rows = await rowsOf('#signals');
-    assert.ok(rows.length >= 20, `${rows.length} signals`);
+    assert.ok(rows.length >= 20, `${rows.length} rows`);
     for (const [path, toggles, , bits] of rows) {
       const row = signals.get(path);
       assert.deepEqual([number(toggles), number(bits)], [row.toggles, row.bits], path);

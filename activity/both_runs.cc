@@ -1,0 +1,73 @@
+// One reading with both counters.
+#include "activity/both_runs.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "activity/activity_start.h"
+#include "activity/both_counters.h"
+#include "free_format/body_reader.h"
+#include "free_format/declaration_reader.h"
+#include "free_format/parted_reading.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// As many threads as may be used, but no more than take a quarter of the memory.
+unsigned ThreadsFor(const CodeBits& codes, const ActivityOptions& options) {
+  const std::uint64_t most = MostBitsInMemory() / 5 / std::max<std::uint64_t>(codes.bits(), 1);
+  return static_cast<unsigned>(std::clamp<std::uint64_t>(most, 1, options.jobs));
+}
+
+}  // namespace
+
+BothRuns CountBoth(ByteFile& file, const ActivityOptions& options) {
+  FileDump dump(file, options.block);
+  ActivityStart start(ReadDeclarations(dump.words(), options.dump), options);
+  const CodeBits& codes = start.codes;
+  ActivityPart activity;
+  std::optional<HostPart> host;
+  const auto make = [&] {
+    return std::make_unique<BothCounters>(codes, start.window, start.ticks);
+  };
+  const auto take = [&](const std::unique_ptr<BothCounters> counters) {
+    if (host) {
+      activity.Add(codes, counters->activity().TakePart());
+      host->Add(start.ticks, counters->host().TakePart());
+    } else {
+      activity = counters->activity().TakePart();
+      host = counters->host().TakePart();
+    }
+  };
+  const auto stretches = dump.Cut(ThreadsFor(codes, options));
+  const ItemTallies tallies = ReadInParts(dump, start.result.declarations, stretches, make, take);
+  return FinishBoth(std::move(start.result.declarations), std::move(activity), std::move(*host),
+                    tallies, options);
+}
+
+BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options) {
+  DumpWords words(dump, options.block, options.block / 4);
+  ActivityStart start(ReadDeclarations(words, options.dump), options);
+  BothCounters counters(start.codes, start.window, start.ticks);
+  DumpItems items(words, start.result.declarations);
+  ReadBody(items, counters);
+  const ItemTallies tallies = items.tallies();
+  ActivityPart activity = counters.activity().TakePart();
+  return FinishBoth(std::move(start.result.declarations), std::move(activity),
+                    counters.host().TakePart(), tallies, options);
+}
+
+BothRuns FinishBoth(Declarations declarations, ActivityPart activity, HostPart host,
+                    const ItemTallies& items, const ActivityOptions& options) {
+  BothRuns runs;
+  runs.host =
+      FinishHostRun(std::move(declarations), std::move(host), items, options.dump, options.window);
+  runs.exact =
+      FinishActivity(std::move(runs.host.declarations), std::move(activity), items, options);
+  return runs;
+}
+
+}  // namespace orsa::kesncd

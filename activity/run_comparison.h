@@ -1,0 +1,54 @@
+// What differs between two runs: a block that stopped, a clock that runs on, a bus that woke up. A
+// regression asks this after every change of a design.
+#ifndef KESNCD_ACTIVITY_RUN_COMPARISON_H_
+#define KESNCD_ACTIVITY_RUN_COMPARISON_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "activity/activity_result.h"
+
+namespace orsa::kesncd {
+
+struct RunDifference {
+  enum class Kind : std::uint8_t { Changed, Appeared, Vanished };
+
+  /// Of one of the runs, nothing where it is not known, or where the run does not have it.
+  struct Rates {
+    std::optional<double> toggles;  // a microsecond and bit, or a tick and bit
+    std::optional<double> high;
+  };
+
+  Kind kind = Kind::Changed;
+  bool isModule = false;
+  std::uint32_t id = 0;     // the scope's or the variable's; of the run after where it appeared
+  std::uint32_t depth = 0;  // scopes around it
+  Rates before;
+  Rates after;
+  double share = 0;   // by which the rate or the duty differs, of the larger of the two
+  double weight = 0;  // toggles that came or went, times the share of them in the row
+};
+
+struct RunComparison {
+  std::uint64_t signals = 0;  // compared ones, of both runs
+  std::uint64_t modules = 0;
+  std::vector<RunDifference> differences;  // those above the threshold, the gravest first
+};
+
+/// The path of what differs, and its name.
+std::string PathOf(const RunDifference& difference, const ActivityResult& before,
+                   const ActivityResult& after);
+
+/// Compares signals and modules of equal paths. A row differs where its toggle rate or its share of
+/// time at 1 does by more than `threshold` of the larger one, and where only one run has it. Most
+/// weight has what lost or gained most toggles and is little else: a block that stopped stands
+/// before its parts and before what is around it. Throws Failure with Unusable where only one of
+/// the runs says how long a tick is.
+RunComparison CompareRuns(const ActivityResult& before, const ActivityResult& after,
+                          double threshold);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_RUN_COMPARISON_H_

@@ -1,0 +1,96 @@
+// Adds up the activity of several dumps of one design: a regression's tests, each with its own
+// stimuli. Figures of equal paths are summed, so that means weigh every run by its time.
+#ifndef KESNCD_ACTIVITY_RUN_MERGER_H_
+#define KESNCD_ACTIVITY_RUN_MERGER_H_
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "activity/activity_result.h"
+#include "activity/activity_rows.h"
+
+namespace orsa::kesncd {
+
+/// What a run lacks of the names that others have.
+struct LackingRun {
+  std::string run;
+  std::uint64_t signals = 0;
+  std::string example;  // the path of one of them
+};
+
+/// The run in which a module toggles most, by scope of the sum.
+struct BusiestRun {
+  std::uint32_t run = 0;       // in the order in which they were added
+  double togglesPerTick = -1;  // and bit; below 0: the module has no bits in any run
+};
+
+/// Calling order: construct, Add each run, then the rest. Memory is that of the sum and of the run
+/// in hand.
+class RunMerger {
+ public:
+  /// Throws Failure with Unusable where sums would not fit into 64 bits, or where only some of the
+  /// runs say how long a tick is.
+  void Add(ActivityResult run, const std::string& name);
+
+  const std::vector<std::string>& runs() const { return runs_; }
+  std::uint64_t signals() const { return slots_.size(); }
+  /// The runs that lack names which others have.
+  std::vector<LackingRun> Lacking() const;
+  const std::vector<BusiestRun>& busiest() const { return busiest_; }
+  /// The sum; bits that a run lacks were observed for less than the sum's observed time. Once,
+  /// last.
+  ActivityResult Finish();
+
+ private:
+  /// The bits of a variable: a code's from an offset on.
+  struct Source {
+    std::uint32_t codeId = kNone;
+    std::uint32_t offset = 0;
+
+    bool operator==(const Source&) const = default;
+  };
+  /// A variable of the sum that is being made, or of the run that is added.
+  struct Slot {
+    DumpVariable variable;               // its scope is one of the sum
+    std::uint32_t since = 0;             // the first run that has it
+    std::vector<std::uint32_t> lacking;  // later ones that do not
+    Source before;                       // in the sum so far
+    Source added;                        // in the run that is added
+  };
+  /// Slots of one scope and base name: of the sum so far, and of the run that is added.
+  struct Groups {
+    std::vector<std::size_t> own, others;
+  };
+  static constexpr std::uint32_t kNone = UINT32_MAX;
+
+  void AlignTicks(ActivityResult& run);
+  void AddFacts(const ActivityResult& run);
+  std::vector<std::uint32_t> AddScopes(const Declarations& declarations);
+  std::vector<Slot> SlotsOf(const ActivityRows& rows, const Declarations& declarations,
+                            const std::vector<std::uint32_t>& scopes);
+  bool MatchInOrder(std::vector<Slot>& added);
+  void MatchByName(std::vector<Slot>& added);
+  void MatchGroup(std::vector<Slot>& added, const Groups& groups);
+  void Split(std::vector<Slot>& added, const Groups& groups);
+  void ReplaceSplit();
+  void AddFigures(const ActivityResult& run);
+  void KeepBusiest(const ActivityRows& rows, const std::vector<std::uint32_t>& scopes);
+  void ScaleSum(std::uint64_t factor);
+
+  ActivityResult sum_;
+  std::vector<Slot> slots_;                          // the sum's variables
+  std::map<std::size_t, std::vector<Slot>> pieces_;  // bits that take a slot's place
+  std::vector<Slot> new_;                            // to come after all slots
+  std::vector<std::string> runs_;
+  std::vector<BusiestRun> busiest_;
+  std::unordered_map<std::string, std::uint32_t> scopeByPath_;  // parent's number and name
+  std::unordered_map<std::string, std::uint32_t> typeIds_;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_RUN_MERGER_H_

@@ -1,0 +1,45 @@
+// Telling a database from a dump, and what it cannot answer.
+#include "cli/input/database_input.h"
+
+#include <array>
+#include <filesystem>
+
+#include "text/failure.h"
+#include "vcd/time_text.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+/// Only what has a name can be opened by SQLite.
+bool IsDatabaseFile(const std::string& path) {
+  std::error_code ignored;
+  if (path == "-" || !std::filesystem::is_regular_file(path, ignored)) return false;
+  std::array<char, 16> start{};
+  FileSource file(path);
+  return IsSqlite({start.data(), ReadFully(file, start.data(), start.size())});
+}
+
+std::string TextOf(const TimeWindow& window) {
+  if (!window.begin && !window.end) return "all of the dump";
+  return "the dump from " + (window.begin ? TimeText(*window.begin) : "its begin") + " to " +
+         (window.end ? TimeText(*window.end) : "its end");
+}
+
+}  // namespace
+
+std::unique_ptr<ActivityDatabase> OpenDatabase(const InputOptions& options,
+                                               const TimeWindow& window) {
+  if (!IsDatabaseFile(options.dump)) return nullptr;
+  auto database = std::make_unique<ActivityDatabase>(options.dump, NameOf(options));
+  const TimeWindow& held = database->facts().window;
+  const bool isAsked = window.begin || window.end;
+  if (isAsked && (window.begin != held.begin || window.end != held.end)) {
+    throw Failure(FailureKind::Unusable, NameOf(options) + ": holds the figures of " +
+                                             TextOf(held) +
+                                             ", not of another window, which needs the dump");
+  }
+  return database;
+}
+
+}  // namespace orsa::kesncd::cli

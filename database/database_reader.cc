@@ -1,0 +1,362 @@
+// From tables back to figures. Every number that leads to another row is checked before it is
+// followed, and the sum of each table that is read has to be the one that was written.
+#include "database/database_reader.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <unordered_map>
+#include <utility>
+
+#include "activity/activity_rows.h"
+#include "activity/activity_run.h"
+#include "activity/activity_tallies.h"
+#include "database/part_tables.h"
+#include "database/schema.h"
+#include "vcd/bit_names.h"
+#include "vcd/time_text.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+std::uint64_t SizeOf(const std::string& path) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  return error ? 0 : size;
+}
+
+}  // namespace
+
+bool IsSqlite(std::string_view firstBytes) {
+  using namespace std::string_view_literals;
+  return firstBytes.starts_with("SQLite format 3\0"sv);
+}
+
+ActivityDatabase::ActivityDatabase(const std::string& path, const std::string& name)
+    : name_(name), connection_(Connection::ReadOnly(path, name)), budget_(SizeOf(path)) {
+  CheckKind();
+  CheckTables();
+  ReadFacts();
+}
+
+std::int64_t ActivityDatabase::Number(const char* sql) {
+  TableReader rows(connection_, sql, budget_);
+  if (!rows.Next()) connection_.FailCorrupt();
+  return static_cast<std::int64_t>(rows.Count());
+}
+
+void ActivityDatabase::CheckKind() {
+  if (Number("SELECT application_id FROM pragma_application_id") != kApplicationId) {
+    throw Failure(FailureKind::Unusable, name_ + ": is an SQLite database, but none of activity");
+  }
+  const std::int64_t version = Number("SELECT user_version FROM pragma_user_version");
+  if (version == kSchemaVersion) return;
+  throw Failure(FailureKind::Unusable,
+                name_ + ": is a database of version " + std::to_string(version) +
+                    "; this program reads version " + std::to_string(kSchemaVersion));
+}
+
+/// What is called like a table but is a view, or computes its columns, would run what a stranger
+/// wrote.
+void ActivityDatabase::CheckTables() {
+  FactsByName found;
+  TableReader rows(connection_, "SELECT name, type, sql FROM sqlite_schema WHERE type <> 'index'",
+                   budget_);
+  while (rows.Next()) {
+    std::string name = rows.Text();
+    const std::string type = rows.Text();
+    const Fact sql = rows.Value();
+    if (type == "table") found[std::move(name)] = sql;
+  }
+  const auto check = [&](const SchemaPart& table) {
+    const auto place = found.find(std::string(table.name));
+    if (place != found.end() && place->second == Fact(std::string(table.sql))) return;
+    throw Failure(FailureKind::Unusable, name_ + ": is no database of this program's: its table " +
+                                             std::string(table.name) + " is another");
+  };
+  for (const SchemaPart& table : SchemaTables()) check(table);
+  const bool isPart = found.contains(std::string(SchemaPartTables().front().name));
+  if (!isPart) return;
+  for (const SchemaPart& table : SchemaPartTables()) check(table);
+  facts_.part.emplace();
+}
+
+const Fact& ActivityDatabase::FactOf(const std::string& name) const {
+  const auto place = byName_.find(name);
+  if (place == byName_.end()) connection_.FailCorrupt();
+  return place->second;
+}
+
+std::optional<std::uint64_t> ActivityDatabase::OptionalCountOf(const std::string& name) const {
+  const Fact& fact = FactOf(name);
+  if (std::holds_alternative<std::monostate>(fact)) return {};
+  if (const auto* const count = std::get_if<std::uint64_t>(&fact)) return *count;
+  const std::optional<std::uint64_t> count = LongCount(std::get<std::string>(fact));
+  if (!count) connection_.FailCorrupt();
+  return count;
+}
+
+std::uint64_t ActivityDatabase::CountOf(const std::string& name, std::uint64_t most) const {
+  const std::optional<std::uint64_t> count = OptionalCountOf(name);
+  if (!count || *count > most) connection_.FailCorrupt();
+  return *count;
+}
+
+std::string ActivityDatabase::TextOf(const std::string& name) const {
+  const auto* const text = std::get_if<std::string>(&FactOf(name));
+  if (text == nullptr) connection_.FailCorrupt();
+  return *text;
+}
+
+void ActivityDatabase::CheckSum(const TableReader& rows, const std::string& table) const {
+  if (rows.sum() != CountOf("checksum_" + table)) connection_.FailCorrupt();
+}
+
+void ActivityDatabase::ReadFacts() {
+  TableReader rows(connection_,
+                   "SELECT name, value FROM run WHERE name <> 'checksum_run' ORDER BY name",
+                   budget_);
+  while (rows.Next()) {
+    std::string name = rows.Text();
+    byName_[std::move(name)] = rows.Value();
+  }
+  TableReader sum(connection_, "SELECT value FROM run WHERE name = 'checksum_run'", budget_);
+  if (!sum.Next() || sum.Count() != rows.sum()) connection_.FailCorrupt();
+  facts_.dump = TextOf("dump");
+  facts_.program = TextOf("program");
+  facts_.window = {OptionalCountOf("window_begin_fs"), OptionalCountOf("window_end_fs")};
+  facts_.runs = CountOf("runs");
+  facts_.hasHost = CountOf("has_host", 1) == 1;
+  if (!facts_.part) return;
+  const auto small = [this](const char* name) {
+    return static_cast<std::uint32_t>(CountOf(name, UINT32_MAX));
+  };
+  facts_.part = {small("part_first"), small("part_last"), small("part_count")};
+  facts_.dumpBytes = CountOf("part_dump_bytes");
+  facts_.dumpSample = CountOf("part_dump_sample");
+}
+
+void ActivityDatabase::RefusePart() const {
+  if (!facts_.part) return;
+  throw Failure(FailureKind::Unusable, name_ + ": holds part " +
+                                           std::to_string(facts_.part->first + 1) + " of " +
+                                           std::to_string(facts_.part->parts) +
+                                           " of a dump; kesncd merge adds all parts up");
+}
+
+std::uint64_t ActivityDatabase::DeclarationsSum() const {
+  RowSum sum;
+  for (const char* const table : {"scope", "code", "signal"}) {
+    sum.Add(CountOf(std::string("checksum_") + table));
+  }
+  sum.Add(TextOf("date"));
+  sum.Add(TextOf("timescale"));
+  return sum.value();
+}
+
+void ActivityDatabase::ReadCodes(std::vector<std::uint64_t>& firstBit,
+                                 std::vector<std::uint32_t>& changes) {
+  firstBit.assign(1, 0);
+  TableReader rows(connection_,
+                   "SELECT id, first_bit, bits, changes FROM code NOT INDEXED ORDER BY id",
+                   budget_);
+  while (rows.Next()) {
+    rows.Place(firstBit.size() - 1);
+    if (rows.Count() != firstBit.back()) connection_.FailCorrupt();
+    firstBit.push_back(firstBit.back() + rows.Count(INT32_MAX));
+    const std::optional<std::uint64_t> changed = rows.OptionalCount();
+    if (changed.has_value() != facts_.hasHost || changed.value_or(0) > kMostChanges) {
+      connection_.FailCorrupt();
+    }
+    if (changed) changes.push_back(static_cast<std::uint32_t>(*changed));
+  }
+  CheckSum(rows, "code");
+}
+
+void ActivityDatabase::ReadScopes(Declarations& declarations) {
+  TableReader rows(connection_, "SELECT id, parent, kind, name FROM scope NOT INDEXED ORDER BY id",
+                   budget_);
+  std::vector<DumpScope>& scopes = declarations.scopes;
+  while (rows.Next()) {
+    const auto id = static_cast<std::uint32_t>(scopes.size());
+    rows.Place(id);
+    scopes.emplace_back();
+    scopes[id].parent = rows.Small(id == 0 ? 0 : id - 1);
+    scopes[id].kind = rows.Text();
+    scopes[id].name = rows.Text();
+    if (id == Declarations::kDump) continue;
+    if (scopes[id].name.empty()) connection_.FailCorrupt();
+    scopes[scopes[id].parent].scopes.push_back(id);
+  }
+  CheckSum(rows, "scope");
+  if (scopes.empty()) connection_.FailCorrupt();
+}
+
+void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
+                                   Declarations& declarations) {
+  TableReader rows(connection_,
+                   "SELECT id, scope, code, type, width, name, range_at, line FROM signal NOT"
+                   " INDEXED ORDER BY id",
+                   budget_);
+  std::unordered_map<std::string, std::uint32_t> types;
+  std::vector<DumpScope>& scopes = declarations.scopes;
+  while (rows.Next()) {
+    const auto id = static_cast<std::uint32_t>(declarations.variables.size());
+    rows.Place(id);
+    DumpVariable variable;
+    variable.scope = rows.Small(static_cast<std::uint32_t>(scopes.size() - 1));
+    variable.codeId = rows.Small();
+    if (std::uint64_t{variable.codeId} + 1 >= firstBit.size()) connection_.FailCorrupt();
+    const auto [type, isNew] =
+        types.try_emplace(rows.Text(), static_cast<std::uint32_t>(declarations.types.size()));
+    if (isNew) declarations.types.push_back(type->first);
+    variable.typeId = type->second;
+    variable.width = rows.Small(INT32_MAX);
+    const std::uint64_t bits = firstBit[variable.codeId + 1] - firstBit[variable.codeId];
+    if (variable.width > bits && TypeHasBits(type->first)) connection_.FailCorrupt();
+    variable.name = rows.Text();
+    if (variable.name.empty() || variable.name.size() > UINT32_MAX) connection_.FailCorrupt();
+    variable.nameWord = rows.Small(static_cast<std::uint32_t>(variable.name.size()));
+    variable.line = rows.Count();
+    scopes[variable.scope].variables.push_back(id);
+    declarations.variables.push_back(std::move(variable));
+  }
+  CheckSum(rows, "signal");
+  if (declarations.variables.empty()) connection_.FailCorrupt();
+  for (std::size_t scope = scopes.size(); scope-- > 0;) {
+    scopes[scope].populated = scopes[scope].populated || !scopes[scope].variables.empty();
+    if (scopes[scope].populated) scopes[scopes[scope].parent].populated = true;
+  }
+  declarations.date = TextOf("date");
+  declarations.version = TextOf("simulator");
+  declarations.timescale = TextOf("timescale");
+  declarations.tick = OptionalCountOf("tick_fs");
+  declarations.ended = CountOf("declarations_ended", 1) == 1;
+}
+
+void ActivityDatabase::ReadTallies(ActivityResult& result) {
+  std::map<std::string, Tally> tallies;
+  TableReader rows(connection_, "SELECT name, count, line, example FROM tally ORDER BY name",
+                   budget_);
+  while (rows.Next()) {
+    Tally& tally = tallies[rows.Text()];
+    tally.count = rows.Count();
+    tally.line = rows.Count();
+    tally.example = rows.Text();
+  }
+  CheckSum(rows, "tally");
+  ForEachTally(result, [&](const char* name, Tally& tally) {
+    const auto place = tallies.find(name);
+    if (place != tallies.end()) tally = std::move(place->second);
+  });
+}
+
+void ActivityDatabase::ReadBits(ActivityResult& result) {
+  TableReader rows(connection_,
+                   "SELECT id, t0, t1, tx, tz, tc, ig FROM bit NOT INDEXED ORDER BY id", budget_);
+  while (rows.Next()) {
+    rows.Place(result.bits.size());
+    BitFigures bit;
+    for (std::uint64_t* count : {&bit.t0, &bit.t1, &bit.tx, &bit.tz, &bit.tc, &bit.ig}) {
+      *count = rows.Count();
+    }
+    const WideCount known = WideCount{bit.t0} + bit.t1 + bit.tx + bit.tz;
+    if (known > result.observedTicks || (known < result.observedTicks && facts_.runs == 1)) {
+      connection_.FailCorrupt();
+    }
+    result.bits.push_back(bit);
+  }
+  CheckSum(rows, "bit");
+  if (result.bits.size() != result.firstBit.back()) connection_.FailCorrupt();
+}
+
+void ActivityDatabase::ReadHostRemarks(HostRun& run) {
+  TableReader rows(connection_, "SELECT id, text FROM host_remark NOT INDEXED ORDER BY id",
+                   budget_);
+  while (rows.Next()) {
+    rows.Place(run.remarks.size());
+    run.remarks.push_back(rows.Text());
+  }
+  CheckSum(rows, "host_remark");
+}
+
+void ActivityDatabase::SetHost(HostRun& run) {
+  run.SetSpan(CountOf("host_first_tick"), CountOf("host_last_tick"));
+  if (const std::optional<std::uint64_t> tick = OptionalCountOf("tick_fs")) {
+    run.nsPerTick = Nanoseconds(*tick);
+  }
+  run.whyUnknown = TextOf("host_unknown");
+  ReadHostRemarks(run);
+}
+
+void ActivityDatabase::SetExact(ActivityResult& result) {
+  result.tick = result.declarations.tick;
+  result.firstTick = CountOf("first_tick");
+  result.lastTick = CountOf("last_tick");
+  result.observedTicks = CountOf("observed_ticks");
+  result.notes.backwardStamps = CountOf("backward_stamps");
+  result.notes.pauses = CountOf("dumping_pauses");
+  result.notes.hasStamps = CountOf("has_stamps", 1) == 1;
+  result.notes.isEndCutBack = CountOf("end_cut_back", 1) == 1;
+  if (result.firstTick > result.lastTick || result.tick == 0) connection_.FailCorrupt();
+  ReadTallies(result);
+  ReadBits(result);
+}
+
+ActivityResult ActivityDatabase::ReadExact() {
+  return ReadAll().exact;
+}
+
+HostRun ActivityDatabase::ReadHost() {
+  RefusePart();
+  if (!facts_.hasHost) {
+    throw Failure(FailureKind::Unusable,
+                  name_ + ": has no figures of hosts: it was merged from several runs");
+  }
+  HostRun run;
+  std::vector<std::uint64_t> firstBit;
+  ReadCodes(firstBit, run.changes);
+  ReadScopes(run.declarations);
+  ReadSignals(firstBit, run.declarations);
+  SetHost(run);
+  return run;
+}
+
+StoredRun ActivityDatabase::ReadPart() {
+  if (!facts_.part) {
+    throw Failure(FailureKind::Unusable, name_ + ": holds a whole run, not a part of a dump");
+  }
+  StoredRun run;
+  run.facts = facts_;
+  Declarations& declarations = run.exact.declarations;
+  ReadCodes(run.exact.firstBit, run.host.changes);
+  if (run.exact.firstBit.back() > MostBitsInMemory()) {
+    throw Failure(FailureKind::Unusable, name_ + ": has more bits than the memory holds");
+  }
+  ReadScopes(declarations);
+  ReadSignals(run.exact.firstBit, declarations);
+  ReadTallies(run.exact);
+  // Codes are only counted from here on: any texts will do for them.
+  for (std::size_t i = 1; i < run.exact.firstBit.size(); ++i) {
+    (void)declarations.codes.Add(std::to_string(i));
+  }
+  const CodeBits codes(declarations);
+  if (codes.all() != run.exact.firstBit) connection_.FailCorrupt();
+  run.part = ReadPartTables(connection_, codes, byName_, budget_);
+  run.part.items = std::move(run.exact.notes.items);
+  return run;
+}
+
+StoredRun ActivityDatabase::ReadAll() {
+  RefusePart();
+  StoredRun run;
+  run.facts = facts_;
+  ReadCodes(run.exact.firstBit, run.host.changes);
+  ReadScopes(run.exact.declarations);
+  ReadSignals(run.exact.firstBit, run.exact.declarations);
+  SetExact(run.exact);
+  if (facts_.hasHost) SetHost(run.host);
+  return run;
+}
+
+}  // namespace orsa::kesncd

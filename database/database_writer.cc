@@ -1,0 +1,269 @@
+// From figures to tables, each in one go and in the order of its rows.
+#include "database/database_writer.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string>
+#include <vector>
+
+#include "activity/activity_rows.h"
+#include "activity/activity_tallies.h"
+#include "database/facts.h"
+#include "database/part_tables.h"
+#include "database/schema.h"
+#include "database/sqlite.h"
+#include "database/table_writer.h"
+#include "vcd/bit_names.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// A path that may be cut at its start: of scopes nested without end, whole paths would be out of
+/// all proportion to the dump.
+std::string BoundedPath(const Declarations& declarations, std::uint32_t scope) {
+  constexpr std::size_t kLongest = 1000;
+  std::size_t length = 0;
+  std::uint32_t top = scope;
+  while (top != Declarations::kDump && length <= kLongest) {
+    length += declarations.scopes[top].name.size() + 1;
+    top = declarations.scopes[top].parent;
+  }
+  const std::string path = declarations.PathBelow(top, scope);
+  return top == Declarations::kDump ? path : ".../" + path;
+}
+
+/// Where scopes stand in a walk of the tree: a scope and all below it are a range of places.
+struct ScopePlaces {
+  std::vector<std::uint32_t> first;
+  std::vector<std::uint32_t> last;
+
+  explicit ScopePlaces(const std::vector<DumpScope>& scopes)
+      : first(scopes.size()), last(scopes.size()) {
+    std::vector<std::uint32_t> pending{Declarations::kDump};
+    for (std::uint32_t place = 0; !pending.empty(); ++place) {
+      const std::uint32_t scope = pending.back();
+      pending.pop_back();
+      first[scope] = last[scope] = place;
+      const auto& below = scopes[scope].scopes;
+      pending.insert(pending.end(), below.rbegin(), below.rend());
+    }
+    // A scope is declared after the one that it is in.
+    for (std::size_t scope = scopes.size(); scope-- > 1;) {
+      std::uint32_t& outer = last[scopes[scope].parent];
+      outer = std::max(outer, last[scope]);
+    }
+  }
+};
+
+/// A bit's index as a number, where it is one that SQLite can count with.
+std::optional<std::int64_t> IndexOf(const BitNames& names, std::uint32_t bit) {
+  if (!names.IsIndexed()) return {};
+  const std::string text = names.Index(bit);
+  std::int64_t index = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
+  if (error != std::errc() || end != text.data() + text.size()) return {};
+  return index;
+}
+
+class DatabaseWriter {
+ public:
+  DatabaseWriter(const StoredRun& run, Connection& to)
+      : run_(run), declarations_(run.exact.declarations), to_(to) {}
+
+  void Write() {
+    to_.Run("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA page_size=16384");
+    to_.Run(("PRAGMA application_id=" + std::to_string(kApplicationId)).c_str());
+    to_.Run(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
+    to_.Run("BEGIN");
+    for (const SchemaPart& table : SchemaTables()) to_.Run(table.sql);
+    if (run_.facts.part) {
+      for (const SchemaPart& table : SchemaPartTables()) to_.Run(table.sql);
+    } else {
+      for (const SchemaPart& view : SchemaViews()) to_.Run(view.sql);
+    }
+    WriteScopes();
+    WriteCodes();
+    WriteSignals();
+    WriteBits();
+    WriteTallies();
+    WriteHostRemarks();
+    if (run_.facts.part) WritePartTables(run_.part, to_, facts_);
+    WriteFacts();
+    to_.Run("COMMIT");
+  }
+
+ private:
+  void WriteScopes() {
+    TableWriter rows(to_, "scope", 7);
+    const ScopePlaces places(declarations_.scopes);
+    for (std::uint32_t id = 0; id < declarations_.scopes.size(); ++id) {
+      const DumpScope& scope = declarations_.scopes[id];
+      rows.DerivedNumber(id);
+      rows.Count(std::uint64_t{scope.parent});
+      rows.Text(scope.kind);
+      rows.Text(scope.name);
+      const std::string path = BoundedPath(declarations_, id);
+      rows.DerivedText(path);
+      rows.DerivedNumber(places.first[id]);
+      rows.DerivedNumber(places.last[id]);
+      rows.EndRow();
+    }
+    facts_["checksum_scope"] = rows.sum();
+  }
+
+  void WriteCodes() {
+    TableWriter rows(to_, "code", 4);
+    const std::vector<std::uint64_t>& first = run_.exact.firstBit;
+    for (std::size_t id = 0; id + 1 < first.size(); ++id) {
+      rows.DerivedNumber(static_cast<std::int64_t>(id));
+      rows.Count(first[id]);
+      rows.Count(first[id + 1] - first[id]);
+      rows.Count(run_.facts.hasHost ? std::optional<std::uint64_t>(run_.host.changes[id])
+                                    : std::nullopt);
+      rows.EndRow();
+    }
+    facts_["checksum_code"] = rows.sum();
+  }
+
+  void WriteSignals() {
+    const ActivityRows activity(run_.exact);
+    std::vector<bool> isRepeated(declarations_.variables.size());
+    activity.ForEachSignal(Declarations::kDump, [&](const SignalRow& row) {
+      isRepeated[row.variableId] = row.IsWhollyRepeated();
+    });
+    TableWriter rows(to_, "signal", 13);
+    for (std::uint32_t id = 0; id < declarations_.variables.size(); ++id) {
+      WriteSignal(id, isRepeated[id], rows);
+    }
+    facts_["checksum_signal"] = rows.sum();
+  }
+
+  void WriteSignal(std::uint32_t id, bool isRepeated, TableWriter& rows) {
+    const DumpVariable& variable = declarations_.variables[id];
+    const std::string& type = declarations_.TypeOf(variable);
+    const std::uint32_t bits = TypeHasBits(type) ? variable.width : 0;
+    rows.DerivedNumber(id);
+    rows.Count(std::uint64_t{variable.scope});
+    rows.Count(std::uint64_t{variable.codeId});
+    rows.Text(type);
+    rows.Count(std::uint64_t{variable.width});
+    rows.Text(variable.name);
+    rows.Count(std::uint64_t{variable.nameWord});
+    const BitNames names(variable);
+    const bool isWhole = bits == 0 || names.Base().size() == variable.name.size();
+    rows.DerivedText(isWhole ? std::nullopt : std::optional(names.Base()));
+    const std::optional<std::int64_t> low = bits > 0 ? IndexOf(names, 0) : std::nullopt;
+    const std::optional<std::int64_t> next = bits > 1 && low ? IndexOf(names, 1) : low;
+    rows.DerivedNumber(next ? low : std::nullopt);
+    rows.DerivedNumber(next ? *next - *low : 0);
+    rows.Count(variable.line);
+    rows.DerivedNumber(bits);
+    rows.DerivedNumber(isRepeated ? 1 : 0);
+    rows.EndRow();
+  }
+
+  void WriteBits() {
+    TableWriter rows(to_, "bit", 7);
+    for (std::size_t id = 0; id < run_.exact.bits.size(); ++id) {
+      const BitFigures& bit = run_.exact.bits[id];
+      rows.DerivedNumber(static_cast<std::int64_t>(id));
+      for (const std::uint64_t count : {bit.t0, bit.t1, bit.tx, bit.tz, bit.tc, bit.ig}) {
+        rows.Count(count);
+      }
+      rows.EndRow();
+    }
+    facts_["checksum_bit"] = rows.sum();
+  }
+
+  void WriteTallies() {
+    std::map<std::string, Tally> tallies;  // in the order in which they are read
+    ForEachTally(run_.exact, [&](const char* name, const Tally& tally) { tallies[name] = tally; });
+    TableWriter rows(to_, "tally", 4);
+    for (const auto& [name, tally] : tallies) {
+      if (!tally) continue;
+      rows.Text(name);
+      rows.Count(tally.count);
+      rows.Count(tally.line);
+      rows.Text(tally.example);
+      rows.EndRow();
+    }
+    facts_["checksum_tally"] = rows.sum();
+  }
+
+  void WriteHostRemarks() {
+    TableWriter rows(to_, "host_remark", 2);
+    std::int64_t id = 0;
+    for (const std::string& remark : run_.host.remarks) {
+      rows.DerivedNumber(id++);
+      rows.Text(remark);
+      rows.EndRow();
+    }
+    facts_["checksum_host_remark"] = rows.sum();
+  }
+
+  void Note(const std::string& name, const std::optional<std::uint64_t>& count) {
+    facts_[name] = count ? FactOfCount(*count) : Fact();
+  }
+
+  void GatherFacts() {
+    const ActivityResult& exact = run_.exact;
+    facts_["dump"] = run_.facts.dump;
+    facts_["program"] = run_.facts.program;
+    facts_["date"] = declarations_.date;
+    facts_["simulator"] = declarations_.version;
+    facts_["timescale"] = declarations_.timescale;
+    Note("window_begin_fs", run_.facts.window.begin);
+    Note("window_end_fs", run_.facts.window.end);
+    Note("runs", run_.facts.runs);
+    Note("tick_fs", exact.tick);
+    Note("first_tick", exact.firstTick);
+    Note("last_tick", exact.lastTick);
+    Note("observed_ticks", exact.observedTicks);
+    Note("backward_stamps", exact.notes.backwardStamps);
+    Note("dumping_pauses", exact.notes.pauses);
+    Note("has_stamps", exact.notes.hasStamps ? 1 : 0);
+    Note("end_cut_back", exact.notes.isEndCutBack ? 1 : 0);
+    Note("declarations_ended", declarations_.ended || declarations_.hasWord ? 1 : 0);
+    Note("has_host", run_.facts.hasHost ? 1 : 0);
+    if (run_.facts.part) {
+      Note("part_dump_bytes", run_.facts.dumpBytes);
+      Note("part_dump_sample", run_.facts.dumpSample);
+    }
+    if (!run_.facts.hasHost) return;
+    Note("host_first_tick", run_.host.firstStamp);
+    Note("host_last_tick", run_.host.lastStamp);
+    facts_["host_unknown"] = run_.host.whyUnknown;
+  }
+
+  void WriteFacts() {
+    GatherFacts();
+    TableWriter rows(to_, "run", 2);
+    for (const auto& [name, fact] : facts_) {
+      rows.Text(name);
+      if (const auto* const count = std::get_if<std::uint64_t>(&fact)) rows.Count(*count);
+      if (const auto* const text = std::get_if<std::string>(&fact)) rows.Text(*text);
+      if (std::holds_alternative<std::monostate>(fact)) rows.DerivedNumber({});
+      rows.EndRow();
+    }
+    const std::uint64_t sum = rows.sum();
+    rows.Text("checksum_run");
+    rows.Count(sum);
+    rows.EndRow();
+  }
+
+  const StoredRun& run_;
+  const Declarations& declarations_;
+  Connection& to_;
+  FactsByName facts_;
+};
+
+}  // namespace
+
+void WriteDatabase(const StoredRun& run, ByteSink& out) {
+  Connection connection = Connection::InMemory("the result");
+  DatabaseWriter(run, connection).Write();
+  out.Write(connection.Bytes());
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,211 @@
+// The parts' own tables. Times are sums of differences there (see activity/activity_part.h), which
+// wrap around: they are kept as signed numbers.
+#include "database/part_tables.h"
+
+#include <array>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "database/table_reader.h"
+#include "database/table_writer.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// Calls `visit(name, value)` for all of a part that is one number.
+template <class Part, class Visit>
+void ForEachNumber(Part& part, Visit visit) {
+  visit("part_first", part.choice.first);
+  visit("part_last", part.choice.last);
+  visit("part_count", part.choice.parts);
+  visit("part_dump_bytes", part.dumpBytes);
+  visit("part_begin", part.begin);
+  visit("part_end", part.end);
+  visit("part_lines", part.lines);
+  visit("part_begins_body", part.beginsBody);
+  visit("part_ends_cleanly", part.endsCleanly);
+  visit("part_ends_dump", part.endsDump);
+  auto& activity = part.activity;
+  visit("part_has_stamps", activity.hasStamps);
+  visit("part_first_stamp", activity.first);
+  visit("part_last_stamp", activity.last);
+  visit("part_backward", activity.backward);
+  visit("part_first_switch", activity.firstSwitch);
+  visit("part_switch_time", activity.switchTime);
+  visit("part_is_middle_open", activity.isMiddleOpen);
+  visit("part_middle_end", activity.middleEnd);
+  visit("part_is_tail_open", activity.isTailOpen);
+  visit("part_tail_observed", activity.tailObserved);
+  visit("part_tail_pauses", activity.tailPauses);
+  auto& host = part.host;
+  visit("part_host_repeated", host.repeated);
+  visit("part_host_opens_off", host.opensOff);
+  visit("part_host_dumping_on", host.dumping.isOn);
+  visit("part_host_dumping_stamp", host.dumping.hasStamp);
+  visit("part_host_dumping_now", host.dumping.now);
+  visit("part_host_dumping_since", host.dumping.offSince);
+  visit("part_host_dumping_off", host.dumping.offTicks);
+  auto& window = host.window;
+  visit("part_host_stamps", window.time.stamps);
+  visit("part_host_open", window.time.isOpen);
+  visit("part_host_end_cut", window.time.isEndCut);
+  visit("part_host_first", window.time.first);
+  visit("part_host_last", window.time.last);
+  visit("part_host_first_stamp", window.firstStamp);
+  visit("part_host_now", window.now);
+  visit("part_host_dumping", window.isDumping);
+  visit("part_host_begun", window.hasBegun);
+  visit("part_host_done", window.isDone);
+}
+
+/// The largest number that a value may come from.
+template <class Value>
+constexpr std::uint64_t MostOf() {
+  if constexpr (std::is_same_v<Value, bool>) return 1;
+  if constexpr (std::is_same_v<Value, ActivityPart::Switch>) return 2;
+  if constexpr (std::is_same_v<Value, std::uint32_t>) return UINT32_MAX;
+  return UINT64_MAX;
+}
+
+template <class Activity>
+auto PiecesOf(Activity& activity) {
+  return std::array{&activity.front, &activity.middle, &activity.tail};
+}
+
+void WriteBits(const ActivityPart& activity, Connection& to, FactsByName& facts) {
+  TableWriter rows(to, "part_bit", 9);
+  std::uint64_t number = 0;
+  for (const ObservedPiece* piece : PiecesOf(activity)) {
+    for (std::size_t bit = 0; bit < piece->figures.size(); ++bit) {
+      const BitFigures& figures = piece->figures[bit];
+      const BitEdge edge = piece->edges[bit];
+      if (!edge.IsSeen() && figures == BitFigures()) continue;
+      rows.Count(number);
+      rows.Count(std::uint64_t{bit});
+      for (const std::uint64_t sum :
+           {figures.t0, figures.t1, figures.tx, figures.tz, figures.tc, figures.ig}) {
+        rows.Signed(sum);
+      }
+      rows.Count(std::uint64_t{edge.ToByte()});
+      rows.EndRow();
+    }
+    ++number;
+  }
+  facts["checksum_part_bit"] = rows.sum();
+}
+
+void WriteCodes(const HostPart& host, Connection& to, FactsByName& facts) {
+  TableWriter rows(to, "part_code", 5);
+  for (std::size_t id = 0; id < host.codes.size(); ++id) {
+    const HostPart::Code& code = host.codes[id];
+    const HostPart::First& first = host.first[id];
+    if (code.last == 0 && code.changes == 0 && first.value == 0) continue;
+    rows.Count(std::uint64_t{id});
+    rows.Count(std::uint64_t{code.changes});
+    rows.Count(std::uint64_t{code.last});
+    rows.Count(std::uint64_t{first.value});
+    rows.Count(static_cast<std::uint64_t>(first.kind));
+    rows.EndRow();
+  }
+  facts["checksum_part_code"] = rows.sum();
+}
+
+class PartReader {
+ public:
+  PartReader(Connection& from, const CodeBits& codes, const FactsByName& facts,
+             std::uint64_t& budget)
+      : from_(from), codes_(codes), facts_(facts), budget_(budget) {}
+
+  BodyPart Read() {
+    BodyPart part;
+    ForEachNumber(part, [&](const char* name, auto& value) {
+      using Value = std::remove_reference_t<decltype(value)>;
+      value = static_cast<Value>(CountOf(name, MostOf<Value>()));
+    });
+    const PartChoice& choice = part.choice;
+    if (choice.first > choice.last || choice.last >= choice.parts || part.begin > part.end) {
+      from_.FailCorrupt();
+    }
+    ReadBits(part.activity);
+    ReadCodes(part.host);
+    return part;
+  }
+
+ private:
+  std::uint64_t CountOf(const std::string& name, std::uint64_t most) const {
+    const auto place = facts_.find(name);
+    if (place == facts_.end()) from_.FailCorrupt();
+    const auto* const number = std::get_if<std::uint64_t>(&place->second);
+    const auto* const text = std::get_if<std::string>(&place->second);
+    const std::optional<std::uint64_t> count = number != nullptr ? std::optional(*number)
+                                               : text != nullptr ? LongCount(*text)
+                                                                 : std::nullopt;
+    if (!count || *count > most) from_.FailCorrupt();
+    return *count;
+  }
+
+  void ReadBits(ActivityPart& activity) {
+    TableReader rows(from_,
+                     "SELECT piece, bit, t0, t1, tx, tz, tc, ig, edge FROM part_bit NOT INDEXED"
+                     " ORDER BY rowid",
+                     budget_);
+    while (rows.Next()) {
+      ObservedPiece& piece = *PiecesOf(activity)[rows.Small(2)];
+      if (piece.IsEmpty()) {
+        piece.figures.resize(codes_.bits());
+        piece.edges.resize(codes_.bits());
+      }
+      const std::uint64_t bit = rows.Count();
+      if (bit >= codes_.bits()) from_.FailCorrupt();
+      BitFigures& figures = piece.figures[bit];
+      for (std::uint64_t* sum :
+           {&figures.t0, &figures.t1, &figures.tx, &figures.tz, &figures.tc, &figures.ig}) {
+        *sum = rows.Signed();
+      }
+      piece.edges[bit] = BitEdge::FromByte(static_cast<std::uint8_t>(rows.Small(UINT8_MAX)));
+    }
+    if (rows.sum() != CountOf("checksum_part_bit", UINT64_MAX)) from_.FailCorrupt();
+  }
+
+  void ReadCodes(HostPart& host) {
+    host.codes.resize(codes_.codes());
+    host.first.resize(codes_.codes());
+    TableReader rows(from_,
+                     "SELECT id, changes, last, first_value, first_kind FROM part_code NOT INDEXED"
+                     " ORDER BY id",
+                     budget_);
+    while (rows.Next()) {
+      const std::uint64_t id = rows.Count();
+      if (id >= codes_.codes()) from_.FailCorrupt();
+      host.codes[id].changes = rows.Small(kMostChanges);
+      host.codes[id].last = rows.Small();
+      host.first[id].value = rows.Small();
+      host.first[id].kind = static_cast<HostPart::FirstValue>(rows.Small(2));
+    }
+    if (rows.sum() != CountOf("checksum_part_code", UINT64_MAX)) from_.FailCorrupt();
+  }
+
+  Connection& from_;
+  const CodeBits& codes_;
+  const FactsByName& facts_;
+  std::uint64_t& budget_;
+};
+
+}  // namespace
+
+void WritePartTables(const BodyPart& part, Connection& to, FactsByName& facts) {
+  ForEachNumber(part, [&](const char* name, const auto& value) {
+    facts[name] = FactOfCount(static_cast<std::uint64_t>(value));
+  });
+  WriteBits(part.activity, to, facts);
+  WriteCodes(part.host, to, facts);
+}
+
+BodyPart ReadPartTables(Connection& from, const CodeBits& codes, const FactsByName& facts,
+                        std::uint64_t& budget) {
+  return PartReader(from, codes, facts, budget).Read();
+}
+
+}  // namespace orsa::kesncd

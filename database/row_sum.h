@@ -1,0 +1,42 @@
+// A number that stands for all that was written into a table, or read from it. Nothing in an SQLite
+// file tells a figure with a flipped bit from the one that was counted; this does.
+#ifndef KESNCD_DATABASE_ROW_SUM_H_
+#define KESNCD_DATABASE_ROW_SUM_H_
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+/// The same values in the same order give the same sum, on every machine.
+class RowSum {
+ public:
+  void Add(std::uint64_t value) {
+    sum_ = (sum_ ^ value) * kFactor;
+    sum_ ^= sum_ >> 32;
+  }
+  void Add(std::string_view text) {
+    Add(std::uint64_t{text.size()});
+    for (std::size_t i = 0; i < text.size(); i += sizeof(std::uint64_t)) {
+      std::uint64_t bytes = 0;
+      std::memcpy(&bytes, text.data() + i, std::min(sizeof bytes, text.size() - i));
+      if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
+      Add(bytes);
+    }
+  }
+  /// Not negative, as SQLite has integers.
+  std::uint64_t value() const { return sum_ >> 1; }
+
+ private:
+  static constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
+
+  std::uint64_t sum_ = 0;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_DATABASE_ROW_SUM_H_

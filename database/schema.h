@@ -1,0 +1,29 @@
+// The tables and views of an activity database, which docs/formats.md describes. All of a schema's
+// statements are here, so that reader and writer cannot know different ones.
+#ifndef KESNCD_DATABASE_SCHEMA_H_
+#define KESNCD_DATABASE_SCHEMA_H_
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace orsa::kesncd {
+
+/// "KNcd", by which the file is known among SQLite's.
+inline constexpr std::int32_t kApplicationId = 0x4B4E6364;
+inline constexpr std::int32_t kSchemaVersion = 1;
+
+struct SchemaPart {
+  std::string_view name;
+  const char* sql;
+};
+/// Tables that the program reads back: a file in which one of them says something else is foreign.
+std::span<const SchemaPart> SchemaTables();
+/// Further tables, of a file that holds a part of a dump.
+std::span<const SchemaPart> SchemaPartTables();
+/// Views for those who ask in SQL.
+std::span<const SchemaPart> SchemaViews();
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_DATABASE_SCHEMA_H_

@@ -1,0 +1,120 @@
+// Opening databases, and what to make of SQLite's codes.
+#include "database/sqlite.h"
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// The path as the part of a URI that names a file.
+std::string UriOf(const std::string& path) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const std::string absolute = std::filesystem::absolute(path).string();
+  std::string uri = "file://";
+  for (const char c : absolute) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                         (c >= '0' && c <= '9') || c == '/' || c == '.' || c == '_' || c == '-';
+    if (isPlain) {
+      uri += c;
+    } else {
+      uri += '%';
+      uri += kDigits[byte >> 4U];
+      uri += kDigits[byte & 0xFU];
+    }
+  }
+  return uri;
+}
+
+}  // namespace
+
+void StatementEnd::operator()(sqlite3_stmt* statement) const {
+  (void)sqlite3_finalize(statement);
+}
+
+void Connection::Close::operator()(sqlite3* handle) const {
+  (void)sqlite3_close_v2(handle);
+}
+
+void Connection::Open(const std::string& path, int flags, const char* vfs) {
+  sqlite3* handle = nullptr;
+  const int code = sqlite3_open_v2(path.c_str(), &handle, flags, vfs);
+  handle_.reset(handle);
+  if (code != SQLITE_OK) Fail(code);
+}
+
+Connection Connection::InMemory(const std::string& name) {
+  Connection connection(name, FailureKind::OutputFailed);
+  connection.Open("new", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, "memdb");
+  sqlite3_int64 most = std::numeric_limits<sqlite3_int64>::max() / 4;
+  (void)sqlite3_file_control(connection.handle_.get(), "main", SQLITE_FCNTL_SIZE_LIMIT, &most);
+  return connection;
+}
+
+Connection Connection::ReadOnly(const std::string& path, const std::string& name) {
+  Connection connection(name, FailureKind::Unusable);
+  connection.Open(UriOf(path) + "?mode=ro&immutable=1",
+                  SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
+  sqlite3* const handle = connection.handle_.get();
+  (void)sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  (void)sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  (void)sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+  (void)sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+  (void)sqlite3_limit(handle, SQLITE_LIMIT_ATTACHED, 0);
+  (void)sqlite3_limit(handle, SQLITE_LIMIT_WORKER_THREADS, 0);
+  (void)sqlite3_limit(handle, SQLITE_LIMIT_VDBE_OP, 10000);
+  (void)sqlite3_limit(handle, SQLITE_LIMIT_EXPR_DEPTH, 100);
+  connection.Run("PRAGMA cell_size_check=ON");
+  return connection;
+}
+
+void Connection::Run(const char* sql) {
+  const int code = sqlite3_exec(handle_.get(), sql, nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) Fail(code);
+}
+
+Statement Connection::Prepare(const char* sql) {
+  sqlite3_stmt* statement = nullptr;
+  const int code = sqlite3_prepare_v2(handle_.get(), sql, -1, &statement, nullptr);
+  if (code != SQLITE_OK) Fail(code);
+  return Statement(statement);
+}
+
+bool Connection::Step(sqlite3_stmt* statement) {
+  const int code = sqlite3_step(statement);
+  if (code != SQLITE_ROW && code != SQLITE_DONE) Fail(code);
+  return code == SQLITE_ROW;
+}
+
+std::string_view Connection::Bytes() {
+  sqlite3_int64 size = 0;
+  const unsigned char* const bytes =
+      sqlite3_serialize(handle_.get(), "main", &size, SQLITE_SERIALIZE_NOCOPY);
+  if (bytes == nullptr) throw std::bad_alloc();
+  return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size)};
+}
+
+void Connection::Fail(int code) const {
+  if (code == SQLITE_NOMEM) throw std::bad_alloc();
+  const std::string reason = handle_ ? sqlite3_errmsg(handle_.get()) : sqlite3_errstr(code);
+  if (kind_ == FailureKind::OutputFailed) {
+    throw Failure(kind_, name_ + ": cannot make the database: " + reason);
+  }
+  const int kind = code & 0xFF;
+  if (kind == SQLITE_CANTOPEN || kind == SQLITE_IOERR || kind == SQLITE_PERM) {
+    throw Failure(kind_, name_ + ": " + reason);
+  }
+  throw Failure(kind_, name_ + ": is no database of activity, or a corrupt one: " + reason);
+}
+
+void Connection::FailCorrupt() const {
+  throw Failure(kind_, name_ + ": is a corrupt database: it does not hold what was written");
+}
+
+}  // namespace orsa::kesncd

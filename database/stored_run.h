@@ -1,0 +1,38 @@
+// What an activity database holds: the figures of one dump of both kinds, and whence they come.
+#ifndef KESNCD_DATABASE_STORED_RUN_H_
+#define KESNCD_DATABASE_STORED_RUN_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "activity/activity_result.h"
+#include "activity/body_part.h"
+#include "activity/host_run.h"
+#include "free_format/prepare.h"
+
+namespace orsa::kesncd {
+
+struct StoredFacts {
+  std::string dump;                // what it was called when it was counted
+  std::string program;             // the version of the program that counted
+  TimeWindow window;               // that was counted
+  std::uint64_t runs = 1;          // more than one: dumps of one design, merged
+  bool hasHost = true;             // false: without figures by the hosts' rule
+  std::optional<PartChoice> part;  // of the dump, if it is not the whole
+  std::uint64_t dumpBytes = 0;     // of a part's dump
+  std::uint64_t dumpSample = 0;    // the same for the same dump, wherever it is
+};
+
+struct StoredRun {
+  StoredFacts facts;
+  ActivityResult exact;
+  HostRun host;  // its declarations are those of `exact`
+  /// Of a part of a dump all that was counted; nothing else has figures then but the declarations,
+  /// the first bits of codes and what was passed over.
+  BodyPart part;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_DATABASE_STORED_RUN_H_

@@ -1,0 +1,85 @@
+// Checked values of a table's rows.
+#include "database/table_reader.h"
+
+#include <sqlite3.h>
+
+namespace orsa::kesncd {
+
+bool TableReader::Next() {
+  column_ = 0;
+  return from_.Step(select_.get());
+}
+
+std::uint64_t TableReader::TextCount() {
+  const auto* const text = static_cast<const char*>(sqlite3_column_blob(select_.get(), column_));
+  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(select_.get(), column_));
+  const std::optional<std::uint64_t> count = LongCount({text, size});
+  if (!count) from_.FailCorrupt();
+  return *count;
+}
+
+std::uint64_t TableReader::Count(std::uint64_t most) {
+  std::uint64_t count = 0;
+  const int type = sqlite3_column_type(select_.get(), column_);
+  if (type == SQLITE_INTEGER) {
+    const sqlite3_int64 number = sqlite3_column_int64(select_.get(), column_);
+    if (number < 0) from_.FailCorrupt();
+    count = static_cast<std::uint64_t>(number);
+  } else if (type == SQLITE_TEXT) {
+    count = TextCount();
+  } else {
+    from_.FailCorrupt();
+  }
+  if (count > most) from_.FailCorrupt();
+  sum_.Add(count);
+  ++column_;
+  return count;
+}
+
+std::optional<std::uint64_t> TableReader::OptionalCount() {
+  const bool isKnown = sqlite3_column_type(select_.get(), column_) != SQLITE_NULL;
+  sum_.Add(std::uint64_t{isKnown ? 1U : 0U});
+  if (isKnown) return Count();
+  ++column_;
+  return std::nullopt;
+}
+
+std::uint64_t TableReader::Signed() {
+  if (sqlite3_column_type(select_.get(), column_) != SQLITE_INTEGER) from_.FailCorrupt();
+  const auto sum = static_cast<std::uint64_t>(sqlite3_column_int64(select_.get(), column_++));
+  sum_.Add(sum);
+  return sum;
+}
+
+std::string TableReader::Text() {
+  const int type = sqlite3_column_type(select_.get(), column_);
+  if (type != SQLITE_TEXT && type != SQLITE_BLOB) from_.FailCorrupt();
+  const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(select_.get(), column_));
+  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(select_.get(), column_));
+  ++column_;
+  if (size > budget_) from_.FailCorrupt();
+  budget_ -= size;
+  const std::string_view text =
+      bytes == nullptr ? std::string_view() : std::string_view(bytes, size);
+  sum_.Add(text);
+  return std::string(text);
+}
+
+Fact TableReader::Value() {
+  const int type = sqlite3_column_type(select_.get(), column_);
+  if (type == SQLITE_INTEGER) return Count();
+  if (type == SQLITE_TEXT || type == SQLITE_BLOB) return Text();
+  if (type != SQLITE_NULL) from_.FailCorrupt();
+  ++column_;
+  return {};
+}
+
+void TableReader::Place(std::uint64_t expected) {
+  const bool isPlace =
+      sqlite3_column_type(select_.get(), column_) == SQLITE_INTEGER &&
+      static_cast<std::uint64_t>(sqlite3_column_int64(select_.get(), column_)) == expected;
+  if (!isPlace) from_.FailCorrupt();
+  ++column_;
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,133 @@
+// One reading of a dump against threads, and against parts that are added up as by a merge.
+#include "tests/support/parted_rules.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+#include "activity/body_part.h"
+#include "activity/host_run.h"
+#include "tests/support/dump_figures.h"
+#include "tests/support/require.h"
+#include "tests/support/text_stream.h"
+#include "text/failure.h"
+#include "vcd/time_text.h"
+
+using namespace orsa::kesncd;
+
+namespace support {
+
+namespace {
+
+class TextFile : public ByteFile {
+ public:
+  explicit TextFile(const std::string& text) : text_(text) {}
+  std::uint64_t size() const override { return text_.size(); }
+  std::size_t ReadAt(std::uint64_t offset, char* to, std::size_t most) override {
+    return offset < text_.size() ? text_.copy(to, most, offset) : 0;
+  }
+
+ private:
+  const std::string& text_;
+};
+
+std::string TextOf(const ActivityResult& result) {
+  std::ostringstream text;
+  text << "activity of " << result.observedTicks << " in " << result.firstTick << " to "
+       << result.lastTick << ", " << result.notes.pauses << " pauses";
+  for (const BitFigures& bit : result.bits) {
+    text << '\n'
+         << bit.t0 << ' ' << bit.t1 << ' ' << bit.tx << ' ' << bit.tz << ' ' << bit.tc << ' '
+         << bit.ig;
+  }
+  for (const std::string& remark : RemarksOn(result)) text << "\n! " << remark;
+  return text.str();
+}
+
+std::string TextOf(const HostRun& run) {
+  std::ostringstream text;
+  text << "changes from " << run.firstTick << " to " << run.lastTick << ", " << run.spanTicks;
+  for (const std::uint32_t changes : run.changes) text << '\n' << changes;
+  for (const std::string& remark : run.remarks) text << "\n! " << remark;
+  text << '\n' << run.whyUnknown;
+  return text.str();
+}
+
+/// What becomes of a reading, be it a failure.
+template <class Read>
+std::string Outcome(Read read) {
+  try {
+    return TextOf(read());
+  } catch (const Failure& failure) {
+    return failure.what();
+  }
+}
+
+/// Reads every part by itself, and again with the ones before it where it does not add up.
+BodyPart Merged(TextFile& file, const ActivityOptions& options, std::uint32_t parts,
+                Declarations& declarations) {
+  std::vector<BodyPart> sums;
+  for (std::uint32_t part = 0; part < parts; ++part) {
+    PartRun run = ReadBodyPart(file, {part, part, parts}, options);
+    declarations = std::move(run.declarations);
+    while (!sums.empty() && !sums.back().CanPrecede(run.part)) {
+      run = ReadBodyPart(file, {sums.back().choice.first, part, parts}, options);
+      sums.pop_back();
+    }
+    sums.push_back(std::move(run.part));
+  }
+  const CodeBits codes(declarations);
+  while (sums.size() > 1) {
+    BodyPart last = std::move(sums.back());
+    sums.pop_back();
+    sums.back().Add(codes, std::move(last));
+  }
+  return std::move(sums.front());
+}
+
+void RequireSame(const std::string& parted, const std::string& whole, const std::string& how) {
+  Require(parted == whole, [&] { return how + ":\n" + parted + "\nin one reading:\n" + whole; });
+}
+
+}  // namespace
+
+void CheckReadingInParts(const Input& input) {
+  ActivityOptions options;
+  options.block = kSmallBlock;
+  options.window.begin = Femtoseconds(input.Option(0));
+  options.window.end = Femtoseconds(input.Option(1));
+  TextSource whole(input.text, kSmallBlock / 3);
+  const std::string activity = Outcome([&] { return CountActivity(whole, options); });
+  TextSource again(input.text, kSmallBlock / 3);
+  const std::string changes =
+      Outcome([&] { return ReadHostRun(again, "", options.window, kSmallBlock); });
+
+  constexpr std::uint32_t kMostParts = 64;
+  const auto asked = static_cast<std::uint32_t>(std::strtoul(input.Option(2).c_str(), nullptr, 10));
+  std::vector<std::uint32_t> numbers{2, 3, 7, 40};
+  if (asked > 0) numbers = {std::min(asked, kMostParts)};
+  TextFile file(input.text);
+  for (const std::uint32_t parts : numbers) {
+    const std::string by = std::to_string(parts);
+    options.jobs = parts;
+    RequireSame(Outcome([&] { return CountActivity(file, options); }), activity, by + " threads");
+    RequireSame(Outcome([&] { return ReadHostRun(file, "", options.window, parts, kSmallBlock); }),
+                changes, by + " threads");
+    RequireSame(Outcome([&] {
+                  Declarations declarations;
+                  BodyPart sum = Merged(file, options, parts, declarations);
+                  return FinishActivity(std::move(declarations), std::move(sum.activity), sum.items,
+                                        options);
+                }),
+                activity, by + " parts");
+    if (options.window.begin || options.window.end) continue;
+    RequireSame(Outcome([&] {
+                  Declarations declarations;
+                  BodyPart sum = Merged(file, options, parts, declarations);
+                  return FinishHostRun(std::move(declarations), std::move(sum.host), sum.items, "");
+                }),
+                changes, by + " parts");
+  }
+}
+
+}  // namespace support
