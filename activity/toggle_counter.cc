@@ -55,8 +55,8 @@ void ToggleCounter::CountShares(std::uint32_t codeId, std::uint32_t index, std::
                                 std::uint64_t sign) {
   for (const ModuleShare& share : shares_.Of(codeId)) {
     const int count = std::popcount(toggles & Lanes(share.from, share.to, index));
-    const std::int64_t added = std::int64_t{share.times} * count;
-    sums_[share.module] += sign * static_cast<std::uint64_t>(added);
+    const std::int64_t counted = std::int64_t{share.times} * count;
+    sums_[share.module] += sign * static_cast<std::uint64_t>(counted);
   }
 }
 
