@@ -30,7 +30,7 @@ struct ExactOptions {
   std::optional<ExactFormat> asked;         // else the path's ending says which, else it is a table
   ExactFormat format = ExactFormat::Table;  // set before anything is read
   OutputOptions output;                     // whose format is set for rows
-  std::optional<PartChoice> part;  // of the dump, instead of all of it
+  std::optional<PartChoice> part;           // of the dump, instead of all of it
   ClockOptions clock;
   std::optional<std::uint64_t> timeUnit;  // femtoseconds
   std::string strip;
