@@ -34,6 +34,7 @@ class ActivityCounter {
   ActivityCounter(const ActivityCounter&) = delete;
   ActivityCounter& operator=(const ActivityCounter&) = delete;
 
+  void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&codes_[codeId], 1); }
   void Scalar(std::uint32_t codeId, char value);
   void Vector(std::uint32_t codeId, std::string_view value);
   void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}

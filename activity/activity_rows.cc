@@ -48,6 +48,7 @@ struct ModuleCodes {
 }  // namespace
 
 std::string WideText(WideCount count) {
+  if (count <= UINT64_MAX) return std::to_string(static_cast<std::uint64_t>(count));
   std::string digits;
   do {
     digits.insert(digits.begin(), static_cast<char>('0' + static_cast<int>(count % 10)));

@@ -9,52 +9,19 @@
 
 #include "activity/activity_counter.h"
 #include "activity/activity_part.h"
-#include "activity/activity_window.h"
+#include "activity/activity_start.h"
 #include "activity/code_bits.h"
 #include "activity/toggle_watch.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"
 #include "free_format/remarks.h"
-#include "text/failure.h"
-#include "vcd/bit_names.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
 constexpr std::uint64_t kBytesPerBit = 120;
-
-[[noreturn]] void FailEmptyWindow(const std::string& dump) {
-  throw Failure(FailureKind::NothingMatched, dump + ": nothing lies in the window");
-}
-
-/// Notes the variables without bits.
-void FindBitless(const Declarations& declarations, ActivityNotes& notes) {
-  for (const DumpVariable& variable : declarations.variables) {
-    if (!TypeHasBits(declarations.TypeOf(variable))) {
-      Tally& tally = notes.typesWithoutBits;
-      tally.Add(variable.line, tally ? "" : declarations.ShortPathOf(variable));
-    } else if (variable.width == 0) {
-      Tally& tally = notes.withoutBits;
-      tally.Add(variable.line, tally ? "" : declarations.ShortPathOf(variable));
-    }
-  }
-}
-
-TickWindow WindowOf(const Declarations& declarations, const ActivityOptions& options) {
-  const auto tick = declarations.tick ? declarations.tick : options.tick;
-  return WindowInTicks(options.window, tick, options.dump);
-}
-
-/// Throws where nothing of the dump lies in the window.
-void CheckWindow(const ActivityPart& part, const TickWindow& window, const std::string& dump) {
-  if (!window.begin && !window.end) return;
-  if (!part.hasStamps || part.last < window.begin.value_or(0) ||
-      part.first > window.end.value_or(UINT64_MAX)) {
-    FailEmptyWindow(dump);
-  }
-}
 
 std::vector<std::uint32_t> WatchedCodes(const Declarations& declarations,
                                         const ActivityOptions& options) {
@@ -68,68 +35,47 @@ unsigned ThreadsFor(const CodeBits& codes, const ActivityOptions& options) {
   return static_cast<unsigned>(std::clamp<std::uint64_t>(most, 1, options.jobs));
 }
 
+ActivityResult Finish(ActivityStart& start, ActivityPart part, ItemTallies items) {
+  start.CheckWindow(part.hasStamps, part.first, part.last);
+  start.result.notes.items = std::move(items);
+  std::move(part).Finish(start.codes, start.window, start.result);
+  return std::move(start.result);
+}
+
 /// Goes on from the declarations to the end of the dump.
-ActivityResult CountBody(DumpWords& words, Declarations declarations, const CodeBits& codes,
-                         const std::vector<std::uint32_t>& watched,
-                         const ActivityOptions& options) {
-  const ActivityWindow window = ActivityWindowOf(declarations, options);
-  DumpItems items(words, declarations);
-  ActivityCounter counter(codes, window);
-  std::vector<ToggleSpan> spans;
+ActivityResult CountBody(DumpWords& words, ActivityStart& start,
+                         const std::vector<std::uint32_t>& watched) {
+  DumpItems items(words, start.result.declarations);
+  ActivityCounter counter(start.codes, start.window);
   if (watched.empty()) {
     ReadBody(items, counter);
   } else {
-    ToggleWatch watch(counter, watched, codes.codes(), window);
+    ToggleWatch watch(counter, watched, start.codes.codes(), start.window);
     ReadBody(items, watch);
-    spans = watch.Take();
+    start.result.watched = watch.Take();
   }
   const ItemTallies tallies = items.tallies();
-  ActivityResult result =
-      FinishActivity(std::move(declarations), counter.TakePart(), tallies, options);
-  result.watched = std::move(spans);
-  return result;
+  return Finish(start, counter.TakePart(), tallies);
 }
 
 }  // namespace
 
-ActivityWindow ActivityWindowOf(const Declarations& declarations, const ActivityOptions& options) {
-  const TickWindow window = WindowOf(declarations, options);
-  const ActivityWindow all;
-  const ActivityWindow bounds{window.begin.value_or(all.begin), window.end.value_or(all.end)};
-  if (bounds.begin > bounds.end) FailEmptyWindow(options.dump);
-  return bounds;
-}
-
-void CheckMemory(const CodeBits& codes, const ActivityOptions& options) {
-  if (codes.bits() <= options.mostBits) return;
-  throw Failure(FailureKind::Unusable, options.dump + ": declares " + std::to_string(codes.bits()) +
-                                           " bits, more than the memory holds");
-}
-
 ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options) {
   DumpWords words(dump, options.block, options.block / 4);
-  Declarations declarations = ReadDeclarations(words, options.dump);
-  (void)ActivityWindowOf(declarations, options);
-  const CodeBits codes(declarations);
-  CheckMemory(codes, options);
-  const std::vector<std::uint32_t> watched = WatchedCodes(declarations, options);
-  return CountBody(words, std::move(declarations), codes, watched, options);
+  ActivityStart start(ReadDeclarations(words, options.dump), options);
+  return CountBody(words, start, WatchedCodes(start.result.declarations, options));
 }
 
 ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options) {
   FileDump dump(file, options.block);
-  Declarations declarations = ReadDeclarations(dump.words(), options.dump);
-  const ActivityWindow window = ActivityWindowOf(declarations, options);
-  const CodeBits codes(declarations);
-  CheckMemory(codes, options);
-  const std::vector<std::uint32_t> watched = WatchedCodes(declarations, options);
+  ActivityStart start(ReadDeclarations(dump.words(), options.dump), options);
+  const CodeBits& codes = start.codes;
+  const std::vector<std::uint32_t> watched = WatchedCodes(start.result.declarations, options);
   const unsigned threads = ThreadsFor(codes, options);
-  if (threads == 1 || !watched.empty()) {
-    return CountBody(dump.words(), std::move(declarations), codes, watched, options);
-  }
+  if (threads == 1 || !watched.empty()) return CountBody(dump.words(), start, watched);
   ActivityPart whole;
   bool isFirst = true;
-  const auto make = [&] { return std::make_unique<ActivityCounter>(codes, window); };
+  const auto make = [&] { return std::make_unique<ActivityCounter>(codes, start.window); };
   const auto take = [&](const std::unique_ptr<ActivityCounter> counter) {
     if (isFirst) {
       whole = counter->TakePart();
@@ -138,23 +84,14 @@ ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options) {
     }
     isFirst = false;
   };
-  ItemTallies tallies = ReadInParts(dump, declarations, dump.Cut(threads), make, take);
-  return FinishActivity(std::move(declarations), std::move(whole), std::move(tallies), options);
+  ItemTallies tallies = ReadInParts(dump, start.result.declarations, dump.Cut(threads), make, take);
+  return Finish(start, std::move(whole), std::move(tallies));
 }
 
 ActivityResult FinishActivity(Declarations declarations, ActivityPart part, ItemTallies items,
                               const ActivityOptions& options) {
-  const TickWindow ticks = WindowOf(declarations, options);
-  const ActivityWindow window = ActivityWindowOf(declarations, options);
-  CheckWindow(part, ticks, options.dump);
-  ActivityResult result;
-  result.tick = declarations.tick ? declarations.tick : options.tick;
-  result.declarations = std::move(declarations);
-  FindBitless(result.declarations, result.notes);
-  result.notes.items = std::move(items);
-  result.notes.isEndCutBack = ticks.end && part.last < *ticks.end;
-  std::move(part).Finish(CodeBits(result.declarations), window, result);
-  return result;
+  ActivityStart start(std::move(declarations), options);
+  return Finish(start, std::move(part), std::move(items));
 }
 
 std::uint64_t MemoryBytes() {

@@ -42,12 +42,6 @@ ActivityResult CountActivity(ByteFile& dump, const ActivityOptions& options);
 ActivityResult FinishActivity(Declarations declarations, ActivityPart part, ItemTallies items,
                               const ActivityOptions& options);
 
-/// The window of the options, in ticks, with both bounds. Throws as CountActivity does.
-ActivityWindow ActivityWindowOf(const Declarations& declarations, const ActivityOptions& options);
-
-/// Throws Failure with Unusable where there are more bits than there may be.
-void CheckMemory(const CodeBits& codes, const ActivityOptions& options);
-
 /// Of this machine.
 std::uint64_t MemoryBytes();
 /// How many bits the memory of this machine holds the activity of.

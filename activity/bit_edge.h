@@ -15,7 +15,7 @@ enum Level : std::uint8_t { kLow = 0, kHigh = 1, kUnknown = 2, kFloating = 3 };
 
 /// The level of '0', '1', 'x' or 'z'.
 inline Level LevelOf(char value) {
-  const auto c = static_cast<unsigned>(value);
+  const unsigned c = static_cast<unsigned char>(value);
   return static_cast<Level>((c & 1) | (c >> 1 & 1) | (c >> 5 & 2));
 }
 
@@ -116,7 +116,7 @@ class BitEdge {
   static BitEdge Of(const Parts& parts) {
     BitEdge edge;
     edge.bits_ = static_cast<std::uint8_t>(
-        unsigned{parts.high} | unsigned{parts.unknown} << 1 | (parts.hasKnown ? kHasKnown : 0U) |
+        (parts.high ? 1U : 0U) | (parts.unknown ? 2U : 0U) | (parts.hasKnown ? kHasKnown : 0U) |
         (parts.hasKnown && parts.known ? kKnown : 0U) | (parts.touched ? kTouched : 0U) |
         (parts.hasKnown && parts.first ? kFirst : 0U) |
         (parts.hasKnown && parts.touchedBefore ? kTouchedBefore : 0U) |

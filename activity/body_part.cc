@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "activity/activity_start.h"
 #include "activity/both_counters.h"
 #include "free_format/body_stretch.h"
 #include "free_format/declaration_reader.h"
@@ -60,10 +61,9 @@ void ReadStretch(StretchReader<BothCounters>& reader, BodyPart& part) {
 PartRun ReadBodyPart(ByteFile& file, const PartChoice& choice, const ActivityOptions& options) {
   FileDump dump(file, options.block);
   PartRun run;
-  run.declarations = ReadDeclarations(dump.words(), options.dump);
-  const CodeBits codes(run.declarations);
-  CheckMemory(codes, options);
-  BothCounters counters(codes, ActivityWindowOf(run.declarations, options));
+  ActivityStart start(ReadDeclarations(dump.words(), options.dump), options);
+  const Declarations& declarations = start.result.declarations;
+  BothCounters counters(start.codes, start.window);
   BodyPart& part = run.part;
   part.choice = choice;
   part.dumpBytes = file.size();
@@ -74,15 +74,15 @@ PartRun ReadBodyPart(ByteFile& file, const PartChoice& choice, const ActivityOpt
   part.end = stretch.end == StretchSource::kFileEnd ? part.dumpBytes : stretch.end;
   if (part.beginsBody) {
     dump.EndAt({stretch.end});
-    StretchReader<BothCounters> reader(dump, run.declarations, counters);
+    StretchReader<BothCounters> reader(dump, declarations, counters);
     ReadStretch(reader, part);
   } else if (!stretch.IsEmpty()) {
-    StretchReader<BothCounters> reader(dump, run.declarations, counters, stretch.begin,
-                                       {stretch.end});
+    StretchReader<BothCounters> reader(dump, declarations, counters, stretch.begin, {stretch.end});
     ReadStretch(reader, part);
   }
   part.activity = counters.activity().TakePart();
   part.host = counters.host().TakePart();
+  run.declarations = std::move(start.result.declarations);
   return run;
 }
 

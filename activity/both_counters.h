@@ -22,6 +22,10 @@ class BothCounters {
                const TickWindow& hostWindow = {})
       : activity_(codes, window), host_(codes.codes(), hostWindow) {}
 
+  void Fetch(std::uint32_t codeId) const {
+    activity_.Fetch(codeId);
+    host_.Fetch(codeId);
+  }
   void Scalar(std::uint32_t codeId, char value) {
     activity_.Scalar(codeId, value);
     host_.Scalar(codeId, value);

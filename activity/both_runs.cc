@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "activity/activity_start.h"
 #include "activity/both_counters.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
@@ -14,11 +15,6 @@
 namespace orsa::kesncd {
 
 namespace {
-
-TickWindow HostWindowOf(const Declarations& declarations, const ActivityOptions& options) {
-  const auto tick = declarations.tick ? declarations.tick : options.tick;
-  return WindowInTicks(options.window, tick, options.dump);
-}
 
 /// As many threads as may be used, but no more than take a quarter of the memory.
 unsigned ThreadsFor(const CodeBits& codes, const ActivityOptions& options) {
@@ -30,42 +26,38 @@ unsigned ThreadsFor(const CodeBits& codes, const ActivityOptions& options) {
 
 BothRuns CountBoth(ByteFile& file, const ActivityOptions& options) {
   FileDump dump(file, options.block);
-  Declarations declarations = ReadDeclarations(dump.words(), options.dump);
-  const CodeBits codes(declarations);
-  CheckMemory(codes, options);
-  const ActivityWindow window = ActivityWindowOf(declarations, options);
-  const TickWindow hostWindow = HostWindowOf(declarations, options);
+  ActivityStart start(ReadDeclarations(dump.words(), options.dump), options);
+  const CodeBits& codes = start.codes;
   ActivityPart activity;
   std::optional<HostPart> host;
-  const auto make = [&] { return std::make_unique<BothCounters>(codes, window, hostWindow); };
+  const auto make = [&] {
+    return std::make_unique<BothCounters>(codes, start.window, start.ticks);
+  };
   const auto take = [&](const std::unique_ptr<BothCounters> counters) {
     if (host) {
       activity.Add(codes, counters->activity().TakePart());
-      host->Add(hostWindow, counters->host().TakePart());
+      host->Add(start.ticks, counters->host().TakePart());
     } else {
       activity = counters->activity().TakePart();
       host = counters->host().TakePart();
     }
   };
   const auto stretches = dump.Cut(ThreadsFor(codes, options));
-  const ItemTallies tallies = ReadInParts(dump, declarations, stretches, make, take);
-  return FinishBoth(std::move(declarations), std::move(activity), std::move(*host), tallies,
-                    options);
+  const ItemTallies tallies = ReadInParts(dump, start.result.declarations, stretches, make, take);
+  return FinishBoth(std::move(start.result.declarations), std::move(activity), std::move(*host),
+                    tallies, options);
 }
 
 BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options) {
   DumpWords words(dump, options.block, options.block / 4);
-  Declarations declarations = ReadDeclarations(words, options.dump);
-  const CodeBits codes(declarations);
-  CheckMemory(codes, options);
-  BothCounters counters(codes, ActivityWindowOf(declarations, options),
-                        HostWindowOf(declarations, options));
-  DumpItems items(words, declarations);
+  ActivityStart start(ReadDeclarations(words, options.dump), options);
+  BothCounters counters(start.codes, start.window, start.ticks);
+  DumpItems items(words, start.result.declarations);
   ReadBody(items, counters);
   const ItemTallies tallies = items.tallies();
   ActivityPart activity = counters.activity().TakePart();
-  return FinishBoth(std::move(declarations), std::move(activity), counters.host().TakePart(),
-                    tallies, options);
+  return FinishBoth(std::move(start.result.declarations), std::move(activity),
+                    counters.host().TakePart(), tallies, options);
 }
 
 BothRuns FinishBoth(Declarations declarations, ActivityPart activity, HostPart host,

@@ -23,6 +23,7 @@ class HostCounter {
   /// Goes on from what was counted.
   explicit HostCounter(HostPart&& part) : part_(std::move(part)), dumping_(part_.dumping) {}
 
+  void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&part_.codes[codeId], 1); }
   void Scalar(std::uint32_t codeId, char value) {
     // Without branches: which value a signal gets next cannot be predicted.
     Count(codeId, static_cast<unsigned char>(value),
@@ -92,6 +93,7 @@ class HostCounting {
   HostCounting(const HostCounting&) = delete;
   HostCounting& operator=(const HostCounting&) = delete;
 
+  void Fetch(std::uint32_t codeId) const { body_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) { body_.Scalar(codeId, value); }
   void Vector(std::uint32_t codeId, std::string_view value) { body_.Vector(codeId, value); }
   void Real(std::uint32_t codeId, std::string_view value) { body_.Real(codeId, value); }

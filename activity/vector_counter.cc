@@ -27,6 +27,11 @@ bool IsSet(std::uint64_t mask, std::size_t bit) {
   return (mask >> bit & 1) != 0;
 }
 
+bool HasFewBits(std::uint64_t mask) {
+  for (int i = 0; i < kFew; ++i) mask &= mask - 1;
+  return mask == 0;
+}
+
 /// The bits of `mask` from `kept`, the others from `given`.
 std::uint64_t Mix(std::uint64_t mask, std::uint64_t given, std::uint64_t kept) {
   return (given & mask) | (kept & ~mask);
@@ -162,7 +167,7 @@ void VectorCounter::Toggle(Vector& vector, std::size_t word, std::uint64_t toggl
   const auto ticks = static_cast<std::int32_t>(step_.ticks - vector.base);
   Small* const small = smalls_.data() + vector.firstSmall + word * (kWordBits / kLanes);
 #ifdef __SSE2__
-  if (std::popcount(toggles) > kFew) {
+  if (!HasFewBits(toggles)) {
     for (std::size_t at = 0; toggles >> at != 0; at += kLanes) {
       Small& group = small[at / kLanes];
       ToggleLanes(group.times.data(), group.toggles.data(), toggles >> at, high >> at, ticks,

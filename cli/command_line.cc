@@ -7,7 +7,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kProgramHelp[] =
     "Switching activity of a logic simulation, from its value change dump\n"
     "\n"
     "Examples:\n"
@@ -23,12 +23,14 @@ constexpr char kHelp[] =
 }  // namespace
 
 CommandLine MakeCommandLine() {
-  CommandLine line{Command("kesncd", kHelp), {}};
+  CommandLine line{Command("kesncd", kProgramHelp), {}};
   line.program.AddAnswered("-h,--help", "print this help");
   line.program.AddAnswered("--version", "print the version");
   AddActivityCommand(line);
+  AddProfileCommand(line);
   AddMergeCommand(line);
   AddDiffCommand(line);
+  AddReportCommand(line);
   AddLookCommand(line);
   AddFlatCommand(line);
   AddTopCommand(line);

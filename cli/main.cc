@@ -32,7 +32,6 @@ int main(int argc, char** argv) {
   ExitStatus status = ExitStatus::Unusable;
   try {
     status = RunProgram(argc, argv);
-    FlushStandardOutput();
   } catch (const Failure& failure) {
     status = StatusOf(failure);
     if (status != ExitStatus::ReaderGone) Say("", failure.what());

@@ -84,8 +84,8 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS ${same_library})
-# What it runs where it is there: for FST dumps and for Verilog netlists.
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "gtkwave, yosys")
+# What it runs where it is there: fst2vcd for FST dumps, and what reads Verilog netlists.
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "gtkwave, yosys")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 "switching activity from value change dumps - program
 Reads the value change dump (VCD) of a logic simulation and tells how often

@@ -43,6 +43,8 @@ install(FILES ${PROJECT_BINARY_DIR}/kesncdConfigVersion.cmake DESTINATION ${pack
   COMPONENT development)
 
 file(RELATIVE_PATH prefix_of_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-configure_file(cmake/kesncd.pc.in kesncd.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/kesncd.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
-  COMPONENT development)
+foreach(library ${libraries})
+  configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+    COMPONENT development)
+endforeach()

@@ -12,12 +12,10 @@ namespace orsa::kesncd {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
-Json JsonOf(const Cell& cell) {
+OrderedJson JsonOf(const Cell& cell) {
   if (const auto* wide = std::get_if<WideCount>(&cell)) {
-    // No reader of JSON has longer whole numbers; a sum beyond them is still a number.
-    if (*wide > UINT64_MAX) return static_cast<double>(*wide);
     return static_cast<std::uint64_t>(*wide);
   }
   if (const auto* text = std::get_if<std::string>(&cell)) return *text;
@@ -29,8 +27,8 @@ Json JsonOf(const Cell& cell) {
 /// Appends a value's text. Names in a dump need not be UTF-8: stray bytes become the character that
 /// stands for one. Characters that steer a terminal, of which JSON itself escapes only the oldest,
 /// are written as escapes, which says the same.
-void Append(std::string& out, const Json& value) {
-  const std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+void AppendValue(std::string& out, const OrderedJson& value) {
+  const std::string text = value.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
   for (std::string_view rest = text; !rest.empty();) {
     const auto isPlain = [](char c) { return c >= ' ' && c < '\x7f'; };
     const auto plain = static_cast<std::size_t>(
@@ -58,15 +56,23 @@ class JsonWriter : public ResultWriter {
     AppendMembers(head.facts, head.lists);
     AppendKey(head.rowsName);
     text_ += "[";
-    for (const Column& column : head.columns) keys_.push_back(column.name);
+    for (const Column& column : head.columns) {
+      AppendValue(keys_.emplace_back(), column.name);
+      keys_.back() += ':';
+    }
   }
 
   void Add(const Row& row) override {
     text_ += hasRows_ ? ",\n    " : "\n    ";
     hasRows_ = true;
-    Json object;
-    for (std::size_t c = 0; c < row.size(); ++c) object[keys_[c]] = JsonOf(row[c]);
-    Append(text_, object);
+    char separator = '{';
+    for (std::size_t c = 0; c < row.size(); ++c) {
+      text_ += separator;
+      text_ += keys_[c];
+      AppendCell(row[c]);
+      separator = ',';
+    }
+    text_ += '}';
     PassOn();
   }
 
@@ -81,21 +87,31 @@ class JsonWriter : public ResultWriter {
   void AppendKey(const std::string& key) {
     text_ += hasMembers_ ? ",\n  " : "\n  ";
     hasMembers_ = true;
-    Append(text_, key);
+    AppendValue(text_, key);
     text_ += ": ";
+  }
+
+  /// Sums may be longer than the whole numbers of the JSON library, though not than JSON's.
+  void AppendCell(const Cell& cell) {
+    const auto* const wide = std::get_if<WideCount>(&cell);
+    if (wide != nullptr && *wide > UINT64_MAX) {
+      text_ += WideText(*wide);
+    } else {
+      AppendValue(text_, JsonOf(cell));
+    }
   }
 
   void AppendMembers(const Facts& facts, const Lists& lists) {
     for (const auto& [key, cell] : facts) {
       AppendKey(key);
-      Append(text_, JsonOf(cell));
+      AppendCell(cell);
     }
     for (const auto& [key, texts] : lists) {
       AppendKey(key);
       const char* separator = "[";
       for (const std::string& text : texts) {
         text_ += separator;
-        Append(text_, text);
+        AppendValue(text_, text);
         PassOn();
         separator = ",";
       }
@@ -103,7 +119,7 @@ class JsonWriter : public ResultWriter {
     }
   }
 
-  std::vector<std::string> keys_;  // of a row
+  std::vector<std::string> keys_;  // of a row, each with its colon
   bool hasMembers_ = false;
   bool hasRows_ = false;
 };

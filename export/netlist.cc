@@ -3,8 +3,10 @@
 #include "export/netlist.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <span>
 
 #include "text/failure.h"
 
@@ -22,6 +24,13 @@ const NetlistModule* Netlist::InnerModule(const NetlistCell& cell) const {
   const auto found = moduleByName.find(cell.type);
   if (found == moduleByName.end() || modules[found->second].isBlackBox) return nullptr;
   return &modules[found->second];
+}
+
+const NetlistBus* NetlistModule::Port(std::uint32_t portName) const {
+  const auto port = std::lower_bound(
+      ports.begin(), ports.end(), portName,
+      [](const NetlistBus& bus, std::uint32_t wanted) { return bus.name < wanted; });
+  return port != ports.end() && port->name == portName ? &*port : nullptr;
 }
 
 namespace {
@@ -46,6 +55,7 @@ enum class Open {
   Skipped,  // nothing in it is wanted
 };
 
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): a row reads from place to place
 struct Step {
   Open in;
   std::string_view key;  // empty for any
@@ -108,9 +118,12 @@ class NetlistReader : public nlohmann::json_sax<Json> {
   void Begin(Open opened);
   bool End();
   void EndModule();
+  template <class Things>
+  void FailIfTwice(const Things& things, const std::string& kind) const;
   bool TakeNumber(std::int64_t value);
   bool TakeOther();
   void TakeBit(NetId bit);
+  void FailIfPartsAreWanted() const;
   void TakeAttribute(bool isSet);
   NetId NetOf(std::uint64_t number);
 
@@ -146,6 +159,7 @@ bool NetlistReader::start_object(std::size_t /*size*/) {
 }
 
 bool NetlistReader::start_array(std::size_t /*size*/) {
+  if (open() == Open::Bits) Fail("has an array where a bit is expected");
   const Open opened = Opened();
   if (opened != Open::Bits && opened != Open::Skipped) {
     Fail("has an array where an object is expected");
@@ -183,6 +197,7 @@ bool NetlistReader::End() {
       break;
     case Open::Cell:
       cell_.pins = static_cast<std::uint32_t>(module().pins.size()) - cell_.firstPin;
+      FailIfTwice(std::span(module().pins).last(cell_.pins), "pins of a cell");
       module().cells.push_back(cell_);
       break;
     case Open::Port:
@@ -208,11 +223,20 @@ void NetlistReader::EndModule() {
   if (!netlist_.moduleByName.emplace(ended.name, index).second) {
     Fail("has two modules called " + netlist_.texts[ended.name]);
   }
+  std::sort(ended.ports.begin(), ended.ports.end(),
+            [](const NetlistBus& one, const NetlistBus& other) { return one.name < other.name; });
+  FailIfTwice(ended.ports, "ports");
+  FailIfTwice(ended.cells, "cells");
+}
+
+/// Things with names that tools look them up by: of two of a name, one would be lost.
+template <class Things>
+void NetlistReader::FailIfTwice(const Things& things, const std::string& kind) const {
   std::vector<std::uint32_t> names;
-  for (const NetlistCell& cell : ended.cells) names.push_back(cell.name);
+  for (const auto& thing : things) names.push_back(thing.name);
   std::sort(names.begin(), names.end());
   const auto twice = std::adjacent_find(names.begin(), names.end());
-  if (twice != names.end()) Fail("has two cells called " + netlist_.texts[*twice]);
+  if (twice != names.end()) Fail("has two " + kind + " called " + netlist_.texts[*twice]);
 }
 
 NetId NetlistReader::NetOf(std::uint64_t number) {
@@ -229,7 +253,15 @@ bool NetlistReader::number_unsigned(number_unsigned_t value) {
   return TakeNumber(static_cast<std::int64_t>(std::min(value, most)));
 }
 
+/// A value of its own where parts are expected would leave them out.
+void NetlistReader::FailIfPartsAreWanted() const {
+  if (open() != Open::Bits && Opened() != Open::Skipped) {
+    Fail("has a value for " + key_ + " where an object or bits are expected");
+  }
+}
+
 bool NetlistReader::TakeNumber(std::int64_t value) {
+  FailIfPartsAreWanted();
   const bool isBus = open() == Open::Port || open() == Open::Name;
   if (isBus && key_ == "offset") {
     // An index is an int in every tool; larger ones would overflow where they are counted on from.
@@ -242,6 +274,7 @@ bool NetlistReader::TakeNumber(std::int64_t value) {
 }
 
 bool NetlistReader::string(string_t& text) {
+  FailIfPartsAreWanted();
   if (open() == Open::Cell && key_ == "type") cell_.type = netlist_.texts.Add(text);
   if (open() == Open::Attributes) TakeAttribute(text.find('1') != std::string::npos);
   if (open() != Open::Bits) return true;
@@ -254,6 +287,7 @@ bool NetlistReader::string(string_t& text) {
 }
 
 bool NetlistReader::TakeOther() {
+  FailIfPartsAreWanted();
   if (open() == Open::Bits) Fail("has a bit that is neither a net's number nor 0, 1, x or z");
   return true;
 }
@@ -269,11 +303,66 @@ void NetlistReader::TakeAttribute(bool isSet) {
   if (key_ == "blackbox" || key_ == "whitebox") module().isBlackBox = isSet;
 }
 
+/// A source as the blocks that are read of it.
+class Blocks {
+ public:
+  explicit Blocks(ByteSource& source) : source_(source), block_(std::size_t{1} << 16) { Read(); }
+
+  bool IsAtEnd() const { return at_ == end_; }
+  const char& Character() const { return block_[at_]; }
+  void Skip() {
+    if (++at_ == end_) Read();
+  }
+
+ private:
+  void Read() {
+    at_ = 0;
+    end_ = source_.Read(block_.data(), block_.size());
+  }
+
+  ByteSource& source_;
+  std::vector<char> block_;
+  std::size_t at_ = 0;
+  std::size_t end_ = 0;
+};
+
+/// The characters in blocks, for a parser that takes iterators. Without blocks it is the end.
+class Characters {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = const char&;
+
+  Characters() = default;
+  explicit Characters(Blocks& blocks) : blocks_(&blocks) {}
+
+  reference operator*() const { return blocks_->Character(); }
+  Characters& operator++() {
+    blocks_->Skip();
+    return *this;
+  }
+  Characters operator++(int) {
+    const Characters before = *this;
+    ++*this;
+    return before;
+  }
+  bool operator==(const Characters& other) const { return IsAtEnd() == other.IsAtEnd(); }
+  bool operator!=(const Characters& other) const { return !(*this == other); }
+
+ private:
+  bool IsAtEnd() const { return blocks_ == nullptr || blocks_->IsAtEnd(); }
+
+  Blocks* blocks_ = nullptr;
+};
+
 }  // namespace
 
-Netlist ReadNetlist(std::FILE* json, const std::string& name) {
+Netlist ReadNetlist(ByteSource& json, const std::string& name) {
   NetlistReader reader(name);
-  Json::sax_parse(json, &reader);
+  Blocks blocks(json);
+  Json::sax_parse(Characters(blocks), Characters(), &reader);
   return reader.Take();
 }
 

@@ -4,12 +4,13 @@
 #define KESNCD_EXPORT_NETLIST_H_
 
 #include <cstdint>
-#include <cstdio>
 #include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
+
+#include "text/byte_stream.h"
 
 namespace orsa::kesncd {
 
@@ -60,14 +61,17 @@ struct NetlistCell {
 
 struct NetlistModule {
   std::uint32_t name = 0;
-  bool isTop = false;       // says so itself
-  bool isBlackBox = false;  // only its ports are known: what is of its kind is a cell
-  std::uint32_t nets = 0;   // different ones that its bits are connected to
-  std::vector<NetlistBus> ports;
+  bool isTop = false;             // says so itself
+  bool isBlackBox = false;        // only its ports are known: what is of its kind is a cell
+  std::uint32_t nets = 0;         // different ones that its bits are connected to
+  std::vector<NetlistBus> ports;  // by name
   std::vector<NetlistBus> names;
   std::vector<NetlistCell> cells;
   std::vector<NetlistBus> pins;
   std::vector<NetId> bits;
+
+  /// The port of that name; null where there is none.
+  const NetlistBus* Port(std::uint32_t portName) const;
 };
 
 struct Netlist {
@@ -80,8 +84,8 @@ struct Netlist {
 };
 
 /// Reads a netlist in JSON as a stream: memory is in proportion to its cells and nets. Throws
-/// Failure with Unusable, calling the file `name`, for what is no netlist.
-Netlist ReadNetlist(std::FILE* json, const std::string& name);
+/// Failure with Unusable, calling the source `name`, for what is no netlist.
+Netlist ReadNetlist(ByteSource& json, const std::string& name);
 
 }  // namespace orsa::kesncd
 

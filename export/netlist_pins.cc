@@ -18,6 +18,8 @@ namespace {
 // A few lines of hierarchy can ask for more instances than there is memory.
 constexpr std::uint64_t kMostNets = std::uint64_t{1} << 27;
 constexpr std::size_t kDeepest = 1000;  // instances in each other
+// Longer paths are not looked up: one long name, and every path below it would be as long.
+constexpr std::size_t kLongestPath = 4096;
 
 /// A part of a path as both sides can agree on: tools flatten a design with dots or with slashes.
 void AppendPart(std::string_view part, std::string& path) {
@@ -76,7 +78,8 @@ DumpNames::DumpNames(const Declarations& declarations, std::uint32_t scope)
   std::unordered_map<std::string, std::uint32_t> last;
   for (std::size_t id = scope; id < scopes.size(); ++id) {
     const std::size_t outer = depths[scopes[id].parent];
-    const bool isBelow = id != scope && outer != 0 && outer < kDeepest;
+    const bool isBelow = id != scope && outer != 0 && outer < kDeepest &&
+                         prefixes[scopes[id].parent].size() <= kLongestPath;
     if (id != scope && !isBelow) continue;
     depths[id] = isBelow ? outer + 1 : 1;
     if (isBelow) {
@@ -89,6 +92,7 @@ DumpNames::DumpNames(const Declarations& declarations, std::uint32_t scope)
       if (variable.width == 0 || !TypeHasBits(declarations.TypeOf(variable))) continue;
       std::string path = prefixes[id];
       AppendPart(BitNames(variable).Base(), path);
+      if (path.size() > kLongestPath) continue;
       // Variables are linked by their numbers plus one: 0 ends the list.
       const auto [entry, isNew] = last.try_emplace(path, variableId);
       if (!isNew) next_[std::exchange(entry->second, variableId)] = variableId + 1;
@@ -140,7 +144,7 @@ const NetlistModule& NetlistPins::TopModule(const std::string& wanted) const {
   for (const NetlistModule& module : netlist_.modules) {
     const std::string& name = netlist_.texts[module.name];
     if (!wanted.empty() ? name == wanted : module.isTop) return module;
-    if (!module.isBlackBox && inner.count(module.name) == 0) tops.push_back(&module);
+    if (!module.isBlackBox && !inner.contains(module.name)) tops.push_back(&module);
   }
   if (tops.size() == 1 && wanted.empty()) return *tops.front();
   throw Failure(FailureKind::Unusable,
@@ -178,7 +182,7 @@ void NetlistPins::CheckSize(const NetlistModule& top) const {
     const auto known = inner != nullptr ? sizes.find(inner) : sizes.end();
     if (inner == nullptr) {
       ++cell;
-    } else if (known != sizes.end() && underWay.count(inner) == 0) {
+    } else if (known != sizes.end() && !underWay.contains(inner)) {
       const Size ready = known->second;
       Size& outer = sizes[module];
       outer.nets = std::min(outer.nets + ready.nets, kMostNets + 1);
@@ -213,7 +217,7 @@ std::uint32_t NetlistPins::ScopeOf(const NetlistModule& top) const {
     const auto look = [&](std::string_view text) {
       std::string name;
       AppendPart(text, name);
-      if (names.count(name) != 0) found.insert(std::move(name));
+      if (names.contains(name)) found.insert(std::move(name));
     };
     for (const std::uint32_t variable : declarations.scopes[id].variables) {
       look(BitNames(declarations.variables[variable]).Base());
@@ -276,12 +280,11 @@ void NetlistPins::Connect(JoinedNets& joined, const Instance& outer, const Netli
                           const Instance& inner) const {
   for (std::uint32_t i = 0; i < cell.pins; ++i) {
     const NetlistBus& pin = outer.module->pins[cell.firstPin + i];
-    for (const NetlistBus& port : inner.module->ports) {
-      if (port.name != pin.name) continue;
-      for (std::uint32_t bit = 0; bit < std::min(pin.width, port.width); ++bit) {
-        joined.Join(NetOf(outer, outer.module->bits[pin.firstBit + bit]),
-                    NetOf(inner, inner.module->bits[port.firstBit + bit]));
-      }
+    const NetlistBus* const port = inner.module->Port(pin.name);
+    if (port == nullptr) continue;
+    for (std::uint32_t bit = 0; bit < std::min(pin.width, port->width); ++bit) {
+      joined.Join(NetOf(outer, outer.module->bits[pin.firstBit + bit]),
+                  NetOf(inner, inner.module->bits[port->firstBit + bit]));
     }
   }
 }
@@ -294,8 +297,9 @@ void NetlistPins::FindFigures() {
     std::string prefix;
     if (!prefixes.empty()) {
       prefix = prefixes[instance.outer];
-      AppendPart(netlist_.texts[instance.name], prefix);
+      if (prefix.size() <= kLongestPath) AppendPart(netlist_.texts[instance.name], prefix);
       prefix += '.';
+      prefix.resize(std::min(prefix.size(), kLongestPath + 1));
     }
     for (const NetlistBus& bus : instance.module->names) FindBus(names, prefix, instance, bus);
     prefixes.push_back(std::move(prefix));
@@ -305,7 +309,9 @@ void NetlistPins::FindFigures() {
 void NetlistPins::FindBus(const DumpNames& names, const std::string& prefix,
                           const Instance& instance, const NetlistBus& bus) {
   std::string path = prefix;
+  if (path.size() > kLongestPath) return;
   AppendPart(netlist_.texts[bus.name], path);
+  if (path.size() > kLongestPath) return;
   const std::size_t bracket = path.ends_with(']') ? path.rfind('[') : std::string_view::npos;
   for (std::uint32_t bit = 0; bit < bus.width; ++bit) {
     const std::uint32_t net = nets_[NetOf(instance, instance.module->bits[bus.firstBit + bit])];
@@ -346,9 +352,8 @@ std::string NetlistPins::PinName(const NetlistCell& cell, const NetlistBus& pin,
   std::int64_t index = bit;
   const auto box = netlist_.moduleByName.find(cell.type);
   if (box != netlist_.moduleByName.end()) {
-    for (const NetlistBus& port : netlist_.modules[box->second].ports) {
-      if (port.name == pin.name && bit < port.width) index = port.Index(bit);
-    }
+    const NetlistBus* const port = netlist_.modules[box->second].Port(pin.name);
+    if (port != nullptr && bit < port->width) index = port->Index(bit);
   }
   return name + '[' + std::to_string(index) + ']';
 }

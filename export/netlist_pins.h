@@ -45,7 +45,7 @@ class DumpNames {
 
   /// The bit of that index, or without one. Several variables of the name: the first that has it.
   std::optional<DumpBit> Find(const std::string& path, std::optional<std::int64_t> index) const;
-  bool Has(const std::string& path) const { return first_.count(path) != 0; }
+  bool Has(const std::string& path) const { return first_.contains(path); }
 
  private:
   const Declarations& declarations_;

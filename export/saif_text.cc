@@ -30,7 +30,7 @@ constexpr Unit kUnits[] = {{"us", 1'000'000'000}, {"ns", 1'000'000}, {"ps", 1'00
 // Deeper instances are indented no further, or a dump of deep scopes would become mostly blanks.
 constexpr std::size_t kDeepestIndent = 32;
 
-constexpr std::size_t kBlock = std::size_t{1} << 16;  // characters written at once
+constexpr std::size_t kSaifBlock = std::size_t{1} << 16;  // characters written at once
 
 bool IsNameStart(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
@@ -55,18 +55,18 @@ std::string Quotable(const std::string& text) {
 
 /// Adds a number in decimal digits of its own: no locale groups them. A time in a fine unit can be
 /// beyond 64 bits.
-void Append(std::string& text, SaifTimes::Wide number) {
+void AppendNumber(std::string& text, SaifTimes::Wide number) {
   constexpr std::uint64_t kPart = 10'000'000'000'000'000'000U;
   std::array<char, 20> digits;
   if (number >= kPart) {
-    Append(text, number / kPart);
+    AppendNumber(text, number / kPart);
     const auto rest = static_cast<std::uint64_t>(number % kPart);
-    const auto end = std::to_chars(digits.begin(), digits.end(), rest).ptr;
+    auto* const end = std::to_chars(digits.begin(), digits.end(), rest).ptr;
     text.append(19 - static_cast<std::size_t>(end - digits.begin()), '0');
     text.append(digits.begin(), end);
     return;
   }
-  const auto end =
+  auto* const end =
       std::to_chars(digits.begin(), digits.end(), static_cast<std::uint64_t>(number)).ptr;
   text.append(digits.begin(), end);
 }
@@ -154,14 +154,14 @@ void SaifStream::Line(std::string_view text) {
   Indent();
   text_ += text;
   text_ += '\n';
-  if (text_.size() >= kBlock) Flush();
+  if (text_.size() >= kSaifBlock) Flush();
 }
 
 void SaifStream::Time(std::string_view key, std::uint64_t begin, std::uint64_t end) {
   text_ += " (";
   text_ += key;
   text_ += ' ';
-  Append(text_, times_.Until(end) - times_.Until(begin));
+  AppendNumber(text_, times_.Until(end) - times_.Until(begin));
   text_ += ')';
 }
 
@@ -188,11 +188,11 @@ void SaifStream::Net(std::string_view netName, const BitFigures& figures) {
   Time("TX", untilZ, observed_);
   Time("TZ", until1, untilZ);
   text_ += " (TB 0) (TC ";
-  Append(text_, figures.tc);
+  AppendNumber(text_, figures.tc);
   text_ += ") (IG ";
-  Append(text_, figures.ig);
+  AppendNumber(text_, figures.ig);
   text_ += "))\n";
-  if (text_.size() >= kBlock) Flush();
+  if (text_.size() >= kSaifBlock) Flush();
 }
 
 void SaifStream::CloseNets() {

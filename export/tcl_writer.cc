@@ -13,7 +13,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{1} << 16;  // characters written at once
+constexpr std::size_t kTclBlock = std::size_t{1} << 16;  // characters written at once
 
 void Flush(std::string& text, std::ostream& out) {
   out.write(text.data(), static_cast<std::streamsize>(text.size()));
@@ -101,7 +101,7 @@ void TclActivity::Write(
           ShortestText(static_cast<double>(pin.ticksAtOne) / static_cast<double>(pin.observed)) +
           '\n';
     }
-    if (text.size() >= kBlock) Flush(text, out);
+    if (text.size() >= kTclBlock) Flush(text, out);
   }
   Flush(text, out);
 }

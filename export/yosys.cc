@@ -8,51 +8,35 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <string_view>
+#include <optional>
+#include <utility>
 
+#include "text/byte_stream.h"
 #include "text/failure.h"
-#include "text/file.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
 constexpr int kNotFound = 127;  // the status of a process that could not become yosys
-constexpr std::string_view kBlanks = " \t\r\n";
-
-bool IsEmpty(std::FILE* file) {
-  const int c = std::fgetc(file);
-  if (c != EOF) (void)std::ungetc(c, file);
-  return c == EOF;
-}
-
-bool IsJson(std::FILE* file) {
-  int c = std::fgetc(file);
-  while (c != EOF && kBlanks.find(static_cast<char>(c)) != std::string_view::npos) {
-    c = std::fgetc(file);
-  }
-  std::rewind(file);
-  return c == '{';
-}
 
 /// A process that writes to a pipe. It is waited for in any case, or it would stay as a zombie.
-class YosysProcess {
+class YosysProcess : public ByteSource {
  public:
   explicit YosysProcess(const std::string& path);
-  ~YosysProcess() { (void)Wait(); }
-  YosysProcess(const YosysProcess&) = delete;
-  YosysProcess& operator=(const YosysProcess&) = delete;
+  ~YosysProcess() override { (void)Wait(); }
 
-  std::FILE* output() const { return output_.get(); }
+  std::size_t Read(char* to, std::size_t most) override;
+  bool HasWritten() const { return hasWritten_; }
   /// Closes the pipe, which ends a process that still writes, and returns its wait status.
   int Wait();
 
  private:
   [[noreturn]] static void Run(const std::string& path, int output);
 
-  File output_;
+  int output_ = -1;
+  bool hasWritten_ = false;
   pid_t process_ = -1;
   int status_ = 0;
 };
@@ -66,12 +50,23 @@ YosysProcess::YosysProcess(const std::string& path) {
   if (process_ == 0) Run(path, ends[1]);
   const int error = errno;
   (void)close(ends[1]);
-  output_.reset(fdopen(ends[0], "r"));
-  if (output_ == nullptr) (void)close(ends[0]);
-  if (process_ < 0 || output_ == nullptr) {
+  output_ = ends[0];
+  if (process_ >= 0) return;
+  (void)close(output_);
+  throw Failure(FailureKind::Unusable, std::string("yosys cannot be run: ") + std::strerror(error));
+}
+
+std::size_t YosysProcess::Read(char* to, std::size_t most) {
+  ssize_t got = 0;
+  do {
+    got = read(output_, to, most);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) {
     throw Failure(FailureKind::Unusable,
-                  std::string("yosys cannot be run: ") + std::strerror(error));
+                  std::string("yosys: its output cannot be read: ") + std::strerror(errno));
   }
+  hasWritten_ = hasWritten_ || got > 0;
+  return static_cast<std::size_t>(got);
 }
 
 /// In the new process. Between fork and exec nothing is allocated: another thread may hold a lock.
@@ -85,39 +80,33 @@ void YosysProcess::Run(const std::string& path, int output) {
 }
 
 int YosysProcess::Wait() {
-  output_.reset();
+  if (output_ >= 0) (void)close(output_);
+  output_ = -1;
   while (process_ > 0 && waitpid(process_, &status_, 0) < 0 && errno == EINTR) {
   }
   process_ = -1;
   return status_;
 }
 
-Netlist ReadVerilog(const std::string& path) {
+}  // namespace
+
+Netlist ReadVerilog(const std::string& path, const std::string& name) {
   // A path that begins with a dash would be an option.
   YosysProcess yosys(path.starts_with('-') ? "./" + path : path);
-  const bool hasOutput = !IsEmpty(yosys.output());
-  if (hasOutput) {
-    Netlist netlist = ReadNetlist(yosys.output(), path);
-    if (yosys.Wait() == 0) return netlist;
+  std::optional<Netlist> netlist;
+  try {
+    netlist = ReadNetlist(yosys, name);
+  } catch (const Failure&) {
+    if (yosys.HasWritten()) throw;
   }
   const int status = yosys.Wait();
+  if (status == 0 && netlist) return *std::move(netlist);
   if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound) {
     throw Failure(
         FailureKind::Unusable,
-        path + ": a Verilog netlist is read by yosys, which is not installed (Debian: yosys)");
+        name + ": a Verilog netlist is read by yosys, which is not installed (Debian: yosys)");
   }
-  throw Failure(FailureKind::Unusable, path + ": yosys could not read it as Verilog");
-}
-
-}  // namespace
-
-Netlist ReadNetlistFile(const std::string& path) {
-  const File file = OpenForReading(path);
-  if (file == nullptr) {
-    throw Failure(FailureKind::Unusable, path + ": " + std::strerror(errno));
-  }
-  if (IsJson(file.get())) return ReadNetlist(file.get(), path);
-  return ReadVerilog(path);
+  throw Failure(FailureKind::Unusable, name + ": yosys could not read it as Verilog");
 }
 
 }  // namespace orsa::kesncd

@@ -8,12 +8,12 @@
 
 namespace orsa::kesncd {
 
-/// Reads a netlist from a file: JSON where it begins with a brace, else Verilog, for which `yosys`
-/// is run, found on the PATH. Modules that the file does not define are cells.
+/// Reads a Verilog file by `yosys`, which is found on the PATH. Modules that the file does not
+/// define are cells. Messages call the file `name`.
 ///
-/// Throws Failure with Unusable for what cannot be read, or where yosys is needed and not installed
-/// or fails; what yosys says of the file is on standard error by then.
-Netlist ReadNetlistFile(const std::string& path);
+/// Throws Failure with Unusable for what cannot be read, or where yosys is not installed or fails;
+/// what yosys says of the file is on standard error by then.
+Netlist ReadVerilog(const std::string& path, const std::string& name);
 
 }  // namespace orsa::kesncd
 

@@ -5,6 +5,7 @@
 #define KESNCD_FREE_FORMAT_BODY_READER_H_
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -40,6 +41,27 @@ class PlainLineTaker {
   PlainLineTaker(DumpItems& items, Taker& taker)
       : items_(items), codes_(items.codes()), longest_(items.LongestValue()), taker_(taker) {}
 
+  /// Where there are more codes than a processor's cache holds, each change would wait for memory
+  /// twice, for its code's number and for what the taker keeps of it. So all changes of some
+  /// hundred bytes have theirs fetched at once.
+  const char* LookAhead(const char* line, const char* chunk, const char* end) {
+    if (codes_.size() < kManyCodes) return end;
+    const char* const stop = std::min(end, chunk + kAhead);
+    CodeInLine* last = found_.data();
+    for (; chunk < stop; chunk += 64) last = FindCodes(line, chunk, stop, last);
+    for (const CodeInLine* code = found_.data(); code != last; ++code) {
+      codes_.Fetch(code->code, code->length);
+    }
+    if constexpr (requires { taker_.Fetch(std::uint32_t{}); }) {
+      for (const CodeInLine* code = found_.data(); code != last; ++code) {
+        if (code->length > DumpWords::kReadAhead) continue;
+        const std::uint32_t codeId = codes_.Find({code->code, code->length});
+        if (codeId != CodeTable::kNone) taker_.Fetch(codeId);
+      }
+    }
+    return stop;
+  }
+
   bool Scalar(const char* line, const char* newline) { return TakeScalar(line, newline, *line); }
 
   bool Other(const char* line, const char* blank, const char* newline) {
@@ -61,6 +83,9 @@ class PlainLineTaker {
   }
 
  private:
+  static constexpr std::uint32_t kManyCodes = 1 << 15;
+  static constexpr std::ptrdiff_t kAhead = 512;
+
   bool TakeScalar(const char* line, const char* newline, char value) {
     const auto length = static_cast<std::size_t>(newline - line - 1);
     const std::uint32_t codeId = length > 0 ? codes_.Find({line + 1, length}) : CodeTable::kNone;
@@ -97,6 +122,7 @@ class PlainLineTaker {
   const CodeTable& codes_;
   const std::size_t longest_;  // a longer value loses its middle, however it stands in a block
   Taker& taker_;
+  std::array<CodeInLine, kAhead / 64 * kMostCodesFound> found_;
 };
 
 /// Hands one item to a taker.
@@ -135,6 +161,10 @@ void GiveItem(const DumpItems& items, Taker& taker) {
 ///   void Command(Keyword command)                               one of the four dump commands
 ///   void SectionEnd()
 ///   bool IsDone() const                                         true ends the reading
+///
+/// and may have
+///
+///   void Fetch(std::uint32_t codeId) const                      prefetches what it keeps of a code
 template <class Taker>
 void ReadBody(DumpItems& items, Taker& taker) {
   PlainLineTaker<Taker> plain(items, taker);

@@ -47,6 +47,7 @@ struct WindowState {
 ///   void Scalar, Vector, Real, Command, SectionEnd   as for ReadBody
 ///   void Stamp(std::uint64_t ticks)                  each larger than the one before
 ///   void RememberScalar, RememberVector, RememberReal(codeId, value)   before the window
+///   void Fetch(std::uint32_t codeId) const           as for ReadBody; may be left out
 ///   void Open(std::uint64_t ticks, bool isDumping)   the window begins; not called without BEGIN
 ///
 /// Calling order: ReadBody, Finish, time.
@@ -61,6 +62,10 @@ class BodyWindow {
   BodyWindow(const TickWindow& window, Inner& inner, const WindowState& state)
       : window_(window), inner_(inner), state_(state) {}
 
+  void Fetch(std::uint32_t codeId) const requires requires(const Inner& inner) {
+    inner.Fetch(codeId);
+  }
+  { inner_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) {
     if (state_.isDone) return;
     if (state_.time.isOpen) {

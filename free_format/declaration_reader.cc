@@ -1,3 +1,4 @@
+// Section by section: words are kept up to the $end, then the section is understood as a whole.
 #include "free_format/declaration_reader.h"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ constexpr std::size_t kLongestRead = 4000;  // on a line of the readers that tak
 constexpr std::size_t kTextKept = 4096;
 
 /// The decimal number at the start of a text, limited to 32 bits; 0 where there is none.
-std::int64_t NumberIn(std::string_view text) {
+std::int64_t NumberOfSize(std::string_view text) {
   constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
   const bool isNegative = !text.empty() && text.front() == '-';
   if (!text.empty() && (isNegative || text.front() == '+')) text.remove_prefix(1);
@@ -35,12 +36,12 @@ std::int64_t NumberIn(std::string_view text) {
 std::uint32_t WidthOf(std::string_view size) {
   constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
   if (size.front() != '[') {
-    return static_cast<std::uint32_t>(std::max<std::int64_t>(NumberIn(size), 0));
+    return static_cast<std::uint32_t>(std::max<std::int64_t>(NumberOfSize(size), 0));
   }
-  const std::int64_t left = NumberIn(size.substr(1));
+  const std::int64_t left = NumberOfSize(size.substr(1));
   const std::size_t colon = size.find(':');
   const std::int64_t right =
-      colon != std::string_view::npos ? NumberIn(size.substr(colon + 1)) : left;
+      colon != std::string_view::npos ? NumberOfSize(size.substr(colon + 1)) : left;
   return static_cast<std::uint32_t>(std::min(std::abs(left - right) + 1, kMost));
 }
 
@@ -109,7 +110,7 @@ Declarations DeclarationReader::Read() {
 }
 
 /// Takes a word outside sections; false when it is the body's first. Where the definitions have no
-/// end, a stamp or a dump command behind a variable is their end.
+/// end, a stamp or a dump command after a variable is their end.
 bool DeclarationReader::TakeWord() {
   if (!words_.StartsLine() && lineTally_ != nullptr) lineTally_->Add(lineNumber_, "");
   lineTally_ = nullptr;

@@ -1,3 +1,5 @@
+// Words into items: which word belongs to which change, and what simulators write beyond 0, 1, x,
+// z.
 #include "free_format/dump_items.h"
 
 #include <algorithm>

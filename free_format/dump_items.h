@@ -30,8 +30,8 @@ enum class ItemKind {
 struct ItemPlace {
   std::uint64_t line = 0;
   bool startsLine = false;
-  bool isWhole = true;  // the line readers find its code: on the line, behind a scalar at once
-  // The line of the item before, if words without an item stood behind it there; else 0.
+  bool isWhole = true;  // the line readers find its code: on the line, after a scalar at once
+  // The line of the item before, if words without an item stood after it there; else 0.
   std::uint64_t crowdedLine = 0;
 };
 

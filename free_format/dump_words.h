@@ -155,25 +155,33 @@ inline bool DumpWords::FinishLine() {
   return isAtStart_ && at_ < end_;
 }
 
+/// Passes plain lines on and counts them.
+template <class Taker>
+struct CountedLines {
+  Taker& taker;
+  std::uint64_t lines = 0;
+
+  const char* LookAhead(const char* line, const char* chunk, const char* end) requires requires {
+    taker.LookAhead(line, chunk, end);
+  }
+  { return taker.LookAhead(line, chunk, end); }
+
+  bool Scalar(const char* line, const char* newline) {
+    if (!taker.Scalar(line, newline)) return false;
+    ++lines;
+    return true;
+  }
+  bool Other(const char* line, const char* blank, const char* newline) {
+    if (!taker.Other(line, blank, newline)) return false;
+    ++lines;
+    return true;
+  }
+};
+
 template <class Taker>
 void DumpWords::TakePlainLines(Taker& taker) {
   if (!FinishLine()) return;
-  struct Counted {
-    Taker& taker;
-    std::uint64_t lines = 0;
-
-    bool Scalar(const char* line, const char* newline) {
-      if (!taker.Scalar(line, newline)) return false;
-      ++lines;
-      return true;
-    }
-    bool Other(const char* line, const char* blank, const char* newline) {
-      if (!taker.Other(line, blank, newline)) return false;
-      ++lines;
-      return true;
-    }
-  };
-  Counted counted{taker};
+  CountedLines<Taker> counted{taker};
   at_ = ScanPlainLines(at_, end_, SIZE_MAX, counted);
   line_ += counted.lines;
 }

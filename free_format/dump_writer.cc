@@ -1,3 +1,4 @@
+// The lines of a prepared dump, in the one shape that all readers take alike.
 #include "free_format/dump_writer.h"
 
 #include <algorithm>

@@ -20,7 +20,7 @@ struct FlatNames {
   std::uint32_t variable = 0;
 };
 
-std::int64_t NumberIn(std::string_view text) {
+std::int64_t IndexIn(std::string_view text) {
   std::int32_t number = 0;
   (void)std::from_chars(text.data(), text.data() + text.size(), number);
   return number;
@@ -32,10 +32,10 @@ FlatNames FlatNamesOf(std::string_view name, std::uint32_t variable) {
   const std::size_t bracket = name.find('[');
   if (bracket != std::string_view::npos) {
     const std::string_view range = name.substr(bracket + 1);
-    const std::int64_t left = NumberIn(range);
+    const std::int64_t left = IndexIn(range);
     const std::size_t colon = range.find(':');
     const std::int64_t right =
-        colon == std::string_view::npos ? left : NumberIn(range.substr(colon + 1));
+        colon == std::string_view::npos ? left : IndexIn(range.substr(colon + 1));
     return {name.substr(0, bracket), std::min(left, right), std::max(left, right), variable};
   }
   const std::size_t bar = name.rfind('_');
@@ -44,7 +44,7 @@ FlatNames FlatNamesOf(std::string_view name, std::uint32_t variable) {
                         digits.find_first_not_of("0123456789") == std::string_view::npos &&
                         (digits == "0" || digits.front() != '0');
   if (!isNumber) return {name, -1, -1, variable};
-  return {name.substr(0, bar), NumberIn(digits), NumberIn(digits), variable};
+  return {name.substr(0, bar), IndexIn(digits), IndexIn(digits), variable};
 }
 
 /// Variables of one scope some of whose flat names another one has too.
@@ -81,7 +81,7 @@ void FindInNames(const Declarations& declarations, Findings& findings) {
   const auto shares = ShareCodes(declarations);
   for (std::size_t i = 0; i < declarations.scopes.size(); ++i) {
     const DumpScope& scope = declarations.scopes[i];
-    // A scope comes behind the one around it.
+    // A scope comes after the one around it.
     hasParentheses[i] = hasParentheses[scope.parent] || scope.name.find('(') != std::string::npos;
     FindCollisions(declarations, scope, shares, collisions);
   }

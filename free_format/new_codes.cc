@@ -1,3 +1,4 @@
+// Which names share a code, and the letters of the new codes.
 #include "free_format/new_codes.h"
 
 #include <algorithm>

@@ -99,33 +99,6 @@ class BodyCopy {
   std::vector<std::string> values_;  // by code, while the window is not open yet
 };
 
-/// Whether the text is the whole path of the scope, found out without writing out every path.
-bool IsPathOf(std::string_view text, const Declarations& declarations, std::uint32_t scope) {
-  while (text.ends_with(declarations.scopes[scope].name)) {
-    text.remove_suffix(declarations.scopes[scope].name.size());
-    scope = declarations.scopes[scope].parent;
-    if (scope == Declarations::kDump) return text.empty();
-    if (text.empty() || text.back() != '/') return false;
-    text.remove_suffix(1);
-  }
-  return false;
-}
-
-/// The scope of that path, or the outermost of that name; kDump when there is none.
-std::uint32_t FindScope(const Declarations& declarations, const std::string& top) {
-  std::vector<std::uint32_t> level = declarations.scopes[Declarations::kDump].scopes;
-  while (!level.empty()) {
-    std::vector<std::uint32_t> below;
-    for (const std::uint32_t index : level) {
-      const DumpScope& scope = declarations.scopes[index];
-      if (scope.name == top || IsPathOf(top, declarations, index)) return index;
-      below.insert(below.end(), scope.scopes.begin(), scope.scopes.end());
-    }
-    level = std::move(below);
-  }
-  return Declarations::kDump;
-}
-
 /// Moves a scope, and those around it, in front of their neighbours.
 void MoveToFront(Declarations& declarations, std::uint32_t scope) {
   while (scope != Declarations::kDump) {
@@ -139,12 +112,7 @@ void MoveToFront(Declarations& declarations, std::uint32_t scope) {
 
 Declarations ReadHeader(DumpWords& words, const PrepareOptions& options) {
   Declarations declarations = ReadDeclarations(words, options.dump);
-  if (options.top.empty()) return declarations;
-  const std::uint32_t top = FindScope(declarations, options.top);
-  if (top == Declarations::kDump) {
-    throw Failure(FailureKind::NothingMatched, options.dump + ": has no scope " + options.top);
-  }
-  MoveToFront(declarations, top);
+  if (options.chooseTop) MoveToFront(declarations, options.chooseTop(declarations));
   return declarations;
 }
 

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,10 +33,11 @@ TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> 
                          const std::string& name);
 
 struct PrepareOptions {
-  std::string dump;                   // what messages call it
-  std::string top;                    // the scope that goes first, a name or a path; may be empty
-  std::optional<std::uint64_t> tick;  // femtoseconds, for a dump without a time scale
-  TimeWindow window;                  // to keep
+  std::string dump;  // what messages call it
+  // Says which scope goes first; without it they stay in their order.
+  std::function<std::uint32_t(const Declarations&)> chooseTop;
+  std::optional<std::uint64_t> tick;      // femtoseconds, for a dump without a time scale
+  TimeWindow window;                      // to keep
   std::size_t block = DumpWords::kBlock;  // bytes that are read and written at a time
 };
 
@@ -63,7 +65,7 @@ struct PrepareReport {
 };
 
 /// Throws Failure with Unusable for what is no VCD file or declares no variable, with
-/// NothingMatched where the top scope does not exist or the window holds nothing.
+/// NothingMatched where the window holds nothing.
 PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& options);
 
 }  // namespace orsa::kesncd

@@ -1,3 +1,4 @@
+// Does to two strings what the line readers do to their slots, to know which stamp they read.
 #include "free_format/slot_watch.h"
 
 #include <algorithm>
@@ -7,7 +8,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-double NumberIn(const std::string& slot) {
+double StampIn(const std::string& slot) {
   double ticks = 0;
   (void)std::from_chars(slot.data(), slot.data() + slot.size(), ticks);
   return ticks;
@@ -28,8 +29,8 @@ void SlotWatch::Put(std::string& slot, std::string_view word, bool isEnded) {
 }
 
 double SlotWatch::StampFor(double ticks) const {
-  const double shared = NumberIn(shared_);
-  return shared != ticks ? shared : NumberIn(own_);
+  const double shared = StampIn(shared_);
+  return shared != ticks ? shared : StampIn(own_);
 }
 
 }  // namespace orsa::kesncd

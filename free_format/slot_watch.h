@@ -1,5 +1,5 @@
 // What the line readers read a time stamp as. They keep the digits of a stamp in one place, where
-// the digits end nothing: a longer text that stood there before goes on behind them. In the flat
+// the digits end nothing: a longer text that stood there before goes on after them. In the flat
 // run's reader the second words of lines pass through the same place.
 #ifndef KESNCD_FREE_FORMAT_SLOT_WATCH_H_
 #define KESNCD_FREE_FORMAT_SLOT_WATCH_H_

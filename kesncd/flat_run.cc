@@ -29,9 +29,9 @@ using Frequencies = std::map<std::string, double>;
 
 /// Enters the bits of one bus. Taken in the order of their names ("d_1", "d_10", "d_2"), each goes
 /// right after the one before, where the map need not be searched.
-class BitNames {
+class BusEntry {
  public:
-  BitNames(const DesignNames& names, double frequency, Frequencies& frequencies)
+  BusEntry(const DesignNames& names, double frequency, Frequencies& frequencies)
       : names_(names),
         frequency_(frequency),
         frequencies_(frequencies),
@@ -70,7 +70,7 @@ void EnterSignal(int index, Frequencies& frequencies) {
   const DesignNames names = RewriteName(topMod.GetSignalName(index));
   const double frequency = topMod.GetSignalFreq(index);
   if (names.isRange) {
-    BitNames(names, frequency, frequencies).Enter();
+    BusEntry(names, frequency, frequencies).Enter();
   } else {
     frequencies.emplace(names.base, frequency);
   }

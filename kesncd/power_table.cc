@@ -19,6 +19,8 @@ namespace {
 
 constexpr char kConnections[] = "Hierarchical Connections";
 
+/// The table of connections; null for a document without one, or with a section of another kind
+/// under its name.
 PD_TABLE* FindConnections(PD_DATA* data) {
   if (data == nullptr) return nullptr;
   const auto* section = dynamic_cast<PD_TBLSECT*>(data->GetSection(kConnections));
@@ -37,7 +39,9 @@ std::vector<KesSigFreq> ReadRecords(PD_TABLE& table) {
   return records.Finish();
 }
 
-/// Looks frequencies up in the module tree: a few by searching it, many in an index of it.
+/// Looks frequencies up in the module tree: a few by searching it, many in an index of it. Both
+/// answer alike; a table of a large design asks hundreds of thousands of times, each of which would
+/// walk the whole tree.
 class TreeLookup {
  public:
   /// For the names that stand in `records`, which must stay there.
@@ -104,6 +108,7 @@ std::vector<KesSigFreq> KesNCD::CreateKesSigFreq(PD_DATA* data, double defaultFr
   PD_TABLE* const table = FindConnections(data);
   if (table == nullptr) return {};
   std::vector<KesSigFreq> records = ReadRecords(*table);
+  // Without a hierarchical run the rows are still worth having, with unknown frequencies.
   if (hierRoot == nullptr || topModName == nullptr) return records;
   TreeRecordLookup lookup(*hierRoot, records, topModName, exact);
   for (KesSigFreq& record : records) FillRecord(record, lookup, defaultFreq);

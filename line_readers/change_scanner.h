@@ -3,7 +3,7 @@
 // Nearly all of a dump is lines of four plain shapes: a scalar change, a vector or real change with
 // its code, a time stamp of digits, nothing. The scanner takes those straight from a block of the
 // file and leaves every other line, and every line it is not sure of, to the reader's plain path.
-// What it leaves behind (counts, span, the texts in the splitter's slots) is what the plain path
+// What it leaves (counts, span, the texts in the splitter's slots) is what the plain path
 // would have left.
 #ifndef KESNCD_LINE_READERS_CHANGE_SCANNER_H_
 #define KESNCD_LINE_READERS_CHANGE_SCANNER_H_

@@ -9,12 +9,12 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr std::size_t kLineBytes = 1024;
+constexpr std::size_t kProbeLineBytes = 1024;
 
 }  // namespace
 
 std::string ProbeTopModule(std::FILE* dump) {
-  LineSource lines(dump, kLineBytes);
+  LineSource lines(dump, kProbeLineBytes);
   Splitter splitter;
   std::string candidate;
   for (const char* text = lines.Next(); text != nullptr; text = lines.Next()) {

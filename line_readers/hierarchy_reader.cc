@@ -7,7 +7,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr std::size_t kLineBytes = 4096;
+constexpr std::size_t kTreeLineBytes = 4096;
 
 /// Scopes of other kinds (begin, fork, ...) open no node: their signals land in the scope around
 /// them, and their end closes that one.
@@ -20,7 +20,7 @@ bool OpensNode(const VcdLine& line, LineKind kind) {
 
 HierarchyReader::HierarchyReader(std::FILE* dump, DeclarationSink& sink, CodeCounts& counts,
                                  ReadingState& state, const ReadingOptions& options)
-    : sink_(sink), lines_(dump, kLineBytes, Splitters::Separate, counts, state, options) {}
+    : sink_(sink), lines_(dump, kTreeLineBytes, Splitters::Separate, counts, state, options) {}
 
 bool HierarchyReader::Read() {
   VcdLine line{};

@@ -7,22 +7,18 @@
 #include <tuple>
 
 #include "names/design_names.h"
+#include "text/words.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
 /// Takes the number of a bit off a name; false where it has none.
-bool TakeNumber(std::string& base, std::int64_t& number) {
+bool TakeBarNumber(std::string& base, std::int64_t& number) {
   std::string_view name = base;
   if (!TakeBitNumber(name, number)) return false;
   base.resize(name.size());
   return true;
-}
-
-std::string WithBars(std::string name) {
-  std::replace(name.begin(), name.end(), '/', '_');
-  return name;
 }
 
 /// What was asked for, found by the names that a signal has.
@@ -31,7 +27,7 @@ class Selection {
   explicit Selection(const std::vector<std::string>& names) : names_(names), isMet_(names.size()) {
     for (std::size_t i = 0; i < names.size(); ++i) {
       Add(names[i], i);
-      if (names[i].find('/') != std::string::npos) Add(WithBars(names[i]), i);
+      if (names[i].find('/') != std::string::npos) Add(SlashesFlattened(names[i]), i);
     }
   }
 
@@ -69,7 +65,7 @@ class Selection {
     std::string base = rewritten.base;
     std::int64_t number = 0;
     if (rewritten.isRange) return;
-    if (TakeNumber(base, number)) {
+    if (TakeBarNumber(base, number)) {
       bits_[base].emplace(number, index);
     } else if (base != name) {
       whole_.emplace(base, index);
@@ -92,7 +88,7 @@ class Selection {
 FlatMap::Entry FlatMap::EntryOf(const Declarations& declarations, std::uint32_t variable) {
   const DesignNames names = RewriteName(declarations.variables[variable].name);
   Entry entry{names.base, names.isRange, names.isRange, names.low, names.high, variable};
-  if (!entry.isRange && TakeNumber(entry.base, entry.low)) {
+  if (!entry.isRange && TakeBarNumber(entry.base, entry.low)) {
     entry.hasNumber = true;
     entry.high = entry.low;
   }

@@ -68,7 +68,7 @@ class NameIndex {
   void ExpectKeysOf(std::string_view signal);
   void Expect(std::string_view text);
   bool IsExpected(std::string_view text) const;
-  void Enter(std::string_view name, Place place);
+  void Enter(std::string_view signal, Place place);
   void EnterText(std::string_view text, Place place);
   std::vector<Segment> Segments(const std::pmr::vector<Range>& ranges) const;
   std::string Folded(std::string_view text) const;

@@ -12,9 +12,9 @@ bool IsDigit(char c) {
 }
 
 /// Takes the number that a text begins with, without leading zeros.
-std::string_view TakeNumber(std::string_view& text) {
+std::string_view TakeDigits(std::string_view& text) {
   while (text.size() > 1 && text[0] == '0' && IsDigit(text[1])) text.remove_prefix(1);
-  const auto end = std::find_if_not(text.begin(), text.end(), IsDigit);
+  const auto* const end = std::find_if_not(text.begin(), text.end(), IsDigit);
   const std::string_view number = text.substr(0, static_cast<std::size_t>(end - text.begin()));
   text.remove_prefix(number.size());
   return number;
@@ -27,8 +27,8 @@ bool IsNameBefore(std::string_view a, std::string_view b) {
   const std::string_view wholeB = b;
   while (!a.empty() && !b.empty()) {
     if (IsDigit(a.front()) && IsDigit(b.front())) {
-      const std::string_view left = TakeNumber(a);
-      const std::string_view right = TakeNumber(b);
+      const std::string_view left = TakeDigits(a);
+      const std::string_view right = TakeDigits(b);
       if (left.size() != right.size()) return left.size() < right.size();
       if (left != right) return left < right;
       continue;

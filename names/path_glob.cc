@@ -12,6 +12,7 @@ constexpr std::string_view kSpecial = "*?[]\\";
 
 }  // namespace
 
+// NOLINTNEXTLINE(readability-function-cognitive-complexity): a branch for each kind of step
 PathGlob::PathGlob(std::string_view pattern)
     : pattern_(pattern), isName_(pattern.find('/') == std::string_view::npos) {
   for (std::size_t at = 0; at < pattern.size();) {
@@ -29,8 +30,8 @@ PathGlob::PathGlob(std::string_view pattern)
     } else if (const std::size_t set = rest.front() == '[' ? AddSet(rest) : 0; set > 0) {
       at += set;
     } else {
-      const bool isEscape =
-          rest.front() == '\\' && rest.size() > 1 && kSpecial.find(rest[1]) != kSpecial.npos;
+      const bool isEscape = rest.front() == '\\' && rest.size() > 1 &&
+                            kSpecial.find(rest[1]) != std::string_view::npos;
       steps_.push_back({Kind::Character, static_cast<unsigned char>(rest[isEscape ? 1 : 0])});
       at += isEscape ? 2 : 1;
     }

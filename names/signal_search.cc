@@ -8,6 +8,7 @@
 #include "names/design_names.h"
 #include "names/name_match.h"
 #include "names/scope_search.h"
+#include "text/words.h"
 
 namespace orsa::kesncd {
 
@@ -36,12 +37,6 @@ std::string KeyOf(std::uint32_t scopeText, char kind, std::string_view text) {
   key += std::to_string(scopeText);
   key += ':';
   return key += text;
-}
-
-std::string WithBars(std::string_view name) {
-  std::string flat(name);
-  std::replace(flat.begin(), flat.end(), '/', '_');
-  return flat;
 }
 
 }  // namespace
@@ -96,7 +91,7 @@ void SignalSearch::AddReadings(std::uint32_t query, std::string_view scopeText,
   const auto reading = [&](char kind) { return Reading{query, rank * kTiers + TierOf(kind)}; };
   AddText(id, kDumpText, signal, reading(kDumpText));
   const std::string extra(1, exact_ ? kExtraLetter : static_cast<char>(std::tolower(kExtraLetter)));
-  const std::string forms[] = {std::string(signal), WithBars(signal)};
+  const std::string forms[] = {std::string(signal), SlashesFlattened(signal)};
   for (std::size_t i = 0; i < (forms[0] == forms[1] ? 1U : 2U); ++i) {
     AddText(id, kDesignText, forms[i], reading(kDesignText));
     AddText(id, kDesignText, forms[i] + extra, reading(kDesignText));

@@ -1,3 +1,4 @@
+// Files read in blocks, and how a file that changes while it is read is noticed.
 #include "text/byte_stream.h"
 
 #include <fcntl.h>
@@ -17,6 +18,7 @@ namespace {
   throw Failure(FailureKind::Unusable, path + ": " + std::strerror(errno));
 }
 
+/// "-" is the standard input, duplicated so that closing the source leaves the process its own.
 int Open(const std::string& path) {
   if (path == "-") return fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
   return open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -33,6 +35,7 @@ FileSource::~FileSource() {
   (void)close(file_);
 }
 
+/// A signal may interrupt a read of a slow pipe or network file; that is no end and no error.
 std::size_t FileSource::Read(char* to, std::size_t most) {
   ssize_t got = 0;
   do {
@@ -55,6 +58,7 @@ std::uint64_t FileSource::size() const {
   return S_ISREG(opened_.st_mode) ? static_cast<std::uint64_t>(opened_.st_size) : 0;
 }
 
+/// A file that only grows is changed, not shrunk: a simulation may still be writing it.
 FileChange FileSource::Change() const {
   struct stat now {};
   if (!S_ISREG(opened_.st_mode) || fstat(file_, &now) != 0) return FileChange::None;
@@ -65,6 +69,7 @@ FileChange FileSource::Change() const {
   return isSame ? FileChange::None : FileChange::Changed;
 }
 
+/// First what was already taken from the source, to look at the first bytes, then the source.
 std::size_t ResumedSource::Read(char* to, std::size_t most) {
   if (given_ == start_.size()) return rest_->Read(to, most);
   const std::size_t got = start_.copy(to, most, given_);

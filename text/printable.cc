@@ -28,7 +28,7 @@ std::size_t LengthAfter(unsigned char first) {
 
 void AppendPrintable(std::string& out, std::string_view text, std::string_view kept) {
   while (!text.empty()) {
-    const auto end = std::find_if_not(text.begin(), text.end(), IsPlain);
+    const auto* const end = std::find_if_not(text.begin(), text.end(), IsPlain);
     const auto plain = static_cast<std::size_t>(end - text.begin());
     out += text.substr(0, plain);
     text.remove_prefix(plain);

@@ -48,7 +48,7 @@ std::string LinkText(const std::string& path) {
 }
 
 /// Follows links to where a file is or would be made. Opening the link itself would do for a file
-/// that exists, but a temporary file must lie beside the file behind it.
+/// that exists, but a temporary file must lie beside the file that it names.
 void FollowLinks(const std::string& path, Place& place) {
   constexpr int kMostLinks = 40;  // as the system
   std::filesystem::path at = path;

@@ -7,6 +7,7 @@
 #ifndef KESNCD_VCD_CODE_TABLE_H_
 #define KESNCD_VCD_CODE_TABLE_H_
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -50,6 +51,8 @@ class CodeCells {
   std::uint32_t* LookPlain(const char* code, std::size_t length);
   /// Fetches what Add or Find of a code will look at: in a large header each waits for memory.
   void Fetch(std::string_view code) const;
+  /// The same for Look, which reads kReadAhead bytes too.
+  void FetchLook(const char* code, std::size_t length) const;
   /// Hands every added code's cell to `take`. Touches no memory that no code uses.
   template <class Take>
   void ForEach(Take take);
@@ -106,6 +109,8 @@ class CodeTable {
   std::uint32_t Add(std::string_view code);
   /// The code's number or kNone. CodeCells::kReadAhead bytes may be read from the code's start.
   std::uint32_t Find(std::string_view code) const;
+  /// Fetches what Find of a code will look at.
+  void Fetch(const char* code, std::size_t length) const { cells_.FetchLook(code, length); }
   std::uint32_t size() const { return size_; }
 
  private:
@@ -153,6 +158,15 @@ inline std::uint32_t* CodeCells::LookPlain(const char* code, std::size_t length)
       return &direct_[place];
   }
   return LookFurther(code, length);
+}
+
+inline void CodeCells::FetchLook(const char* code, std::size_t length) const {
+  const std::size_t place = PlaceOf(code, std::min(length, kLongestDirect));
+  if (length <= kLongestDirect && place < places_) [[likely]] {
+    __builtin_prefetch(&direct_[place], 1);
+  } else if (length <= kLongestPacked) {
+    __builtin_prefetch(&packed_[StartOf(Load(code, length))]);
+  }
 }
 
 inline std::uint32_t* CodeCells::Look(const char* code, std::size_t length) {

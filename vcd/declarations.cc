@@ -65,7 +65,7 @@ namespace {
 /// How many variables each scope declares with all below it.
 std::vector<std::size_t> SizesOf(const std::vector<DumpScope>& scopes) {
   std::vector<std::size_t> sizes(scopes.size());
-  // A scope comes behind the one around it.
+  // A scope comes after the one around it.
   for (std::size_t i = scopes.size() - 1; i > 0; --i) {
     sizes[i] += scopes[i].variables.size();
     sizes[scopes[i].parent] += sizes[i];

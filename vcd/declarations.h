@@ -41,14 +41,14 @@ inline bool IsTreeKind(const std::string& kind) {
 /// kinds of scopes, would make of declarations.
 struct LineReading {
   bool timescale = false;  // they read it
-  Tally lateTimescale;     // time scales behind a scope, which close it and all around it for them
+  Tally lateTimescale;     // time scales after a scope, which close it and all around it for them
   Tally overlooked;        // variables that stand on no line of theirs
   Tally scopeLines;        // the same of $scope, $upscope and $enddefinitions
   Tally quoted;            // lines of comments that look like declarations
   Tally keywords;          // keywords in capitals, which they do not know
   Tally wrongScope;        // variables put into another scope of the tree
   Tally unreachable;       // variables that no way leads to from the tree's root
-  Tally late;              // variables declared behind a sub-scope: no flat run takes them
+  Tally late;              // variables declared after a sub-scope: no flat run takes them
   Tally split;             // scopes opened again under the same path
   Tally grammarCodes;      // vectors whose code the grammar reader takes for a time or a value
   Tally attributes;        // sections that the grammar reader does not know

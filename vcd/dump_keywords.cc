@@ -1,3 +1,4 @@
+// The one table of keywords, for all readers of a dump.
 #include "vcd/dump_keywords.h"
 
 #include <strings.h>
@@ -9,6 +10,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// Extended dumps have commands of their own for ports, which mean the same.
 struct Row {
   std::string_view word;
   Keyword keyword;
@@ -35,6 +37,7 @@ constexpr Row kRows[] = {
     {"$vcdclose", Keyword::Close},
 };
 
+/// A "$" before anything else begins an identifier code, not a keyword.
 bool IsAnyLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }

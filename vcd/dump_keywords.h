@@ -20,7 +20,7 @@ enum class Keyword {
   DumpOn,
   DumpOff,
   Close,    // $vcdclose, around a last time stamp
-  Section,  // another word behind a "$", such as $attrbegin
+  Section,  // another word after a "$", such as $attrbegin
   End,
 };
 

@@ -56,6 +56,36 @@ inline std::uint64_t LowBits(std::size_t count) {
   return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
 }
 
+/// A change has three bytes at least; one may begin before its chunk.
+inline constexpr std::size_t kMostCodesFound = 64 / 3 + 1;
+
+/// Where a line's identifier code probably is.
+struct CodeInLine {
+  const char* code;
+  std::uint32_t length;
+};
+
+/// The codes of the changes that end in the 64 bytes at `chunk`, as far as they lie before `end`,
+/// and nothing sure: what is no plain line gives any text of it. `line` is where the next line
+/// begins and moves on. Returns the end of what it wrote, kMostCodesFound at most.
+inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* end,
+                             CodeInLine* codes) {
+  std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
+  const char* code = line + 1;
+  for (; marks != 0; marks &= marks - 1) {
+    const char* const odd = chunk + static_cast<unsigned>(std::countr_zero(marks));
+    if (*odd == '\n') {
+      *codes = {code, static_cast<std::uint32_t>(odd - code)};
+      codes += odd > code && *line != '#' ? 1 : 0;
+      line = odd + 1;
+      code = odd + 2;
+    } else {
+      code = odd + 1;
+    }
+  }
+  return codes;
+}
+
 /// Hands the plain lines from `begin` on to `taker` and returns the start of the first line that is
 /// not plain, that may have `tooLong` characters or more, that has no newline before `end`, or that
 /// the taker refuses. Up to kScanPadding bytes after `end` are read. The taker has two operations:
@@ -66,11 +96,23 @@ inline std::uint64_t LowBits(std::size_t count) {
 ///                                                         any other line, an empty one too;
 ///                                                         `blank` is its one blank or null; false:
 ///                                                         refused
+///
+/// and may have a third, which is called before the lines are taken that end in the next bytes:
+///
+///   const char* LookAhead(const char* line, const char* chunk, const char* end)
+///                                                         returns how far it looked, past `chunk`;
+///                                                         `line` is where the next line begins
+// NOLINTNEXTLINE(readability-function-cognitive-complexity): calls would cost the loop its speed
 template <class Taker>
 const char* ScanPlainLines(const char* begin, const char* end, std::size_t tooLong, Taker& taker) {
   const char* line = begin;
   const char* blank = nullptr;  // the one blank of the line so far
+  [[maybe_unused]] const char* ahead = begin;
   for (const char* chunk = begin; chunk < end; chunk += 64) {
+    if constexpr (requires { taker.LookAhead(line, chunk, end); }) {
+      if (chunk >= ahead) [[unlikely]]
+        ahead = taker.LookAhead(line, chunk, end);
+    }
     if (static_cast<std::size_t>(chunk + 64 - line) >= tooLong) return line;
     std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
     for (; marks != 0; marks &= marks - 1) {

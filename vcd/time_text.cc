@@ -1,3 +1,4 @@
+// Times are whole femtoseconds, so that none is rounded on its way from a text to a window.
 #include "vcd/time_text.h"
 
 #include <strings.h>

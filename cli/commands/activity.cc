@@ -10,13 +10,14 @@
 #include "cli/commands/exact_options.h"
 #include "cli/commands/parts.h"
 #include "cli/input/database_input.h"
+#include "cli/process/messages.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kActivityHelp[] =
     "Exact activity: how long every bit was 0, 1, x and z, and how often it toggled\n"
     "\n"
     "Examples:\n"
@@ -48,6 +49,16 @@ StoredRun Count(const ExactOptions& options, ClockCheck* clocks) {
   return ReadExactRun(input);
 }
 
+/// Rates that are missing in every row want a reason.
+void SayWhyNoRates(const ExactRun& run) {
+  if (!run.result.tick) {
+    Remark(run.dump,
+           "it has no time scale, so no rate is known; kesncd prepare --timescale gives one");
+  } else if (run.result.observedTicks == 0 && run.result.notes.hasStamps) {
+    Remark(run.dump, "no time was observed, so no rate is known");
+  }
+}
+
 /// With the factor of the design's clock, if there is one.
 ExactRun CountScaled(const ExactOptions& options) {
   const bool hasClocks = !options.clock.clock.empty() || !options.clock.sdc.empty();
@@ -63,6 +74,7 @@ ExactRun CountScaled(const ExactOptions& options) {
   run.dump = NameOf(options.input);
   run.origin = std::move(stored.facts.dump);
   run.result = std::move(stored.exact);
+  if (options.HasRows()) SayWhyNoRates(run);
   run.scale = clocks.ScaleOf(run.result, run.dump);
   return run;
 }
@@ -94,7 +106,7 @@ void CheckPart(const ExactOptions& options) {
   }
 }
 
-ExitStatus Run(const ExactOptions& options) {
+ExitStatus RunActivity(const ExactOptions& options) {
   CheckExactPlaces({options.input.dump, options.clock.sdc}, options);
   if (options.part) {
     WriteDatabaseFile(ReadPart(options.input, *options.part), options.output.path);
@@ -126,7 +138,7 @@ void AddClockOptions(Command& command, ClockOptions& options) {
 }  // namespace
 
 void AddActivityCommand(CommandLine& line) {
-  Command& command = line.Add("activity", kHelp);
+  Command& command = line.Add("activity", kActivityHelp);
   const auto options = std::make_shared<ExactOptions>();
   AddDumpOptions(command, options->input);
   AddWindowOptions(command, options->window);
@@ -140,7 +152,7 @@ void AddActivityCommand(CommandLine& line) {
     CheckPart(*options);
     if (!options->clock.clock.empty()) (void)DesignClockOf(options->clock.clock);
   };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunActivity(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
+#include "cli/input/reading_threads.h"
 #include "free_format/dump_findings.h"
 #include "names/scope_search.h"
 #include "text/number.h"
@@ -11,13 +12,13 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-struct Options {
+struct CheckChoices {
   InputOptions input;
   OutputOptions output;
   bool allModules = false;
 };
 
-constexpr char kHelp[] =
+constexpr char kCheckHelp[] =
     "What makes figures of a dump wrong, or is worth knowing, the most harmful first\n"
     "\n"
     "Examples:\n"
@@ -84,7 +85,7 @@ std::int64_t FaultsIn(const std::vector<Finding>& findings) {
                        [](const Finding& finding) { return IsFault(finding.kind); });
 }
 
-Facts FactsOf(const std::string& dump, const DumpCheck& check, const TopNames& tops) {
+Facts CheckFacts(const std::string& dump, const DumpCheck& check, const TopNames& tops) {
   const auto& [declarations, body, findings] = check;
   const auto ticks = static_cast<double>(body.lastTick - body.firstTick);
   Cell tick;
@@ -174,15 +175,16 @@ void AddChange(FileChange change, std::vector<Finding>& findings) {
   SortFindings(findings);
 }
 
-ExitStatus Run(const Options& options) {
+ExitStatus RunCheck(const CheckChoices& options) {
   CheckOutputs({options.input.dump}, {options.output.path});
   const std::string name = NameOf(options.input);
   UnpackedSource dump = OpenDump(options.input);
+  (void)UseThreads(options.input, dump);  // a plain file is looked through in one
   DumpCheck check = CheckDump(*dump.bytes, name, dump.packing);
   dump.bytes.reset();
-  AddChange(*dump.change, check.findings);
+  if (dump.change != nullptr) AddChange(*dump.change, check.findings);
   const TopNames tops = TopNamesOf(check.declarations);
-  ResultOutput result(options.output, {FactsOf(name, check, tops),
+  ResultOutput result(options.output, {CheckFacts(name, check, tops),
                                        "findings",
                                        {{"finding", true},
                                         "count",
@@ -202,13 +204,14 @@ ExitStatus Run(const Options& options) {
 }  // namespace
 
 void AddCheckCommand(CommandLine& line) {
-  Command& command = line.Add("check", kHelp);
-  const auto options = std::make_shared<Options>();
+  Command& command = line.Add("check", kCheckHelp);
+  const auto options = std::make_shared<CheckChoices>();
   AddDumpOptions(command, options->input);
+  AddJobsOption(command, options->input);
   command.AddFlag("--modules", options->allModules,
                   "list all modules that --top of other commands takes, not the first 20");
   AddOutputOptions(command, options->output);
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunCheck(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

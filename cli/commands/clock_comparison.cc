@@ -1,3 +1,4 @@
+// Which clocks of the report run at another frequency in the dump, and what to say of each.
 #include "cli/commands/clock_comparison.h"
 
 #include <array>

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "cli/commands/scope_choice.h"
+#include "cli/commands/signal_choice.h"
 #include "cli/input/list_file.h"
 #include "cli/process/messages.h"
 #include "names/signal_search.h"
@@ -28,7 +28,7 @@ struct Period {
   double Femtoseconds() const { return static_cast<double>(time) / static_cast<double>(halves); }
 };
 
-Period PeriodOf(const ToggleSpan& span, const ActivityResult& result) {
+Period MeasuredPeriod(const ToggleSpan& span, const ActivityResult& result) {
   if (!result.tick || span.toggles < 2) return {};
   return {2 * Wide{span.last - span.first} * *result.tick, span.toggles - 1};
 }
@@ -49,15 +49,6 @@ void SetQuotient(ClockScale& scale, Wide numerator, Wide denominator) {
   }
   scale.numerator = static_cast<std::uint64_t>(numerator);
   scale.denominator = static_cast<std::uint64_t>(denominator);
-}
-
-std::string PathsOf(const std::vector<std::uint32_t>& variables, const Declarations& declarations) {
-  std::vector<std::string> paths;
-  paths.reserve(variables.size());
-  for (const std::uint32_t id : variables) {
-    paths.push_back(declarations.ShortPathOf(declarations.variables[id]));
-  }
-  return ShortList(paths);
 }
 
 }  // namespace
@@ -120,7 +111,7 @@ ClockScale ClockCheck::ScaleOf(const ActivityResult& result, const std::string& 
   ClockScale scale;
   if (scales_) {
     const Found& found = found_.front();
-    const Period period = PeriodOf(result.watched[found.watched], result);
+    const Period period = MeasuredPeriod(result.watched[found.watched], result);
     if (!period.IsKnown()) {
       throw Failure(FailureKind::NothingMatched,
                     dump + ": " + found.clock.name + " has no period: it " +
@@ -142,7 +133,7 @@ ClockScale ClockCheck::ScaleOf(const ActivityResult& result, const std::string& 
 void ClockCheck::Compare(const Found& found, const ClockScale& scale, const ActivityResult& result,
                          const std::string& dump) const {
   constexpr double kTolerated = 0.01;
-  const Period period = PeriodOf(result.watched[found.watched], result);
+  const Period period = MeasuredPeriod(result.watched[found.watched], result);
   if (!period.IsKnown()) {
     Remark(dump, "clock " + found.clock.name + " of " + sdc_ + " does not run here");
     return;

@@ -19,7 +19,7 @@ struct ClocksOptions {
   OutputOptions output;
 };
 
-constexpr char kHelp[] =
+constexpr char kClocksHelp[] =
     "Clock frequencies of a timing report\n"
     "\n"
     "Examples:\n"
@@ -49,7 +49,7 @@ std::map<std::string, double> ClocksOfDump(const ClocksOptions& options,
   return found;
 }
 
-ExitStatus Run(const ClocksOptions& options) {
+ExitStatus RunClocks(const ClocksOptions& options) {
   CheckOutputs({options.report, options.input.dump}, {options.output.path});
   orsa::kesncd::KesNCD analyser;
   ReadClocks(analyser, options);
@@ -86,7 +86,7 @@ void AddModeOption(Command& command, int& mode) {
 }
 
 void AddClocksCommand(CommandLine& line) {
-  Command& command = line.Add("clocks", kHelp);
+  Command& command = line.Add("clocks", kClocksHelp);
   const auto options = std::make_shared<ClocksOptions>();
   command.AddFileOperand("REPORT", options->report, "timing report").Required();
   command.AddFile("--dump", "DUMP", options->input.dump, "compare with the clocks of a dump");
@@ -95,7 +95,7 @@ void AddClocksCommand(CommandLine& line) {
   command.AddFlag("--earlier-reader", options->earlierReader,
                   "close a row at its \";\", as older versions did");
   AddOutputOptions(command, options->output);
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunClocks(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -13,8 +13,10 @@
 namespace orsa::kesncd::cli {
 
 void AddActivityCommand(CommandLine& line);
+void AddProfileCommand(CommandLine& line);
 void AddMergeCommand(CommandLine& line);
 void AddDiffCommand(CommandLine& line);
+void AddReportCommand(CommandLine& line);
 void AddLookCommand(CommandLine& line);
 void AddFlatCommand(CommandLine& line);
 void AddTopCommand(CommandLine& line);

@@ -22,7 +22,7 @@ struct DiffOptions {
   OutputOptions output;
 };
 
-constexpr char kHelp[] =
+constexpr char kDiffHelp[] =
     "What differs between two runs: signals and modules whose toggle rate or duty changed\n"
     "\n"
     "Examples:\n"
@@ -62,7 +62,7 @@ bool Takes(const PathFilter& filter, const RunDifference& row, const StoredRun& 
   return TakesSignal(filter, declarations.PathOf(variable.scope), variable);
 }
 
-ExitStatus Run(const DiffOptions& options) {
+ExitStatus RunDiff(const DiffOptions& options) {
   CheckOutputs({options.before.dump, options.after}, {options.output.path});
   const StoredRun before = ReadRun(options, options.before.dump);
   const StoredRun after = ReadRun(options, options.after);
@@ -108,7 +108,7 @@ void CheckOptions(const DiffOptions& options) {
 }  // namespace
 
 void AddDiffCommand(CommandLine& line) {
-  Command& command = line.Add("diff", kHelp);
+  Command& command = line.Add("diff", kDiffHelp);
   const auto options = std::make_shared<DiffOptions>();
   command.AddFileOperand("BEFORE", options->before.dump, "a dump, or a database of one").Required();
   command.AddFileOperand("AFTER", options->after, "the one to compare with it").Required();
@@ -121,7 +121,7 @@ void AddDiffCommand(CommandLine& line) {
   command.AddCount("--limit", "N", {0}, options->limit, "so many rows at most").Initially("all");
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckOptions(*options); };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunDiff(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -12,6 +12,7 @@
 #include "cli/output/path_ending.h"
 #include "cli/process/terminal.h"
 #include "text/failure.h"
+#include "text/number.h"
 
 namespace orsa::kesncd::cli {
 
@@ -76,6 +77,8 @@ void CheckTogether(const ExactOptions& options) {
   refuse(!hasNetlist &&
              (!options.netlistTop.empty() || !options.unmatched.empty() || options.require > 0),
          "--netlist-top, --unmatched and --require are for --netlist");
+  refuse(options.require > 100,
+         "--require: " + RoundedText(options.require, 17) + " is more than 100 percent");
   CheckDatabaseOptions(options);
 }
 

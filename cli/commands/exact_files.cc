@@ -7,13 +7,13 @@
 #include "activity/activity_rows.h"
 #include "cli/commands/exact_rows.h"
 #include "cli/commands/scope_choice.h"
+#include "cli/input/netlist_input.h"
 #include "cli/output/sink_stream.h"
 #include "cli/process/messages.h"
 #include "database/database_writer.h"
 #include "export/netlist_pins.h"
 #include "export/saif_writer.h"
 #include "export/tcl_writer.h"
-#include "export/yosys.h"
 #include "text/failure.h"
 #include "text/number.h"
 #include "vcd/time_text.h"
@@ -174,11 +174,15 @@ void WriteDatabaseFile(const StoredRun& run, const std::string& path) {
 }
 
 ExitStatus WritePins(const ExactRun& run, const ExactOptions& options) {
-  const Netlist netlist = ReadNetlistFile(options.netlist);
+  const Netlist netlist = ReadNetlistOf(options.netlist);
   PinOptions pinOptions;
   pinOptions.top = options.netlistTop;
   if (!options.scope.empty() || !options.strip.empty()) pinOptions.scope = StartOf(run, options);
   const NetlistPins pins(netlist, run.result, pinOptions);
+  if (pins.pins() == 0) {
+    throw Failure(FailureKind::NothingMatched,
+                  options.netlist + ": " + pins.top() + " has no pin of a cell");
+  }
   if (options.format == ExactFormat::Saif) {
     WriteSaifFile(run, options, &pins);
   } else if (options.format == ExactFormat::Tcl) {

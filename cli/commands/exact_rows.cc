@@ -2,6 +2,7 @@
 #include "cli/commands/exact_rows.h"
 
 #include "activity/activity_rows.h"
+#include "cli/process/messages.h"
 
 namespace orsa::kesncd::cli {
 
@@ -97,27 +98,38 @@ class ExactRows {
   }
 
  private:
-  /// Signals of a scope mostly come together: its path is made once.
   void TakeScope(std::uint32_t scope) {
-    if (scope == scope_) return;
+    hasScopePath_ = hasScopePath_ && scope == scope_;
     scope_ = scope;
-    scopePath_ = declarations_.PathOf(scope);
   }
 
-  std::string PathOf(std::string_view name) const {
-    std::string path = scopePath_;
+  /// Signals of a scope mostly come together: its path is made once, and only if a row needs it.
+  const std::string& ScopePath() {
+    if (!hasScopePath_) scopePath_ = declarations_.PathOf(scope_);
+    hasScopePath_ = true;
+    return scopePath_;
+  }
+
+  std::string PathOf(std::string_view name) {
+    std::string path = ScopePath();
     if (!path.empty()) path += '/';
     path += name;
     return path;
   }
 
+  template <class Figures>
+  bool Wants(const Figures& figures) const {
+    return selected_.Wants(static_cast<double>(figures.tc),
+                           RatesOf(figures, run_.result).toggleRate);
+  }
+
   void WriteBits(const SignalRow& row) {
-    const bool takesAll = filter_.IsOpen() || TakesSignal(filter_, scopePath_, row.variable);
+    const bool takesAll = filter_.IsOpen() || TakesSignal(filter_, ScopePath(), row.variable);
     for (auto bit = static_cast<std::uint32_t>(row.figures.size()); bit-- > 0;) {
-      if (row.IsRepeated(bit)) continue;
+      if (row.IsRepeated(bit) || !Wants(row.figures[bit])) continue;
       name_.clear();
       row.names.AppendName(bit, name_);
-      if (takesAll || filter_.Takes(scopePath_, name_)) WriteBit(PathOf(name_), row.figures[bit]);
+      if (takesAll || filter_.Takes(ScopePath(), name_)) WriteBit(PathOf(name_), row.figures[bit]);
     }
   }
 
@@ -134,9 +146,10 @@ class ExactRows {
 
   void WriteSignal(const SignalRow& row) {
     if (row.IsWhollyRepeated()) return;
-    if (!filter_.IsOpen() && !TakesSignal(filter_, scopePath_, row.variable)) return;
     ActivitySums sums;
     sums.Add(row.figures);
+    if (!Wants(sums)) return;
+    if (!filter_.IsOpen() && !TakesSignal(filter_, ScopePath(), row.variable)) return;
     WriteSums(PathOf(row.variable.name), sums);
   }
 
@@ -144,10 +157,11 @@ class ExactRows {
     const std::vector<ActivitySums> sums = rows_.ModuleSums();
     const std::vector<bool> inside = rows_.ScopesIn(run_.scope);
     for (std::uint32_t scope = Declarations::kDump + 1; scope < sums.size(); ++scope) {
-      if (!inside[scope] || sums[scope].bits == 0) continue;
+      if (!inside[scope] || sums[scope].bits == 0 || !Wants(sums[scope])) continue;
       TakeScope(declarations_.scopes[scope].parent);
       const std::string& name = declarations_.scopes[scope].name;
-      if (filter_.Takes(scopePath_, name)) WriteSums(PathOf(name), sums[scope]);
+      if (filter_.IsOpen() || filter_.Takes(ScopePath(), name))
+        WriteSums(PathOf(name), sums[scope]);
     }
   }
 
@@ -176,16 +190,29 @@ class ExactRows {
   const PathFilter filter_;
   SelectedRows selected_;
   std::uint32_t scope_ = Declarations::kDump;
+  bool hasScopePath_ = false;
   std::string scopePath_;
   std::string name_;
 };
 
 /// A dump whose variables have no bits has a result without rows; else something was asked for that
 /// is not there.
-ExitStatus RowsStatus(const ResultOutput& out, const ExactOptions& options) {
+ExitStatus RowsStatus(const ExactRun& run, const ResultOutput& out, const ExactOptions& options,
+                      const std::string& per) {
   const bool wasChosen =
       !options.scope.empty() || !options.selection.match.empty() || !options.netlist.empty();
-  return out.rows() == 0 && wasChosen ? ExitStatus::NothingMatched : ExitStatus::Done;
+  if (out.rows() > 0 || !wasChosen || options.selection.limit == 0) return ExitStatus::Done;
+  Say(run.dump, "no " + per + " was selected");
+  return ExitStatus::NothingMatched;
+}
+
+/// Variables outside every scope are rows of bits and of signals, but no module.
+void SayWhatNoModuleHas(const ExactRun& run) {
+  const Declarations& declarations = run.result.declarations;
+  const std::size_t outside = declarations.scopes[Declarations::kDump].variables.size();
+  if (run.scope != Declarations::kDump || outside == 0) return;
+  Remark(run.dump,
+         "variables outside every scope, which are in no module's row: " + std::to_string(outside));
 }
 
 }  // namespace
@@ -201,7 +228,8 @@ ExitStatus WriteExactRows(const ExactRun& run, const ExactOptions& options) {
   ResultOutput out(options.output, head);
   ExactRows(run, options, out).Write(options.per);
   out.End();
-  return RowsStatus(out, options);
+  if (options.per == RowsPer::Module) SayWhatNoModuleHas(run);
+  return RowsStatus(run, out, options, TextOf(options.per));
 }
 
 ExitStatus WritePinRows(const ExactRun& run, const NetlistPins& pins, const ExactOptions& options) {
@@ -209,7 +237,7 @@ ExitStatus WritePinRows(const ExactRun& run, const NetlistPins& pins, const Exac
   ResultOutput out(options.output, head);
   ExactRows(run, options, out).Write(pins);
   out.End();
-  return RowsStatus(out, options);
+  return RowsStatus(run, out, options, "pin");
 }
 
 }  // namespace orsa::kesncd::cli

@@ -30,7 +30,7 @@ struct ExtractOptions {
   OutputOptions output;
 };
 
-constexpr char kHelp[] =
+constexpr char kExtractHelp[] =
     "Frequencies for the nets of a design, from a dump and a timing report\n"
     "\n"
     "Examples:\n"
@@ -87,11 +87,12 @@ void TellUnmatched(const std::vector<std::string>& names, std::size_t nets,
 }
 
 /// Hands the frequencies of the nets that a module has to the analyser.
-void ReadDirectly(const ExtractOptions& options, const std::vector<std::string>& nets,
-                  KesNCD& analyser, Facts& facts) {
+void ExtractDirectly(const ExtractOptions& options, const std::vector<std::string>& nets,
+                     KesNCD& analyser, Facts& facts) {
   const Figures figures = ReadFigures(options.figures);
   const Declarations& declarations = figures.run.declarations;
   const std::uint32_t scope = ChosenScope(figures, options.top);
+  SayProposedTop(figures, options.top, scope);
   const FlatMap map(declarations, scope, nets);
   if (map.RangeNames() > kMostFlatNames) {
     throw Failure(FailureKind::Unusable, figures.dump + ": ERROR: Too many bus bits.");
@@ -128,7 +129,7 @@ void ReadReport(const ExtractOptions& options, KesNCD& analyser) {
   });
 }
 
-ExitStatus Run(const ExtractOptions& options) {
+ExitStatus RunExtract(const ExtractOptions& options) {
   CheckOutputs({options.figures.input.dump, options.nets, options.timing},
                {options.output.path, options.unmatched});
   KesNCD analyser;
@@ -140,7 +141,7 @@ ExitStatus Run(const ExtractOptions& options) {
   if (options.figures.input.asIs) {
     ReadAsHost(options, analyser, facts);
   } else {
-    ReadDirectly(options, nets, analyser, facts);
+    ExtractDirectly(options, nets, analyser, facts);
   }
   const TextByPath netsByPath(list);
   analyser.ncdFile = netsByPath.path();
@@ -155,7 +156,7 @@ ExitStatus Run(const ExtractOptions& options) {
 }  // namespace
 
 void AddExtractCommand(CommandLine& line) {
-  Command& command = line.Add("extract", kHelp);
+  Command& command = line.Add("extract", kExtractHelp);
   const auto options = std::make_shared<ExtractOptions>();
   AddFigureOptions(command, options->figures);
   command.AddText("--top", "NAME", options->top,
@@ -167,7 +168,7 @@ void AddExtractCommand(CommandLine& line) {
   AddModeOption(command, options->mode);
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckFigureOptions(options->figures); };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunExtract(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -95,26 +95,6 @@ class TreeCopy {
   std::map<std::pair<std::string, std::uint32_t>, std::size_t> codes_;
 };
 
-/// Scopes with variables go before those without.
-std::uint32_t BestOf(const Declarations& declarations, const std::vector<std::uint32_t>& scopes) {
-  for (const std::uint32_t scope : scopes) {
-    if (!declarations.scopes[scope].variables.empty()) return scope;
-  }
-  return scopes.front();
-}
-
-void SayWhichOf(const Figures& figures, const std::vector<std::uint32_t>& scopes,
-                const std::string& text, std::uint32_t chosen) {
-  std::vector<std::string> others;
-  for (const std::uint32_t scope : scopes) {
-    if (scope != chosen) others.push_back(figures.run.declarations.ShortPathOf(scope));
-  }
-  if (others.empty()) return;
-  Remark(figures.dump, text + " means " + std::to_string(scopes.size()) + " scopes; taken is " +
-                           figures.run.declarations.ShortPathOf(chosen) + ", not " +
-                           ShortList(others));
-}
-
 }  // namespace
 
 Cell Figures::Frequency(std::uint32_t changes) const {
@@ -148,6 +128,12 @@ std::string ScopeName(const Declarations& declarations, std::uint32_t scope) {
   return "/ (variables outside every scope)";
 }
 
+void SayProposedTop(const Figures& figures, const std::string& given, std::uint32_t scope) {
+  if (!given.empty()) return;
+  Remark(figures.dump,
+         "top module is " + ScopeName(figures.run.declarations, scope) + "; --top chooses another");
+}
+
 std::string RowPath(const Declarations& declarations, std::uint32_t scope) {
   constexpr std::size_t kLongest = 1000;
   constexpr std::size_t kMostScopes = 64;  // more than a design nests
@@ -164,14 +150,7 @@ std::string RowPath(const Declarations& declarations, std::uint32_t scope) {
 }
 
 std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
-  const Declarations& declarations = figures.run.declarations;
-  if (text.empty()) return OutermostWithVariables(declarations);
-  if (text == "/") return Declarations::kDump;
-  const std::vector<std::uint32_t> scopes = FindScopes(declarations, text);
-  if (scopes.empty()) FailUnknownScope(figures.dump, declarations, text);
-  const std::uint32_t chosen = BestOf(declarations, scopes);
-  SayWhichOf(figures, scopes, text, chosen);
-  return chosen;
+  return ChosenScope(figures.dump, figures.run.declarations, text);
 }
 
 std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {

@@ -41,11 +41,11 @@ Figures ReadFigures(const FigureOptions& options);
 /// The figures of a module tree that the library has read last.
 Figures FiguresOfTree(const std::string& dump, const orsa::kesncd::VmodHier& root);
 
-/// The scope that a text means, as every option for a module takes it: a path, the end of one or a
-/// name, "/" for the variables outside every scope; an empty text proposes one that declares
-/// variables. Says which one it took where several are meant. Throws Failure with NothingMatched,
-/// and what may have been meant, where there is none.
+/// The scope of a dump's figures that a text means.
 std::uint32_t ChosenScope(const Figures& figures, const std::string& text);
+
+/// Says which module was proposed, where none was given.
+void SayProposedTop(const Figures& figures, const std::string& given, std::uint32_t scope);
 
 /// What messages call a scope.
 std::string ScopeName(const Declarations& declarations, std::uint32_t scope);

@@ -25,7 +25,7 @@ struct FindOptions {
   OutputOptions output;
 };
 
-constexpr char kHelp[] =
+constexpr char kFindHelp[] =
     "Frequencies of signals by their names\n"
     "\n"
     "Examples:\n"
@@ -124,7 +124,7 @@ void FindAsHost(const Figures& figures, const FindOptions& options,
   }
 }
 
-ExitStatus Run(const FindOptions& options) {
+ExitStatus RunFind(const FindOptions& options) {
   CheckOutputs({options.figures.input.dump, options.namesFrom}, {options.output.path});
   std::vector<std::string> names = options.names;
   if (!options.namesFrom.empty()) {
@@ -151,7 +151,7 @@ ExitStatus Run(const FindOptions& options) {
 }  // namespace
 
 void AddFindCommand(CommandLine& line) {
-  Command& command = line.Add("find", kHelp);
+  Command& command = line.Add("find", kFindHelp);
   const auto options = std::make_shared<FindOptions>();
   AddFigureOptions(command, options->figures);
   command.AddOperands("NAME", options->names, "names of signals");
@@ -162,7 +162,7 @@ void AddFindCommand(CommandLine& line) {
   AddSelectionOptions(command, options->selection);
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckFigureOptions(options->figures); };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunFind(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

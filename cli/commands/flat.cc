@@ -38,7 +38,7 @@ struct FlatOptions {
   }
 };
 
-constexpr char kHelp[] =
+constexpr char kFlatHelp[] =
     "Toggle frequencies of the signals declared in one module\n"
     "\n"
     "Examples:\n"
@@ -54,7 +54,7 @@ constexpr char kHelp[] =
     "the library read. Under --as-is --signal selects as a host does: names with an index are\n"
     "always taken.\n";
 
-ResultHead Head(Facts facts) {
+ResultHead FlatHead(Facts facts) {
   return {std::move(facts), "signals", {"signal", "freq_mhz"}};
 }
 
@@ -78,7 +78,7 @@ class FlatRows {
   SelectedRows selected_;
 };
 
-ExitStatus Finish(const std::string& dump, const std::string& top, ResultOutput& out) {
+ExitStatus EndFlat(const std::string& dump, const std::string& top, ResultOutput& out) {
   if (out.rows() == 0) Say(dump, "no signal of " + top + " was selected");
   out.End();
   return out.rows() == 0 ? ExitStatus::NothingMatched : ExitStatus::Done;
@@ -96,13 +96,13 @@ void SaveActivity(const Figures& figures, std::uint32_t scope, const FlatOptions
   text.Save(ActivityPath(*options.activity, options.figures.input.dump));
 }
 
-ExitStatus RunDirectly(const FlatOptions& options) {
+ExitStatus FlatDirectly(const FlatOptions& options) {
   const std::vector<std::string> selected = options.Selected();
   const Figures figures = ReadFigures(options.figures);
   const Declarations& declarations = figures.run.declarations;
   const std::uint32_t scope = ChosenScope(figures, options.top);
   const std::string top = ScopeName(declarations, scope);
-  if (options.top.empty()) Remark(figures.dump, "top module is " + top + "; --top chooses another");
+  SayProposedTop(figures, options.top, scope);
   const FlatMap map =
       options.IsSelective() ? FlatMap(declarations, scope, selected) : FlatMap(declarations, scope);
   for (const std::string& name : map.Missing()) {
@@ -112,13 +112,13 @@ ExitStatus RunDirectly(const FlatOptions& options) {
     throw Failure(FailureKind::Unusable, figures.dump + ": ERROR: Too many bus bits.");
   }
   if (options.activity) SaveActivity(figures, scope, options);
-  ResultOutput out(options.output, Head(RunFacts(figures, declarations.PathOf(scope))));
+  ResultOutput out(options.output, FlatHead(RunFacts(figures, declarations.PathOf(scope))));
   FlatRows rows(options.selection, declarations.PathOf(scope), out);
   map.Walk([&](const std::string& name, std::uint32_t variable) {
     rows.Add(name, figures.FrequencyOf(declarations.variables[variable]));
   });
   rows.Finish();
-  return Finish(figures.dump, top, out);
+  return EndFlat(figures.dump, top, out);
 }
 
 void SaveHostActivity(const FlatOptions& options) {
@@ -130,7 +130,7 @@ void SaveHostActivity(const FlatOptions& options) {
   text.Save(ActivityPath(*options.activity, options.figures.input.dump));
 }
 
-ExitStatus RunAsHost(const FlatOptions& options) {
+ExitStatus FlatAsHost(const FlatOptions& options) {
   DumpInput input(options.figures.input);
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   if (options.top.empty()) {
@@ -144,11 +144,11 @@ ExitStatus RunAsHost(const FlatOptions& options) {
            top);
   if (options.activity) SaveHostActivity(options);
   SayWhyZero(input);
-  ResultOutput out(options.output, Head(HostFacts(input, top)));
+  ResultOutput out(options.output, FlatHead(HostFacts(input, top)));
   FlatRows rows(options.selection, top, out);
   for (const auto& [name, frequency] : analyser.signalFreqs) rows.Add(name, frequency);
   rows.Finish();
-  return Finish(input.name(), top, out);
+  return EndFlat(input.name(), top, out);
 }
 
 /// The grammar reader knows no selection and keeps names as they are declared.
@@ -163,18 +163,18 @@ ExitStatus RunGrammar(const FlatOptions& options) {
     }
     if (options.activity) SaveHostActivity(options);
     SayWhyZero(input);
-    ResultOutput out(options.output, Head(HostFacts(input, top)));
+    ResultOutput out(options.output, FlatHead(HostFacts(input, top)));
     FlatRows rows(options.selection, top, out);
     for (int i = 0; i < topMod.GetSignalSize(); ++i) {
       rows.Add(topMod.GetSignalName(i), topMod.GetSignalFreq(i));
     }
     rows.Finish();
-    return Finish(input.name(), top, out);
+    return EndFlat(input.name(), top, out);
   });
 }
 
 /// Before a run that may take long: an output must not end the input, or a file of the user's.
-void CheckPlaces(const FlatOptions& options) {
+void CheckFlatPlaces(const FlatOptions& options) {
   std::vector<std::string> outputs{options.output.path};
   if (options.activity) {
     outputs.push_back(ActivityPath(*options.activity, options.figures.input.dump));
@@ -183,13 +183,13 @@ void CheckPlaces(const FlatOptions& options) {
   if (options.activity) RequireActivityFile(outputs.back());
 }
 
-ExitStatus Run(const FlatOptions& options) {
-  CheckPlaces(options);
+ExitStatus RunFlat(const FlatOptions& options) {
+  CheckFlatPlaces(options);
   if (options.reader == Reader::Grammar) return RunGrammar(options);
-  return options.figures.input.asIs ? RunAsHost(options) : RunDirectly(options);
+  return options.figures.input.asIs ? FlatAsHost(options) : FlatDirectly(options);
 }
 
-void CheckOptions(const FlatOptions& options) {
+void CheckFlatOptions(const FlatOptions& options) {
   CheckFigureOptions(options.figures);
   if (options.reader != Reader::Grammar) return;
   if (options.figures.window.begin || options.figures.window.end || options.IsSelective()) {
@@ -201,7 +201,7 @@ void CheckOptions(const FlatOptions& options) {
 }  // namespace
 
 void AddFlatCommand(CommandLine& line) {
-  Command& command = line.Add("flat", kHelp);
+  Command& command = line.Add("flat", kFlatHelp);
   const auto options = std::make_shared<FlatOptions>();
   AddFigureOptions(command, options->figures);
   command.AddText("--top", "NAME", options->top,
@@ -215,8 +215,8 @@ void AddFlatCommand(CommandLine& line) {
                           "write the activity to FILE, or to DUMP.txt");
   AddSelectionOptions(command, options->selection);
   AddOutputOptions(command, options->output);
-  command.check = [options] { CheckOptions(*options); };
-  command.run = [options] { return Run(*options); };
+  command.check = [options] { CheckFlatOptions(*options); };
+  command.run = [options] { return RunFlat(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

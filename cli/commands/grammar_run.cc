@@ -1,3 +1,4 @@
+// The grammar reader in a child process, since a bad time scale ends the process it runs in.
 #include "cli/commands/grammar_run.h"
 
 #include <fcntl.h>
@@ -77,7 +78,7 @@ ExitStatus RunGrammarReader(DumpInput& input, const std::string& top,
   const pid_t child = fork();
   if (child < 0) throw Failure(FailureKind::Unusable, "cannot start the grammar reader");
   if (child == 0) {
-    // Who ends the program ends the reader too, before it leaves a result behind.
+    // Who ends the program ends the reader too, before it leaves a result.
     (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
     _exit(RunChild(input, top, print));
   }

@@ -9,7 +9,7 @@ namespace orsa::kesncd::cli {
 namespace {
 
 /// The modules that --top can name.
-std::string ModulesText(const DumpInput& input) {
+std::string ModulesOf(const DumpInput& input) {
   const Declarations& declarations = input.declarations();
   std::vector<std::string> modules;
   for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
@@ -70,7 +70,7 @@ std::set<std::string> AllNames(const DumpInput& input) {
 Failure RunFailure(const DumpInput& input, const std::string& libraryMessage) {
   const std::string message = input.name() + ": " + WithoutLastNewline(libraryMessage);
   if (orsa::kesncd::isTopModNameEverMatched != 0) return {FailureKind::Unusable, message};
-  return {FailureKind::NothingMatched, message + "\n" + input.name() + ": " + ModulesText(input)};
+  return {FailureKind::NothingMatched, message + "\n" + input.name() + ": " + ModulesOf(input)};
 }
 
 Facts HostFacts(const DumpInput& input, const std::string& top) {

@@ -5,6 +5,8 @@
 #include <unordered_set>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/signal_choice.h"
+#include "cli/input/reading_threads.h"
 #include "free_format/dump_findings.h"
 #include "text/failure.h"
 #include "text/number.h"
@@ -13,7 +15,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kLookHelp[] =
     "A first look at a dump: what is in it and what to ask next\n"
     "\n"
     "Examples:\n"
@@ -23,7 +25,7 @@ constexpr char kHelp[] =
     "It shows the span, the modules, the signals that look like clocks by their names, the most\n"
     "active signals and the worst of what kesncd check finds. The file is read twice.\n";
 
-constexpr std::size_t kShown = 4;  // signals and findings
+constexpr std::size_t kShownInLook = 4;  // signals and findings
 
 /// What a dump's own words say, in one line however they were written.
 std::string Origin(const Declarations& declarations) {
@@ -42,14 +44,6 @@ std::string Span(const HostRun& run) {
          DisplayText(*run.nsPerTick) + " ns";
 }
 
-/// A name in which a designer says that it is a clock.
-bool IsClockName(std::string name) {
-  for (char& c : name) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return name.find("clk") != std::string::npos || name.find("clock") != std::string::npos;
-}
-
 /// The most active of the variables that `isWanted`, each signal once, by its outermost name, with
 /// its frequency.
 template <class IsWanted>
@@ -60,7 +54,7 @@ std::string MostActive(const Figures& figures, IsWanted isWanted) {
     if (figures.run.ChangesOf(variable) < 2 || !isWanted(variable)) continue;
     if (seen.insert(variable.codeId).second) active.push_back(&variable);
   }
-  const std::size_t shown = std::min(kShown, active.size());
+  const std::size_t shown = std::min(kShownInLook, active.size());
   std::partial_sort(active.begin(), active.begin() + static_cast<std::ptrdiff_t>(shown),
                     active.end(), [&figures](const DumpVariable* one, const DumpVariable* other) {
                       const auto changes = figures.run.ChangesOf(*one);
@@ -78,15 +72,15 @@ std::string MostActive(const Figures& figures, IsWanted isWanted) {
 
 std::string Findings(const std::vector<Finding>& findings) {
   std::string text = findings.empty() ? "nothing to remark" : "";
-  for (std::size_t i = 0; i < std::min(kShown, findings.size()); ++i) {
+  for (std::size_t i = 0; i < std::min(kShownInLook, findings.size()); ++i) {
     text += (i == 0 ? "" : "\n            ") + std::string(TextOf(findings[i].kind).finding);
   }
-  if (findings.size() <= kShown) return text;
-  return text + "\n            and " + std::to_string(findings.size() - kShown) + " more";
+  if (findings.size() <= kShownInLook) return text;
+  return text + "\n            and " + std::to_string(findings.size() - kShownInLook) + " more";
 }
 
 /// A word that a shell takes as it is.
-std::string Quoted(const std::string& word) {
+std::string ShellWord(const std::string& word) {
   const auto isPlain = [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
            std::string_view("_-./+:,@").find(c) != std::string_view::npos;
@@ -98,9 +92,9 @@ std::string Quoted(const std::string& word) {
 }
 
 std::string NextCommands(const InputOptions& input, const std::string& top) {
-  const std::string dump = Quoted(input.dump.starts_with("-") ? "./" + input.dump : input.dump);
+  const std::string dump = ShellWord(input.dump.starts_with("-") ? "./" + input.dump : input.dump);
   return "Next:\n  kesncd check " + dump + "\n  kesncd tree " + dump + "\n  kesncd flat " + dump +
-         " --top " + Quoted(top) + " -o activity.csv\n";
+         " --top " + ShellWord(top) + " -o activity.csv\n";
 }
 
 void RefuseStream(const InputOptions& input) {
@@ -111,10 +105,11 @@ void RefuseStream(const InputOptions& input) {
       NameOf(input) + ": can be read only once, and a look reads twice; try kesncd check");
 }
 
-ExitStatus Run(const InputOptions& input) {
+ExitStatus RunLook(const InputOptions& input) {
   RefuseStream(input);
   const Figures figures = ReadFigures({input, {}});
   UnpackedSource dump = OpenDump(input);
+  (void)UseThreads(input, dump);
   const DumpCheck check = CheckDump(*dump.bytes, figures.dump, dump.packing);
   dump.bytes.reset();
   const Declarations& declarations = figures.run.declarations;
@@ -138,11 +133,11 @@ ExitStatus Run(const InputOptions& input) {
 }  // namespace
 
 void AddLookCommand(CommandLine& line) {
-  Command& command = line.Add("look", kHelp);
+  Command& command = line.Add("look", kLookHelp);
   line.commandOfFiles = command.name();
   const auto options = std::make_shared<InputOptions>();
   AddDumpOptions(command, *options);
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunLook(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -23,7 +23,7 @@ struct MergeOptions {
   ExactOptions exact;
 };
 
-constexpr char kHelp[] =
+constexpr char kMergeHelp[] =
     "The summed activity of several dumps of one design, such as a regression's tests\n"
     "\n"
     "Examples:\n"
@@ -107,7 +107,7 @@ StoredRun AddRuns(const MergeOptions& options, RunMerger& merger) {
   return merged;
 }
 
-ExitStatus Run(const MergeOptions& options) {
+ExitStatus RunMerge(const MergeOptions& options) {
   std::vector<std::string> inputs = options.runs;
   inputs.push_back(options.dump);
   CheckExactPlaces(inputs, options.exact);
@@ -146,7 +146,7 @@ void CheckOptions(MergeOptions& options) {
 }  // namespace
 
 void AddMergeCommand(CommandLine& line) {
-  Command& command = line.Add("merge", kHelp);
+  Command& command = line.Add("merge", kMergeHelp);
   const auto options = std::make_shared<MergeOptions>();
   command.AddFileOperands("RUN", options->runs, "dumps, or databases of them");
   AddQuietOption(command, options->exact.input);
@@ -157,7 +157,7 @@ void AddMergeCommand(CommandLine& line) {
   AddExactChoices(command, options->exact);
   AddEstimatorOptions(command, options->exact);
   command.check = [options] { CheckOptions(*options); };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunMerge(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -30,7 +30,7 @@ struct PowerOptions {
   OutputOptions output;
 };
 
-constexpr char kHelp[] =
+constexpr char kPowerHelp[] =
     "Frequencies for the signals, components and ports of a table of connections\n"
     "\n"
     "Examples:\n"
@@ -197,7 +197,7 @@ std::vector<KesSigFreq> ReadRecords(PowerDocument& document) {
   return records.Finish();
 }
 
-ResultHead Head(const Figures& figures, const std::string& top, const PowerOptions& options) {
+ResultHead PowerHead(const Figures& figures, const std::string& top, const PowerOptions& options) {
   ResultHead head{RunFacts(figures, top),
                   "records",
                   {"kind", "signal", "component", "type", "port", "net", "freq_mhz", "status"},
@@ -206,54 +206,56 @@ ResultHead Head(const Figures& figures, const std::string& top, const PowerOptio
   return head;
 }
 
-ExitStatus Finish(const PowerOptions& options, ResultOutput& out) {
+ExitStatus EndPower(const PowerOptions& options, ResultOutput& out) {
   out.End();
   if (out.rows() > 0) return ExitStatus::Done;
   Say(options.table, "no signal with components on it");
   return ExitStatus::NothingMatched;
 }
 
-ExitStatus RunDirectly(const PowerOptions& options, PowerDocument& document) {
+ExitStatus PowerDirectly(const PowerOptions& options, PowerDocument& document) {
   const Figures figures = ReadFigures(options.figures);
   const std::uint32_t top = ChosenScope(figures, options.top);
   std::vector<KesSigFreq> records = ReadRecords(document);
   DumpLookup lookup(figures, top, !options.ignoreCase, records);
-  ResultOutput out(options.output, Head(figures, figures.run.declarations.PathOf(top), options));
+  ResultOutput out(options.output,
+                   PowerHead(figures, figures.run.declarations.PathOf(top), options));
   PowerRows rows(out, &lookup);
   for (KesSigFreq& record : records) {
     orsa::kesncd::FillRecord(record, lookup, options.defaultFrequency);
     rows.Append(record);
   }
-  return Finish(options, out);
+  return EndPower(options, out);
 }
 
-ExitStatus RunAsHost(const PowerOptions& options, PowerDocument& document) {
+ExitStatus PowerAsHost(const PowerOptions& options, PowerDocument& document) {
   DumpInput input(options.figures.input);
   orsa::kesncd::KesNCD analyser;
   ReadTree(analyser, input);
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   analyser.SetTopModule(top);
   const Figures figures = FiguresOfTree(input.name(), *analyser.hierRoot);
-  ResultOutput out(options.output, Head(figures, top, options));
+  ResultOutput out(options.output, PowerHead(figures, top, options));
   PowerRows rows(out, nullptr);
   for (const KesSigFreq& record :
        analyser.CreateKesSigFreq(&document, options.defaultFrequency, !options.ignoreCase)) {
     rows.Append(record);
   }
-  return Finish(options, out);
+  return EndPower(options, out);
 }
 
-ExitStatus Run(const PowerOptions& options) {
+ExitStatus RunPower(const PowerOptions& options) {
   CheckOutputs({options.figures.input.dump, options.table}, {options.output.path});
   PowerDocument document;
   ReadTable(options.table, document);
-  return options.figures.input.asIs ? RunAsHost(options, document) : RunDirectly(options, document);
+  return options.figures.input.asIs ? PowerAsHost(options, document)
+                                    : PowerDirectly(options, document);
 }
 
 }  // namespace
 
 void AddPowerCommand(CommandLine& line) {
-  Command& command = line.Add("power", kHelp);
+  Command& command = line.Add("power", kPowerHelp);
   const auto options = std::make_shared<PowerOptions>();
   AddFigureOptions(command, options->figures);
   command.AddFileOperand("TABLE", options->table, "table of connections (CSV)").Required();
@@ -263,7 +265,7 @@ void AddPowerCommand(CommandLine& line) {
   command.AddFlag("--ignore-case", options->ignoreCase, "letter case makes no difference");
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckFigureOptions(options->figures); };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunPower(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

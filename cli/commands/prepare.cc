@@ -2,19 +2,21 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/scope_choice.h"
 #include "free_format/prepare.h"
 
 namespace orsa::kesncd::cli {
 
 namespace {
 
-struct Options {
+struct PrepareChoices {
   InputOptions input;
   PrepareOptions prepare;
   std::string output;
+  std::string top;
 };
 
-constexpr char kHelp[] =
+constexpr char kPrepareHelp[] =
     "Rewrite a dump into the shape that every reader understands\n"
     "\n"
     "Examples:\n"
@@ -30,7 +32,7 @@ void Check(const PrepareOptions& given) {
   CheckWindow(given.window);
 }
 
-ExitStatus Run(const Options& options) {
+ExitStatus RunPrepare(const PrepareChoices& options) {
   CheckOutputs({options.input.dump}, {options.output});
   UnpackedSource in = OpenDump(options.input);
   OutputFile out(options.output);
@@ -44,19 +46,24 @@ ExitStatus Run(const Options& options) {
 }  // namespace
 
 void AddPrepareCommand(CommandLine& line) {
-  Command& command = line.Add("prepare", kHelp);
-  const auto options = std::make_shared<Options>();
+  Command& command = line.Add("prepare", kPrepareHelp);
+  const auto options = std::make_shared<PrepareChoices>();
   PrepareOptions& prepare = options->prepare;
   AddDumpOptions(command, options->input);
   command.AddFile("-o,--output", "FILE", options->output,
                   "write the prepared dump to FILE, packed if it ends in .gz");
-  command.AddText("--top", "NAME", prepare.top, "put this scope first, a name or a path");
+  command.AddText("--top", "NAME", options->top, "put this scope first, a name or a path");
   command.AddTime("--timescale", prepare.tick, "the tick of a dump that has no time scale");
   AddWindowOptions(command, prepare.window);
   command.check = [options] { Check(options->prepare); };
   command.run = [options] {
     options->prepare.dump = NameOf(options->input);
-    return Run(*options);
+    if (!options->top.empty()) {
+      options->prepare.chooseTop = [options](const Declarations& declarations) {
+        return ChosenScope(options->prepare.dump, declarations, options->top);
+      };
+    }
+    return RunPrepare(*options);
   };
 }
 

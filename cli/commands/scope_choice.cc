@@ -3,10 +3,35 @@
 
 #include <algorithm>
 
+#include "cli/process/messages.h"
 #include "names/scope_search.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {
+
+namespace {
+
+/// Scopes with variables go before those without.
+std::uint32_t BestOf(const Declarations& declarations, const std::vector<std::uint32_t>& scopes) {
+  for (const std::uint32_t scope : scopes) {
+    if (!declarations.scopes[scope].variables.empty()) return scope;
+  }
+  return scopes.front();
+}
+
+void SayWhichOf(const std::string& dump, const Declarations& declarations,
+                const std::vector<std::uint32_t>& scopes, const std::string& text,
+                std::uint32_t chosen) {
+  std::vector<std::string> others;
+  for (const std::uint32_t scope : scopes) {
+    if (scope != chosen) others.push_back(declarations.ShortPathOf(scope));
+  }
+  if (others.empty()) return;
+  Remark(dump, text + " means " + std::to_string(scopes.size()) + " scopes; taken is " +
+                   declarations.ShortPathOf(chosen) + ", not " + ShortList(others));
+}
+
+}  // namespace
 
 std::uint32_t OnlyScope(const std::string& dump, const Declarations& declarations,
                         const std::string& text) {
@@ -20,6 +45,17 @@ std::uint32_t OnlyScope(const std::string& dump, const Declarations& declaration
   throw Failure(FailureKind::NothingMatched, dump + ": " + text + " means " +
                                                  std::to_string(scopes.size()) +
                                                  " scopes: " + ShortList(paths));
+}
+
+std::uint32_t ChosenScope(const std::string& dump, const Declarations& declarations,
+                          const std::string& text) {
+  if (text.empty()) return OutermostWithVariables(declarations);
+  if (text == "/") return Declarations::kDump;
+  const std::vector<std::uint32_t> scopes = FindScopes(declarations, text);
+  if (scopes.empty()) FailUnknownScope(dump, declarations, text);
+  const std::uint32_t chosen = BestOf(declarations, scopes);
+  SayWhichOf(dump, declarations, scopes, text, chosen);
+  return chosen;
 }
 
 void FailUnknownScope(const std::string& dump, const Declarations& declarations,

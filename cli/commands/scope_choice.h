@@ -16,6 +16,13 @@ namespace orsa::kesncd::cli {
 std::uint32_t OnlyScope(const std::string& dump, const Declarations& declarations,
                         const std::string& text);
 
+/// The scope that a text means, as every option for a module takes it: a path, the end of one or a
+/// name, "/" for the variables outside every scope; an empty text proposes one that declares
+/// variables. Says which one it took where several are meant. Throws Failure with NothingMatched,
+/// and what may have been meant, where there is none.
+std::uint32_t ChosenScope(const std::string& dump, const Declarations& declarations,
+                          const std::string& text);
+
 /// Throws Failure with NothingMatched that no scope is called so, and what may have been meant.
 [[noreturn]] void FailUnknownScope(const std::string& dump, const Declarations& declarations,
                                    const std::string& text);

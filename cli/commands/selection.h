@@ -47,12 +47,17 @@ struct SortKeys {
 };
 
 /// Rows on their way to an output: those that are wanted, in the order that is wanted. Without an
-/// order they pass through. Calling order: construct, Add, Finish.
+/// order they pass through. Calling order: construct, Add, Finish. Add throws Failure with Unusable
+/// where rows that wait for their order take too much memory: those of a hostile dump may have
+/// paths as long as the dump.
 class SelectedRows {
  public:
   SelectedRows(const SelectionOptions& options, ResultOutput& out)
       : sort_(options.sort), limit_(options.limit), out_(out) {}
 
+  /// Whether a row of those figures may still get into the result: what makes it may be left out
+  /// otherwise.
+  bool Wants(std::optional<double> toggles, std::optional<double> rate) const;
   void Add(const SortKeys& keys, Row row);
   /// Writes the rows that waited for their order.
   void Finish();
@@ -64,7 +69,9 @@ class SelectedRows {
     Row row;
   };
 
+  double KeyOf(std::optional<double> toggles, std::optional<double> rate) const;
   bool IsBefore(const Kept& a, const Kept& b) const;
+  void MakeRoom();
   void DropAllBut(std::uint64_t most);
 
   const SortBy sort_;
@@ -72,6 +79,10 @@ class SelectedRows {
   ResultOutput& out_;
   std::uint64_t passed_ = 0;
   std::vector<Kept> kept_;
+  static constexpr std::size_t kWorthBytes = std::size_t{1} << 26;
+  std::size_t keptBytes_ = 0;             // of texts
+  std::size_t worthBytes_ = kWorthBytes;  // with more of them rows are let go of
+  std::optional<double> least_;           // key of the last of as many rows as there may be
 };
 
 }  // namespace orsa::kesncd::cli

@@ -13,7 +13,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr char kHelp[] =
+constexpr char kTopHelp[] =
     "The top module that the dump's header proposes\n"
     "\n"
     "Example:\n"
@@ -40,7 +40,7 @@ class ByteStream {
   File file_;
 };
 
-ExitStatus Run(const InputOptions& options) {
+ExitStatus RunTop(const InputOptions& options) {
   const std::string name = NameOf(options);
   const UnpackedSource dump = OpenDump(options);
   const std::string top = ProbeTopModule(ByteStream(*dump.bytes).get());
@@ -54,10 +54,10 @@ ExitStatus Run(const InputOptions& options) {
 }  // namespace
 
 void AddTopCommand(CommandLine& line) {
-  Command& command = line.Add("top", kHelp);
+  Command& command = line.Add("top", kTopHelp);
   const auto options = std::make_shared<InputOptions>();
   AddDumpOptions(command, *options);
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunTop(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

@@ -21,7 +21,7 @@ struct TreeOptions {
   OutputOptions output;
 };
 
-constexpr char kHelp[] =
+constexpr char kTreeHelp[] =
     "The module tree: signals, changes and frequencies of each module and of all below it\n"
     "\n"
     "Examples:\n"
@@ -144,7 +144,7 @@ std::vector<std::uint32_t> Starts(const Figures& figures, const std::string& top
   return starts;
 }
 
-ExitStatus Run(const TreeOptions& options) {
+ExitStatus RunTree(const TreeOptions& options) {
   CheckOutputs({options.figures.input.dump}, {options.output.path});
   const Figures figures = ReadFigures(options.figures);
   const std::vector<std::uint32_t> starts = Starts(figures, options.top);
@@ -158,13 +158,15 @@ ExitStatus Run(const TreeOptions& options) {
   for (const std::uint32_t start : starts) rows.Write(start);
   rows.Finish();
   out.End();
-  return out.rows() > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
+  if (out.rows() > 0 || options.selection.limit == 0) return ExitStatus::Done;
+  Say(figures.dump, "no module was selected");
+  return ExitStatus::NothingMatched;
 }
 
 }  // namespace
 
 void AddTreeCommand(CommandLine& line) {
-  Command& command = line.Add("tree", kHelp);
+  Command& command = line.Add("tree", kTreeHelp);
   const auto options = std::make_shared<TreeOptions>();
   AddFigureOptions(command, options->figures);
   command.AddText("--top", "NAME", options->top, "start at this scope, a name or a path");
@@ -174,7 +176,7 @@ void AddTreeCommand(CommandLine& line) {
   AddSelectionOptions(command, options->selection);
   AddOutputOptions(command, options->output);
   command.check = [options] { CheckFigureOptions(options->figures); };
-  command.run = [options] { return Run(*options); };
+  command.run = [options] { return RunTree(*options); };
 }
 
 }  // namespace orsa::kesncd::cli

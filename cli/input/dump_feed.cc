@@ -1,3 +1,4 @@
+// A pipe that the library opens by its path, and the thread that writes the dump into it.
 #include "cli/input/dump_feed.h"
 
 #include <fcntl.h>

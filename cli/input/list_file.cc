@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "cli/input/dump_input.h"
 #include "text/failure.h"
@@ -15,10 +16,23 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// A list of all names of the largest designs; a device or a small packed file may have no end.
+constexpr std::size_t kLongest = std::size_t{1} << 30;
+
 class TextCollector : public ByteSink {
  public:
-  void Write(std::string_view bytes) override { text += bytes; }
+  explicit TextCollector(std::string name) : name_(std::move(name)) {}
+
+  void Write(std::string_view bytes) override {
+    if (text.size() + bytes.size() > kLongest) {
+      throw Failure(FailureKind::Unusable, name_ + ": is longer than 1 GB, too long for memory");
+    }
+    text += bytes;
+  }
   std::string text;
+
+ private:
+  const std::string name_;
 };
 
 std::string_view Trimmed(std::string_view line) {
@@ -39,13 +53,16 @@ std::string_view TakeLine(std::string_view& text) {
 }  // namespace
 
 std::string ReadText(const std::string& path) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   InputOptions options;
   options.dump = path;
   options.quiet = true;
-  const UnpackedSource source = OpenDump(options);
-  TextCollector collector;
-  CopyBytes(*source.bytes, collector);
+  return ReadText(*OpenDump(options).bytes, NameOf(options));
+}
+
+std::string ReadText(ByteSource& source, const std::string& name) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  TextCollector collector(name);
+  CopyBytes(source, collector);
   if (collector.text.starts_with(kByteOrderMark)) collector.text.erase(0, kByteOrderMark.size());
   return std::move(collector.text);
 }
@@ -88,6 +105,10 @@ TextByPath::TextByPath(const std::string& text) : file_(memfd_create("text", MFD
 
 TextByPath::~TextByPath() {
   (void)close(file_);
+}
+
+std::string TextByPath::PathForOthers() const {
+  return "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(file_);
 }
 
 std::string TextByPath::path() const {

@@ -6,10 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "text/byte_stream.h"
+
 namespace orsa::kesncd::cli {
 
-/// The text of a file, unpacked, without a byte order mark. Throws Failure with Unusable.
+/// The text of a file, unpacked, without a byte order mark. Throws Failure with Unusable, also for
+/// one that has no end.
 std::string ReadText(const std::string& path);
+/// The same of what is open already and unpacked; messages call it `name`.
+std::string ReadText(ByteSource& source, const std::string& name);
 
 /// The names in a list: one a line, without blanks around them; blank lines and those that start
 /// with "#" are left out.
@@ -25,6 +30,8 @@ class TextByPath {
   TextByPath& operator=(const TextByPath&) = delete;
 
   std::string path() const;
+  /// The same for another process, as long as this object is there.
+  std::string PathForOthers() const;
 
  private:
   int file_;

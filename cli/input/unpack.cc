@@ -1,3 +1,4 @@
+// One unpacker a format, each fed in blocks, so that memory does not grow with the dump.
 #include "cli/input/unpack.h"
 
 #include <zlib.h>
@@ -48,7 +49,7 @@ class GzipSource : public PackedSource {
   }
 
  private:
-  /// False at the end, which is one only behind a complete member.
+  /// False at the end, which is one only after a complete member.
   bool Refill() {
     const std::string_view block = NextBlock();
     if (block.empty() && !isBetween_) FailCut();
@@ -57,7 +58,7 @@ class GzipSource : public PackedSource {
     return !block.empty();
   }
 
-  /// Unpacks what fits. Files put behind one another are one, and zeros behind a file fill the last
+  /// Unpacks what fits. Files put after one another are one, and zeros after a file fill the last
   /// block of a tape.
   void Inflate() {
     while (isBetween_ && state_.avail_in > 0 && *state_.next_in == 0) {

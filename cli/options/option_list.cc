@@ -12,7 +12,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& text, const std::string& why) {
+[[noreturn]] void RefuseValue(const std::string& text, const std::string& why) {
   throw Failure(FailureKind::Unusable, (text.empty() ? "an empty text" : text) + " is " + why);
 }
 
@@ -39,7 +39,7 @@ std::string WithoutBlanks(std::string text) {
 }
 
 void TakePath(const std::string& text, std::string& path) {
-  if (text.empty()) Refuse(text, "no path of a file");
+  if (text.empty()) RefuseValue(text, "no path of a file");
   path = text;
 }
 
@@ -111,7 +111,7 @@ Option& Command::AddTime(const std::string& flags, std::optional<std::uint64_t>&
                          const std::string& help) {
   return Add(flags, "TIME", help, [&femtoseconds](const std::string& text) {
     femtoseconds = text == "0" ? 0 : Femtoseconds(WithoutBlanks(text));
-    if (!femtoseconds) Refuse(text, "no time such as 1.5us or 10ps");
+    if (!femtoseconds) RefuseValue(text, "no time such as 1.5us or 10ps");
   });
 }
 
@@ -121,7 +121,7 @@ Option& Command::AddNumber(const std::string& flags, const std::string& unit, do
              [&target, least](const std::string& text) {
                const auto number = NumberOf<double>(text);
                if (!number || !std::isfinite(*number) || *number < least) {
-                 Refuse(text, "no number from " + DisplayText(least));
+                 RefuseValue(text, "no number from " + DisplayText(least));
                }
                target = *number;
              })
@@ -133,7 +133,7 @@ Option& Command::AddWhole(const std::string& flags, const std::string& value, Co
   return Add(flags, value, help, [range, set = std::move(set)](const std::string& text) {
     const auto number = NumberOf<std::int64_t>(text);
     if (!number || *number < range.least || *number > range.most) {
-      Refuse(text, "no whole number " + RangeText(range));
+      RefuseValue(text, "no whole number " + RangeText(range));
     }
     set(*number);
   });
@@ -144,7 +144,7 @@ Option& Command::AddWord(const std::string& flags, std::vector<std::string> word
   const auto take = [words, choose = std::move(choose)](const std::string& text) {
     std::size_t chosen = 0;
     while (chosen < words.size() && words[chosen] != text) ++chosen;
-    if (chosen == words.size()) Refuse(text, "none of " + Join(words, ", "));
+    if (chosen == words.size()) RefuseValue(text, "none of " + Join(words, ", "));
     choose(chosen);
   };
   Option& option = Add(flags, Join(words, "|"), help, take);

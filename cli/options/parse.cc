@@ -5,16 +5,16 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <numeric>
 
 #include "cli/options/help_text.h"
+#include "cli/output/output.h"
 
 namespace orsa::kesncd::cli {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& text) {
+[[noreturn]] void RefuseLine(const std::string& text) {
   throw Failure(FailureKind::Unusable, text);
 }
 
@@ -49,15 +49,15 @@ std::string Meant(const std::string& word, const std::vector<std::string>& known
 /// Gives what CLI11 collected for an option to it, value by value.
 void Give(const Option& option, const std::vector<std::string>& values) {
   if (option.argument.empty()) {
-    if (!values.front().empty()) Refuse(option.name() + " takes no value");
+    if (!values.front().empty()) RefuseLine(option.name() + " takes no value");
   } else if (values.size() > 1 && !option.repeats) {
-    Refuse(option.name() + " is given twice");
+    RefuseLine(option.name() + " is given twice");
   }
   for (const std::string& value : values) {
     try {
       option.take(value);
     } catch (const Failure& failure) {
-      Refuse(option.name() + ": " + failure.what());
+      RefuseLine(option.name() + ": " + failure.what());
     }
   }
 }
@@ -97,7 +97,7 @@ std::vector<std::string> LastFirst(const Command& command, const std::vector<std
       reversed.push_back(word);
       continue;
     }
-    if (option->isFile) Refuse(option->name() + " needs " + option->argument);
+    if (option->isFile) RefuseLine(option->name() + " needs " + option->argument);
     reversed.push_back(option->name());
     reversed.emplace_back();
   }
@@ -112,11 +112,11 @@ void RefuseLeft(const Command& command, const std::vector<std::string>& left) {
     if (word == "--") {
       onlyOperands = true;
     } else if (onlyOperands || !word.starts_with("-")) {
-      Refuse(word + ": one operand too many");
+      RefuseLine(word + ": one operand too many");
     } else {
       const std::string flag =
           word.starts_with("--") ? word.substr(0, word.find('=')) : word.substr(0, 2);
-      Refuse(flag + " is no option" + Meant(flag, command.Flags()));
+      RefuseLine(flag + " is no option" + Meant(flag, command.Flags()));
     }
   }
 }
@@ -134,17 +134,19 @@ bool Take(const Command& command, const std::vector<std::string>& words) {
   } catch (const CLI::ArgumentMismatch& error) {
     const std::string text = error.what();  // "--name: 1 required ..."
     const Option* const option = command.OptionOf(text.substr(0, text.find(':')));
-    Refuse(option == nullptr ? text : option->name() + " needs " + option->argument);
+    RefuseLine(option == nullptr ? text : option->name() + " needs " + option->argument);
   } catch (const CLI::ParseError& error) {
     RefuseLeft(command, app.remaining());
-    Refuse(error.what());
+    RefuseLine(error.what());
   }
   return true;
 }
 
 std::function<ExitStatus()> Printing(std::string text) {
   return [text = std::move(text)] {
-    std::cout << text;
+    OutputFile out("-");
+    out.Write(text);
+    out.Commit();
     return ExitStatus::Done;
   };
 }
@@ -166,8 +168,8 @@ const Command& CommandOf(const CommandLine& line, const std::string& name) {
     if (command.name() == line.commandOfFiles && IsFileName(name)) return command;
   }
   const std::string meant = Meant(name, names);
-  if (name.starts_with("-")) Refuse(name + " is no option");
-  Refuse(name + " is no command" + (meant.empty() ? ", and no such file is there" : meant));
+  if (name.starts_with("-")) RefuseLine(name + " is no option");
+  RefuseLine(name + " is no command" + (meant.empty() ? ", and no such file is there" : meant));
 }
 
 std::function<ExitStatus()> ParseCommand(const CommandLine& line, const Command& command,
@@ -184,7 +186,7 @@ std::function<ExitStatus()> ParseWords(const CommandLine& line,
   const std::string& program = line.program.name();
   std::string help = program;
   try {
-    if (words.empty()) Refuse("a command is required");
+    if (words.empty()) RefuseLine("a command is required");
     if (words[0] == "--help" || words[0] == "-h") return Printing(HelpOf(line));
     if (words[0] == "--version") return Printing(program + " " KESNCD_VERSION "\n");
     const Command& command = CommandOf(line, words[0]);

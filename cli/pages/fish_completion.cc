@@ -8,7 +8,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-std::string Quoted(const std::string& text) {
+std::string FishText(const std::string& text) {
   std::string out = "'";
   for (const char c : text) {
     if (c == '\'' || c == '\\') out += '\\';
@@ -24,11 +24,11 @@ void WriteOption(std::ostream& out, const std::string& start, const Option& opti
     out << (isLong ? " -l " : " -s ") << flag.substr(isLong ? 2 : 1);
   }
   if (!option.choices.empty()) {
-    out << " -x -a " << Quoted(Join(option.choices, " "));
+    out << " -x -a " << FishText(Join(option.choices, " "));
   } else if (!option.argument.empty()) {
     out << (option.alsoAlone ? "" : option.isFile ? " -r -F" : " -x");
   }
-  out << " -d " << Quoted(option.help) << "\n";
+  out << " -d " << FishText(option.help) << "\n";
 }
 
 void WriteCommand(std::ostream& out, const std::string& program, const Command& command) {
@@ -48,7 +48,7 @@ void WriteFishCompletion(std::ostream& out, const CommandLine& line) {
       << "complete -c " << line.program.name() << " -f\n";
   for (const Option& option : line.program.options()) WriteOption(out, start, option);
   for (const Command& command : line.commands) {
-    out << start << " -a " << command.name() << " -d " << Quoted(command.summary()) << "\n";
+    out << start << " -a " << command.name() << " -d " << FishText(command.summary()) << "\n";
   }
   for (const Command& command : line.commands) WriteCommand(out, line.program.name(), command);
 }

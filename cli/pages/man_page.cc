@@ -10,7 +10,7 @@ namespace orsa::kesncd::cli {
 namespace {
 
 /// A text as roff shows it literally: hyphens stay ASCII, no line is taken for a request.
-std::string Escaped(const std::string& text) {
+std::string RoffText(const std::string& text) {
   std::string out;
   for (const char c : text) {
     if (c == '\\') {
@@ -25,11 +25,11 @@ std::string Escaped(const std::string& text) {
 }
 
 std::string Bold(const std::string& text) {
-  return "\\fB" + Escaped(text) + "\\fR";
+  return "\\fB" + RoffText(text) + "\\fR";
 }
 
 std::string Italic(const std::string& text) {
-  return "\\fI" + Escaped(text) + "\\fR";
+  return "\\fI" + RoffText(text) + "\\fR";
 }
 
 /// Paragraphs; lines that are indented stand as they are.
@@ -41,7 +41,7 @@ void WriteText(std::ostream& out, const std::string& text) {
     if (literal && !indented) out << ".fi\n";
     if (!literal && indented) out << ".nf\n";
     literal = indented;
-    out << (line.empty() ? ".PP" : Escaped(line)) << "\n";
+    out << (line.empty() ? ".PP" : RoffText(line)) << "\n";
   }
   if (literal) out << ".fi\n";
 }
@@ -68,7 +68,7 @@ void WriteRow(std::ostream& out, const Option& row) {
                                                     : " ")
       << (row.choices.empty() ? Italic(row.argument) : Bold(row.argument))
       << (row.alsoAlone ? "]" : "") << "\n"
-      << Escaped(HelpWithDefault(row)) << "\n";
+      << RoffText(HelpWithDefault(row)) << "\n";
 }
 
 void WriteRows(std::ostream& out, const Command& command) {
@@ -82,7 +82,7 @@ void WriteManPage(std::ostream& out, const CommandLine& line) {
   const std::string name = line.program.name();
   out << ".TH KESNCD 1 \"\" \"" << name << " " KESNCD_VERSION << "\" \"User Commands\"\n"
       << ".SH NAME\n"
-      << name << " \\- " << Escaped(line.program.summary()) << "\n"
+      << name << " \\- " << RoffText(line.program.summary()) << "\n"
       << ".SH SYNOPSIS\n"
       << Bold(name) << " " << Italic("COMMAND") << " ["
       << Italic("OPTION") + "]... [" + Italic("ARGUMENT") + "]...\n.br\n"
@@ -94,7 +94,7 @@ void WriteManPage(std::ostream& out, const CommandLine& line) {
   out << ".SH COMMANDS\n";
   for (const Command& command : line.commands) {
     out << ".SS " << name << " " << command.name() << "\n"
-        << Escaped(command.summary()) << ".\n.PP\n"
+        << RoffText(command.summary()) << ".\n.PP\n"
         << Bold(name + " " + command.name()) << " " << Synopsis(command);
     WriteText(out, command.text());
     WriteRows(out, command);

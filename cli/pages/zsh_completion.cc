@@ -8,7 +8,7 @@ namespace orsa::kesncd::cli {
 namespace {
 
 /// A text inside single quotes, where _arguments gives brackets and colons a meaning.
-std::string Escaped(const std::string& text) {
+std::string ZshText(const std::string& text) {
   std::string out;
   for (const char c : text) {
     if (c == '\'') {
@@ -27,11 +27,11 @@ std::string Value(const Option& row) {
   const std::string action = !row.choices.empty() ? "(" + Join(row.choices, " ") + ")"
                              : row.isFile         ? "_files"
                                                   : " ";
-  return (row.alsoAlone ? "::" : ":") + Escaped(row.argument) + ":" + action;
+  return (row.alsoAlone ? "::" : ":") + ZshText(row.argument) + ":" + action;
 }
 
 /// "'(-o --output)'{-o+,--output=}'[help]:FILE:_files'": each flag hides the others unless it may
-/// come again, and a value may stand behind it or be the next word.
+/// come again, and a value may stand after it or be the next word.
 std::string Entry(const Option& row) {
   if (row.flags.empty()) {
     return (row.repeats ? "'*" : row.required ? "'" : "':") + Value(row) + "'";
@@ -45,7 +45,7 @@ std::string Entry(const Option& row) {
   }
   const std::string once = "'" + (row.repeats ? "*" : "(" + Join(row.flags, " ") + ")");
   const std::string names = forms.size() == 1 ? forms[0] : "'{" + Join(forms, ",") + "}'";
-  return once + names + "[" + Escaped(row.help) + "]" + Value(row) + "'";
+  return once + names + "[" + ZshText(row.help) + "]" + Value(row) + "'";
 }
 
 void WriteEntries(std::ostream& out, const Command& command, const std::string& indent) {
@@ -62,7 +62,7 @@ void WriteZshCompletion(std::ostream& out, const CommandLine& line) {
       << "  local -A opt_args\n"
       << "  local -a commands=(\n";
   for (const Command& command : line.commands) {
-    out << "    '" << command.name() << ":" << Escaped(command.summary()) << "'\n";
+    out << "    '" << command.name() << ":" << ZshText(command.summary()) << "'\n";
   }
   out << "  )\n"
       << "  _arguments -C";

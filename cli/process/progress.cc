@@ -1,3 +1,4 @@
+// One line on the terminal, renewed a few times a second: bytes read, and the share of the file.
 #include "cli/process/progress.h"
 
 #include <unistd.h>

@@ -1,11 +1,10 @@
+// Fills closed standard streams with /dev/null, opened the wrong way round so that use still fails.
 #include "cli/process/standard_streams.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <iostream>
-
-#include "cli/process/exit_status.h"
+#include <initializer_list>
 
 namespace orsa::kesncd::cli {
 
@@ -14,12 +13,6 @@ void HoldStandardStreams() {
     if (fcntl(stream, F_GETFD) >= 0) continue;
     // The lowest free descriptor is this one: those below it are held.
     (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-  }
-}
-
-void FlushStandardOutput() {
-  if (!std::cout.flush()) {
-    throw Failure(FailureKind::OutputFailed, "standard output: cannot write");
   }
 }
 

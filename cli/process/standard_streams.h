@@ -8,9 +8,6 @@ namespace orsa::kesncd::cli {
 /// must not become the standard output. Writing to such a stream still fails.
 void HoldStandardStreams();
 
-/// Throws Failure with OutputFailed when not all that was printed could be written.
-void FlushStandardOutput();
-
 }  // namespace orsa::kesncd::cli
 
 #endif  // KESNCD_CLI_PROCESS_STANDARD_STREAMS_H_

@@ -1,3 +1,4 @@
+// Asks the system and the environment whether text may be shown in bold.
 #include "cli/process/terminal.h"
 
 #include <unistd.h>

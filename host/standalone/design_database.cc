@@ -1,3 +1,4 @@
+// Loads a design from its file, and answers the host's operations with it.
 #include "host/standalone/design_database.h"
 
 #include <filesystem>
@@ -21,6 +22,7 @@ bool CanRead(const std::string& path) {
   return file.is_open() && !file.bad();
 }
 
+/// One net a line, blanks around it and blank lines left out.
 std::unique_ptr<NC_DESIGN> ReadDesign(const std::string& path) {
   auto design = std::make_unique<NC_DESIGN>();
   std::ifstream file(path, std::ios::binary);
@@ -35,6 +37,7 @@ std::unique_ptr<NC_DESIGN> ReadDesign(const std::string& path) {
 
 }  // namespace
 
+/// Made when it is first asked for: a library's globals may be constructed in any order.
 DesignDatabase& Database() {
   static DesignDatabase database;
   return database;
@@ -46,6 +49,7 @@ void DesignDatabase::SetSource(const std::string& database, const std::string& p
   isCurrent_ = false;
 }
 
+/// A loading that fails leaves what was loaded before.
 bool DesignDatabase::Load() {
   message_.clear();
   if (!CanRead(database_)) {
@@ -66,6 +70,8 @@ const std::string& DesignMessage() {
 }
 
 }  // namespace orsa::kesncd::standalone
+
+// The operations that the library calls. Each only passes on: what they mean is the class's.
 
 using orsa::kesncd::standalone::Database;
 

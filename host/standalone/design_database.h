@@ -16,13 +16,17 @@ class NC_DESIGN {
 
 namespace orsa::kesncd::standalone {
 
-/// The database object that the registry hands out, with what is behind it.
+/// The database object that the registry hands out, with what it holds.
+///
+/// Calling order, which is the library's: SetSource, Load, then Design; Release at any time.
+/// Without SetSource there is nothing to load from.
 class DesignDatabase : public NcdData {
  public:
   DesignDatabase() { name = ""; }
 
   /// Sources to load from. What is loaded is out of date from now on.
   void SetSource(const std::string& database, const std::string& preferences);
+  /// Reads the design; false, with Message, when one of the sources cannot be read.
   bool Load();
   void Release() { design_.reset(); }
 
@@ -42,6 +46,7 @@ class DesignDatabase : public NcdData {
   bool isCurrent_ = false;
 };
 
+/// The one database of the process.
 DesignDatabase& Database();
 
 }  // namespace orsa::kesncd::standalone

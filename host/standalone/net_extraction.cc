@@ -8,8 +8,10 @@ namespace orsa::kesncd::standalone {
 
 namespace {
 
+// Kept after the operation: the library's caller is told a status only, not the frequencies.
 Extraction lastExtraction;
 
+/// In the order of the design's list, also the nets that nothing is known of.
 std::vector<NetFrequency> FrequenciesOf(const NC_DESIGN& design,
                                         const std::map<std::string, double>& frequencies) {
   std::vector<NetFrequency> nets;

@@ -1,3 +1,4 @@
+// What the grammar's rules do to the exported state, with the traces that `debug` asks for.
 #include "kesncd/grammar/actions.h"
 
 #include <algorithm>

@@ -17,7 +17,7 @@
 
 namespace orsa::kesncd {
 
-/// The left sides of the rules, numbered behind the tokens.
+/// The left sides of the rules, numbered after the tokens.
 enum Nonterminal : int {
   kStart = kVersion + 1,
   kFile,

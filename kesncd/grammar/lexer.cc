@@ -1,6 +1,6 @@
 // The lexer: words between blanks, keywords, and sections that are swallowed whole.
 //
-// Characters come one at a time, so the stream stands right behind the character that ended the
+// Characters come one at a time, so the stream stands right after the character that ended the
 // last word. That one character is pushed back and waits in yysbuf, for the next parse if need be.
 #include <cstddef>
 #include <cstdio>
@@ -80,7 +80,7 @@ std::size_t TakeBlocks() {
 }
 
 /// Reads a word into yytext and returns its length, 0 at the end of the input. Of a longer word
-/// than fits the beginning is kept. The character behind the word is given back; if it is a
+/// than fits the beginning is kept. The character after the word is given back; if it is a
 /// newline, its line is counted when it is skipped.
 std::size_t ReadWord() {
   SkipBlanks();

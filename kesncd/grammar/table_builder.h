@@ -38,7 +38,7 @@ class TableBuilder {
   using Items = std::vector<Item>;
   static constexpr int kNoSymbol = -1;
 
-  /// The symbol behind the mark.
+  /// The symbol after the mark.
   constexpr int NextSymbol(const Item& item) const {
     const RightSide& right = rules_[item.rule].right;
     return item.dot < right.size() ? right[item.dot] : kNoSymbol;

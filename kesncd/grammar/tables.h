@@ -5,7 +5,7 @@
 // it. A state has one reduction at most and takes it whenever no shift fits, whatever the token is:
 // a wrong token is found by the state where nothing is left to reduce, in front of the same token.
 // Where there is nothing to shift, the token is not even read, so that the action of a change runs
-// before the word behind it is looked at.
+// before the word after it is looked at.
 #ifndef KESNCD_GRAMMAR_TABLES_H_
 #define KESNCD_GRAMMAR_TABLES_H_
 

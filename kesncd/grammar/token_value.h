@@ -34,7 +34,7 @@ class ValueBlock {
     std::memcpy(to, &bytes_, sizeof bytes_);
     bytes_ = 0;
   }
-  /// Copies the bytes above a blank at the start of a block, with zeros behind them; returns how
+  /// Copies the bytes above a blank at the start of a block, with zeros after them; returns how
   /// many these are.
   static std::size_t CopyWord(char* to, const char* from) {
     if constexpr (std::endian::native != std::endian::little) return 0;

@@ -7,9 +7,10 @@ namespace orsa::kesncd {
 
 namespace {
 
+// As in the records' declarations: hosts test for a negative frequency.
 constexpr double kUnknown = -1.0;
 
-/// The net in the top module goes before the port.
+/// The net in the top module goes before the port, since it is looked up last: a find overwrites.
 void FillPorts(KesComp& component, RecordLookup& lookup) {
   for (KesPort& port : component.outPorts) {
     lookup.FindPort(component.name, port.portName, port.freq);
@@ -40,10 +41,12 @@ void RecordBuilder::TakeRow(const std::string& kind, const std::string& first,
   } else if (kind == "OUTPUT") {
     OpenComponent(Component::Output, first, second);
   } else if (kind == "OUTPORT") {
+    // Also where no component is open: its ports are lost with it, and nothing else is harmed.
     component_.outPorts.push_back({first, second, kUnknown});
   }
 }
 
+/// A last signal goes into the records only with a component that is still open on it.
 std::vector<KesSigFreq> RecordBuilder::Finish() {
   if (CloseComponent()) records_.push_back(std::move(signal_));
   return std::move(records_);
@@ -89,6 +92,7 @@ void FillRecord(KesSigFreq& signal, RecordLookup& lookup, double defaultFreq) {
     lookup.FindTop(output.name, output.freq);
     FillPorts(output, lookup);
   }
+  // The signal itself comes last, for the mean needs what its inputs were found to have.
   if (!lookup.FindTop(signal.name, signal.freq)) {
     signal.freq = MeanOf(signal.inputs, defaultFreq);
   }

@@ -21,11 +21,13 @@ bool Holds(const char* line, const char* text) {
   return std::strstr(line, text) != nullptr;
 }
 
+/// The two words may stand anywhere in the line.
 bool IsHeading(const char* line) {
   return Holds(line, "Preference") && Holds(line, "Constraint");
 }
 
-/// The lines of the report's tables that belong to rows.
+/// The lines of the report's tables that belong to rows. A table begins at the separator under its
+/// heading and ends at the next one; a report may hold several.
 class TableLines {
  public:
   explicit TableLines(std::FILE* report) : lines_(report, kLineBytes) {}

@@ -1,3 +1,4 @@
+// How the two readers cut a row of the preference table into name and frequencies.
 #include "kesncd/timing/timing_row.h"
 
 #include <iterator>
@@ -10,9 +11,12 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr double kUnknown = -1.0;
+// No frequency of a report is negative, so that one may say that there is none.
+constexpr double kNotTold = -1.0;
+// The last column, the levels of logic, is there in a row but not looked at.
 constexpr std::size_t kTableColumns = 4;
 constexpr std::string_view kMegahertz = "MHz";
+// What parts words differs from column to column: a name may be quoted, a value may end in ";".
 constexpr std::string_view kNameBlanks = " \t\"";
 constexpr std::string_view kValueBlanks = " ;\t";
 constexpr std::string_view kPreferenceBlanks = " ;\t\"";
@@ -24,8 +28,9 @@ bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
+/// The number that a word begins with; kNotTold where it begins with none.
 double Scan(std::string_view word) {
-  double value = kUnknown;
+  double value = kNotTold;
   ScanDouble(std::string(word).c_str(), value);
   return value;
 }
@@ -37,7 +42,7 @@ std::optional<double> Megahertz(std::string_view column) {
   return Scan(words[0]);
 }
 
-bool IsKeyword(std::string_view word) {
+bool IsColumnWord(std::string_view word) {
   return word == "FREQUENCY" || word == "NET" || word == "PORT";
 }
 
@@ -73,6 +78,7 @@ std::optional<Clock> JoinedRow::TakeLine(std::string_view line) {
     achieved_.clear();
   }
   const RowColumns columns(line);
+  // A line of another shape ends the row without a clock.
   if (columns.count != kTableColumns) {
     open_ = false;
     return std::nullopt;
@@ -90,19 +96,22 @@ std::optional<Clock> JoinedRow::TakeLine(std::string_view line) {
 std::optional<Clock> JoinedRow::Evaluate() {
   const auto words = FirstWords<5>(preference_, kPreferenceBlanks);
   std::string_view name;
-  double preference = kUnknown;
+  double preference = kNotTold;
   if (words[4] == kMegahertz) {
     name = words[2];
     preference = Scan(words[3]);
   }
-  const double constraint = Megahertz(constraint_).value_or(kUnknown);
+  // The constraint's own column goes before the number inside the preference.
+  const double constraint = Megahertz(constraint_).value_or(kNotTold);
   if (constraint >= 0.0) preference = constraint;
-  const double achieved = Megahertz(achieved_).value_or(kUnknown);
+  const double achieved = Megahertz(achieved_).value_or(kNotTold);
   const std::optional<double> chosen = Choose(preference, achieved);
   if (!chosen) return std::nullopt;
   return Clock{std::string(name), *chosen};
 }
 
+/// By the mode: the lower value, the preference, the achieved value. Without a preference none is
+/// kept, in whichever mode; without an achieved value the preference stands in.
 std::optional<double> JoinedRow::Choose(double preference, double achieved) const {
   switch (mode_) {
     case 0:
@@ -131,7 +140,7 @@ std::optional<Clock> WordwiseRow::TakeLine(std::string_view line) {
   for (bool isFirst = true; !word.empty(); word = TakeWord(rest, kNameBlanks), isFirst = false) {
     if (word == ";" && !name_.empty()) {
       if (std::optional<Clock> clock = Close(columns)) return clock;
-    } else if (isFirst && steps_ > kStepsBeforeName && !IsKeyword(word)) {
+    } else if (isFirst && steps_ > kStepsBeforeName && !IsColumnWord(word)) {
       if (ContinuesName(columns.preference)) name_ += word;
       ++steps_;
     } else {
@@ -141,8 +150,9 @@ std::optional<Clock> WordwiseRow::TakeLine(std::string_view line) {
   return std::nullopt;
 }
 
+/// The name is the word after two keywords, whichever they are; words further on are no part of it.
 void WordwiseRow::TakeNameWord(std::string_view word) {
-  if (IsKeyword(word)) {
+  if (IsColumnWord(word)) {
     ++steps_;
   } else if (steps_ == kStepsBeforeName) {
     name_ = word;
@@ -160,6 +170,7 @@ std::optional<Clock> WordwiseRow::Close(const RowColumns& columns) {
   return clock;
 }
 
+/// Any other mode takes the achieved value here, while JoinedRow keeps nothing then.
 double WordwiseRow::Choose(double constraint, double achieved) const {
   switch (mode_) {
     case 0:

@@ -35,7 +35,11 @@ struct RowColumns {
   std::string_view achieved;
 };
 
-/// ReadTWR2's rows: joined column by column until a line with a blank first column closes them.
+/// ReadTWR2's rows: joined column by column until a line with a blank first column closes them. A
+/// long net name is broken over lines anywhere, which joining undoes.
+///
+/// Calling order: TakeLine for each line from a row's first on; as long as IsOpen, also for lines
+/// that start no row.
 class JoinedRow {
  public:
   explicit JoinedRow(int mode) : mode_(mode) {}
@@ -57,6 +61,9 @@ class JoinedRow {
 };
 
 /// ReadTWR's rows: read word by word and closed by the word ";", whose line holds the values.
+/// Constraints and achieved values of other lines are not looked at.
+///
+/// Calling order as above.
 class WordwiseRow {
  public:
   explicit WordwiseRow(int mode) : mode_(mode) {}

@@ -59,6 +59,10 @@ BIT --begin 5ns --end 10ns --scope u1 => 0 => BITStb/u1/q,0,5,0,0,0,0,0,0,1\r\nt
 BIT --begin 15ns --end 90ns --match clk => 0 => BITStb/clk,0,5,0,0,1,(.|\r|\n)*
 BIT --begin 20ns --match tb/clk => 0 => BITStb/clk,0,0,0,0,0,0,,,\r\n
 kesncd activity flat.vcd --per bit AS_CSV --match tb/clk => 0 => BITStb/clk,10,10,0,0,4,0,,,0.5\r\n
+kesncd activity flat.vcd -o o => 0 =>  => (.|\n)*kesncd: flat.vcd: it has no time scale, so no rate is known; .*\n
+kesncd activity d.vcd --begin 5ns --end 5ns -o o => 0 =>  => REALkesncd: d.vcd: no time was observed, so no rate is known\n
+sed '/module tb/d' d.vcd | kesncd activity - --per module --format csv | cut -d, -f1 => 0 => path\nu1\nu2\n => 
+    (.|\n)*kesncd: standard input: variables outside every scope, which are in no module's row: 3\n
 kesncd activity d.vcd -q --match tb/clk => 0 => path +bits .*\ntb/clk +1 +4 +0 +10 +10 +0 +0 +100 +200 +0\.5\n
 kesncd activity d.vcd -q --per bit --format json --match tb/clk => 0 => \{\n  "dump": "d.vcd",\n  "figures": "exact",\n
       "per": "bit",\n  "scope": null,\n  "tick_fs": 1000000,\n  "begin": 0,\n  "end": 20,\n  "observed": 20,\n
@@ -72,7 +76,7 @@ BIT --sort toggles --limit 4 => 0 => BITSCLKU1CD3D1
 BIT --limit 2 => 0 => BITSCLKD3
 BIT --match 'tb/*' --match '**/u2/*' => 0 => BITSCLKD3D2D1D0U2Q
 BIT --match 'd[2]' --match 'd\[[01]*' => 0 => BITSD2D1D0
-BIT --match none => 1 => BITS
+BIT --match none => 1 => BITS => kesncd: d.vcd: no bit was selected\n
 kesncd tree d.vcd AS_CSV --sort rate --signals --match '**/u?/*' | cut -d, -f1,4 => 0 => path,changes\ntb/u1/clk,5\n
     tb/u1/q,2\ntb/u2/q,2\n
 kesncd tree d.vcd AS_CSV --match 'u*' --sort name --limit 1 | cut -d, -f1 => 0 => path\ntb/u1\n
@@ -95,6 +99,11 @@ kesncd activity flat.vcd --format saif -q => 2 =>  => kesncd: .*\n
 kesncd activity d.vcd --format saif --sort name => 2 =>  => kesncd: --sort and --limit are for rows: .*\n.*\n
 kesncd activity d.vcd --strip tb => 2 =>  => kesncd: --strip is for --format saif .*\n.*\n
 kesncd activity d.vcd --root a => 2 =>  => kesncd: --root and --unwritten are for .*\n.*\n
+kesncd activity d.vcd --netlist n --require 101 => 2 =>  => kesncd: --require: 101 is more than 100 percent\n.*\n
+kesncd activity d.vcd --netlist . -q => 2 =>  => kesncd: .: is a directory\n
+kesncd activity d.vcd --netlist /dev/null -q => 2 =>  => kesncd: /dev/null: is a netlist without a module\n
+echo '{"modules":{"u1":{"netnames":{"q":{"bits":[2]}}}}}' | kesncd activity d.vcd --scope u1 --netlist - --require 95 -q => 1
+     =>  => kesncd: -: u1 has no pin of a cell\n
 kesncd activity d.vcd --require 5 => 2 =>  => kesncd: .* are for --netlist\n.*\n
 kesncd activity d.vcd --time-unit 1ns => 2 =>  => kesncd: --time-unit is for --format tcl\n.*\n
 kesncd activity d.vcd --clock clk=0 => 2 =>  => kesncd: --clock: clk=0 is no clock with its period, .*\n.*\n
@@ -136,6 +145,8 @@ cp )" +
       R"(/examples/uart/gates/* . && kesncd activity uart_gates.vcd.gz --netlist uart_gates.json --format csv -o pins.csv => 0 =>  => 
     (.|\n)*: (\d+) of \2 pins of uart_echo reached, 100 %\n
 kesncd activity uart_gates.vcd.gz --netlist uart_gates.json --format saif -o pins.saif -q && grep -c '(T0' pins.saif => 0 => 3847\n
+gzip -c uart_gates.json | kesncd activity uart_gates.vcd.gz --netlist - --format csv -q | cmp - pins.csv => 0
+! command -v yosys >/dev/null || kesncd activity uart_gates.vcd.gz --netlist - --format csv -q < uart_gates.v | cmp - pins.csv => 0
 grep -c /_ pins.csv; tail -1 pins.csv | cut -d, -f1 => 0 => \d+\n.*/\w+\n
 kesncd activity )" +
       source +

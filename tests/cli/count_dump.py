@@ -4,7 +4,7 @@
     count_dump.py DUMP
 
 Words are taken freely, wherever lines end. Prints a line for each signal, "SCOPE PATH<tab>NAME<tab>CHANGES",
-behind a first one "<tab>FIRST<tab>LAST" with the time stamps. Scalars of H and L count as 1 and 0, as
+after a first one "<tab>FIRST<tab>LAST" with the time stamps. Scalars of H and L count as 1 and 0, as
 `kesncd prepare` writes them.
 """
 import sys

@@ -68,6 +68,7 @@ kesncd tree d.vcd --format csv => 0 => path,kind,signals,changes,mean_freq_mhz,m
 kesncd tree d.vcd --top tb/u1 --signals --format csv => 0 => .*\r\ntb/u1,module,1,1,.*\r\n
     "tb/u1/a,""b",signal,,1,0,0,,,,\r\n
 kesncd tree d.vcd --depth 0 => 0 => path .*\ntb .*\n
+kesncd tree d.vcd --match none => 1 => path .*\n => kesncd: d.vcd: no module was selected\n
 kesncd tree d.vcd --top none => 1 =>  => .*no scope none; its modules .*\n
 kesncd find d.vcd --names-from names d_1_ CLK => 0 => name +scope +signal +freq_mhz +status\nd_1_ +tb +d\[1:0\] +0 +found\n
     CLK +- +- +- +not found\nclk +tb +clk +33\.3+\d* +found\nnone +- +- +- +not found\n2 of 4 found\n
@@ -98,7 +99,7 @@ kesncd extract d.vcd --top tb --nets nets --timing twr --format csv => 0 => net,
      => kesncd: d.vcd: clock clk runs at 33.3333 MHz here, but at 50 MHz in .*\n
     kesncd: nets: 1 of 3 nets have no frequency: .*; --unmatched FILE lists them\n
 kesncd extract d.vcd --nets nets --unmatched /dev/stdout => 0 => none\nnet (.|\n)*\n
-    2 of 3 nets reached, 2 from .*\n => .* nothing reached them\n
+    2 of 3 nets reached, 2 from .*\n => .*: top module is tb; .*\n.* nothing reached them\n
 kesncd extract d.vcd --top tb --nets no => 2 =>  => kesncd: no: .*\n
 kesncd prepare d.vcd => 0 => \$timescale\n1ns\n\$end\n\$scope module tb \$end\n(.|\n)*
 kesncd prepare flat.vcd --timescale 1ns -o p.vcd && kesncd check p.vcd && rm p.vcd => 0 => finding .*\n
@@ -108,13 +109,16 @@ kesncd prepare d.vcd --begin 1us => 1 =>  => kesncd: d.vcd: nothing lies in the 
 kesncd prepare d.vcd --begin 1.5 => 2 =>  => kesncd: .*1.5 is no time such as 1.5us or 10ps\n.*\n
 kesncd prepare d.vcd --begin 2ns --end 1ns => 2 =>  => kesncd: .*lies before --begin\n.*\n
 kesncd prepare flat.vcd --begin 1ns => 2 =>  => kesncd: flat.vcd: has no time scale, which a window needs; .*\n
-kesncd prepare d.vcd --top none => 1 =>  => kesncd: d.vcd: has no scope none\n
+kesncd prepare d.vcd --top none => 1 =>  => kesncd: d.vcd: no scope none; its modules are tb, tb/u1\n
+kesncd prepare d.vcd --top bt/u1 => 1 =>  => kesncd: d.vcd: no scope bt/u1; did you mean tb/u1\?\n
+sed 's/.*u1.*/$scope module a $end $scope module u1 $end $upscope $end $upscope $end &/' d.vcd | kesncd prepare - --top u1 => 0
+     => (.|\n)* => .*: u1 means 2 scopes; taken is tb/u1, not tb/a/u1\n
 kesncd prepare names => 2 =>  => kesncd: names: declares no variable; is it a VCD file\?\n
 kesncd prepare d.vcd > /dev/full => 3 =>  => kesncd: standard output: .*No space.*\n
 kesncd check flat.vcd --format csv => 1 => finding,count,of,line,example,severity,concerns,remedy\r\nno time scale: all (.|\r|\n)*
 kesncd check d.vcd --format json => 0 => \{\n  "dump": "d.vcd",\n  "timescale_ns": 1.0,(.|\n)*"span_ns": 30.0,(.|\n)*
     "modules": \["tb","tb/u1"\],(.|\n)*
-kesncd --help > /dev/full => 3 =>  => kesncd: standard output: cannot write\n
+kesncd --help > /dev/full => 3 =>  => kesncd: standard output: cannot write: No space.*\n
 kesncd tree d.vcd >&- => 3 =>  => kesncd: standard output: .*\n
 kesncd flat d.vcd --top tb --reader grammar --as-is <&- >&- => 3 =>  => kesncd: standard output: .*\n
 kesncd flat d.vcd --top tb --format csv -o o.csv <&- >&- && cat o.csv && rm o.csv => 0 => signal,freq_mhz\r\n(.|\r|\n)*
@@ -135,7 +139,8 @@ cat out; kesncd find d.vcd d[0] -o out => 0 => earlier
 cat out => 0 => name  scope  signal  freq_mhz  status\nd\[0\]  tb     d\[1:0\]         0  found\n1 of 1 found\n
 (ulimit -f 0; kesncd prepare d.vcd -o out 2>/dev/null) => 3
 head -c 5 out; ls => 0 => name d.vcd\nerrors\nout\n
-(sleep 0.2; kesncd tree d.vcd 2>said; echo $? >status) | true; sleep 0.5; cat status said => 0 => 141\n)");
+(sleep 0.2; kesncd tree d.vcd 2>said; echo $? >status) | true; sleep 0.5; cat status said => 0 => 141\n
+(sleep 0.2; kesncd tree --help 2>said; echo $? >status) | true; sleep 0.5; cat status said => 0 => 141\n)");
 }
 
 /// The commands of a page's console blocks with what the page shows for each.

@@ -54,6 +54,10 @@ TEST(Writers, RoundAndAlignInTablesOnly) {
       "{\n  \"dump\": \"d\",\n  \"rows\": [\n    {\"name\":\"a\",\"freq_mhz\":50.0},\n"
       "    {\"name\":\"b\",\"freq_mhz\":null},\n    {\"name\":\"c\",\"freq_mhz\":1e+300}\n  ],\n"
       "  \"found\": 2,\n  \"none\": [],\n  \"two\": [\"x\",\"\\\"\\\\\"]\n}\n");
+  const WideCount most = UINT64_MAX;
+  EXPECT_EQ(Written(As::Json, {"a", "b"}, {{most, 4 * most}}),
+            "{\n  \"dump\": \"d\",\n  \"rows\": [\n    {\"a\":18446744073709551615,"
+            "\"b\":73786976294838206460}\n  ]\n}\n");
   EXPECT_EQ(Written(As::Json, {"name"}, {}), "{\n  \"dump\": \"d\",\n  \"rows\": []\n}\n");
 }
 

@@ -118,8 +118,8 @@ std::string Read(const std::string& dumps) {
   return text.str() + Errors();
 }
 
-// What stands behind the header, and what is read: result, scale, span and counts of "a" and
-// "d[1]". Behind a "/" another dump begins: a parse leaves its lines, what was read ahead, a
+// What stands after the header, and what is read: result, scale, span and counts of "a" and
+// "d[1]". After a "/" another dump begins: a parse leaves its lines, what was read ahead, a
 // section, a value, a stamp, a scope.
 TEST_F(Grammar, Rules) {
   const std::string rows = R"(#5 $dumpvars 0! b0 " $end #7 1! #9 => 0, 1, 5-9, a=2 d[1]=1

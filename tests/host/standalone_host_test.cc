@@ -1,4 +1,4 @@
-// The stand-alone host behind the shared library, as a program has them.
+// The stand-alone host with the shared library, as a program has them.
 #include "host/standalone/standalone_host.h"
 
 #include "tests/support/testing.h"

@@ -1,3 +1,4 @@
+// The flat module by itself: names that repeat, codes that are shared, what removal leaves.
 #include <limits>
 
 #include "names/frequency.h"

@@ -1,3 +1,4 @@
+// Cutting lines into words in reused slots, with the tails that longer words leave there.
 #include "tests/support/testing.h"
 
 namespace orsa::kesncd {
@@ -56,7 +57,7 @@ TEST(Splitter, GrowsAsItsFieldsSay) {
   }
 }
 
-// The tail of a longer string shows behind a shorter piece; a word's terminator hides it until a
+// The tail of a longer string shows after a shorter piece; a word's terminator hides it until a
 // piece runs over that terminator.
 TEST(Splitter, PiecesKeepTails) {
   Mem mem;
@@ -65,7 +66,7 @@ TEST(Splitter, PiecesKeepTails) {
   EXPECT_EQ(Tokens(mem, "Z"), "1|Z");
   EXPECT_EQ(Pieces(mem, "1"), "1|1");
   EXPECT_EQ(Pieces(mem, "12"), "1|12cdef");
-  // Growth moves strings only: what stood behind a terminator is gone.
+  // Growth moves strings only: what stood after a terminator is gone.
   for (const bool byLength : {false, true}) {
     Pieces(mem, "abcdef");
     Tokens(mem, "Z");

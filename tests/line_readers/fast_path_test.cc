@@ -107,7 +107,7 @@ TEST_F(FastPath, AgreesOnGeneratedDumps) {
   for (int i = 0; i < 100000 / kShare; ++i) {
     ExpectSamePaths(kReaders[i % 3], kHeader + RandomBody(random, static_cast<int>(random() % 30)));
   }
-  // A long code that is gone when the slots double does not show behind a long stamp.
+  // A long code that is gone when the slots double does not show after a long stamp.
   const std::string gone = std::string(1000, ' ') + "x\nb1 " + std::string(500, '2') + "\n";
   ExpectSamePaths(Reader::Filtered,
                   kHeader + "#0\n" + gone + Times(40, "x ") + "\n#" + std::string(290, '1'));

@@ -1,3 +1,4 @@
+// Time scales and top modules as hosts read them from a header.
 #include <sstream>
 
 #include "tests/support/testing.h"
@@ -9,7 +10,7 @@ using Header = FreshState;
 
 TEST_F(Header, ConvertsTimeScales) {
   // What is returned, and what timeScale holds, which was 7. Without a number the scale before is
-  // multiplied. The unit is the second piece, also behind a point, and compared case by case.
+  // multiplied. The unit is the second piece, also after a point, and compared case by case.
   const char* const table =
       "1ns => 1 1;100ps => 0.1 0.1;10 us => 10000 10000;1s => 1e+09 1e+09;1 fs => 1e-06 1e-06;"
       "100 ms => 1e+08 1e+08;1.5 ns => 1.5 1.5;1e1 ns => 10 10;0x10 ns => 16 16;0end ns => 0 0;"

@@ -1,3 +1,4 @@
+// Counts what is allocated, and lets an allocation fail when a test says so.
 #include "tests/support/allocations.h"
 
 #include <cstdlib>

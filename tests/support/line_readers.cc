@@ -32,7 +32,7 @@ void Describe(const VmodHier& scope, std::ostream& out) {
   out << ")";
 }
 
-/// The tree, and behind it the scopes that hang nowhere.
+/// The tree, and after it the scopes that hang nowhere.
 void Describe(const KesNCD& analyser, std::ostream& out) {
   if (analyser.hierRoot != nullptr) Describe(*analyser.hierRoot, out);
   std::set<const VmodHier*> shown{analyser.hierRoot};

@@ -1,4 +1,4 @@
-// The readers behind one call, and what they leave as a text.
+// The readers under one call, and what they leave as a text.
 #ifndef KESNCD_TESTS_SUPPORT_LINE_READERS_H_
 #define KESNCD_TESTS_SUPPORT_LINE_READERS_H_
 

@@ -13,6 +13,7 @@
 #include "tests/support/require.h"
 #include "tests/support/streams.h"
 #include "tests/support/text_stream.h"
+#include "text/failure.h"
 #include "vcd/time_text.h"
 
 using namespace orsa::kesncd;
@@ -23,7 +24,15 @@ using orsa::kesncd::TextSource;
 
 PrepareOptions OptionsOf(const support::Input& input) {
   PrepareOptions options;
-  options.top = input.Option(0);
+  const std::string top = input.Option(0);
+  if (!top.empty()) {
+    options.chooseTop = [top](const Declarations& declarations) -> std::uint32_t {
+      for (std::uint32_t scope = 1; scope < declarations.scopes.size(); ++scope) {
+        if (declarations.scopes[scope].name == top) return scope;
+      }
+      throw Failure(FailureKind::NothingMatched, "no scope " + top);
+    };
+  }
   options.tick = Femtoseconds(input.Option(1));
   if (options.tick == 0U) options.tick.reset();
   options.window.begin = Femtoseconds(input.Option(2));

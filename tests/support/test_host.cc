@@ -1,3 +1,4 @@
+// A host whose answers a test sets, and which notes what it is asked.
 #include "tests/support/test_host.h"
 
 #include <sstream>

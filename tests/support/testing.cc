@@ -1,3 +1,4 @@
+// What tests share: dumps as temporary files, and results as texts.
 #include "tests/support/testing.h"
 
 #include <unistd.h>

@@ -38,7 +38,7 @@ class RandomDump:
         return self.pick([" "] * 12 + ["  ", "\t", "\n", "\r\n", "\n\n", "\0 "]) if self.odd else " "
 
     def say(self, *words):
-        """Writes a section or a value: its words anywhere, behind it a newline as a rule."""
+        """Writes a section or a value: its words anywhere, after it a newline as a rule."""
         self.out.append(self.blank().join(words) + (self.pick([" ", "\t", "\n"]) if self.chance(0.1) else "\n"))
 
     def word(self, keyword):
@@ -90,7 +90,7 @@ class RandomDump:
         return words
 
     def declare(self):
-        width = self.pick([1, 1, 1, 1, 2, 3, 4, 8, 9, 33, 70])
+        width = self.pick([1, 1, 1, 1, 2, 3, 4, 8, 9, 33, 64, 70, 130])
         kind = self.pick(TYPES)
         kind = self.pick([kind] * 4 + [kind.upper(), kind.capitalize()])
         code, known = (self.pick(self.codes) if self.codes and self.chance(0.25) else (self.new_code(), width))
@@ -161,7 +161,7 @@ class RandomDump:
             self.say(self.pick("bbbB") + self.vector_of(width), code)
 
     def stamp(self):
-        self.time += self.pick([0, 1, 1, 1, 2, 5, 10, 100])
+        self.time += self.pick([0, 1, 1, 1, 2, 5, 10, 100]) if self.chance(0.98) else 2**self.between(20, 33)
         time = str(self.time)
         if self.odd and self.chance(0.05):
             time = self.pick([str(max(0, self.time - self.between(1, 20))), "0" + time, time + ".5", time + ".",
@@ -187,14 +187,16 @@ class RandomDump:
         if self.chance(0.5):
             self.say("#" + str(self.time))
             self.command()
-        for _ in range(self.pick([0, 1, 5, 20, 60])):
+        for _ in range(self.pick([0, 1, 5, 20, 60] * 8 + [700])):  # now and then more than a byte counts
             self.stamp()
             self.insert(0.1)
             for _ in range(self.pick([0, 1, 2, 3, 6])):
                 self.value()
                 self.insert(0.01)
-            if self.chance(0.12):
+            while self.chance(0.12):  # what comes after one in its step is in front of the next
                 self.command()
+                for _ in range(self.pick([0, 0, 1, 3])):
+                    self.value()
 
     def text(self):
         self.odd = self.chance(0.8)

@@ -1,5 +1,5 @@
 // SAIF and Tcl as estimators read them: names, units, instances, and what must not become a file.
-// The dumps of export_cases/ have their files in full beside them.
+// The dumps of cases/export/ have their files in full beside them.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -12,15 +12,14 @@
 #include "export/saif_text.h"
 #include "export/saif_writer.h"
 #include "export/tcl_writer.h"
-#include "export/yosys.h"
 #include "tests/support/text_stream.h"
+#include "text/byte_stream.h"
 #include "text/failure.h"
-#include "text/file.h"
 
 namespace orsa::kesncd {
 namespace {
 
-const std::string kCases = KESNCD_TEST_SOURCE "/tests/export_cases/";
+const std::string kCases = KESNCD_TEST_SOURCE "/tests/cases/export/";
 
 std::string TextOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -264,7 +263,8 @@ TEST(Tcl, QuotesEveryName) {
 
 TEST(Netlist, CarriesFiguresToPins) {
   const ActivityResult result = CountCase("ports");
-  const Netlist netlist = ReadNetlistFile(kCases + "ports.json");
+  FileSource json(kCases + "ports.json");
+  const Netlist netlist = ReadNetlist(json, "ports.json");
   const NetlistPins pins(netlist, result, {});
   EXPECT_EQ(result.declarations.PathOf(pins.scope()), "tb/dut");
   EXPECT_EQ(pins.reached(), 11U);
@@ -286,9 +286,9 @@ TEST(Netlist, CarriesFiguresToPins) {
   EXPECT_EQ(unreached.str(), TextOf(kCases + "ports.unreached"));
 }
 
-Netlist NetlistOf(std::string json) {
-  const File file(fmemopen(json.data(), json.size(), "r"));
-  return ReadNetlist(file.get(), "n.json");
+Netlist NetlistOf(const std::string& json) {
+  TextSource source(json, 1);
+  return ReadNetlist(source, "n.json");
 }
 
 TEST(Netlist, RefusesWhatIsNone) {
@@ -301,6 +301,13 @@ TEST(Netlist, RefusesWhatIsNone) {
       "{\"modules\": {\"a\": {\"ports\": {\"p\": {\"bits\": [-1]}}}}}",
       "{\"modules\": {\"a\": {\"ports\": {\"p\": {\"bits\": [1.5]}}}}}",
       "{\"modules\": {\"a\": {\"cells\": {\"c\": {}, \"c\": {}}}}}",
+      "{\"modules\": {\"a\": {\"ports\": {\"p\": {}, \"p\": {}}}}}",
+      "{\"modules\": {\"a\": {\"ports\": {\"p\": {\"bits\": [[2]]}}}}}",
+      "{\"modules\": {\"a\": {\"ports\": {\"p\": {\"bits\": 2}}}}}",
+      "{\"modules\": {\"a\": {\"cells\": {\"c\": {\"connections\": {\"A\": [2], \"A\": [3]}}}}}}",
+      "{\"modules\": {\"a\": {\"cells\": {\"c\": {\"connections\": {\"A\": \"x\"}}}}}}",
+      "{\"modules\": {\"a\": {\"cells\": null}}}",
+      "{\"modules\": {\"a\": 5}}",
       "{\"modules\": {\"a\": {}, \"a\": {}}}",
       "{\"modules\": {\"a\": {}}",
       "{\"modules\": {\"\xFF\": {}}}",

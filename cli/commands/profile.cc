@@ -1,0 +1,197 @@
+// kesncd profile: when a dump's modules toggle: over time, by the values of a signal, at the peak.
+#include <memory>
+
+#include "activity/profile_run.h"
+#include "cli/commands/commands.h"
+#include "cli/commands/profile_reading.h"
+#include "cli/commands/profile_rows.h"
+#include "cli/commands/scope_choice.h"
+#include "cli/commands/signal_choice.h"
+#include "text/failure.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+constexpr char kProfileHelp[] =
+    "Toggles over time, by the values of a signal, or in the busiest stretch\n"
+    "\n"
+    "Examples:\n"
+    "  kesncd profile sim.vcd                              200 equal parts of the span\n"
+    "  kesncd profile sim.vcd --window 1us --depth 2 -o profile.csv\n"
+    "  kesncd profile sim.vcd --scope soc/cpu --clock clk  a row for each rising edge\n"
+    "  kesncd profile sim.vcd --peak 10us --limit 5        the busiest 10 us and what toggles "
+    "there\n"
+    "  kesncd profile sim.vcd --by soc/cpu/busy            with the flag set, and without\n"
+    "\n"
+    "Toggles are those of kesncd activity, bit by bit, and rows add up to its totals: a toggle at\n"
+    "a row's end belongs to the row, one at its begin to the row before. begin, end and observed\n"
+    "are in ticks of the dump, in a table with their unit. A module is all that is in it and "
+    "below.\n";
+
+struct ProfileChoices {
+  InputOptions input;
+  TimeWindow window;
+  std::string scope;
+  std::uint32_t depth = 0;
+  std::uint64_t parts = 0;  // 0: not asked for
+  std::optional<std::uint64_t> length;
+  std::string clock;
+  std::optional<std::uint64_t> peak;
+  std::string by;
+  std::uint64_t values = 0;  // 0: not asked for
+  std::uint64_t limit = UINT64_MAX;
+  OutputOptions output;
+};
+
+constexpr std::uint64_t kParts = 200;
+constexpr std::uint64_t kValues = 64;
+constexpr std::uint64_t kLimit = 10;
+
+void CheckOptions(const ProfileChoices& options) {
+  const auto refuse = [](bool isWrong, const std::string& why) {
+    if (isWrong) throw Failure(FailureKind::Unusable, why);
+  };
+  CheckWindow(options.window);
+  const int ways = (options.parts != 0) + options.length.has_value() + !options.clock.empty() +
+                   options.peak.has_value() + !options.by.empty();
+  refuse(ways > 1, "--windows, --window, --clock, --peak and --by: one of them at a time");
+  refuse(options.values != 0 && options.by.empty(), "--values is for --by");
+  refuse(options.limit != UINT64_MAX && !options.peak, "--limit is for --peak");
+  refuse(options.peak && options.depth > 0, "--depth is for rows over time and --by");
+  refuse(options.length == 0 || options.peak == 0, "--window and --peak: 0 is no length");
+}
+
+ProfileOptions CountingOf(const ProfileChoices& options) {
+  ProfileOptions counting;
+  const std::string dump = NameOf(options.input);
+  counting.counting.dump = dump;
+  counting.counting.window = options.window;
+  counting.counting.mostBits = MostBitsInMemory();
+  if (!options.scope.empty()) {
+    counting.scope = [dump, scope = options.scope](const Declarations& declarations) {
+      return OnlyScope(dump, declarations, scope);
+    };
+  }
+  const bool isClock = !options.clock.empty();
+  const std::string& signal = isClock ? options.clock : options.by;
+  counting.signal = [dump, signal, isClock](const Declarations& declarations) -> CuttingSignal {
+    const DumpVariable& variable = OnlySignal(dump, declarations, signal);
+    if (!isClock || variable.width == 1) return {variable.codeId, variable.width};
+    throw Failure(FailureKind::NothingMatched, dump + ": " + signal + " is no signal of one bit");
+  };
+  counting.depth = options.depth;
+  counting.parts = options.parts != 0 ? options.parts : kParts;
+  counting.length = options.peak ? options.peak : options.length;
+  counting.mostValues = options.values != 0 ? options.values : kValues;
+  return counting;
+}
+
+ExitStatus RunWindows(const ProfileChoices& options) {
+  const ProfileOptions counting = CountingOf(options);
+  std::optional<std::uint64_t> last;
+  if (!options.length) last = ExpectedLast(options.input, counting.counting);
+  const ProfileRun<Profile> run = ReadProfile(options.input, counting, last, CountProfile);
+  const ProfileSubject subject{counting.counting.dump, options.length ? "length" : "part", ""};
+  return WriteProfile(run, subject, options.output);
+}
+
+ExitStatus RunClock(const ProfileChoices& options) {
+  const ProfileRun<Profile> run =
+      ReadProfile(options.input, CountingOf(options), {}, CountClockProfile);
+  return WriteProfile(run, {NameOf(options.input), "clock", options.clock}, options.output);
+}
+
+ExitStatus RunValues(const ProfileChoices& options) {
+  const ProfileOptions counting = CountingOf(options);
+  const std::string& dump = counting.counting.dump;
+  UnpackedSource bytes = OpenDump(options.input);
+  const ProfileRun<ValueSplit> run = CountByValue(*bytes.bytes, counting);
+  bytes.bytes.reset();
+  for (const std::string& remark : RemarksOn(run.base)) Remark(dump, remark);
+  if (run.figures.others > 0) {
+    Remark(dump, options.by + " has more than " + std::to_string(counting.mostValues) +
+                     " values: those that it has for the shortest time are put together");
+  }
+  return WriteSplit(run, {dump, "value", options.by}, options.output);
+}
+
+/// What toggles in a stretch, from a second reading; nothing where the dump allows none.
+std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices& options,
+                                         const ProfileOptions& counting,
+                                         const ActivityResult& base) {
+  ActivityOptions again = counting.counting;
+  const std::uint64_t tick = base.tick.value_or(1);
+  if (!CanReadTwice(options.input) || peak.end > UINT64_MAX / tick) return {};
+  again.window = {peak.begin * tick, peak.end * tick};
+  UnpackedSource bytes = OpenDump(options.input);
+  return CountActivity(*bytes.bytes, again);
+}
+
+ExitStatus RunPeak(const ProfileChoices& options) {
+  const ProfileOptions counting = CountingOf(options);
+  const std::string& dump = counting.counting.dump;
+  UnpackedSource bytes = OpenDump(options.input);
+  const ProfileRun<Peak> run = FindPeak(*bytes.bytes, counting);
+  bytes.bytes.reset();
+  for (const std::string& remark : RemarksOn(run.base)) Remark(dump, remark);
+  const Peak& peak = run.figures;
+  if (peak.grain > 1) {
+    Remark(dump,
+           "a stretch of this length holds too many steps: the peak was looked for at every " +
+               std::to_string(peak.grain) + " ticks");
+  }
+  const std::uint32_t scope = counting.scope ? counting.scope(run.base.declarations) : 0;
+  const std::uint64_t limit = options.limit == UINT64_MAX ? kLimit : options.limit;
+  const std::optional<ActivityResult> inPeak = ActivityIn(peak, options, counting, run.base);
+  if (!inPeak) {
+    Remark(dump,
+           "what toggles in the peak is found by a second reading, which a pipe does not allow");
+  }
+  return WritePeak(run, inPeak ? &*inPeak : nullptr, scope, limit, dump, options.output);
+}
+
+ExitStatus RunProfile(const ProfileChoices& options) {
+  CheckOutputs({options.input.dump}, {options.output.path});
+  if (!options.clock.empty()) return RunClock(options);
+  if (!options.by.empty()) return RunValues(options);
+  return options.peak ? RunPeak(options) : RunWindows(options);
+}
+
+}  // namespace
+
+void AddProfileCommand(CommandLine& line) {
+  Command& command = line.Add("profile", kProfileHelp);
+  const auto options = std::make_shared<ProfileChoices>();
+  AddDumpOptions(command, options->input);
+  command.AddTime("--window", options->length, "windows of this length");
+  command
+      .AddCount("--windows", "N", {1, 1000000}, options->parts, "so many equal parts of the span")
+      .Initially(std::to_string(kParts));
+  command.AddText("--clock", "NAME", options->clock,
+                  "a window for each rising edge of this signal, which ends there");
+  command.AddTime("--peak", options->peak,
+                  "the busiest stretch of this length, and what toggles most in it");
+  command.AddText(
+      "--by", "SIGNAL", options->by,
+      "split by the values that this signal has: a toggle belongs to the value before it");
+  command
+      .AddCount("--values", "N", {1, 4000}, options->values,
+                "with --by, so many values at most, the others together")
+      .Initially(std::to_string(kValues));
+  command.AddCount("--limit", "N", {0}, options->limit, "with --peak, so many modules and signals")
+      .Initially(std::to_string(kLimit));
+  command.AddText("--scope", "PATH", options->scope,
+                  "only this scope and all below it: its path from the top, or a name that only "
+                  "one has");
+  command
+      .AddCount("--depth", "N", {0}, options->depth,
+                "a column for each module down to so many levels below")
+      .Initially("0");
+  AddWindowOptions(command, options->window);
+  AddOutputOptions(command, options->output);
+  command.check = [options] { CheckOptions(*options); };
+  command.run = [options] { return RunProfile(*options); };
+}
+
+}  // namespace orsa::kesncd::cli

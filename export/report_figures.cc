@@ -1,0 +1,314 @@
+// Writes the figures of a report, and fewer of them where they would be too many bytes.
+#include "export/report_figures.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "export/report_choice.h"
+#include "text/number.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// Text that is built up piece by piece: a report has millions of numbers, too many for a tree of
+/// values.
+class JsonText {
+ public:
+  void Raw(std::string_view text) { text_ += text; }
+  void Key(std::string_view key) {
+    Separate();
+    Quote(key);
+    text_ += ':';
+    isFirst_ = true;
+  }
+  void Open(char bracket) {
+    Separate();
+    text_ += bracket;
+    isFirst_ = true;
+  }
+  void Close(char bracket) {
+    text_ += bracket;
+    isFirst_ = false;
+  }
+  void String(std::string_view text) {
+    Separate();
+    Quote(text);
+  }
+  /// What no reader of JSON holds exactly is written as a text.
+  void Number(WideCount number) {
+    constexpr WideCount kExact = WideCount{1} << 53U;
+    Separate();
+    const std::string digits = WideText(number);
+    text_ += number > kExact ? '"' + digits + '"' : digits;
+  }
+  void Share(WideCount part, WideCount whole) {
+    constexpr int kDigits = 4;
+    Separate();
+    const double share = whole == 0 ? 0 : static_cast<double>(part) / static_cast<double>(whole);
+    text_ += RoundedText(share, kDigits);
+  }
+  void Measured(const std::optional<double>& value) {
+    Separate();
+    text_ += value ? ShortestText(*value) : "null";
+  }
+  std::string Take() { return std::move(text_); }
+
+ private:
+  void Separate() {
+    if (!isFirst_) text_ += ',';
+    isFirst_ = false;
+  }
+  /// Names need not be UTF-8, and may hold what would end the element that the figures are in.
+  void Quote(std::string_view text) {
+    using Json = nlohmann::json;
+    for (const char c : Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)) {
+      if (c == '<') {
+        text_ += "\\u003c";
+      } else {
+        text_ += c;
+      }
+    }
+  }
+
+  std::string text_;
+  bool isFirst_ = true;
+};
+
+template <class Items, class Write>
+void WriteList(JsonText& json, std::string_view key, const Items& items, Write write) {
+  json.Key(key);
+  json.Open('[');
+  for (const auto& item : items) write(item);
+  json.Close(']');
+}
+
+void WriteHead(JsonText& json, const ActivityResult& result, const ReportFacts& facts) {
+  json.Key("format");
+  json.String("kesncd-report");
+  json.Key("version");
+  json.Number(1);
+  json.Key("program");
+  json.String(facts.program);
+  json.Key("dump");
+  json.Open('{');
+  for (const auto& [key, text] : {std::pair("name", &facts.dump),
+                                  {"simulator", &result.declarations.version},
+                                  {"date", &result.declarations.date}}) {
+    json.Key(key);
+    json.String(std::string_view(*text).substr(0, 1000));
+  }
+  json.Close('}');
+  json.Key("time");
+  json.Open('{');
+  json.Key("tick_fs");
+  if (result.tick) {
+    json.Number(*result.tick);
+  } else {
+    json.Measured({});
+  }
+  json.Key("begin");
+  json.Number(result.firstTick);
+  json.Key("end");
+  json.Number(result.lastTick);
+  json.Key("observed");
+  json.Number(result.observedTicks);
+  json.Close('}');
+}
+
+void WriteCounts(JsonText& json, const ReportSource& source) {
+  const auto count = [&](auto isCounted) {
+    return static_cast<std::uint64_t>(
+        std::count_if(source.signals.begin(), source.signals.end(),
+                      [&](const ReportSignal& signal) { return isCounted(signal.sums); }));
+  };
+  const ActivityNotes& notes = source.result.notes;
+  json.Key("counts");
+  json.Open('{');
+  json.Key("modules");
+  json.Number(source.order.size() - 1);
+  json.Key("signals");
+  json.Number(source.signals.size());
+  json.Key("still_signals");
+  json.Number(count([](const ReportSums& sums) { return sums.tc == 0; }));
+  json.Key("x_signals");
+  json.Number(count([](const ReportSums& sums) { return sums.tx > 0; }));
+  json.Key("glitch_signals");
+  json.Number(count([](const ReportSums& sums) { return sums.ig > 0; }));
+  json.Key("left_out");
+  json.Number(notes.typesWithoutBits.count + notes.withoutBits.count);
+  json.Close('}');
+}
+
+void WriteFacts(JsonText& json, const ReportFacts& facts) {
+  if (facts.clocks) {
+    WriteList(json, "clocks", *facts.clocks, [&](const ReportFacts::Clock& clock) {
+      json.Open('{');
+      json.Key("name");
+      json.String(clock.name);
+      json.Key("mhz");
+      json.Measured(clock.mhz);
+      json.Key("reported_mhz");
+      json.Measured(clock.reported);
+      if (clock.reported) {
+        json.Key("reported_by");
+        json.String(clock.reportedBy);
+      }
+      json.Close('}');
+    });
+  }
+  if (facts.findings) {
+    WriteList(json, "findings", *facts.findings, [&](const ReportFacts::Finding& finding) {
+      json.Open('{');
+      json.Key("severity");
+      json.String(finding.severity);
+      json.Key("text");
+      json.String(finding.text);
+      json.Close('}');
+    });
+  }
+  WriteList(json, "reached", facts.reached, [&](const ReportFacts::Reached& reached) {
+    json.Open('{');
+    json.Key("what");
+    json.String(reached.what);
+    json.Key("reached");
+    json.Number(reached.reached);
+    json.Key("total");
+    json.Number(reached.total);
+    json.Key("source");
+    json.String(reached.source);
+    json.Close('}');
+  });
+  WriteList(json, "notes", facts.notes, [&](const std::string& note) { json.String(note); });
+}
+
+void WriteModules(JsonText& json, const ReportSource& source, const ReportChoice& choice) {
+  const ModuleTree& tree = source.profile.modules;
+  const Declarations& declarations = source.result.declarations;
+  const WideCount observed = source.result.observedTicks;
+  const auto totals = [&](std::string_view key, auto write) {
+    WriteList(json, key, choice.modules,
+              [&](std::uint32_t module) { write(source.totals[module]); });
+  };
+  json.Key("modules");
+  json.Open('{');
+  WriteList(json, "name", choice.modules, [&](std::uint32_t module) {
+    json.String(module == 0 ? std::string() : declarations.scopes[tree.scopes[module]].name);
+  });
+  WriteList(json, "depth", choice.modules,
+            [&](std::uint32_t module) { json.Number(tree.depths[module]); });
+  WriteList(json, "signals", choice.names, [&](std::uint64_t names) { json.Number(names); });
+  totals("bits", [&](const ReportSums& sums) { json.Number(sums.bits); });
+  totals("toggles", [&](const ReportSums& sums) { json.Number(sums.tc); });
+  totals("glitches", [&](const ReportSums& sums) { json.Number(sums.ig); });
+  totals("still", [&](const ReportSums& sums) { json.Number(sums.still); });
+  totals("high", [&](const ReportSums& sums) { json.Share(sums.t1, sums.bits * observed); });
+  totals("unknown", [&](const ReportSums& sums) { json.Share(sums.tx, sums.bits * observed); });
+  WriteList(json, "own_bits", choice.own, [&](const ReportSums& sums) { json.Number(sums.bits); });
+  WriteList(json, "own_toggles", choice.own, [&](const ReportSums& sums) { json.Number(sums.tc); });
+  json.Close('}');
+}
+
+void WriteCourses(JsonText& json, const ReportSource& source, const ReportChoice& choice) {
+  const Profile& profile = source.profile;
+  if (profile.windows() == 0) return;
+  std::vector<std::vector<std::uint64_t>> courses(choice.withCourse.size(),
+                                                  std::vector<std::uint64_t>(profile.windows()));
+  for (std::size_t module = 0; module < profile.toggles.size(); ++module) {
+    const std::vector<std::uint64_t>& row = profile.toggles[module];
+    std::vector<std::uint64_t>& course = courses[choice.courseOf[choice.places[module]]];
+    for (std::size_t window = 0; window < row.size(); ++window) course[window] += row[window];
+  }
+  json.Key("activity");
+  json.Open('{');
+  WriteList(json, "edges", profile.edges, [&](std::uint64_t edge) { json.Number(edge); });
+  WriteList(json, "module", choice.withCourse, [&](std::uint32_t place) { json.Number(place); });
+  WriteList(json, "toggles", courses, [&](const std::vector<std::uint64_t>& course) {
+    json.Open('[');
+    for (const std::uint64_t toggles : course) json.Number(toggles);
+    json.Close(']');
+  });
+  WriteList(json, "gaps", profile.gaps, [&](const auto& gap) {
+    json.Open('[');
+    json.Number(gap.first);
+    json.Number(gap.second);
+    json.Close(']');
+  });
+  json.Close('}');
+}
+
+void WriteSignals(JsonText& json, const ReportSource& source, const ReportChoice& choice) {
+  const auto list = [&](std::string_view key, auto write) {
+    WriteList(json, key, choice.signals, [&](std::uint32_t at) { write(source.signals[at]); });
+  };
+  json.Key("signals");
+  json.Open('{');
+  list("module", [&](const ReportSignal& signal) { json.Number(choice.places[signal.module]); });
+  list("name", [&](const ReportSignal& signal) {
+    json.String(source.result.declarations.variables[signal.variable].name);
+  });
+  list("bits", [&](const ReportSignal& signal) { json.Number(signal.sums.bits); });
+  list("toggles", [&](const ReportSignal& signal) { json.Number(signal.sums.tc); });
+  list("glitches", [&](const ReportSignal& signal) { json.Number(signal.sums.ig); });
+  list("t1", [&](const ReportSignal& signal) { json.Number(signal.sums.t1); });
+  list("tx", [&](const ReportSignal& signal) { json.Number(signal.sums.tx); });
+  list("tz", [&](const ReportSignal& signal) { json.Number(signal.sums.tz); });
+  json.Close('}');
+}
+
+void WriteRest(JsonText& json, const ReportChoice& choice) {
+  std::vector<std::uint32_t> rest;
+  std::vector<std::uint32_t> hidden;
+  for (std::uint32_t place = 0; place < choice.modules.size(); ++place) {
+    if (choice.restSignals[place] > 0) rest.push_back(place);
+    if (choice.hidden[place] > 0) hidden.push_back(place);
+  }
+  json.Key("rest");
+  json.Open('{');
+  WriteList(json, "module", rest, [&](std::uint32_t place) { json.Number(place); });
+  WriteList(json, "signals", rest,
+            [&](std::uint32_t place) { json.Number(choice.restSignals[place]); });
+  WriteList(json, "toggles", rest,
+            [&](std::uint32_t place) { json.Number(choice.restToggles[place]); });
+  json.Close('}');
+  json.Key("hidden");
+  json.Open('{');
+  WriteList(json, "module", hidden, [&](std::uint32_t place) { json.Number(place); });
+  WriteList(json, "modules", hidden,
+            [&](std::uint32_t place) { json.Number(choice.hidden[place]); });
+  json.Close('}');
+}
+
+std::string Written(const ReportSource& source, const ReportFacts& facts,
+                    const ReportLimits& limits) {
+  const ReportChoice choice(source, limits);
+  JsonText json;
+  json.Open('{');
+  WriteHead(json, source.result, facts);
+  WriteCounts(json, source);
+  WriteFacts(json, facts);
+  WriteModules(json, source, choice);
+  WriteCourses(json, source, choice);
+  WriteSignals(json, source, choice);
+  WriteRest(json, choice);
+  json.Close('}');
+  return json.Take();
+}
+
+}  // namespace
+
+std::string ReportJson(const ActivityResult& result, const Profile& profile,
+                       const ReportFacts& facts, const ReportLimits& limits) {
+  const ReportSource source(result, profile);
+  ReportLimits fitting = limits;
+  std::string json = Written(source, facts, fitting);
+  while (json.size() > limits.bytes && fitting.signals + fitting.modules > 2) {
+    fitting.signals /= 2;
+    fitting.modules = std::max<std::size_t>(fitting.modules / 2, 1);
+    json = Written(source, facts, fitting);
+  }
+  return json;
+}
+
+}  // namespace orsa::kesncd

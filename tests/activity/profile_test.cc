@@ -1,0 +1,183 @@
+// Toggles over time from the inside: exact edges, modules that share signals of several widths, the
+// search for a peak where there is little room, and bounds on memory.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+#include "activity/activity_rows.h"
+#include "activity/profile_counter.h"
+#include "activity/profile_run.h"
+#include "activity/signal_cuts.h"
+#include "activity/time_grid.h"
+#include "free_format/body_reader.h"
+#include "free_format/declaration_reader.h"
+#include "text/failure.h"
+
+namespace orsa::kesncd {
+namespace {
+
+class TextSource : public ByteSource {
+ public:
+  explicit TextSource(std::string text) : text_(std::move(text)) {}
+  std::size_t Read(char* to, std::size_t most) override {
+    const std::size_t got = text_.copy(to, most, at_);
+    at_ += got;
+    return got;
+  }
+
+ private:
+  const std::string text_;
+  std::size_t at_ = 0;
+};
+
+TEST(TimeGrid, HasEveryTickInItsWindow) {
+  for (std::uint64_t span = 1; span < 40; ++span) {
+    for (std::uint64_t parts = 1; parts <= span; ++parts) {
+      const TimeGrid grid{7, span, parts};
+      EXPECT_EQ(grid.Edge(parts), 7 + span);
+      for (std::uint64_t tick = 8; tick <= 7 + span; ++tick) {
+        const std::uint64_t window = grid.WindowOf(tick);
+        ASSERT_TRUE(grid.Edge(window) < tick && tick <= grid.Edge(window + 1))
+            << span << " " << tick;
+      }
+    }
+  }
+  const TimeGrid whole{0, UINT64_MAX, 200};
+  EXPECT_EQ(whole.WindowOf(UINT64_MAX), 199U);
+  EXPECT_EQ(whole.Edge(200), UINT64_MAX);
+  EXPECT_EQ((TimeGrid{5, UINT64_MAX, 1}).Edge(2), UINT64_MAX);
+}
+
+// Codes with names of several widths anywhere in a tree, each bit with random toggles.
+TEST(ModuleShares, SumAsModulesOfActivityDo) {
+  std::mt19937 random(1);
+  const auto below = [&](std::uint32_t limit) {
+    return static_cast<std::uint32_t>(random() % limit);
+  };
+  for (int trial = 0; trial < 300; ++trial) {
+    ActivityResult result;
+    Declarations& declarations = result.declarations;
+    declarations.types = {"wire", "real"};
+    declarations.scopes.resize(1 + below(12));
+    for (std::uint32_t scope = 1; scope < declarations.scopes.size(); ++scope) {
+      declarations.scopes[scope].parent = below(scope);
+      declarations.scopes[declarations.scopes[scope].parent].scopes.push_back(scope);
+    }
+    const std::uint32_t codes = 1 + below(4);
+    for (std::uint32_t code = 0; code < codes; ++code)
+      (void)declarations.codes.Add(std::to_string(code));
+    for (std::uint32_t id = 0; id < 20; ++id) {
+      DumpVariable variable;
+      variable.name = "v";
+      variable.width = below(5);
+      variable.typeId = below(10) == 0 ? 1 : 0;
+      variable.codeId = below(codes);
+      variable.scope = below(static_cast<std::uint32_t>(declarations.scopes.size()));
+      declarations.scopes[variable.scope].variables.push_back(id);
+      declarations.variables.push_back(variable);
+    }
+    const CodeBits bits(declarations);
+    result.firstBit = bits.all();
+    result.bits.resize(bits.bits());
+    for (BitFigures& bit : result.bits) bit.tc = below(1000);
+    const ModuleTree tree = ModulesIn(declarations, Declarations::kDump, UINT32_MAX);
+    const ModuleShares shares = ModuleShares::ByName(declarations, tree);
+    std::vector<std::uint64_t> sums(tree.size());
+    for (std::uint32_t code = 0; code < codes; ++code) {
+      for (const ModuleShare& share : shares.Of(code)) {
+        for (std::uint32_t bit = share.from; bit < share.to; ++bit) {
+          sums[share.module] +=
+              static_cast<std::uint64_t>(std::int64_t{share.times}) * result.BitsOf(code)[bit].tc;
+        }
+      }
+    }
+    tree.AddUp(sums);
+    const std::vector<ActivitySums> expected = ActivityRows(result).ModuleSums();
+    for (std::uint32_t module = 0; module < tree.size(); ++module) {
+      ASSERT_EQ(sums[module], static_cast<std::uint64_t>(expected[tree.scopes[module]].tc))
+          << trial;
+    }
+  }
+}
+
+// One bit that toggles at the given times.
+std::string Toggling(const std::vector<std::uint64_t>& times) {
+  std::string dump = "$timescale 1fs $end $var wire 1 ! a $end $enddefinitions $end\n#0\n0!\n";
+  char value = '0';
+  for (const std::uint64_t time : times) {
+    value = value == '0' ? '1' : '0';
+    dump += "#" + std::to_string(time) + "\n" + value + "!\n";
+  }
+  return dump;
+}
+
+TEST(PeakSearch, StaysNearThePeakWithLittleRoom) {
+  std::mt19937 random(1);
+  for (int trial = 0; trial < 100; ++trial) {
+    std::vector<std::uint64_t> times;
+    std::uint64_t now = 0;
+    for (int i = 0; i < 400; ++i)
+      times.push_back(now += 1 + random() % (i / 100 % 2 == 0 ? 3 : 30));
+    TextSource dump(Toggling(times));
+    DumpWords words(dump);
+    const Declarations declarations = ReadDeclarations(words, "d");
+    const ModuleTree tree = ModulesIn(declarations, Declarations::kDump, 0);
+    const CodeBits codes(declarations);
+    const ModuleShares shares = ModuleShares::ByName(declarations, tree);
+    ToggleCounter toggles(codes, shares, 1, {});
+    constexpr std::uint64_t kLength = 100;
+    PeakSearch search(toggles, kLength, trial % 2 == 0 ? 16 : 1000);
+    DumpItems items(words, declarations);
+    ReadBody(items, search);
+    const Peak peak = search.Finish();
+    const auto within = [&](std::uint64_t begin, std::uint64_t end) {
+      return static_cast<std::uint64_t>(std::count_if(
+          times.begin(), times.end(), [&](std::uint64_t t) { return begin < t && t <= end; }));
+    };
+    std::uint64_t most = 0;
+    for (const std::uint64_t end : times)
+      most = std::max(most, within(end - std::min(end, kLength), end));
+    EXPECT_EQ(within(peak.begin, peak.end), peak.toggles) << trial;
+    EXPECT_LE(peak.end - peak.begin, kLength);
+    EXPECT_EQ(peak.grain > 1, trial % 2 == 0);
+    if (trial % 2 == 0) {
+      EXPECT_GE(peak.toggles * 10, most * 7) << trial;
+    } else {
+      EXPECT_EQ(peak.toggles, most) << trial;
+    }
+  }
+}
+
+TEST(Profile, RefusesMoreSumsThanThereIsRoomFor) {
+  const std::string text = Toggling({1, 5, 1000000});
+  const auto windows = [&](std::uint64_t length, std::uint64_t mostCells) {
+    TextSource dump(text);
+    ProfileOptions options;
+    options.counting.dump = "d";
+    options.length = length;
+    options.mostCells = mostCells;
+    return CountProfile(dump, options).figures.windows();
+  };
+  EXPECT_EQ(windows(10, 200000), 100000U);
+  EXPECT_THROW(windows(1, 200000), Failure);
+}
+
+TEST(Profile, FindsTheLastStampOfADumpsEnd) {
+  struct Row {
+    const char* tail;
+    std::optional<std::uint64_t> last;
+  };
+  for (const Row& row : {Row{"\n#5\n1!\n#17\n0!\n", 17},
+                         {"\n#5\n1!\n#17", 5},
+                         {"\n#5 1!\n#x\n", 5},
+                         {"\n#99999999999999999999\n#7", std::nullopt},
+                         {"#5", std::nullopt},
+                         {"", std::nullopt}}) {
+    EXPECT_EQ(LastStampIn(row.tail), row.last) << row.tail;
+  }
+}
+
+}  // namespace
+}  // namespace orsa::kesncd
