@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <span>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -37,8 +40,70 @@ struct Measured {
   bool isModule = false;
   std::uint32_t id = 0;
   std::uint32_t depth = 0;
-  double bits = 0;
   RunDifference::Rates rates;
+  double own = 0;  // toggles a microsecond, or a tick, of what is not driven elsewhere
+};
+
+/// Toggles that a module has from codes which a scope outside of it drives: its inputs say what
+/// happens there. A code is known to be driven where it is a register, and a wire elsewhere.
+class InputToggles {
+ public:
+  explicit InputToggles(const ActivityResult& result)
+      : result_(result),
+        scopes_(result.declarations.scopes),
+        toggles_(scopes_.size()),
+        marked_(scopes_.size(), UINT32_MAX) {
+    const std::vector<DumpVariable>& variables = result.declarations.variables;
+    for (const std::string& type : result.declarations.types) {
+      isRegister_.push_back(type == "reg" || type == "logic" || type == "bit" || type == "integer");
+    }
+    std::vector<std::uint32_t> byCode(variables.size());
+    std::iota(byCode.begin(), byCode.end(), 0U);
+    std::stable_sort(byCode.begin(), byCode.end(), [&](std::uint32_t a, std::uint32_t b) {
+      return variables[a].codeId < variables[b].codeId;
+    });
+    for (std::size_t begin = 0, end = 0; begin < byCode.size(); begin = end) {
+      const std::uint32_t codeId = variables[byCode[begin]].codeId;
+      while (end < byCode.size() && variables[byCode[end]].codeId == codeId) ++end;
+      if (end - begin > 1) TakeCode(std::span(byCode).subspan(begin, end - begin));
+    }
+  }
+
+  WideCount Of(std::uint32_t scope) const { return toggles_[scope]; }
+
+ private:
+  static constexpr int kMostScopes = 64;  // that a walk goes up: more than a design nests
+
+  void TakeCode(std::span<const std::uint32_t> names) {
+    const std::vector<DumpVariable>& variables = result_.declarations.variables;
+    std::optional<std::uint32_t> driver;
+    for (const std::uint32_t id : names) {
+      if (!isRegister_[variables[id].typeId] || driver == variables[id].scope) continue;
+      if (driver) return;
+      driver = variables[id].scope;
+    }
+    if (!driver) return;
+    const std::uint32_t codeId = variables[names.front()].codeId;
+    WideCount toggles = 0;
+    for (const BitFigures& bit : result_.BitsOf(codeId)) toggles += bit.tc;
+    Mark(*driver, codeId, 0);
+    for (const std::uint32_t id : names) Mark(variables[id].scope, codeId, toggles);
+  }
+
+  /// Adds to a scope and those around it, up to the first that was marked for the code.
+  void Mark(std::uint32_t scope, std::uint32_t codeId, WideCount toggles) {
+    for (int i = 0; i < kMostScopes && marked_[scope] != codeId; ++i) {
+      marked_[scope] = codeId;
+      toggles_[scope] += toggles;
+      scope = scopes_[scope].parent;
+    }
+  }
+
+  const ActivityResult& result_;
+  const std::vector<DumpScope>& scopes_;
+  std::vector<WideCount> toggles_;
+  std::vector<std::uint32_t> marked_;  // by scope, the last code
+  std::vector<bool> isRegister_;
 };
 
 /// All rows of a run: modules before what is in them, then signals.
@@ -53,10 +118,13 @@ class MeasuredRun {
     const std::vector<std::uint32_t> numbers = scopes.NumbersOf(result.declarations);
     std::vector<std::uint32_t> depths(numbers.size());
     const std::vector<ActivitySums> modules = rows.ModuleSums();
+    const InputToggles inputs(result);
     for (std::uint32_t scope = 1; scope < modules.size(); ++scope) {
       depths[scope] = depths[result.declarations.scopes[scope].parent] + 1;
       if (modules[scope].bits == 0) continue;
-      Add({std::to_string(numbers[scope]), true, scope, depths[scope], 0, {}}, modules[scope]);
+      const WideCount foreign = std::min(inputs.Of(scope), modules[scope].tc);
+      Add({std::to_string(numbers[scope]), true, scope, depths[scope], {}, 0}, modules[scope],
+          foreign);
     }
     rows.ForEachSignal(Declarations::kDump, [&](const SignalRow& row) {
       if (row.IsWhollyRepeated()) return;
@@ -67,22 +135,23 @@ class MeasuredRun {
            false,
            row.variableId,
            depths[scope] + 1,
-           0,
-           {}},
-          sums);
+           {},
+           0},
+          sums, 0);
     });
   }
 
   const std::vector<Measured>& rows() const { return rows_; }
 
  private:
-  void Add(Measured row, const ActivitySums& sums) {
-    row.bits = static_cast<double>(sums.bits);
+  void Add(Measured row, const ActivitySums& sums, WideCount foreign) {
     const WideCount ticks = sums.t0 + sums.t1 + sums.tx + sums.tz;
     if (ticks > 0) {
       row.rates.toggles =
           static_cast<double>(sums.tc) / (static_cast<double>(ticks) * microseconds_);
       row.rates.high = static_cast<double>(sums.t1) / static_cast<double>(ticks);
+      row.own = static_cast<double>(sums.tc - foreign) * static_cast<double>(sums.bits) /
+                (static_cast<double>(ticks) * microseconds_);
     }
     rows_.push_back(std::move(row));
   }
@@ -107,10 +176,10 @@ class Comparison {
     RunDifference row;
     row.before = before.rates;
     row.after = after.rates;
-    const double toggles = ShareOf(before.rates.toggles, after.rates.toggles);
-    row.share = std::max(toggles, ShareOf(before.rates.high, after.rates.high));
+    row.share = std::max(ShareOf(before.rates.toggles, after.rates.toggles),
+                         ShareOf(before.rates.high, after.rates.high));
     if (row.share <= threshold_) return;
-    Add(before, toggles, std::move(row));
+    Add(before, std::abs(before.own - after.own), std::max(before.own, after.own), row);
   }
   void AddOnly(const Measured& only, RunDifference::Kind kind) {
     Count(only);
@@ -118,7 +187,7 @@ class Comparison {
     row.kind = kind;
     (kind == RunDifference::Kind::Vanished ? row.before : row.after) = only.rates;
     row.share = 1;
-    Add(only, 1, std::move(row));
+    Add(only, only.own, only.own, row);
   }
 
   RunComparison Take() {
@@ -129,13 +198,13 @@ class Comparison {
  private:
   void Count(const Measured& row) { ++(row.isModule ? result_.modules : result_.signals); }
 
-  void Add(const Measured& from, double share, RunDifference row) {
+  /// `changed` are the toggles that came or went, of `all` that the row has.
+  void Add(const Measured& from, double changed, double all, RunDifference row) {
     row.isModule = from.isModule;
     row.id = from.id;
     row.depth = from.depth;
-    const double lost = row.before.toggles.value_or(0) - row.after.toggles.value_or(0);
-    row.weight = std::abs(lost) * from.bits * share;
-    result_.differences.push_back(std::move(row));
+    row.weight = all > 0 ? changed * changed / all : 0;
+    result_.differences.push_back(row);
   }
 
   /// Of rows that weigh the same the inner one says more, and of a module and its only signal the

@@ -28,7 +28,7 @@ struct RunDifference {
   Rates before;
   Rates after;
   double share = 0;   // by which the rate or the duty differs, of the larger of the two
-  double weight = 0;  // toggles that came or went, times the share of them in the row
+  double weight = 0;  // toggles that came or went, times their share of the row's
 };
 
 struct RunComparison {
@@ -44,8 +44,8 @@ std::string PathOf(const RunDifference& difference, const ActivityResult& before
 /// Compares signals and modules of equal paths. A row differs where its toggle rate or its share of
 /// time at 1 does by more than `threshold` of the larger one, and where only one run has it. Most
 /// weight has what lost or gained most toggles and is little else: a block that stopped stands
-/// before its parts and before what is around it. Throws Failure with Unusable where only one of
-/// the runs says how long a tick is.
+/// before its parts, what is around it and what it drives. Throws Failure with Unusable where only
+/// one of the runs says how long a tick is.
 RunComparison CompareRuns(const ActivityResult& before, const ActivityResult& after,
                           double threshold);
 

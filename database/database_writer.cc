@@ -23,9 +23,12 @@ namespace {
 /// all proportion to the dump.
 std::string BoundedPath(const Declarations& declarations, std::uint32_t scope) {
   constexpr std::size_t kLongest = 1000;
+  const std::string& own = declarations.scopes[scope].name;
+  if (own.size() > kLongest) return ".../" + own.substr(own.size() - kLongest);
   std::size_t length = 0;
   std::uint32_t top = scope;
-  while (top != Declarations::kDump && length <= kLongest) {
+  while (top != Declarations::kDump &&
+         length + declarations.scopes[top].name.size() + 1 <= kLongest + 1) {
     length += declarations.scopes[top].name.size() + 1;
     top = declarations.scopes[top].parent;
   }
