@@ -8,8 +8,6 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr std::uint32_t kWordBits = 64;
-
 /// Ones in the places of the bits [from, to) of a signal that lie in its word `index`.
 std::uint64_t Lanes(std::uint32_t from, std::uint32_t to, std::uint32_t index) {
   const std::uint64_t first = std::uint64_t{index} * kWordBits;
