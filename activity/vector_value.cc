@@ -113,7 +113,7 @@ template <class Read>
 void ReadValue(std::string_view value, std::uint32_t width, ValueWord* words, Read read) {
   if (value.size() > width) value.remove_prefix(value.size() - width);
   for (std::size_t end = value.size(); end > 0;) {
-    const std::size_t length = std::min<std::size_t>(end, kWordBits);
+    const std::size_t length = std::min(end, kWordBits);
     end -= length;
     *words++ = read(value.data() + end, length, value.size() - end);
   }
