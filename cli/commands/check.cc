@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
+#include "cli/input/reading_threads.h"
 #include "free_format/dump_findings.h"
 #include "names/scope_search.h"
 #include "text/number.h"
@@ -178,9 +179,10 @@ ExitStatus RunCheck(const CheckChoices& options) {
   CheckOutputs({options.input.dump}, {options.output.path});
   const std::string name = NameOf(options.input);
   UnpackedSource dump = OpenDump(options.input);
+  (void)UseThreads(options.input, dump);  // a plain file is looked through in one
   DumpCheck check = CheckDump(*dump.bytes, name, dump.packing);
   dump.bytes.reset();
-  AddChange(*dump.change, check.findings);
+  if (dump.change != nullptr) AddChange(*dump.change, check.findings);
   const TopNames tops = TopNamesOf(check.declarations);
   ResultOutput result(options.output, {CheckFacts(name, check, tops),
                                        "findings",
@@ -205,6 +207,7 @@ void AddCheckCommand(CommandLine& line) {
   Command& command = line.Add("check", kCheckHelp);
   const auto options = std::make_shared<CheckChoices>();
   AddDumpOptions(command, options->input);
+  AddJobsOption(command, options->input);
   command.AddFlag("--modules", options->allModules,
                   "list all modules that --top of other commands takes, not the first 20");
   AddOutputOptions(command, options->output);

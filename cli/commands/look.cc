@@ -6,6 +6,7 @@
 
 #include "cli/commands/commands.h"
 #include "cli/commands/signal_choice.h"
+#include "cli/input/reading_threads.h"
 #include "free_format/dump_findings.h"
 #include "text/failure.h"
 #include "text/number.h"
@@ -108,6 +109,7 @@ ExitStatus RunLook(const InputOptions& input) {
   RefuseStream(input);
   const Figures figures = ReadFigures({input, {}});
   UnpackedSource dump = OpenDump(input);
+  (void)UseThreads(input, dump);
   const DumpCheck check = CheckDump(*dump.bytes, figures.dump, dump.packing);
   dump.bytes.reset();
   const Declarations& declarations = figures.run.declarations;

@@ -1,6 +1,9 @@
 // Finding a signal by what a user calls it.
 #include "cli/commands/signal_choice.h"
 
+#include <string_view>
+#include <unordered_set>
+
 #include "cli/commands/scope_choice.h"
 #include "names/signal_search.h"
 #include "text/failure.h"
@@ -8,10 +11,33 @@
 
 namespace orsa::kesncd::cli {
 
+namespace {
+
+/// Variables called so without their range: a user who means a whole bus need not give it. Each
+/// signal once, by its first name.
+std::vector<std::uint32_t> FindWithoutRange(const Declarations& declarations,
+                                            const std::string& text) {
+  const std::size_t slash = text.rfind('/');
+  const std::string_view name =
+      std::string_view(text).substr(slash == std::string::npos ? 0 : slash + 1);
+  std::vector<std::uint32_t> found;
+  std::unordered_set<std::uint32_t> codes;
+  for (std::uint32_t id = 0; id < declarations.variables.size(); ++id) {
+    const DumpVariable& variable = declarations.variables[id];
+    if (variable.width == 0 || BitNames(variable).Base() != name) continue;
+    const std::string path = "/" + declarations.PathOf(variable.scope) + "/" + std::string(name);
+    if (path.ends_with("/" + text) && codes.insert(variable.codeId).second) found.push_back(id);
+  }
+  return found;
+}
+
+}  // namespace
+
 const DumpVariable& OnlySignal(const std::string& dump, const Declarations& declarations,
                                const std::string& text) {
   const SignalSearch search(declarations, Declarations::kDump, true, {text});
-  const std::vector<std::uint32_t>& found = search.Answer(0).variables;
+  std::vector<std::uint32_t> found = search.Answer(0).variables;
+  if (found.empty()) found = FindWithoutRange(declarations, text);
   std::string fault;
   if (found.empty()) {
     fault = "no signal " + text;

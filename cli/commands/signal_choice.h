@@ -10,8 +10,9 @@
 
 namespace orsa::kesncd::cli {
 
-/// The one variable that a text means, as `kesncd find` takes names. Throws Failure with
-/// NothingMatched where there is none with bits, or where there are several, with their paths.
+/// The one variable that a text means, as `kesncd find` takes names, or without a bus's range.
+/// Throws Failure with NothingMatched where there is none with bits, or where there are several,
+/// with their paths.
 const DumpVariable& OnlySignal(const std::string& dump, const Declarations& declarations,
                                const std::string& text);
 

@@ -53,7 +53,9 @@ TEST(TimeGrid, HasEveryTickInItsWindow) {
 // Codes with names of several widths anywhere in a tree, each bit with random toggles.
 TEST(ModuleShares, SumAsModulesOfActivityDo) {
   std::mt19937 random(1);
-  const auto below = [&](std::uint32_t limit) { return random() % limit; };
+  const auto below = [&](std::uint32_t limit) {
+    return static_cast<std::uint32_t>(random() % limit);
+  };
   for (int trial = 0; trial < 300; ++trial) {
     ActivityResult result;
     Declarations& declarations = result.declarations;

@@ -1,5 +1,6 @@
 // kesncd profile and kesncd report from the outside: cases as files, pipes, what is refused, and
 // the figures that go into a page.
+#include <fstream>
 #include <regex>
 #include <sstream>
 
@@ -45,7 +46,7 @@ TEST(ProfileCommand, TakesPipesAndSaysWhatItRefuses) {
             "$upscope $end $enddefinitions $end #0 0! #1 1! #3 0! \n");
   dir.Write("flat.vcd", "$var wire 1 ! a $end $enddefinitions $end #0 0! #5 1! \n");
   ExpectRuns(dir, R"(
-kesncd profile d.vcd --windows 2 => 0 => begin +end +toggles .* bar\n0s +50ns +12 .* #+\n50ns +100ns +5 .*\n17 toggles in 2 windows\n
+kesncd profile d.vcd --windows 2 => 0 => begin +end +toggles .* bar\n0s +50ns +10 .* #+\n50ns +100ns +5 .*\n15 toggles in 2 windows\n
      => kesncd: d.vcd: dumping was off for 10 of 100 ticks, .*\n
 kesncd profile - --windows 3 --format csv -q < d.vcd | cut -d, -f1,2,4 | tail -n +2 | tr -d '\r' => 0 => 0,3\d,\d+\n3\d,\d+,\d+\n\d+,100,\d+\n
 kesncd profile - --windows 3 < d.vcd >/dev/null => 0 =>  => (.|\n)*standard input: its span was not known .*\n

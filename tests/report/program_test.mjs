@@ -53,14 +53,18 @@ for (const window of [[], ['--begin', '20us', '--end', '91us']]) {
     assert.equal(shown.length, modules.length);
     for (const [path, toggles, rate, bits, , , , , glitches] of shown) {
       const row = expected.get(path);
-      assert.deepEqual([number(toggles), number(bits), number(glitches)], [row.toggles, row.bits, row.ig], path);
+      assert.deepEqual(
+        [number(toggles), number(bits), number(glitches)],
+        [row.toggles, row.bits, row.ig],
+        path,
+      );
       assert.ok(Math.abs(number(rate) - row.toggle_rate) <= 0.001 * row.toggle_rate, `${path} ${rate}`);
     }
     const signals = new Map(
       activity('signal', ...window).signals.map((row) => [row.path.replaceAll('/', '.'), row]),
     );
     const rows = await rowsOf('#signals');
-    assert.ok(rows.length > 50);
+    assert.ok(rows.length >= 50);
     for (const [path, toggles, , bits] of rows) {
       const row = signals.get(path);
       assert.deepEqual([number(toggles), number(bits)], [row.toggles, row.bits], path);
