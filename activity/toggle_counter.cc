@@ -94,7 +94,8 @@ void ToggleCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_vie
       word.hadKnown = word.hasKnown;
       word.knew = word.known;
     }
-    const std::uint64_t lanes = Lanes(0, std::min<std::uint32_t>(left, kWordBits), 0) & ~value_[index].unknown;
+    const std::uint64_t lanes =
+        Lanes(0, std::min<std::uint32_t>(left, kWordBits), 0) & ~value_[index].unknown;
     const std::uint64_t toggles = word.hasKnown & lanes & (word.known ^ value_[index].high);
     word.hasKnown |= lanes;
     word.known = (word.known & ~lanes) | (value_[index].high & lanes);
