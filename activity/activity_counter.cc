@@ -19,7 +19,7 @@ ActivityCounter::ActivityCounter(const CodeBits& codes, const ActivityWindow& wi
     if (width > 1) codes_[codeId].kind = vectors_.Add(codes.First(codeId), width);
     widest = std::max<std::size_t>(widest, width);
   }
-  value_.resize((widest + VectorCounter::kWordBits - 1) / VectorCounter::kWordBits);
+  value_.resize((widest + kWordBits - 1) / kWordBits);
 }
 
 /// Notes a code's first value in an observed stretch.

@@ -110,9 +110,9 @@ class InputToggles {
 class MeasuredRun {
  public:
   MeasuredRun(const ActivityResult& result, CommonScopes& scopes) {
-    constexpr double kFemtosecondsPerMicrosecond = 1e9;
+    constexpr double kMicrosecond = 1e9;  // in femtoseconds
     if (result.tick) {
-      microseconds_ = static_cast<double>(*result.tick) / kFemtosecondsPerMicrosecond;
+      microseconds_ = static_cast<double>(*result.tick) / kMicrosecond;
     }
     const ActivityRows rows(result);
     const std::vector<std::uint32_t> numbers = scopes.NumbersOf(result.declarations);

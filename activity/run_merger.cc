@@ -46,7 +46,7 @@ void Refine(ActivityResult& result, std::uint64_t factor) {
   }
 }
 
-std::string KeyOf(const DumpVariable& variable) {
+std::string VariableKey(const DumpVariable& variable) {
   std::string key = std::to_string(variable.scope) + "/";
   return key.append(BitNames(variable).Base());
 }
@@ -194,11 +194,11 @@ bool RunMerger::MatchInOrder(std::vector<Slot>& added) {
 void RunMerger::MatchByName(std::vector<Slot>& added) {
   std::unordered_map<std::string, Groups> groups;
   for (std::size_t i = 0; i < slots_.size(); ++i) {
-    groups[KeyOf(slots_[i].variable)].own.push_back(i);
+    groups[VariableKey(slots_[i].variable)].own.push_back(i);
   }
   std::vector<Groups*> order;  // of the run, so that the sum's order does not depend on a hash
   for (std::size_t i = 0; i < added.size(); ++i) {
-    Groups& group = groups[KeyOf(added[i].variable)];
+    Groups& group = groups[VariableKey(added[i].variable)];
     if (group.others.empty()) order.push_back(&group);
     group.others.push_back(i);
   }

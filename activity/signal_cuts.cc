@@ -11,9 +11,7 @@ namespace {
 __extension__ using Wide = unsigned __int128;
 
 constexpr std::size_t kMostParts = 4096;
-constexpr std::uint32_t kWordBits = 64;
-
-std::string KeyOf(const std::vector<ValueWord>& value) {
+std::string ValueKey(const std::vector<ValueWord>& value) {
   std::string key(value.size() * sizeof(ValueWord), '\0');
   std::copy_n(reinterpret_cast<const char*>(value.data()), key.size(), key.data());
   return key;
@@ -36,7 +34,7 @@ std::vector<ValueWord> AllUnknown(std::uint32_t width) {
   return value;
 }
 
-void AddTo(std::vector<std::uint64_t>& sums, const std::vector<std::uint64_t>& more) {
+void AddToggles(std::vector<std::uint64_t>& sums, const std::vector<std::uint64_t>& more) {
   if (sums.empty()) sums.resize(more.size());
   for (std::size_t at = 0; at < more.size(); ++at) sums[at] += more[at];
 }
@@ -95,7 +93,7 @@ ValueParts::ValueParts(ToggleCounter& toggles, std::uint32_t width, std::uint64_
       part_(PartOf(now_)) {}
 
 std::size_t ValueParts::PartOf(const std::vector<ValueWord>& value) {
-  std::string key = KeyOf(value);
+  std::string key = ValueKey(value);
   const auto known = places_.find(key);
   if (known != places_.end()) return known->second;
   if (parts_.size() >= mostParts_) return kOthers;
@@ -110,7 +108,7 @@ void ValueParts::Cut() {
   ValueSplit::Part& part = parts_[part_];
   part.observed += observed - std::exchange(since_, observed);
   std::vector<std::uint64_t>& sums = toggles_.Sums();
-  AddTo(part.toggles, sums);
+  AddToggles(part.toggles, sums);
   std::fill(sums.begin(), sums.end(), 0);
 }
 
@@ -144,7 +142,7 @@ ValueSplit ValueParts::Finish(ModuleTree tree, std::uint64_t mostValues) {
     } else {
       ++split.others;
       others.observed += part.observed;
-      AddTo(others.toggles, part.toggles);
+      AddToggles(others.toggles, part.toggles);
     }
   }
   std::sort(split.parts.begin(), split.parts.end(),

@@ -8,8 +8,6 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr std::uint32_t kWordBits = 64;
-
 /// Ones in the places of the bits [from, to) of a signal that lie in its word `index`.
 std::uint64_t Lanes(std::uint32_t from, std::uint32_t to, std::uint32_t index) {
   const std::uint64_t first = std::uint64_t{index} * kWordBits;
@@ -97,12 +95,13 @@ void ToggleCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_vie
       word.hadKnown = word.hasKnown;
       word.knew = word.known;
     }
-    const std::uint64_t lanes = Lanes(0, std::min(left, kWordBits), 0) & ~value_[index].unknown;
+    const std::uint64_t lanes =
+        Lanes(0, std::min<std::uint32_t>(left, kWordBits), 0) & ~value_[index].unknown;
     const std::uint64_t toggles = word.hasKnown & lanes & (word.known ^ value_[index].high);
     word.hasKnown |= lanes;
     word.known = (word.known & ~lanes) | (value_[index].high & lanes);
     if (toggles != 0 && counts_ != 0) CountShares(codeId, index, toggles, 1);
-    left -= std::min(left, kWordBits);
+    left -= std::min<std::uint32_t>(left, kWordBits);
   }
 }
 

@@ -29,8 +29,6 @@ struct CountedStep {
 /// by Begin and further ones by Change or Correct, and is ended by Close or Leave.
 class VectorCounter {
  public:
-  static constexpr std::size_t kWordBits = 64;
-
   explicit VectorCounter(const CountedStep& step) : step_(step) {}
 
   /// Adds a vector whose figures begin with those of bit `firstBit`; returns its number.

@@ -12,8 +12,6 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr std::size_t kWordBits = 64;
-
 /// Adds a value's character at its place.
 void AddBit(ValueWord& word, std::size_t place, char c) {
   const char value = In(kBitValues, c);

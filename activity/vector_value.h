@@ -17,6 +17,7 @@ struct ValueWord {
 
   bool operator==(const ValueWord&) const = default;
 };
+inline constexpr std::size_t kWordBits = 64;  // in one
 
 /// The words of a variable of `width` bits, the lowest one first, in `words`, which has room for
 /// them. A shorter value is extended on its left with 0 for a leftmost 0 or 1, else with its

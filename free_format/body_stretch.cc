@@ -11,14 +11,14 @@ namespace {
 
 constexpr std::size_t kSearched = std::size_t{1} << 16;  // bytes that are read at a time
 // "#" and the digits of a number that surely fits 64 bits, then the end of the line.
-constexpr std::size_t kMostDigits = 19;
-constexpr std::size_t kLongestLine = 1 + kMostDigits + 2;
+constexpr std::size_t kStampDigits = 19;
+constexpr std::size_t kLongestStampLine = 1 + kStampDigits + 2;
 
 /// Whether a line that is a stamp and nothing else begins the text.
 bool BeginsWithStampLine(std::string_view text) {
   if (!text.starts_with('#')) return false;
   const std::size_t end = text.find_first_not_of("0123456789", 1);
-  if (end == std::string_view::npos || end == 1 || end > 1 + kMostDigits) return false;
+  if (end == std::string_view::npos || end == 1 || end > 1 + kStampDigits) return false;
   text.remove_prefix(end);
   return text.starts_with('\n') || text.starts_with("\r\n");
 }
@@ -38,7 +38,7 @@ std::uint64_t FindStampLine(ByteFile& file, std::uint64_t from, std::uint64_t to
     const std::string_view text(block.data(), held);
     const bool isLast = held < block.size();
     // What stands too near to the end of the block is looked at with the next one.
-    const std::size_t sure = isLast ? held : held - kLongestLine;
+    const std::size_t sure = isLast ? held : held - kLongestStampLine;
     for (std::size_t at = text.find("\n#"); at < sure; at = text.find("\n#", at + 1)) {
       const std::uint64_t line = before + at + 1;
       if (line >= to) return to;

@@ -18,7 +18,7 @@ constexpr std::size_t kLongestName = 800;
 constexpr std::size_t kLongestType = 20;
 // A line of the header, with room to spare.
 constexpr std::size_t kLongestLine = 2000;
-constexpr std::size_t kMostDigits = 20;
+constexpr std::size_t kTickDigits = 20;
 
 /// A type as it can stand in a prepared dump. Readers keep it in memory that a number may stand
 /// before, so it holds no digit ("supply0"), and what a port dump holds is no port any more.
@@ -162,7 +162,7 @@ void DumpWriter::EndSection() {
 /// place would else take the longer one's last digits for its own.
 void DumpWriter::WriteStamp(std::uint64_t ticks) {
   EndSection();
-  std::array<char, kMostDigits> digits{};
+  std::array<char, kTickDigits> digits{};
   const char* const end = std::to_chars(digits.begin(), digits.end(), ticks).ptr;
   const auto length = static_cast<std::size_t>(end - digits.data());
   longestStamp_ = std::max(longestStamp_, length);

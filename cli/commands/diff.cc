@@ -35,7 +35,7 @@ constexpr char kDiffHelp[] =
     "most toggles and is little else: a block that is held in reset stands before what is around\n"
     "it. The exit status is 1 where anything differs, 0 where nothing does.\n";
 
-const char* TextOf(RunDifference::Kind kind) {
+const char* KindText(RunDifference::Kind kind) {
   if (kind == RunDifference::Kind::Appeared) return "appeared";
   return kind == RunDifference::Kind::Vanished ? "vanished" : "changed";
 }
@@ -88,7 +88,7 @@ ExitStatus RunDiff(const DiffOptions& options) {
       return hasTick ? CellOf(toggles) : Cell();
     };
     out.Add({PathOf(row, before.exact, after.exact), row.isModule ? "module" : "signal",
-             TextOf(row.kind), 100 * row.share, rate(row.before.toggles), rate(row.after.toggles),
+             KindText(row.kind), 100 * row.share, rate(row.before.toggles), rate(row.after.toggles),
              CellOf(row.before.high), CellOf(row.after.high)});
   }
   out.End({{{"differing", count(differing)}},
@@ -99,7 +99,7 @@ ExitStatus RunDiff(const DiffOptions& options) {
   return differing == 0 ? ExitStatus::Done : ExitStatus::Findings;
 }
 
-void CheckOptions(const DiffOptions& options) {
+void CheckDiffOptions(const DiffOptions& options) {
   if (options.before.dump == "-" && options.after == "-") {
     throw Failure(FailureKind::Unusable, "standard input can be one of the two only");
   }
@@ -120,7 +120,7 @@ void AddDiffCommand(CommandLine& line) {
                    "only paths that a pattern matches (again for more), as in kesncd activity");
   command.AddCount("--limit", "N", {0}, options->limit, "so many rows at most").Initially("all");
   AddOutputOptions(command, options->output);
-  command.check = [options] { CheckOptions(*options); };
+  command.check = [options] { CheckDiffOptions(*options); };
   command.run = [options] { return RunDiff(*options); };
 }
 

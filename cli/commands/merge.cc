@@ -131,7 +131,7 @@ ExitStatus RunMerge(const MergeOptions& options) {
                        : WriteExact(std::move(run), options.exact);
 }
 
-void CheckOptions(MergeOptions& options) {
+void CheckMergeOptions(MergeOptions& options) {
   if (options.runs.empty()) throw Failure(FailureKind::Unusable, "no runs to merge");
   if (std::count(options.runs.begin(), options.runs.end(), "-") > 1) {
     throw Failure(FailureKind::Unusable, "standard input can be one run only");
@@ -156,7 +156,7 @@ void AddMergeCommand(CommandLine& line) {
   command.AddFlag("--by-run", options->byRun, "for each module the run in which it toggles most");
   AddExactChoices(command, options->exact);
   AddEstimatorOptions(command, options->exact);
-  command.check = [options] { CheckOptions(*options); };
+  command.check = [options] { CheckMergeOptions(*options); };
   command.run = [options] { return RunMerge(*options); };
 }
 

@@ -48,7 +48,7 @@ constexpr std::uint64_t kParts = 200;
 constexpr std::uint64_t kValues = 64;
 constexpr std::uint64_t kLimit = 10;
 
-void CheckOptions(const ProfileChoices& options) {
+void CheckProfileOptions(const ProfileChoices& options) {
   const auto refuse = [](bool isWrong, const std::string& why) {
     if (isWrong) throw Failure(FailureKind::Unusable, why);
   };
@@ -62,7 +62,7 @@ void CheckOptions(const ProfileChoices& options) {
   refuse(options.length == 0 || options.peak == 0, "--window and --peak: 0 is no length");
 }
 
-ProfileOptions CountingOf(const ProfileChoices& options) {
+ProfileOptions ProfileCounting(const ProfileChoices& options) {
   ProfileOptions counting;
   const std::string dump = NameOf(options.input);
   counting.counting.dump = dump;
@@ -88,7 +88,7 @@ ProfileOptions CountingOf(const ProfileChoices& options) {
 }
 
 ExitStatus RunWindows(const ProfileChoices& options) {
-  const ProfileOptions counting = CountingOf(options);
+  const ProfileOptions counting = ProfileCounting(options);
   std::optional<std::uint64_t> last;
   if (!options.length) last = ExpectedLast(options.input, counting.counting);
   const ProfileRun<Profile> run = ReadProfile(options.input, counting, last, CountProfile);
@@ -98,12 +98,12 @@ ExitStatus RunWindows(const ProfileChoices& options) {
 
 ExitStatus RunClock(const ProfileChoices& options) {
   const ProfileRun<Profile> run =
-      ReadProfile(options.input, CountingOf(options), {}, CountClockProfile);
+      ReadProfile(options.input, ProfileCounting(options), {}, CountClockProfile);
   return WriteProfile(run, {NameOf(options.input), "clock", options.clock}, options.output);
 }
 
 ExitStatus RunValues(const ProfileChoices& options) {
-  const ProfileOptions counting = CountingOf(options);
+  const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
   UnpackedSource bytes = OpenDump(options.input);
   const ProfileRun<ValueSplit> run = CountByValue(*bytes.bytes, counting);
@@ -129,7 +129,7 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices&
 }
 
 ExitStatus RunPeak(const ProfileChoices& options) {
-  const ProfileOptions counting = CountingOf(options);
+  const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
   UnpackedSource bytes = OpenDump(options.input);
   const ProfileRun<Peak> run = FindPeak(*bytes.bytes, counting);
@@ -190,7 +190,7 @@ void AddProfileCommand(CommandLine& line) {
       .Initially("0");
   AddWindowOptions(command, options->window);
   AddOutputOptions(command, options->output);
-  command.check = [options] { CheckOptions(*options); };
+  command.check = [options] { CheckProfileOptions(*options); };
   command.run = [options] { return RunProfile(*options); };
 }
 

@@ -15,7 +15,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr double kFemtosecondsPerMicrosecond = 1e9;
+constexpr double kMicrosecond = 1e9;  // in femtoseconds
 constexpr std::size_t kTableModules = 6;
 
 bool IsTable(const OutputOptions& output) {
@@ -38,7 +38,7 @@ Cell TimeCell(std::uint64_t ticks, const ActivityResult& base, bool isTable) {
 Cell RateOf(std::uint64_t toggles, std::uint64_t ticks, const ActivityResult& base) {
   if (!base.tick || ticks == 0) return {};
   const double microseconds =
-      static_cast<double>(ticks) * static_cast<double>(*base.tick) / kFemtosecondsPerMicrosecond;
+      static_cast<double>(ticks) * static_cast<double>(*base.tick) / kMicrosecond;
   return static_cast<double>(toggles) / microseconds;
 }
 
@@ -113,7 +113,8 @@ class ToggleColumns {
   std::size_t hidden_ = 0;
 };
 
-Facts FactsOf(const ActivityResult& base, const ProfileSubject& subject, const ModuleTree& tree) {
+Facts ProfileFacts(const ActivityResult& base, const ProfileSubject& subject,
+                   const ModuleTree& tree) {
   const std::string scope = base.declarations.PathOf(tree.scopes.front());
   return {{"dump", subject.dump},
           {"figures", std::string("exact")},
@@ -146,7 +147,7 @@ ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& su
   const std::vector<std::uint64_t>& all = profile.toggles.front();
   const std::uint64_t most = all.empty() ? 0 : *std::max_element(all.begin(), all.end());
   const ToggleColumns toggles(profile.modules, totals, most, base, output);
-  ResultHead head{FactsOf(base, subject, profile.modules),
+  ResultHead head{ProfileFacts(base, subject, profile.modules),
                   "windows",
                   {"begin", "end"},
                   "-",
@@ -183,7 +184,7 @@ ExitStatus WriteSplit(const ProfileRun<ValueSplit>& run, const ProfileSubject& s
     most = std::max(most, part.toggles.front());
   }
   const ToggleColumns toggles(split.modules, totals, most, base, output);
-  ResultHead head{FactsOf(base, subject, split.modules),
+  ResultHead head{ProfileFacts(base, subject, split.modules),
                   "values",
                   {"value", "observed", "share"},
                   "-",
@@ -220,7 +221,7 @@ void KeepMost(Ranking& ranking, std::uint64_t limit) {
   if (ranking.size() > limit) ranking.resize(limit);
 }
 
-Ranking ModulesOf(const ActivityRows& rows, std::uint32_t scope) {
+Ranking RankedModules(const ActivityRows& rows, std::uint32_t scope) {
   Ranking modules;
   const std::vector<ActivitySums> sums = rows.ModuleSums();
   const std::vector<bool> inside = rows.ScopesIn(scope);
@@ -302,7 +303,7 @@ ExitStatus WritePeak(const ProfileRun<Peak>& run, const ActivityResult* inPeak, 
   rows.Add("all", path.empty() ? "/" : path, run.figures.toggles);
   if (inPeak != nullptr) {
     const ActivityRows activity(*inPeak);
-    Ranking modules = ModulesOf(activity, scope);
+    Ranking modules = RankedModules(activity, scope);
     KeepMost(modules, limit);
     for (const auto& [module, toggles] : modules) {
       rows.Add("module", declarations.PathOf(module), toggles);

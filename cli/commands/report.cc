@@ -52,7 +52,8 @@ ReportFacts::Finding FindingOf(const Finding& finding) {
 }
 
 /// What a check finds, and the end of the span, where the dump can be read more than once.
-void Check(const ReportChoices& options, ReportFacts& facts, std::optional<std::uint64_t>& last) {
+void CheckDumpFor(const ReportChoices& options, ReportFacts& facts,
+                  std::optional<std::uint64_t>& last) {
   if (!CanReadTwice(options.input)) return;
   UnpackedSource dump = OpenDump(options.input);
   const DumpCheck check = CheckDump(*dump.bytes, NameOf(options.input), dump.packing);
@@ -78,7 +79,7 @@ void AddReached(const ReportChoices& options, const ActivityResult& result, Repo
   facts.reached.push_back({"pins", pins.reached(), pins.pins(), FileName(options.netlist)});
 }
 
-ProfileOptions CountingOf(const ReportChoices& options, ReportClocks& clocks) {
+ProfileOptions ReportCounting(const ReportChoices& options, ReportClocks& clocks) {
   ProfileOptions counting;
   counting.counting.dump = NameOf(options.input);
   counting.counting.window = options.window;
@@ -100,9 +101,9 @@ ExitStatus RunReport(const ReportChoices& options) {
   facts.program = "kesncd " KESNCD_VERSION;
   facts.dump = options.input.dump == "-" ? NameOf(options.input) : FileName(options.input.dump);
   std::optional<std::uint64_t> last;
-  Check(options, facts, last);
+  CheckDumpFor(options, facts, last);
   const ProfileRun<Profile> run =
-      ReadProfile(options.input, CountingOf(options, clocks), last, CountActivityAndProfile);
+      ReadProfile(options.input, ReportCounting(options, clocks), last, CountActivityAndProfile);
   facts.notes = RemarksOn(run.base);
   if (run.figures.isFolded) facts.notes.push_back(FoldedText(run.figures, options.parts));
   facts.clocks = clocks.Measured(run.base);
@@ -116,7 +117,7 @@ ExitStatus RunReport(const ReportChoices& options) {
   return ExitStatus::Done;
 }
 
-void CheckOptions(const ReportChoices& options) {
+void CheckReportOptions(const ReportChoices& options) {
   CheckWindow(options.window);
   RefuseOtherEnding(options.output, {"html"});
   if (!options.netlistTop.empty() && options.netlist.empty()) {
@@ -144,7 +145,7 @@ void AddReportCommand(CommandLine& line) {
                   "the design's module, where the netlist does not say");
   command.AddFile("-o,--output", "FILE", options->output,
                   "write the report to FILE, packed if it ends in .gz; - for standard output");
-  command.check = [options] { CheckOptions(*options); };
+  command.check = [options] { CheckReportOptions(*options); };
   command.run = [options] { return RunReport(*options); };
 }
 

@@ -16,7 +16,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-constexpr double kFemtosecondsPerMicrosecond = 1e9;
+constexpr double kMegahertzPeriod = 1e9;  // in femtoseconds
 constexpr std::size_t kMostByName = 12;
 
 std::size_t DepthOf(const Declarations& declarations, std::uint32_t scope) {
@@ -29,7 +29,7 @@ std::size_t DepthOf(const Declarations& declarations, std::uint32_t scope) {
 std::optional<double> FrequencyOf(const ToggleSpan& span, const ActivityResult& result) {
   if (!result.tick || span.toggles < 2) return {};
   const double microseconds = static_cast<double>(span.last - span.first) *
-                              static_cast<double>(*result.tick) / kFemtosecondsPerMicrosecond;
+                              static_cast<double>(*result.tick) / kMegahertzPeriod;
   return static_cast<double>(span.toggles - 1) / 2 / microseconds;
 }
 
@@ -39,7 +39,7 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
     : sdc_(sdc), timing_(timing) {
   if (!sdc.empty()) {
     for (const DesignClock& clock : SdcClocks(ReadText(sdc))) {
-      const double mhz = kFemtosecondsPerMicrosecond / static_cast<double>(clock.period);
+      const double mhz = kMegahertzPeriod / static_cast<double>(clock.period);
       clocks_.push_back({clock.name, clock.signal, mhz, "SDC"});
     }
   }

@@ -20,7 +20,7 @@ bool IsDatabaseFile(const std::string& path) {
   return IsSqlite({start.data(), ReadFully(file, start.data(), start.size())});
 }
 
-std::string TextOf(const TimeWindow& window) {
+std::string WindowText(const TimeWindow& window) {
   if (!window.begin && !window.end) return "all of the dump";
   return "the dump from " + (window.begin ? TimeText(*window.begin) : "its begin") + " to " +
          (window.end ? TimeText(*window.end) : "its end");
@@ -36,7 +36,7 @@ std::unique_ptr<ActivityDatabase> OpenDatabase(const InputOptions& options,
   const bool isAsked = window.begin || window.end;
   if (isAsked && (window.begin != held.begin || window.end != held.end)) {
     throw Failure(FailureKind::Unusable, NameOf(options) + ": holds the figures of " +
-                                             TextOf(held) +
+                                             WindowText(held) +
                                              ", not of another window, which needs the dump");
   }
   return database;
