@@ -62,8 +62,8 @@ class JsonText {
   }
   /// Names need not be UTF-8, and may hold what would end the element that the figures are in.
   void Quote(std::string_view text) {
-    using Json = nlohmann::json;
-    for (const char c : Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)) {
+    const nlohmann::json quoted = text;
+    for (const char c : quoted.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) {
       if (c == '<') {
         text_ += "\\u003c";
       } else {
