@@ -5,11 +5,16 @@
 
 namespace orsa::kesncd {
 
+std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, std::size_t first) {
+  std::vector<std::uint64_t> ends;
+  ends.reserve(stretches.size());
+  for (std::size_t i = first; i < stretches.size(); ++i) ends.push_back(stretches[i].end);
+  return ends;
+}
+
 std::vector<StretchRange> FileDump::Cut(std::uint32_t parts) {
   std::vector<StretchRange> stretches = BodyCuts(file(), words_.Offset(), parts).Stretches();
-  std::vector<std::uint64_t> ends;
-  for (const StretchRange& stretch : stretches) ends.push_back(stretch.end);
-  EndAt(ends);
+  EndAt(EndsFrom(stretches, 0));
   return stretches;
 }
 

@@ -102,6 +102,9 @@ class StretchReader {
 /// jobs run one after the other.
 void RunTogether(const std::vector<std::function<void()>>& jobs, std::atomic<bool>& isUnwanted);
 
+/// Where the stretches end, from one on.
+std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, std::size_t first);
+
 /// Reads the body in stretches as FileDump::Cut gave them. `make` makes a taker (see ReadBody) that
 /// also has
 ///
@@ -125,11 +128,8 @@ ItemTallies ReadInParts(FileDump& dump, const Declarations& declarations,
       if (i == 0) {
         readers[i] = std::make_unique<Reader>(dump, declarations, *takers[i]);
       } else {
-        std::vector<std::uint64_t> ends;
-        for (std::size_t next = i; next < stretches.size(); ++next)
-          ends.push_back(stretches[next].end);
         readers[i] = std::make_unique<Reader>(dump, declarations, *takers[i], stretches[i].begin,
-                                              std::move(ends));
+                                              EndsFrom(stretches, i));
       }
       readers[i]->source().StopFor(isUnwanted);
       readers[i]->Read();

@@ -86,6 +86,28 @@ inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* e
   return codes;
 }
 
+/// Hands one plain line to a taker of ScanPlainLines; false: refused.
+template <class Taker>
+bool TakePlainLine(Taker& taker, const char* line, const char* blank, const char* newline) {
+  if (blank != nullptr || (*line | 1) != '1') [[unlikely]]  // 0 and 1 alike
+    return taker.Other(line, blank, newline);
+  if constexpr (std::is_void_v<decltype(taker.Scalar(line, newline))>) {
+    taker.Scalar(line, newline);
+    return true;
+  } else {
+    return taker.Scalar(line, newline);
+  }
+}
+
+/// How far a taker looked ahead past `chunk`: to the end where it does not look.
+template <class Taker>
+const char* LookAheadOf(Taker& taker, const char* line, const char* chunk, const char* end) {
+  if constexpr (requires { taker.LookAhead(line, chunk, end); }) {
+    return taker.LookAhead(line, chunk, end);
+  }
+  return end;
+}
+
 /// Hands the plain lines from `begin` on to `taker` and returns the start of the first line that is
 /// not plain, that may have `tooLong` characters or more, that has no newline before `end`, or that
 /// the taker refuses. Up to kScanPadding bytes after `end` are read. The taker has two operations:
@@ -102,31 +124,20 @@ inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* e
 ///   const char* LookAhead(const char* line, const char* chunk, const char* end)
 ///                                                         returns how far it looked, past `chunk`;
 ///                                                         `line` is where the next line begins
-// NOLINTNEXTLINE(readability-function-cognitive-complexity): calls would cost the loop its speed
 template <class Taker>
 const char* ScanPlainLines(const char* begin, const char* end, std::size_t tooLong, Taker& taker) {
   const char* line = begin;
   const char* blank = nullptr;  // the one blank of the line so far
-  [[maybe_unused]] const char* ahead = begin;
+  const char* ahead = begin;
   for (const char* chunk = begin; chunk < end; chunk += 64) {
-    if constexpr (requires { taker.LookAhead(line, chunk, end); }) {
-      if (chunk >= ahead) [[unlikely]]
-        ahead = taker.LookAhead(line, chunk, end);
-    }
+    if (chunk >= ahead) [[unlikely]]
+      ahead = LookAheadOf(taker, line, chunk, end);
     if (static_cast<std::size_t>(chunk + 64 - line) >= tooLong) return line;
     std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
     for (; marks != 0; marks &= marks - 1) {
       const char* const odd = chunk + static_cast<unsigned>(std::countr_zero(marks));
       if (*odd == '\n') [[likely]] {
-        if (blank == nullptr && (*line | 1) == '1') [[likely]] {  // 0 and 1 alike
-          if constexpr (std::is_void_v<decltype(taker.Scalar(line, odd))>) {
-            taker.Scalar(line, odd);
-          } else {
-            if (!taker.Scalar(line, odd)) return line;
-          }
-        } else if (!taker.Other(line, blank, odd)) {
-          return line;
-        }
+        if (!TakePlainLine(taker, line, blank, odd)) return line;
         line = odd + 1;
         blank = nullptr;
       } else if (*odd == ' ' && blank == nullptr) {
