@@ -36,7 +36,7 @@ struct ActivityOptions {
 ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options);
 /// The same of a file, with as many threads as there may be, unless codes are watched. The result
 /// does not depend on them.
-ActivityResult CountActivity(ByteFile& dump, const ActivityOptions& options);
+ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options);
 
 /// Turns what was counted in a whole body into its activity. Throws as CountActivity does.
 ActivityResult FinishActivity(Declarations declarations, ActivityPart part, ItemTallies items,

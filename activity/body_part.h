@@ -59,7 +59,7 @@ struct PartRun {
 /// dump is called, the bits and the block matter. Throws as CountActivity does, but not for a
 /// window that holds nothing of the dump. What was counted becomes figures by FinishActivity and
 /// FinishHostRun, with `items` of all parts.
-PartRun ReadBodyPart(ByteFile& dump, const PartChoice& choice, const ActivityOptions& options);
+PartRun ReadBodyPart(ByteFile& file, const PartChoice& choice, const ActivityOptions& options);
 
 }  // namespace orsa::kesncd
 

@@ -20,7 +20,7 @@ struct BothRuns {
 /// watched.
 BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options);
 /// The same of a file, with as many threads as there may be.
-BothRuns CountBoth(ByteFile& dump, const ActivityOptions& options);
+BothRuns CountBoth(ByteFile& file, const ActivityOptions& options);
 
 /// Turns what was counted in a whole body into both.
 BothRuns FinishBoth(Declarations declarations, ActivityPart activity, HostPart host,

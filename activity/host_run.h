@@ -48,7 +48,7 @@ HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow&
                     std::size_t block = DumpWords::kBlock);
 
 /// The same of a file, with up to so many threads, on which the result does not depend.
-HostRun ReadHostRun(ByteFile& dump, const std::string& name, const TimeWindow& window,
+HostRun ReadHostRun(ByteFile& file, const std::string& name, const TimeWindow& window,
                     unsigned jobs, std::size_t block = DumpWords::kBlock);
 
 /// Turns what was counted in a whole body into the run. Throws as ReadHostRun does.
