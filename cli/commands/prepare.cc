@@ -59,8 +59,9 @@ void AddPrepareCommand(CommandLine& line) {
   command.run = [options] {
     options->prepare.dump = NameOf(options->input);
     if (!options->top.empty()) {
-      options->prepare.chooseTop = [options](const Declarations& declarations) {
-        return ChosenScope(options->prepare.dump, declarations, options->top);
+      // By reference: what options hold would keep them alive for ever.
+      options->prepare.chooseTop = [&choices = *options](const Declarations& declarations) {
+        return ChosenScope(choices.prepare.dump, declarations, choices.top);
       };
     }
     return RunPrepare(*options);

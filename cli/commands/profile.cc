@@ -1,4 +1,6 @@
 // kesncd profile: when a dump's modules toggle: over time, by the values of a signal, at the peak.
+#include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "activity/profile_run.h"
@@ -53,8 +55,9 @@ void CheckProfileOptions(const ProfileChoices& options) {
     if (isWrong) throw Failure(FailureKind::Unusable, why);
   };
   CheckWindow(options.window);
-  const int ways = (options.parts != 0) + options.length.has_value() + !options.clock.empty() +
-                   options.peak.has_value() + !options.by.empty();
+  const bool asked[] = {options.parts != 0, options.length.has_value(), !options.clock.empty(),
+                        options.peak.has_value(), !options.by.empty()};
+  const auto ways = std::count(std::begin(asked), std::end(asked), true);
   refuse(ways > 1, "--windows, --window, --clock, --peak and --by: one of them at a time");
   refuse(options.values != 0 && options.by.empty(), "--values is for --by");
   refuse(options.limit != UINT64_MAX && !options.peak, "--limit is for --peak");

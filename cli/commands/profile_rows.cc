@@ -2,6 +2,7 @@
 #include "cli/commands/profile_rows.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <set>
 #include <utility>
@@ -47,7 +48,7 @@ std::string BarOf(std::uint64_t part, std::uint64_t whole) {
   constexpr double kLongest = 40;
   if (part == 0) return "";
   const double length = kLongest * static_cast<double>(part) / static_cast<double>(whole);
-  return std::string(std::max<std::size_t>(static_cast<std::size_t>(length + 0.5), 1), '#');
+  return std::string(static_cast<std::size_t>(std::max(std::round(length), 1.0)), '#');
 }
 
 /// The rows' columns after those of their own: toggles with their rate, a column for each module in
@@ -162,7 +163,9 @@ ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& su
             TimeCell(profile.edges[window + 1], base, toggles.isTable())};
     if (!toggles.isTable()) row.emplace_back(WideCount{profile.observed[window]});
     toggles.AppendTo(row, profile.observed[window],
-                     [&](std::size_t module) { return profile.TogglesOf(module, window); });
+                     [&profile = profile, window](std::size_t module) {
+                       return profile.TogglesOf(module, window);
+                     });
     out.Add(row);
   }
   out.End({{},

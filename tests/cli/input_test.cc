@@ -104,7 +104,7 @@ TEST(Input, ShowsProgressAndColourOnATerminalOnly) {
   // Each command has a terminal for its standard error.
   ExpectRuns(
       dir, R"(script -qec "sh slow | TERM=xterm kesncd flat - --as-is --top tb > out" /dev/null => 0
-     => \r\n?standard input: 0 MB, 0 MB/s *\r *\r\x1b\[1mkesncd:\x1b\[0m standard (.|\r|\n)*
+     => (\r\n?standard input: 0 MB, 0 MB/s *)+\r *\r\x1b\[1mkesncd:\x1b\[0m standard (.|\r|\n)*
 script -qec "sh slow | TERM=xterm kesncd tree - --quiet > out" /dev/null => 0
 script -qec "kesncd top odd.vcd -q; printf 'name \\033[2J\\302\\233x\\342\\200\\256\\377\\n' > names
      && kesncd find odd.vcd --names-from names --format csv -q" /dev/null => 1 => tb\r\n
