@@ -86,7 +86,7 @@ Statement Connection::Prepare(const char* sql) {
   return Statement(statement);
 }
 
-bool Connection::Step(sqlite3_stmt* statement) {
+bool Connection::Step(sqlite3_stmt* statement) const {
   const int code = sqlite3_step(statement);
   if (code != SQLITE_ROW && code != SQLITE_DONE) Fail(code);
   return code == SQLITE_ROW;

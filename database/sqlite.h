@@ -31,7 +31,7 @@ class Connection {
   void Run(const char* sql);
   Statement Prepare(const char* sql);
   /// Takes the next row of a statement; false where there is none left.
-  bool Step(sqlite3_stmt* statement);
+  bool Step(sqlite3_stmt* statement) const;
   /// The bytes of a database in memory, which are there until it changes or goes.
   std::string_view Bytes();
 

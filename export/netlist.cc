@@ -233,6 +233,7 @@ void NetlistReader::EndModule() {
 template <class Things>
 void NetlistReader::FailIfTwice(const Things& things, const std::string& kind) const {
   std::vector<std::uint32_t> names;
+  names.reserve(things.size());
   for (const auto& thing : things) names.push_back(thing.name);
   std::sort(names.begin(), names.end());
   const auto twice = std::adjacent_find(names.begin(), names.end());
@@ -343,7 +344,7 @@ class Characters {
     blocks_->Skip();
     return *this;
   }
-  Characters operator++(int) {
+  Characters operator++(int) {  // NOLINT(cert-dcl21-cpp): as iterators do
     const Characters before = *this;
     ++*this;
     return before;

@@ -77,15 +77,17 @@ DumpNames::DumpNames(const Declarations& declarations, std::uint32_t scope)
   std::vector<std::string> prefixes(scopes.size());
   std::unordered_map<std::string, std::uint32_t> last;
   for (std::size_t id = scope; id < scopes.size(); ++id) {
-    const std::size_t outer = depths[scopes[id].parent];
-    const bool isBelow = id != scope && outer != 0 && outer < kDeepest &&
-                         prefixes[scopes[id].parent].size() <= kLongestPath;
-    if (id != scope && !isBelow) continue;
-    depths[id] = isBelow ? outer + 1 : 1;
-    if (isBelow) {
-      prefixes[id] = prefixes[scopes[id].parent];
+    const std::uint32_t parent = scopes[id].parent;
+    if (id == scope) {
+      depths[id] = 1;
+    } else if (const std::size_t outer = depths[parent];
+               outer != 0 && outer < kDeepest && prefixes[parent].size() <= kLongestPath) {
+      depths[id] = outer + 1;
+      prefixes[id] = prefixes[parent];
       AppendPart(scopes[id].name, prefixes[id]);
       prefixes[id] += '.';
+    } else {
+      continue;
     }
     for (const std::uint32_t variableId : scopes[id].variables) {
       const DumpVariable& variable = declarations.variables[variableId];

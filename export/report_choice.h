@@ -35,7 +35,7 @@ struct ReportSignal {
 
 /// All that the dump has: once a report.
 struct ReportSource {
-  ReportSource(const ActivityResult& result, const Profile& profile);
+  ReportSource(const ActivityResult& counted, const Profile& windows);
 
   const ActivityResult& result;
   const Profile& profile;

@@ -89,7 +89,8 @@ std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
     if (variables.empty()) {
       fault = "has no clock " + names[i];
     } else if (variables.size() > 1) {
-      fault = names[i] + " means several signals: " + PathsOf(variables, declarations);
+      fault = names[i];
+      fault.append(" means several signals: ").append(PathsOf(variables, declarations));
     } else if (declarations.variables[variables.front()].width != 1) {
       fault = names[i] + " is no signal of one bit";
     }
@@ -99,7 +100,7 @@ std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
       found_.push_back({clocks_[i], static_cast<std::size_t>(place - codes.begin())});
       if (place == codes.end()) codes.push_back(codeId);
     } else if (scales_ && i == 0) {
-      throw Failure(FailureKind::NothingMatched, dump + ": " + fault);
+      throw Failure(FailureKind::NothingMatched, std::string(dump).append(": ").append(fault));
     } else {
       Remark(dump, std::string(fault).append(", a clock of ").append(sdc_));
     }
