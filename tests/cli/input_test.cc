@@ -99,7 +99,7 @@ head -c 100 d.fst > cut; kesncd tree cut => 2 =>  => (.|\n)*kesncd: cut: fst2vcd
 TEST(Input, ShowsProgressAndColourOnATerminalOnly) {
   const TempDir dir;
   dir.Write("odd.vcd", kOdd);
-  dir.Write("slow", "cat odd.vcd; sleep 0.6; echo '#11'; sleep 0.1; echo '#12'");
+  dir.Write("slow", "cat odd.vcd; sleep 1.5; echo '#11'; sleep 0.1; echo '#12'");
   if (std::system("script --version >/dev/null 2>&1") != 0) GTEST_SKIP() << "there is no script";
   // Each command has a terminal for its standard error.
   ExpectRuns(
