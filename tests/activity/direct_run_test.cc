@@ -15,12 +15,7 @@ void ExpectAgreement(const std::string& folder) {
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     if (entry.path().extension() != ".vcd") continue;
     const std::string text = ReadAll(entry.path().string());
-    for (const char* const window : {"",
-                                     "\xFF"
-                                     "10ns\n",
-                                     "\xFF"
-                                     "1ns\n20ns\n",
-                                     "\xFF\n7ps\n"}) {
+    for (const char* const window : support::kWindows) {
       EXPECT_NO_THROW(support::CheckCountingDirectly(support::Input(text + window)))
           << entry.path() << window;
     }

@@ -13,12 +13,7 @@ namespace orsa::kesncd {
 namespace {
 
 void ExpectSame(const std::string& text, const std::string& what) {
-  for (const char* const window : {"",
-                                   "\xFF"
-                                   "10ns\n",
-                                   "\xFF"
-                                   "1ns\n20ns\n",
-                                   "\xFF\n7ps\n"}) {
+  for (const char* const window : support::kWindows) {
     EXPECT_NO_THROW(support::CheckReadingInParts(support::Input(text + window))) << what << window;
   }
 }

@@ -13,24 +13,11 @@
 #include "activity/time_grid.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
+#include "tests/support/text_stream.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd {
 namespace {
-
-class TextSource : public ByteSource {
- public:
-  explicit TextSource(std::string text) : text_(std::move(text)) {}
-  std::size_t Read(char* to, std::size_t most) override {
-    const std::size_t got = text_.copy(to, most, at_);
-    at_ += got;
-    return got;
-  }
-
- private:
-  const std::string text_;
-  std::size_t at_ = 0;
-};
 
 TEST(TimeGrid, HasEveryTickInItsWindow) {
   for (std::uint64_t span = 1; span < 40; ++span) {

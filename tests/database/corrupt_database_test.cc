@@ -9,24 +9,11 @@
 #include "database/database_reader.h"
 #include "database/database_writer.h"
 #include "tests/support/testing.h"
+#include "tests/support/text_stream.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd {
 namespace {
-
-class TextSource : public ByteSource {
- public:
-  explicit TextSource(std::string text) : text_(std::move(text)) {}
-  std::size_t Read(char* to, std::size_t most) override {
-    const std::size_t got = text_.copy(to, most, at_);
-    at_ += got;
-    return got;
-  }
-
- private:
-  const std::string text_;
-  std::size_t at_ = 0;
-};
 
 class TextSink : public ByteSink {
  public:

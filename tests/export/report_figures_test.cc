@@ -10,23 +10,10 @@
 #include <string>
 
 #include "activity/profile_run.h"
+#include "tests/support/text_stream.h"
 
 namespace orsa::kesncd {
 namespace {
-
-class TextSource : public ByteSource {
- public:
-  explicit TextSource(std::string text) : text_(std::move(text)) {}
-  std::size_t Read(char* to, std::size_t most) override {
-    const std::size_t got = text_.copy(to, most, at_);
-    at_ += got;
-    return got;
-  }
-
- private:
-  const std::string text_;
-  std::size_t at_ = 0;
-};
 
 /// Sixty modules in rows of three levels with signals of which some toggle, one is x, one glitches.
 std::string Design() {

@@ -23,6 +23,15 @@ struct Input {
   std::vector<std::string> options;
 };
 
+/// What follows a dump's text where it is to be counted whole, from a time on, in a window and up
+/// to a time.
+inline constexpr const char* kWindows[] = {"",
+                                           "\xFF"
+                                           "10ns\n",
+                                           "\xFF"
+                                           "1ns\n20ns\n",
+                                           "\xFF\n7ps\n"};
+
 /// The lines of a text, without their ends.
 std::vector<std::string> Lines(std::string_view text);
 

@@ -3,6 +3,7 @@
 #define KESNCD_TESTS_SUPPORT_TEXT_STREAM_H_
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -10,9 +11,10 @@
 
 namespace orsa::kesncd {
 
-class TextSource : public orsa::kesncd::ByteSource {
+class TextSource : public ByteSource {
  public:
-  TextSource(const std::string& text, std::size_t chunk) : text_(text), chunk_(chunk) {}
+  explicit TextSource(const std::string& text, std::size_t chunk = SIZE_MAX)
+      : text_(text), chunk_(chunk) {}
   std::size_t Read(char* to, std::size_t most) override {
     const std::size_t got = text_.copy(to, std::min(most, chunk_), at_);
     at_ += got;
@@ -25,7 +27,7 @@ class TextSource : public orsa::kesncd::ByteSource {
   std::size_t at_ = 0;
 };
 
-class TextSink : public orsa::kesncd::ByteSink {
+class TextSink : public ByteSink {
  public:
   void Write(std::string_view bytes) override { text += bytes; }
   std::string text;
