@@ -46,6 +46,9 @@ ActivityResult FinishActivity(Declarations declarations, ActivityPart part, Item
 std::uint64_t MemoryBytes();
 /// How many bits the memory of this machine holds the activity of.
 std::uint64_t MostBitsInMemory();
+/// As many threads as may be used, at least one, but no more than take a quarter of the memory when
+/// each has so many bytes.
+unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs);
 
 /// What a user of the figures must know, the gravest first.
 std::vector<std::string> RemarksOn(const ActivityResult& result);

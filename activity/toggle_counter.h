@@ -7,7 +7,6 @@
 #ifndef KESNCD_ACTIVITY_TOGGLE_COUNTER_H_
 #define KESNCD_ACTIVITY_TOGGLE_COUNTER_H_
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -19,6 +18,7 @@
 #include "activity/code_bits.h"
 #include "activity/module_shares.h"
 #include "activity/vector_value.h"
+#include "activity/waiting_changes.h"
 #include "vcd/dump_keywords.h"
 #include "vcd/value_alphabet.h"
 
@@ -84,12 +84,6 @@ class ToggleCounter {
     std::uint64_t hasKnown = 0, known = 0;
     std::uint64_t hadKnown = 0, knew = 0;  // before the step
   };
-  /// A change that waits until the memory of its code arrived in the processor's caches.
-  struct Waiting {
-    std::uint32_t codeId;
-    char value;
-  };
-  static constexpr std::size_t kMostWaiting = 32;
 
   void TakeWaiting();
   void TakeScalar(std::uint32_t codeId, char value);
@@ -109,19 +103,15 @@ class ToggleCounter {
   std::vector<Word> words_;
   std::vector<std::uint64_t> sums_;
   std::vector<ValueWord> value_;  // of the vector in hand
-  std::array<Waiting, kMostWaiting> waiting_;
-  std::size_t waits_ = 0;
+  WaitingChanges waiting_;
 };
 
 inline void ToggleCounter::Scalar(std::uint32_t codeId, char value) {
-  __builtin_prefetch(&codes_[codeId], 1);
-  waiting_[waits_++] = {codeId, value};
-  if (waits_ == kMostWaiting) TakeWaiting();
+  if (waiting_.Add(codeId, value, &codes_[codeId])) TakeWaiting();
 }
 
 inline void ToggleCounter::TakeWaiting() {
-  for (std::size_t i = 0; i < waits_; ++i) TakeScalar(waiting_[i].codeId, waiting_[i].value);
-  waits_ = 0;
+  waiting_.TakeAll([this](std::uint32_t codeId, char value) { TakeScalar(codeId, value); });
 }
 
 inline void ToggleCounter::TakeScalar(std::uint32_t codeId, char value) {
