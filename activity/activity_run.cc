@@ -11,7 +11,7 @@
 #include "activity/activity_part.h"
 #include "activity/activity_start.h"
 #include "activity/code_bits.h"
-#include "activity/toggle_watch.h"
+#include "activity/profile/toggle_watch.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"

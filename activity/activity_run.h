@@ -14,7 +14,7 @@
 #include "activity/activity_window.h"
 #include "activity/code_bits.h"
 #include "free_format/dump_words.h"
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 #include "text/byte_stream.h"
 
 namespace orsa::kesncd {

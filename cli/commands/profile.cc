@@ -3,12 +3,12 @@
 #include <iterator>
 #include <memory>
 
-#include "activity/profile_run.h"
+#include "activity/profile/profile_run.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/profile_reading.h"
-#include "cli/commands/profile_rows.h"
-#include "cli/commands/scope_choice.h"
-#include "cli/commands/signal_choice.h"
+#include "cli/exact_figures/profile_reading.h"
+#include "cli/exact_figures/profile_rows.h"
+#include "cli/selection/scope_choice.h"
+#include "cli/selection/signal_choice.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {
