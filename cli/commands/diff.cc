@@ -99,7 +99,6 @@ ExitStatus RunDiff(const DiffOptions& options) {
                   "differences",
                   {"path", "kind", "change", "difference_percent", "toggle_rate_before",
                    "toggle_rate_after", "high_before", "high_after"}};
-  // The result is opened before rows are known: what cannot be written is told early.
   ResultOutput out(options.output, head);
   const PathFilter filter(options.match);
   // Without a tick rates are per tick and comparable with one another, but no toggles a
