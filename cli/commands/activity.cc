@@ -65,8 +65,8 @@ void SayWhyNoRates(const ExactRun& run) {
   if (!run.result.tick) {
     Remark(run.dump,
            "it has no time scale, so no rate is known; kesncd prepare --timescale gives one");
-    // A dump without stamps has had its own remark from the reading.
   } else if (run.result.observedTicks == 0 && run.result.notes.hasStamps) {
+    // A dump without stamps has had its own remark from the reading.
     Remark(run.dump, "no time was observed, so no rate is known");
   }
 }

@@ -50,8 +50,8 @@ std::string NameOf(const std::string& output) {
 }
 
 /// Files that one descriptor reads and another writes are one file too. As in "kesncd prepare - <
-/// x.vcd >> x.vcd". PlaceOf gives a stream its descriptor, by which two streams are told apart; here
-/// that must not count.
+/// x.vcd >> x.vcd". PlaceOf gives a stream its descriptor, by which two streams are told apart;
+/// here that must not count.
 bool IsInput(const Place& output, const Place& input) {
   Place byName = output;
   byName.descriptor = -1;

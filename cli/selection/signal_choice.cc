@@ -49,9 +49,9 @@ const DumpVariable& OnlySignal(const std::string& dump, const Declarations& decl
     fault = "no signal " + text;
   } else if (found.size() > 1) {
     fault = text + " means several signals: " + PathsOf(found, declarations);
-    // A real or an event may be the only one that is called so; that is worth another message.
   } else if (const DumpVariable& signal = declarations.variables[found.front()];
              signal.width > 0 && TypeHasBits(declarations.TypeOf(signal))) {
+    // A real or an event may be the only one that is called so; that is worth another message.
     return signal;
   } else {
     fault = text + " has no bits";
