@@ -185,7 +185,7 @@ UnpackedSource OpenDump(const InputOptions& options) {
     }
     return bytes;
   };
-  // Fst2vcd reads the file by itself; its output is what is counted here.
+  // fst2vcd reads the file by itself; its output is what is counted here.
   if (IsFst(start)) return {shown(MakeFstSource(file->file(), name), 0), "fst", {}, {}};
   // From inside out: the file, watched; the 16 bytes that were read already, in front of it; shown;
   // unpacked.
