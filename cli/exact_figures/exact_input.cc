@@ -13,8 +13,10 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+/// Counts a dump. One reading gives all that is wanted, since a pipe cannot be read twice.
 StoredRun CountRun(const ExactInput& options) {
   StoredRun run;
+  // What a database of this run will say of itself.
   run.facts.dump = NameOf(options.input);
   run.facts.program = KESNCD_VERSION;
   run.facts.window = options.window;
@@ -23,9 +25,13 @@ StoredRun CountRun(const ExactInput& options) {
   ActivityOptions counting;
   counting.dump = run.facts.dump;
   counting.window = options.window;
+  // Checked against the declarations, before memory is asked for.
   counting.mostBits = MostBitsInMemory();
   counting.watch = options.watch;
+  // Threads read parts of a plain file; a packed one is unpacked by a thread of its own. Must come
+  // before `bytes` is used.
   counting.jobs = UseThreads(options.input, dump);
+  // More costly than one kind alone, so only for databases.
   if (options.wantsHost) {
     BothRuns both =
         counting.jobs > 1 ? CountBoth(*dump.file, counting) : CountBoth(*dump.bytes, counting);
@@ -41,8 +47,10 @@ StoredRun CountRun(const ExactInput& options) {
 }  // namespace
 
 StoredRun ReadExactRun(const ExactInput& options) {
+  // Null for a dump. A database that is corrupt throws.
   const std::unique_ptr<ActivityDatabase> database = OpenDatabase(options.input, options.window);
   StoredRun run = database ? database->ReadAll() : CountRun(options);
+  // Notes are part of what a database stores, so its remarks are those of the dump.
   for (const std::string& remark : RemarksOn(run.exact)) Remark(NameOf(options.input), remark);
   return run;
 }

@@ -46,7 +46,7 @@ class GzipSource : public PackedSource {
     const auto room = static_cast<uInt>(std::min<std::size_t>(most, kBlock));
     state_.next_out = reinterpret_cast<Bytef*>(to);
     state_.avail_out = room;
-    // Inflate may take input for a while before it gives output, and must not be left with neither.
+    // Inflate may take input for a while before it gives any output.
     while (state_.avail_out == room) {
       if (state_.avail_in == 0 && !Refill()) break;
       Inflate();
