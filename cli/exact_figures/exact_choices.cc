@@ -93,7 +93,7 @@ void CheckTogether(const ExactOptions& options) {
   CheckDatabaseOptions(options);
 }
 
-// For formats without rows this is never looked at.
+/// For formats without rows this is never looked at.
 Format RowFormatOf(ExactFormat format) {
   if (format == ExactFormat::Csv) return Format::Csv;
   return format == ExactFormat::Json ? Format::Json : Format::Table;

@@ -194,14 +194,14 @@ ExitStatus WriteExactFile(const ExactRun& run, const ExactOptions& options) {
   return ExitStatus::Done;
 }
 
-// A run that is counted, a merged one or a part: all have the same form.
+/// A run that is counted, a merged one or a part: all have the same form.
 void WriteDatabaseFile(const StoredRun& run, const std::string& path) {
   OutputFile file(path);
   WriteDatabase(run, file);
   file.Commit();
 }
 
-// The netlist before anything is written; it may take yosys a while.
+/// The netlist before anything is written; it may take yosys a while.
 ExitStatus WritePins(const ExactRun& run, const ExactOptions& options) {
   const Netlist netlist = ReadNetlistOf(options.netlist);
   PinOptions pinOptions;

@@ -8,7 +8,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// The fact "per", and with an "s" the name of the rows in JSON.
+/// The fact "per", and with an "s" the name of the rows in JSON.
 std::string TextOf(RowsPer per) {
   switch (per) {
     case RowsPer::Bit:
@@ -22,7 +22,7 @@ std::string TextOf(RowsPer per) {
   return "signal";
 }
 
-// Positions of a tally do not matter here, only how many there were.
+/// Positions of a tally do not matter here, only how many there were.
 std::int64_t CountOf(const Tally& tally) {
   return static_cast<std::int64_t>(tally.count);
 }

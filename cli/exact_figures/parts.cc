@@ -231,7 +231,7 @@ class PartSum {
 
 }  // namespace
 
-// A packed dump cannot be cut: OpenFile says so.
+/// A packed dump cannot be cut: OpenFile says so.
 StoredRun ReadPart(const InputOptions& input, const PartChoice& choice) {
   const std::shared_ptr<ByteFile> dump = OpenFile(input.dump);
   StoredRun run;
@@ -252,7 +252,7 @@ StoredRun ReadPart(const InputOptions& input, const PartChoice& choice) {
   return run;
 }
 
-// A window has no meaning for a part.
+/// A window has no meaning for a part.
 bool IsPart(const std::string& path) {
   InputOptions input;
   input.dump = path;
@@ -260,7 +260,7 @@ bool IsPart(const std::string& path) {
   return database && database->facts().part;
 }
 
-// All are looked at before the first is added: a missing part must not cost hours.
+/// All are looked at before the first is added: a missing part must not cost hours.
 StoredRun AddParts(const std::vector<std::string>& paths, const std::string& dump) {
   const std::vector<PartFile> files = InOrder(paths);
   PartSum sum(files.front(), dump);

@@ -124,7 +124,7 @@ Cell Figures::Frequency(std::uint32_t changes) const {
   return frequency;
 }
 
-// Signals outside of the root are not in the tree; ReadTree says how many scopes that are.
+/// Signals outside of the root are not in the tree; ReadTree says how many scopes that are.
 Figures FiguresOfTree(const std::string& dump, const VmodHier& root) {
   Figures figures{dump, {}, true};
   TreeCopy(figures.run).Copy(root);

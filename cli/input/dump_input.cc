@@ -28,7 +28,7 @@ namespace {
 
 constexpr int kErrors = 2;  // the stream of messages
 
-// On the stream of messages: a result may be going to standard output.
+/// On the stream of messages: a result may be going to standard output.
 bool ShowsProgress(const InputOptions& options) {
   return !options.quiet && IsTerminal(kErrors);
 }

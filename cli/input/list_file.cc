@@ -55,7 +55,7 @@ std::string_view TakeLine(std::string_view& text) {
 
 }  // namespace
 
-// As a dump is opened, so packed lists and standard input work too; without a progress line.
+/// As a dump is opened, so packed lists and standard input work too; without a progress line.
 std::string ReadText(const std::string& path) {
   InputOptions options;
   options.dump = path;
@@ -97,7 +97,8 @@ std::string WithoutComments(const std::string& text) {
   return kept;
 }
 
-// A file without a name in memory. It is not inherited by exec, so others open it by PathForOthers.
+/// A file without a name in memory. It is not inherited by exec, so others open it by
+/// PathForOthers.
 TextByPath::TextByPath(const std::string& text) : file_(memfd_create("text", MFD_CLOEXEC)) {
   std::string_view rest = text;
   // memfd_create may have failed; that is told below.
@@ -119,7 +120,7 @@ TextByPath::~TextByPath() {
   (void)close(file_);
 }
 
-// /proc/self would be the other process's own.
+/// /proc/self would be the other process's own.
 std::string TextByPath::PathForOthers() const {
   return "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(file_);
 }

@@ -60,7 +60,7 @@ std::string Lines(const Command& command) {
 
 }  // namespace
 
-// An operand has no flags.
+/// An operand has no flags.
 std::string OptionText(const Option& option) {
   if (option.flags.empty()) return option.argument + (option.repeats ? "..." : "");
   const std::string flags = Join(option.flags, ", ");
@@ -69,7 +69,7 @@ std::string OptionText(const Option& option) {
   return flags + (option.argument.empty() ? "" : " " + option.argument);
 }
 
-// A required operand needs no word: the usage line shows it.
+/// A required operand needs no word: the usage line shows it.
 std::string HelpWithDefault(const Option& option) {
   if (!option.flags.empty() && option.required) return option.help + " (required)";
   if (option.flags.empty() && !option.required && !option.repeats)

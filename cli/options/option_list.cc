@@ -83,7 +83,7 @@ Option& Command::AddAnswered(const std::string& flags, const std::string& help) 
   return Add(flags, "", help, [](const std::string&) {});
 }
 
-// A flag that is given twice sets it twice; see Give for what that allows.
+/// A flag that is given twice sets it twice; see Give for what that allows.
 Option& Command::AddFlag(const std::string& flags, bool& target, const std::string& help) {
   return Add(flags, "", help, [&target](const std::string&) { target = true; });
 }
@@ -109,7 +109,7 @@ Option& Command::AddFile(const std::string& flags, const std::string& value, std
   return option;
 }
 
-// "--activity" alone comes with an empty text, which is a path that the command chooses.
+/// "--activity" alone comes with an empty text, which is a path that the command chooses.
 Option& Command::AddOptionalFile(const std::string& flags, const std::string& value,
                                  std::optional<std::string>& target, const std::string& help) {
   Option& option = Add(flags, value, help, [&target](const std::string& text) { target = text; });
@@ -128,7 +128,7 @@ Option& Command::AddTime(const std::string& flags, std::optional<std::uint64_t>&
   });
 }
 
-// Infinity and "nan" are numbers to from_chars, and would pass every comparison further on.
+/// Infinity and "nan" are numbers to from_chars, and would pass every comparison further on.
 Option& Command::AddNumber(const std::string& flags, const std::string& unit, double least,
                            double& target, const std::string& help) {
   return Add(flags, unit, help,
@@ -142,7 +142,7 @@ Option& Command::AddNumber(const std::string& flags, const std::string& unit, do
       .Initially(DisplayText(target));
 }
 
-// Takes 64 bits for all types; AddCount has narrowed the range to that of its target.
+/// Takes 64 bits for all types; AddCount has narrowed the range to that of its target.
 Option& Command::AddWhole(const std::string& flags, const std::string& value, CountRange range,
                           const std::string& help, std::function<void(std::int64_t)> set) {
   return Add(flags, value, help, [range, set = std::move(set)](const std::string& text) {
@@ -154,7 +154,7 @@ Option& Command::AddWhole(const std::string& flags, const std::string& value, Co
   });
 }
 
-// The word in help is the list itself: "--sort toggles|rate|name".
+/// The word in help is the list itself: "--sort toggles|rate|name".
 Option& Command::AddWord(const std::string& flags, std::vector<std::string> words,
                          const std::string& help, std::function<void(std::size_t)> choose) {
   // Unknown words are refused with the list of known ones, in the order in which they were given.
@@ -169,7 +169,7 @@ Option& Command::AddWord(const std::string& flags, std::vector<std::string> word
   return option;
 }
 
-// Operands are options without flags.
+/// Operands are options without flags.
 Option& Command::AddOperand(const std::string& name, std::string& target, const std::string& help) {
   return AddText("", name, target, help);
 }
@@ -202,7 +202,7 @@ const Option* Command::OptionOf(const std::string& flag) const {
   return nullptr;
 }
 
-// In the order of the help; for completions, and for what may have been meant.
+/// In the order of the help; for completions, and for what may have been meant.
 std::vector<std::string> Command::Flags() const {
   std::vector<std::string> flags;
   for (const Option& option : options_) {

@@ -225,7 +225,7 @@ std::function<ExitStatus()> ParseCommand(const CommandLine& line, const Command&
 
 }  // namespace
 
-// Which help the message points to: the program's until a command is known.
+/// Which help the message points to: the program's until a command is known.
 std::function<ExitStatus()> ParseWords(const CommandLine& line,
                                        const std::vector<std::string>& words) {
   const std::string& program = line.program.name();

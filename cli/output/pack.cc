@@ -10,7 +10,7 @@
 
 namespace orsa::kesncd::cli {
 
-// 64 KiB of packed bytes go to the sink at a time.
+/// 64 KiB of packed bytes go to the sink at a time.
 struct GzipSink::State {
   z_stream stream{};
   std::array<char, std::size_t{1} << 16> packed{};

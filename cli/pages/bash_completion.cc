@@ -47,7 +47,7 @@ void WriteCommandCase(std::ostream& out, const std::string& word, const Command&
 
 }  // namespace
 
-// Bash calls the function with the words of the line; COMP_CWORD is the one with the cursor.
+/// Bash calls the function with the words of the line; COMP_CWORD is the one with the cursor.
 void WriteBashCompletion(std::ostream& out, const CommandLine& line) {
   std::vector<std::string> names;
   for (const Command& command : line.commands) names.push_back(command.name());

@@ -34,7 +34,7 @@ std::string RoffText(const std::string& text) {
   return !out.empty() && (out[0] == '.' || out[0] == '\'') ? "\\&" + out : out;
 }
 
-// \fB and \fI switch to bold and italic, \fR back.
+/// \fB and \fI switch to bold and italic, \fR back.
 std::string Bold(const std::string& text) {
   return "\\fB" + RoffText(text) + "\\fR";
 }
@@ -94,7 +94,7 @@ void WriteRows(std::ostream& out, const Command& command) {
 
 }  // namespace
 
-// .TH's date is left empty: a page must not depend on the day on which it was built.
+/// .TH's date is left empty: a page must not depend on the day on which it was built.
 void WriteManPage(std::ostream& out, const CommandLine& line) {
   const std::string name = line.program.name();
   out << ".TH KESNCD 1 \"\" \"" << name << " " KESNCD_VERSION << "\" \"User Commands\"\n"

@@ -15,7 +15,7 @@ namespace orsa::kesncd::cli {
 
 /// Of a table as MakeCommandLine gives it. Errors of the stream are the caller's to look at.
 void WriteManPage(std::ostream& out, const CommandLine& line);
-// Commands, options, the values that an option may have, and files where it takes one.
+/// Commands, options, the values that an option may have, and files where it takes one.
 void WriteBashCompletion(std::ostream& out, const CommandLine& line);
 void WriteZshCompletion(std::ostream& out, const CommandLine& line);
 void WriteFishCompletion(std::ostream& out, const CommandLine& line);

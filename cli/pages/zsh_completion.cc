@@ -62,7 +62,7 @@ std::string Entry(const Option& row) {
   return once + names + "[" + ZshText(row.help) + "]" + Value(row) + "'";
 }
 
-// Each on a line of its own, with the backslash that continues the one before.
+/// Each on a line of its own, with the backslash that continues the one before.
 void WriteEntries(std::ostream& out, const Command& command, const std::string& indent) {
   for (const Option& option : command.options()) out << " \\\n" << indent << Entry(option);
   for (const Option& operand : command.operands()) out << " \\\n" << indent << Entry(operand);

@@ -18,8 +18,8 @@ namespace {
 constexpr int kSignalled = 128;         // added to a signal's number, as shells do
 constexpr std::size_t kMostFiles = 16;  // that any command writes at a time
 
-// The handler reads these at any moment, also while Made or Gone is at work in the same thread: it
-// looks at `isTaken` first and at `path` only where that is true.
+/// The handler reads these at any moment, also while Made or Gone is at work in the same thread: it
+/// looks at `isTaken` first and at `path` only where that is true.
 struct Slot {
   std::array<char, PATH_MAX> path{};
   std::atomic<bool> isTaken{false};  // true only while the path is complete

@@ -38,7 +38,7 @@ PathFilter::PathFilter(const std::vector<std::string>& patterns) {
   for (const std::string& pattern : patterns) globs_.emplace_back(pattern);
 }
 
-// A pattern without "/" looks at the last part only, which begins at `start`.
+/// A pattern without "/" looks at the last part only, which begins at `start`.
 bool PathFilter::Takes(std::string_view scopePath, std::string_view name) const {
   if (globs_.empty()) return true;
   std::string path(scopePath);
@@ -69,7 +69,7 @@ bool SelectedRows::Wants(std::optional<double> toggles, std::optional<double> ra
   return KeyOf(toggles, rate) > *least_;
 }
 
-// `keys.name` may be gone when the row is written, so it is copied if it is needed.
+/// `keys.name` may be gone when the row is written, so it is copied if it is needed.
 void SelectedRows::Add(const SortKeys& keys, Row row) {
   if (sort_ == SortBy::Nothing) {
     if (passed_++ < limit_) out_.Add(row);
