@@ -45,23 +45,21 @@ struct ObservedPiece {
 
 /// Activity of a part of a dump's body, which begins with a stamp, or with the body, and ends
 /// before a stamp larger than all of its own. Parts of one dump that were counted with the same
-/// codes and window add up: Add in any order of association, then Finish. What the members mean,
-/// along a part with switches, each a $dumpoff or $dumpon that changes anything:
+/// codes and window add up: Add in any order of association, then Finish.
 ///
-///   first stamp    off         on          off         on            last stamp
-///   |---- front ---|           |-- middle -|           |--- tail ------|   part began unobserved,
-///   or
-///   |---- front ---|           |------------- tail ---------------------|  began observed
+/// A part's time, if its first switch is a $dumpoff, and if it is a $dumpon:
 ///
-/// Which of the two it is, is only known when parts are added: `front` counts if the part began
-/// observed, and an "on" as the first switch then switches nothing, so that front and middle are
-/// one stretch.
+///   |--- front ---| off      on |--- tail ---| off      on |--- tail ...
+///   |--- front --- on --- middle ---| off     on |--- tail ...
+///
+/// In the second case only the part before tells what the $dumpon did. If this part began observed,
+/// it switched nothing and the middle goes on from the front; if not, the front does not count and
+/// the middle begins anew.
 class ActivityPart {
  public:
   /// Whether the word of the part's first switch, if there is one, ended or began observation.
   enum class Switch : std::uint8_t { None, Off, On };
 
-  // A part without stamps has no time; whatever values it holds belong to no step.
   bool hasStamps = false;  // else the part is empty
   // Not clamped to the window, as CanPrecede compares them.
   std::uint64_t first = 0;     // stamp

@@ -137,7 +137,7 @@ void ActivityRows::FindRepeatedIn(std::span<const std::uint32_t> sameCode) {
   }
   for (const auto& [name, group] : byName) {
     if (group.size() < 2) continue;
-    // A bit of a code with an index: data[3] and data[7:0] may both name it.
+    // Which bit of the code, and under which index: both have to be the same.
     std::set<std::pair<std::uint32_t, std::string>> seen;
     for (const std::uint32_t id : group) {
       const BitNames names(variables[id]);

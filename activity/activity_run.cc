@@ -21,7 +21,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-// A bit's figures, its edge, and as much again while parts are added.
+// About what a bit takes while it is counted and while parts are added.
 constexpr std::uint64_t kBytesPerBit = 120;
 
 /// Empty where nothing is to be watched.
@@ -115,7 +115,7 @@ std::uint64_t MostBitsInMemory() {
   return MemoryBytes() / kBytesPerBit;
 }
 
-/// A quarter, since the threads' figures are added up in further memory.
+/// The sum of the parts and other programs need memory too.
 unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs) {
   const std::uint64_t most = MemoryBytes() / 4 / std::max<std::uint64_t>(bytesOfEach, 1);
   return static_cast<unsigned>(std::max<std::uint64_t>(std::min<std::uint64_t>(most, jobs), 1));

@@ -67,7 +67,7 @@ ActivityStart::ActivityStart(Declarations declarations, const ActivityOptions& o
                                            " bits, more than the memory holds");
 }
 
-/// Called after the body was read; a dump may be without an end until then.
+/// Called after the body was read: only then its last stamp is known.
 void ActivityStart::CheckWindow(bool hasStamps, std::uint64_t first, std::uint64_t last) {
   // Noted even if nothing lies in the window: the failure below then tells more.
   result.notes.isEndCutBack = ticks.end && last < *ticks.end;
