@@ -25,7 +25,7 @@ namespace orsa::kesncd {
 /// had no value: its bits keep the level they had before. Empty vectors stand for no value at all.
 /// Both vectors have an element for each bit of all codes, by the places of CodeBits, or none.
 struct ObservedPiece {
-  // Tc and ig count what is known within the piece; t0 to tz may be below 0, wrapped around.
+  // tc and ig count what is known within the piece; t0 to tz may be below 0, wrapped around.
   std::vector<BitFigures> figures;  // of each bit: differences since its code's first value
   std::vector<BitEdge> edges;       // of each bit
 
