@@ -25,7 +25,7 @@ void CodeAccount::Join(const CodeAccount& next) {
 
 bool BodyAccount::CanPrecede(const BodyAccount& next) const {
   return dumping.isOn() != 0 && facts.stamps > 0 && next.facts.stamps > 0 &&
-         !next.beforeFirstStamp && facts.lastTick < next.facts.firstTick;
+         facts.lastTick < next.facts.firstTick;
 }
 
 void BodyAccount::JoinCodes(std::vector<CodeAccount>&& next) {
