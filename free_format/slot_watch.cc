@@ -8,7 +8,12 @@ namespace orsa::kesncd {
 
 namespace {
 
-constexpr std::string_view kDigits = "0123456789";
+/// How many digits a text begins with: few, so that a search would take longer than a loop.
+std::size_t DigitsOf(std::string_view text) {
+  std::size_t length = 0;
+  while (length < text.size() && text[length] >= '0' && text[length] <= '9') ++length;
+  return length;
+}
 
 double NumberIn(const std::string& digits) {
   double number = 0;
@@ -24,7 +29,7 @@ double SlotWatch::Stamp::ReadAs(double ticks) const {
 }
 
 void SlotWatch::PutDigits(std::string_view stamp) {
-  const std::string_view digits = stamp.substr(0, stamp.find_first_not_of(kDigits));
+  const std::string_view digits = stamp.substr(0, DigitsOf(stamp));
   for (std::string& slot : slots_) Put(slot, digits, false);
 }
 
@@ -38,7 +43,7 @@ void SlotWatch::Put(std::string& slot, std::string_view word, bool isEnded) {
 void SlotWatch::AppendDigits(std::string_view slot, Stamp::Digits& digits) {
   if (slot.size() <= digits.text.size()) return;
   slot.remove_prefix(digits.text.size());
-  const std::size_t length = std::min(slot.find_first_not_of(kDigits), slot.size());
+  const std::size_t length = DigitsOf(slot);
   digits.text.append(slot, 0, length);
   digits.isOpen = length == slot.size();
 }

@@ -7,20 +7,17 @@ namespace orsa::kesncd {
 
 void CodeAccount::Join(const CodeAccount& next) {
   if (next.first == 0) return;
-  if (first == 0) {
-    first = next.first;
-    firstCounts = next.firstCounts;
-  }
+  // What a stretch took for the x that the signal starts from is none after other values.
+  unknown += Is(kIsSet) && next.Is(kStartsUnknown) ? 1 : 0;
+  std::uint32_t added = next.flags;
+  if (first != 0) added &= ~std::uint32_t{kFirstCounts};
+  if (Is(kIsSet)) added &= ~std::uint32_t{kStartsUnknown};
+  if (Is(kWasKnown) && next.Is(kHasX)) added |= kTurnsX;
+  flags |= added;
+  if (first == 0) first = next.first;
   last = next.last;
   counted += next.counted;
-  // What a stretch took for the x that the signal starts from is none after other values.
-  unknown += next.unknown + (isSet && next.startsUnknown ? 1 : 0);
-  startsUnknown = isSet ? startsUnknown : next.startsUnknown;
-  isSet = isSet || next.isSet;
-  turnsX = turnsX || next.turnsX || (wasKnown && next.hasX);
-  wasKnown = wasKnown || next.wasKnown;
-  hasX = hasX || next.hasX;
-  hasOtherThanX = hasOtherThanX || next.hasOtherThanX;
+  unknown += next.unknown;
 }
 
 bool BodyAccount::CanPrecede(const BodyAccount& next) const {
@@ -34,7 +31,7 @@ void BodyAccount::JoinCodes(std::vector<CodeAccount>&& next) {
     return;
   }
   for (std::size_t i = 0; i < codes.size(); ++i) {
-    repeated += next[i].firstCounts && next[i].first == codes[i].last ? 1 : 0;
+    repeated += next[i].Is(CodeAccount::kFirstCounts) && next[i].first == codes[i].last ? 1 : 0;
     codes[i].Join(next[i]);
   }
 }

@@ -24,18 +24,23 @@ struct BodyFacts {
 
 /// Of a code. A value is the fingerprint of its text; 0 stands for none.
 struct CodeAccount {
+  enum Flag : unsigned {
+    kFirstCounts = 1,     // the first value
+    kStartsUnknown = 2,   // the first value with dumping on is a scalar's x or z
+    kIsSet = 4,           // it has a value, with dumping on
+    kWasKnown = 8,        // one without x
+    kTurnsX = 16,         // one with x after one without
+    kHasX = 32,           // one with x
+    kHasOtherThanX = 64,  // one that is not x in all bits
+  };
+
   std::uint64_t counted = 0;
   std::uint64_t unknown = 0;  // to x or z, but for those that it starts from
   std::uint32_t first = 0;
   std::uint32_t last = 0;
-  bool firstCounts : 1 = false;    // the first value
-  bool startsUnknown : 1 = false;  // the first value with dumping on is a scalar's x or z
-  bool isSet : 1 = false;          // it has a value, with dumping on
-  bool wasKnown : 1 = false;       // one without x
-  bool hasX : 1 = false;           // one with x
-  bool turnsX : 1 = false;         // one with x after one without
-  bool hasOtherThanX : 1 = false;  // one that is not x in all bits
+  std::uint32_t flags = 0;
 
+  bool Is(Flag flag) const { return (flags & flag) != 0; }
   void Join(const CodeAccount& next);
 };
 

@@ -57,6 +57,9 @@ struct BodyCheck::WatchedLines {
   BodyAccount& account;
   std::uint64_t& taken;
 
+  const char* LookAhead(const char* line, const char* chunk, const char* end) {
+    return plain.LookAhead(line, chunk, end);
+  }
   bool Scalar(const char* line, const char* newline) {
     const bool isTaken = account.facts.stamps > 0 && plain.Scalar(line, newline);
     taken += isTaken ? 1 : 0;
@@ -101,6 +104,36 @@ void BodyCheck::ReadItems(DumpItems& items) {
 BodyAccount BodyCheck::TakeAccount() {
   CheckItemBefore(crowdedLine_);
   return std::move(account_);
+}
+
+/// A value: its fingerprint, the kinds of its bits, and whether it is a scalar's x or z. With few
+/// branches: which value a signal gets next cannot be predicted.
+inline void BodyCheck::TakeValue(std::uint32_t codeId, std::uint32_t value, unsigned kinds,
+                                 bool isUnknown) {
+  CodeAccount& code = account_.codes[codeId];
+  const bool isOn = account_.dumping.isOn() != 0;
+  const bool repeats = code.last == value;
+  if (code.last == 0) [[unlikely]] {
+    code.first = value;
+    if (isOn && !isUnknown) code.flags |= CodeAccount::kFirstCounts;
+  }
+  code.last = value;
+  if (!isOn) return;
+  // The x that a signal starts from says nothing about its activity.
+  const std::uint64_t isCounted = isUnknown ? 0 : 1;
+  code.counted += isCounted;
+  if (code.Is(CodeAccount::kIsSet)) [[likely]]
+    code.unknown += 1 - isCounted;
+  else if (isUnknown)
+    code.flags |= CodeAccount::kStartsUnknown;
+  const std::uint32_t ofX = CodeAccount::kHasX | (code.flags & CodeAccount::kWasKnown) << 1;
+  static_assert(CodeAccount::kTurnsX == CodeAccount::kWasKnown << 1);
+  code.flags |= CodeAccount::kIsSet | ((kinds & kXBit) != 0 ? ofX : CodeAccount::kWasKnown) |
+                (kinds != kXBit ? CodeAccount::kHasOtherThanX : 0U);
+  account_.repeated += repeats ? isCounted : 0;
+  account_.facts.changes += isCounted;
+  account_.facts.unknown += 1 - isCounted;
+  if (account_.facts.stamps == 0 && !isUnknown) account_.beforeFirstStamp.Add(Line(), "");
 }
 
 void BodyCheck::Scalar(std::uint32_t codeId, char value) {
@@ -164,37 +197,6 @@ void BodyCheck::CheckItemBefore(std::uint64_t line) {
   if (!isAfterItem_) account_.definitionsEnd = line;
   if (last_ == ItemKind::Stamp) account_.sharedStamps.Add(line, StampText(lastTick_));
   if (last_ == ItemKind::Command) account_.sharedCommands.Add(line, "");
-}
-
-/// A value: its fingerprint, the kinds of its bits, and whether it is a scalar's x or z.
-void BodyCheck::TakeValue(std::uint32_t codeId, std::uint32_t value, unsigned kinds,
-                          bool isUnknown) {
-  CodeAccount& code = account_.codes[codeId];
-  const bool isOn = account_.dumping.isOn() != 0;
-  const bool repeats = code.last == value;
-  if (code.last == 0) {
-    code.first = value;
-    code.firstCounts = isOn && !isUnknown;
-  }
-  code.last = value;
-  if (!isOn) return;
-  // The x that a signal starts from says nothing about its activity.
-  if (!isUnknown || code.isSet) {
-    ++(isUnknown ? code.unknown : code.counted);
-  } else {
-    code.startsUnknown = true;
-  }
-  code.isSet = true;
-  account_.repeated += repeats && !isUnknown ? 1 : 0;
-  if ((kinds & kXBit) == 0) {
-    code.wasKnown = true;
-  } else {
-    code.hasX = true;
-    code.turnsX = code.turnsX || code.wasKnown;
-  }
-  code.hasOtherThanX = code.hasOtherThanX || kinds != kXBit;
-  ++(isUnknown ? account_.facts.unknown : account_.facts.changes);
-  if (account_.facts.stamps == 0 && !isUnknown) account_.beforeFirstStamp.Add(Line(), "");
 }
 
 }  // namespace orsa::kesncd

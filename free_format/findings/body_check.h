@@ -25,6 +25,7 @@ class BodyCheck {
   /// that was read wrongly.
   void ReadItems(DumpItems& items);
 
+  void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&account_.codes[codeId], 1); }
   void Scalar(std::uint32_t codeId, char value);
   void Vector(std::uint32_t codeId, std::string_view value);
   void Real(std::uint32_t codeId, std::string_view value);

@@ -108,10 +108,11 @@ bool IsOftenUnknown(const CodeAccount& code) {
 void FindInValues(const Declarations& declarations, const BodyAccount& body, Findings& findings) {
   findings.Add(FindingKind::Unknown, Signals(declarations, body, IsOftenUnknown));
   findings.Add(FindingKind::StaysUnknown, Signals(declarations, body, [](const CodeAccount& code) {
-                 return !code.hasOtherThanX;  // also where it is given no value
+                 return !code.Is(CodeAccount::kHasOtherThanX);  // also where it is given no value
                }));
-  findings.Add(FindingKind::TurnsUnknown,
-               Signals(declarations, body, [](const CodeAccount& code) { return code.turnsX; }));
+  findings.Add(FindingKind::TurnsUnknown, Signals(declarations, body, [](const CodeAccount& code) {
+                 return code.Is(CodeAccount::kTurnsX);
+               }));
   findings.Add(FindingKind::UnknownBits, body.unknownBits);
   if (body.dumping.OffTicks() == 0) return;
   Tally off = body.offStretches;
