@@ -1,7 +1,6 @@
 // From a dump's bytes to the activity of its bits.
 #include "activity/activity_run.h"
 
-#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
@@ -102,23 +101,9 @@ ActivityResult FinishActivity(Declarations declarations, ActivityPart part, Item
   return Finish(start, std::move(part), std::move(items));
 }
 
-/// Of the whole machine, not what is free: what is free changes while a dump is read.
-std::uint64_t MemoryBytes() {
-  const long pages = sysconf(_SC_PHYS_PAGES);
-  const long page = sysconf(_SC_PAGESIZE);
-  if (pages <= 0 || page <= 0) return UINT64_MAX;
-  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page);
-}
-
 /// Swapping would take longer than anybody waits, so it is not counted on.
 std::uint64_t MostBitsInMemory() {
   return MemoryBytes() / kBytesPerBit;
-}
-
-/// The sum of the parts and other programs need memory too.
-unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs) {
-  const std::uint64_t most = MemoryBytes() / 4 / std::max<std::uint64_t>(bytesOfEach, 1);
-  return static_cast<unsigned>(std::max<std::uint64_t>(std::min<std::uint64_t>(most, jobs), 1));
 }
 
 /// First what could not be read, then what the figures leave out.

@@ -59,14 +59,9 @@ ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options);
 ActivityResult FinishActivity(Declarations declarations, ActivityPart part, ItemTallies items,
                               const ActivityOptions& options);
 
-/// Of this machine. In bytes; the largest number there is where the system does not say.
-std::uint64_t MemoryBytes();
 /// How many bits the memory of this machine holds the activity of. A generous guess, in order to
 /// refuse what cannot end well.
 std::uint64_t MostBitsInMemory();
-/// As many threads as may be used, at least one, but no more than take a quarter of the memory when
-/// each has so many bytes. Never more than `jobs`.
-unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs);
 
 /// What a user of the figures must know, the gravest first. Sentences that go on after "x.vcd: ",
 /// without a full stop.

@@ -17,10 +17,9 @@ void HostPart::Add(const TickWindow& bounds, const HostPart& next) {
   AddCodes(next);
   repeated += next.repeated;
   opensOff = opensOff || next.opensOff;
-  // Ticks without dumping add up; all else of it is as `next` left it.
-  const std::uint64_t offBefore = dumping.offTicks;
-  dumping = next.dumping;
-  dumping.offTicks += offBefore;
+  DumpingTime time(dumping);
+  time.Join(DumpingTime(next.dumping));
+  dumping = time.state();
   // Stamps and the span are of both, the rest as `next` ended.
   const WindowState before = window;
   window = next.window;

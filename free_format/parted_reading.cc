@@ -1,9 +1,24 @@
 // Threads for the stretches of a dump.
 #include "free_format/parted_reading.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <thread>
 
 namespace orsa::kesncd {
+
+std::uint64_t MemoryBytes() {
+  const long pages = sysconf(_SC_PHYS_PAGES);
+  const long page = sysconf(_SC_PAGESIZE);
+  if (pages <= 0 || page <= 0) return UINT64_MAX;
+  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page);
+}
+
+unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs) {
+  const std::uint64_t most = MemoryBytes() / 4 / std::max<std::uint64_t>(bytesOfEach, 1);
+  return static_cast<unsigned>(std::max<std::uint64_t>(std::min<std::uint64_t>(most, jobs), 1));
+}
 
 std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, std::size_t first) {
   std::vector<std::uint64_t> ends;

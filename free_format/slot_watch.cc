@@ -8,29 +8,68 @@ namespace orsa::kesncd {
 
 namespace {
 
-double StampIn(const std::string& slot) {
-  double ticks = 0;
-  (void)std::from_chars(slot.data(), slot.data() + slot.size(), ticks);
-  return ticks;
+/// How many digits a text begins with: few, so that a search would take longer than a loop.
+std::size_t DigitsOf(std::string_view text) {
+  std::size_t length = 0;
+  while (length < text.size() && text[length] >= '0' && text[length] <= '9') ++length;
+  return length;
+}
+
+double NumberIn(const std::string& digits) {
+  double number = 0;
+  (void)std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return number;
 }
 
 }  // namespace
 
+double SlotWatch::Stamp::ReadAs(double ticks) const {
+  const double shared = NumberIn(digits[kShared].text);
+  return shared != ticks ? shared : NumberIn(digits[kOwn].text);
+}
+
 void SlotWatch::PutDigits(std::string_view stamp) {
-  const std::string_view digits = stamp.substr(0, stamp.find_first_not_of("0123456789"));
-  Put(shared_, digits, false);
-  Put(own_, digits, false);
+  const std::string_view digits = stamp.substr(0, DigitsOf(stamp));
+  for (std::string& slot : slots_) Put(slot, digits, false);
 }
 
 void SlotWatch::Put(std::string& slot, std::string_view word, bool isEnded) {
-  if (slot.size() <= word.size()) slot.resize(word.size() + 1);
+  const std::size_t written = word.size() + (isEnded ? 1 : 0);
+  if (slot.size() < written) slot.resize(written);
   std::copy(word.begin(), word.end(), slot.begin());
   if (isEnded) slot[word.size()] = '\0';
 }
 
-double SlotWatch::StampFor(double ticks) const {
-  const double shared = StampIn(shared_);
-  return shared != ticks ? shared : StampIn(own_);
+void SlotWatch::AppendDigits(std::string_view slot, Stamp::Digits& digits) {
+  if (slot.size() <= digits.text.size()) return;
+  slot.remove_prefix(digits.text.size());
+  const std::size_t length = DigitsOf(slot);
+  digits.text.append(slot, 0, length);
+  digits.isOpen = length == slot.size();
+}
+
+void SlotWatch::NoteStamp(Stamp& stamp) const {
+  for (std::size_t i = 0; i < slots_.size(); ++i) {
+    stamp.digits[i].text.clear();
+    stamp.digits[i].isOpen = true;
+    AppendDigits(slots_[i], stamp.digits[i]);
+  }
+}
+
+SlotWatch::Stamp SlotWatch::Completed(Stamp stamp) const {
+  for (std::size_t i = 0; i < slots_.size(); ++i) {
+    if (stamp.digits[i].isOpen) AppendDigits(slots_[i], stamp.digits[i]);
+  }
+  return stamp;
+}
+
+void SlotWatch::LayOver(const SlotWatch& later) {
+  index_ = later.index_;
+  for (std::size_t i = 0; i < slots_.size(); ++i) {
+    const std::string& text = later.slots_[i];
+    if (slots_[i].size() < text.size()) slots_[i].resize(text.size());
+    std::copy(text.begin(), text.end(), slots_[i].begin());
+  }
 }
 
 }  // namespace orsa::kesncd

@@ -21,7 +21,7 @@
 #include <unordered_set>
 
 #include "cli/commands/commands.h"
-#include "cli/input/reading_threads.h"
+#include "cli/input/dump_check.h"
 #include "cli/selection/signal_choice.h"
 #include "free_format/findings/dump_findings.h"
 #include "text/failure.h"
@@ -140,12 +140,8 @@ ExitStatus RunLook(const InputOptions& input) {
   // No window: a first look is at all of it.
   const Figures figures = ReadFigures({input, {}});
   UnpackedSource dump = OpenDump(input);
-  // The check reads a stream, which cannot be cut into parts; what can be done by another thread is
-  // the unpacking of a packed dump.
-  (void)UseThreads(input, dump);
-  const DumpCheck check = CheckDump(*dump.bytes, figures.dump, dump.packing);
-  // Ends the progress line before the result is written on the same terminal.
-  dump.bytes.reset();
+  // Also ends the progress line, before the result is written on the same terminal.
+  const DumpCheck check = CheckDumpOf(input, dump);
   const Declarations& declarations = figures.run.declarations;
   const std::vector<std::string> modules = ModulesWithVariables(declarations);
   const std::string top = declarations.PathOf(OutermostWithVariables(declarations));

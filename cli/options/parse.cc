@@ -47,13 +47,13 @@ std::size_t Distance(const std::string& from, const std::string& to) {
 std::string Meant(const std::string& word, const std::vector<std::string>& known) {
   // Two slips: a swapped pair of letters counts as two.
   constexpr std::size_t kSlips = 2;
-  constexpr std::size_t kLongest = 40;  // longer words are no slips
+  constexpr std::size_t kLongestWord = 40;  // longer words are no slips
   std::string nearest;
   // Two slips from four letters on, one in two or three letters, none in a single one.
   std::size_t least = std::min(kSlips + 1, word.size() / 2 + 1);
   // The first of equally near ones.
   for (const std::string& candidate : known) {
-    const std::size_t distance = word.size() > kLongest ? least : Distance(word, candidate);
+    const std::size_t distance = word.size() > kLongestWord ? least : Distance(word, candidate);
     if (distance < least) nearest = candidate, least = distance;
   }
   return nearest.empty() ? "" : "; did you mean " + nearest + "?";

@@ -194,20 +194,4 @@ std::vector<Finding> Findings::Sorted() && {
   return std::move(found_);
 }
 
-DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing,
-                    std::size_t block) {
-  DumpWords words(in, block, block / 4);
-  SlotWatch watch;
-  words.Show(watch);
-  DumpCheck check{ReadDeclarations(words, name), {}, {}};
-  Findings findings;
-  findings.Add(FindingKind::Packed, !packing.empty(), 0, packing);
-  FindInDeclarations(check.declarations, findings);
-  FindInNames(check.declarations, findings);
-  check.body = FindInBody(words, watch, check.declarations, findings);
-  findings.Add(FindingKind::ControlBytes, words.Controls());
-  check.findings = std::move(findings).Sorted();
-  return check;
-}
-
 }  // namespace orsa::kesncd
