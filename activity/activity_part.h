@@ -101,7 +101,7 @@ class ActivityPart {
   void Finish(const CodeBits& codes, const ActivityWindow& window, ActivityResult& result) &&;
 
  private:
-  // Both parts have switches; see the definition.
+  /// Both parts have switches; see the definition.
   void AddSwitched(const CodeBits& codes, ActivityPart&& next);
   ObservedPiece* OpenPiece();
   void Pause(std::uint64_t ticks);

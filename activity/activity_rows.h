@@ -59,7 +59,7 @@ struct SignalRow {
   /// Whether the scope declared the bit before under this name and code: it has one row only. The
   /// same name twice for one code is one thing, whatever wrote it twice; for two codes it is two.
   bool IsRepeated(std::uint32_t bit) const { return repeated != nullptr && (*repeated)[bit]; }
-  // Every bit was declared before, so there is no row at all.
+  /// Every bit was declared before, so there is no row at all.
   bool IsWhollyRepeated() const;
 };
 
@@ -91,12 +91,12 @@ class ActivityRows {
   std::vector<bool> ScopesIn(std::uint32_t scope) const;
 
  private:
-  // Neither reals and the like nor variables without a width.
+  /// Neither reals and the like nor variables without a width.
   bool HasBits(const DumpVariable& variable) const {
     return variable.width > 0 && typeHasBits_[variable.typeId];
   }
   SignalRow RowOf(std::uint32_t variableId) const;
-  // In the constructor: which variables have bits that were declared before.
+  /// In the constructor: which variables have bits that were declared before.
   void FindRepeated();
   void FindRepeatedIn(std::span<const std::uint32_t> sameCode);
 

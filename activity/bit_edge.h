@@ -58,11 +58,11 @@ class BitEdge {
 
   constexpr BitEdge() = default;  // of a bit without a value: it is x, but was not given it
 
-  // Whether any value was given, also x.
+  /// Whether any value was given, also x.
   bool IsSeen() const { return bits_ != kUnseen; }
-  // A Level; kUnknown for a bit without a value.
+  /// A Level; kUnknown for a bit without a value.
   unsigned level() const { return bits_ & kLevel; }
-  // Whether it was ever 0 or 1.
+  /// Whether it was ever 0 or 1.
   bool HasKnown() const { return (bits_ & kHasKnown) != 0; }
   /// The last known value; only where there is one.
   bool known() const { return (bits_ & kKnown) != 0; }

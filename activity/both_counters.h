@@ -27,7 +27,7 @@ class BothCounters {
                const TickWindow& hostWindow = {})
       : activity_(codes, window), host_(codes.codes(), hostWindow) {}
 
-  // What ReadBody calls for each item of the body, in the file's order.
+  /// What ReadBody calls for each item of the body, in the file's order.
   void Fetch(std::uint32_t codeId) const {
     activity_.Fetch(codeId);
     host_.Fetch(codeId);
@@ -40,7 +40,7 @@ class BothCounters {
     activity_.Vector(codeId, value);
     host_.Vector(codeId, value);
   }
-  // Reals have no bits, so only hosts count them.
+  /// Reals have no bits, so only hosts count them.
   void Real(std::uint32_t codeId, std::string_view value) { host_.Real(codeId, value); }
   void Stamp(std::uint64_t ticks) {
     activity_.Stamp(ticks);
@@ -50,16 +50,16 @@ class BothCounters {
     activity_.Command(command);
     host_.Command(command);
   }
-  // The end of $dumpvars and the like changes nothing for either.
+  /// The end of $dumpvars and the like changes nothing for either.
   void SectionEnd() {}
-  // The whole body is read, whatever the window.
+  /// The whole body is read, whatever the window.
   bool IsDone() const { return false; }
   /// Whether a stretch that `next` counted adds up with this one: only if it does for both.
   bool Precedes(const BothCounters& next) const {
     return activity_.Precedes(next.activity_) && host_.Precedes(next.host_);
   }
 
-  // To be taken apart after the reading, see BodyPart and BothRuns.
+  /// To be taken apart after the reading, see BodyPart and BothRuns.
   ActivityCounter& activity() { return activity_; }
   HostCounting& host() { return host_; }
 

@@ -31,7 +31,7 @@ class HostCounter {
   /// HostPart::Add.
   explicit HostCounter(HostPart&& part) : part_(std::move(part)), dumping_(part_.dumping) {}
 
-  // Fetches the code's count before it is needed: in a large dump it is in no cache.
+  /// Fetches the code's count before it is needed: in a large dump it is in no cache.
   void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&part_.codes[codeId], 1); }
   void Scalar(std::uint32_t codeId, char value) {
     // Without branches: which value a signal gets next cannot be predicted. '0' and '1' are the
@@ -39,19 +39,19 @@ class HostCounter {
     Count(codeId, static_cast<unsigned char>(value),
           static_cast<std::uint32_t>(value <= '1') & dumping_.isOn());
   }
-  // A vector's value is kept as a fingerprint: long values would need memory in proportion to
-  // buses.
+  /// A vector's value is kept as a fingerprint: long values would need memory in proportion to
+  /// buses.
   void Vector(std::uint32_t codeId, std::string_view value) {
     Count(codeId, Fingerprint(value), dumping_.isOn());
   }
   void Real(std::uint32_t codeId, std::string_view value) { Vector(codeId, value); }
-  // $dumpoff and $dumpon, which end and begin counting.
+  /// $dumpoff and $dumpon, which end and begin counting.
   void Command(Keyword command) { dumping_.Take(command); }
   void SectionEnd() {}
   void Stamp(std::uint64_t ticks) { dumping_.Stamp(ticks); }
 
-  // Before a window each signal has no more than its initial value, which counts once. A later
-  // value before the window replaces the one before.
+  /// Before a window each signal has no more than its initial value, which counts once. A later
+  /// value before the window replaces the one before.
   void RememberScalar(std::uint32_t codeId, char value) {
     Remember(codeId, static_cast<unsigned char>(value), value <= '1' ? 1U : 0U);
   }
@@ -68,7 +68,7 @@ class HostCounter {
     for (HostPart::Code& code : part_.codes) code.changes = 0;
   }
 
-  // For looking at what was counted so far.
+  /// For looking at what was counted so far.
   const HostPart& part() const { return part_; }
   /// What was counted. The counter is used up. `window` is how far the body was read, which parts
   /// that follow have to know.
@@ -121,7 +121,7 @@ class HostCounting {
   HostCounting(const HostCounting&) = delete;
   HostCounting& operator=(const HostCounting&) = delete;
 
-  // What ReadBody calls; the window decides what of it reaches the counter.
+  /// What ReadBody calls; the window decides what of it reaches the counter.
   void Fetch(std::uint32_t codeId) const { body_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) { body_.Scalar(codeId, value); }
   void Vector(std::uint32_t codeId, std::string_view value) { body_.Vector(codeId, value); }
@@ -129,7 +129,7 @@ class HostCounting {
   void Command(Keyword command) { body_.Command(command); }
   void SectionEnd() { body_.SectionEnd(); }
   void Stamp(std::uint64_t ticks) { body_.Stamp(ticks); }
-  // True after the window's end: ReadBody may stop.
+  /// True after the window's end: ReadBody may stop.
   bool IsDone() const { return body_.IsDone(); }
 
   /// Whether what another one took from a stretch that begins with a stamp adds to what this took.

@@ -44,14 +44,14 @@ class RunMerger {
   /// run. After a failure the merger is of no more use.
   void Add(ActivityResult run, const std::string& name);
 
-  // Names, in the order of Add.
+  /// Names, in the order of Add.
   const std::vector<std::string>& runs() const { return runs_; }
   // Variables of the sum so far.
   std::uint64_t signals() const { return slots_.size(); }
   /// The runs that lack names which others have. In the order of Add; a run that has all names is
   /// not in it.
   std::vector<LackingRun> Lacking() const;
-  // By scope of the sum, whose number 0 is the whole dump.
+  /// By scope of the sum, whose number 0 is the whole dump.
   const std::vector<BusiestRun>& busiest() const { return busiest_; }
   /// The sum; bits that a run lacks were observed for less than the sum's observed time. Once,
   /// last.
@@ -83,7 +83,7 @@ class RunMerger {
   // No code.
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
-  // The steps of Add, in the order in which they are called.
+  /// The steps of Add, in the order in which they are called.
   void AlignTicks(ActivityResult& run);
   void AddFacts(const ActivityResult& run);
   std::vector<std::uint32_t> AddScopes(const Declarations& declarations);

@@ -13,6 +13,7 @@
 
 namespace orsa::kesncd {
 
+/// What a database says of itself, in its table `run`.
 struct StoredFacts {
   std::string dump;                // what it was called when it was counted
   std::string program;             // the version of the program that counted
@@ -24,6 +25,7 @@ struct StoredFacts {
   std::uint64_t dumpSample = 0;    // the same for the same dump, wherever it is
 };
 
+/// Figures by code and bit, with the declarations that give them names.
 struct StoredRun {
   StoredFacts facts;
   ActivityResult exact;

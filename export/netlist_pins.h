@@ -148,7 +148,7 @@ class NetlistPins {
   std::uint32_t NetOf(const Instance& instance, NetId net) const {
     return net < kFirstNet ? net : instance.firstNet + (net - kFirstNet);
   }
-  // The steps of the constructor, in this order.
+  /// The steps of the constructor, in this order.
   const NetlistModule& TopModule(const std::string& wanted) const;
   void CheckSize(const NetlistModule& top) const;
   std::uint32_t ScopeOf(const NetlistModule& top) const;

@@ -83,7 +83,7 @@ struct ReportChoice {
   std::vector<std::uint32_t> signals;     // in the source's
 
  private:
-  // In this order: each goes by the lists before it.
+  /// In this order: each goes by the lists before it.
   void ListModules(const ReportSource& source, const ReportLimits& limits);
   void ListCourses(const ReportSource& source, const ReportLimits& limits);
   void ListSignals(const ReportSource& source, const ReportLimits& limits);

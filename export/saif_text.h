@@ -112,13 +112,13 @@ class SaifStream {
   void Finish();
 
  private:
-  // Blanks for the depth that is open.
+  /// Blanks for the depth that is open.
   void Indent();
-  // Ends "(NET" of the open instance, if it has one.
+  /// Ends "(NET" of the open instance, if it has one.
   void CloseNets();
-  // One line of its own, indented.
+  /// One line of its own, indented.
   void Line(std::string_view text);
-  // " (T0 20)", the time between two points of the observed time.
+  /// " (T0 20)", the time between two points of the observed time.
   void Time(std::string_view key, std::uint64_t begin, std::uint64_t end);
   void Flush();
 

@@ -36,7 +36,7 @@ class DumpFeed {
   void Finish();
 
  private:
-  // The thread's work; nothing may leave it but by failure_.
+  /// The thread's work; nothing may leave it but by failure_.
   void Run(const std::function<void(ByteSink&)>& write, int writeEnd) noexcept;
   void Join();
 

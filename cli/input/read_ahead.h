@@ -41,7 +41,7 @@ class ReadAheadSource : public ByteSource {
     std::size_t held = 0;
   };
 
-  // The thread's work.
+  /// The thread's work.
   void Run();
 
   const std::unique_ptr<ByteSource> source_;

@@ -160,10 +160,10 @@ class Command {
   std::function<ExitStatus()> run;
 
  private:
-  // What all Add functions come down to: flags as one text, cut at commas; none make an operand.
+  /// What all Add functions come down to: flags as one text, cut at commas; none make an operand.
   Option& Add(const std::string& flags, const std::string& value, const std::string& help,
               std::function<void(const std::string&)> take);
-  // With a template around it that knows the target's type.
+  /// With a template around it that knows the target's type.
   Option& AddWhole(const std::string& flags, const std::string& value, CountRange range,
                    const std::string& help, std::function<void(std::int64_t)> set);
   Option& AddWord(const std::string& flags, std::vector<std::string> words, const std::string& help,

@@ -36,7 +36,7 @@ Format ChosenFormat(const std::optional<Format>& asked, const std::string& path,
     if (word == ending) return format;
     words.push_back(word);
   }
-  // No such format here; perhaps it is one of another command's.
+  /// No such format here; perhaps it is one of another command's.
   RefuseOtherEnding(path, words);
   return otherwise;
 }

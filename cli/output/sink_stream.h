@@ -20,7 +20,7 @@ namespace orsa::kesncd::cli {
 /// purpose.
 class SinkStream : private std::streambuf, public std::ostream {
  public:
-  // The buffer comes first among the base classes, so it is there when the stream is given it.
+  /// The buffer comes first among the base classes, so it is there when the stream is given it.
   explicit SinkStream(ByteSink& sink) : std::ostream(this), sink_(sink) {
     exceptions(std::ios::badbit);  // without it a failure of the sink would be forgotten
   }
@@ -40,7 +40,7 @@ class SinkStream : private std::streambuf, public std::ostream {
     if (block_.size() >= kBlock) Finish();
     return size;
   }
-  // For single characters, as there is no area of the buffer's own to put them into.
+  /// For single characters, as there is no area of the buffer's own to put them into.
   int overflow(int c) override {
     if (c != EOF) {
       const char character = static_cast<char>(c);
