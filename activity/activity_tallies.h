@@ -17,13 +17,13 @@ namespace orsa::kesncd {
 template <class Result, class Visit>
 void ForEachTally(Result& result, Visit visit) {
   auto& items = result.notes.items;
-  /// Of variables.
+  // Of variables.
   visit("types_without_bits", result.notes.typesWithoutBits);
   visit("without_width", result.notes.withoutBits);
-  /// Of declarations: see Declarations.
+  // Of declarations: see Declarations.
   visit("malformed", result.declarations.malformed);
   visit("unbalanced", result.declarations.unbalanced);
-  /// Of the body: see ItemTallies.
+  // Of the body: see ItemTallies.
   visit("weak", items.weak);
   visit("ports", items.ports);
   visit("strings", items.strings);

@@ -131,7 +131,6 @@ void CheckPart(const ExactOptions& options) {
   }
 }
 
-/// The three results of a reading: a part, a database, or figures in a format for readers.
 ExitStatus RunActivity(const ExactOptions& options) {
   // Before the reading, which may take long: an output that is an input would end it.
   CheckExactPlaces({options.input.dump, options.clock.sdc}, options);
@@ -181,7 +180,6 @@ void AddActivityCommand(CommandLine& line) {
   command.check = [options] {
     CheckExactOptions(*options);
     CheckPart(*options);
-    // Parsed here for its error only; ClockCheck parses it again when it is needed.
     if (!options->clock.clock.empty()) (void)DesignClockOf(options->clock.clock);
   };
   command.run = [options] { return RunActivity(*options); };

@@ -13,7 +13,6 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-/// Counts a dump. One reading gives all that is wanted, since a pipe cannot be read twice.
 StoredRun CountRun(const ExactInput& options) {
   StoredRun run;
   // What a database of this run will say of itself.
@@ -50,7 +49,6 @@ StoredRun ReadExactRun(const ExactInput& options) {
   // Null for a dump. A database that is corrupt throws.
   const std::unique_ptr<ActivityDatabase> database = OpenDatabase(options.input, options.window);
   StoredRun run = database ? database->ReadAll() : CountRun(options);
-  // Notes are part of what a database stores, so its remarks are those of the dump.
   for (const std::string& remark : RemarksOn(run.exact)) Remark(NameOf(options.input), remark);
   return run;
 }

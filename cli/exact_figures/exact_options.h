@@ -39,7 +39,6 @@ struct ExactOptions {
   ExactFormat format = ExactFormat::Table;  // set before anything is read
   OutputOptions output;                     // whose format is set for rows
   std::optional<PartChoice> part;           // of the dump, instead of all of it
-  // --clock and --sdc.
   ClockOptions clock;
   // --time-unit, for Tcl: the unit that toggles are counted in.
   std::optional<std::uint64_t> timeUnit;  // femtoseconds

@@ -63,10 +63,8 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
 
 std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations,
                                                 const std::string& dump) {
-  // Of an earlier dump, if there was one.
   for (Clock& clock : clocks_) clock.isFound = false;
   std::vector<std::uint32_t> codes;
-  // Nothing was asked for: a proposal.
   if (clocks_.empty()) {
     FindByName(declarations, codes);
     return codes;

@@ -56,7 +56,6 @@ class ReportClocks {
   // Paths, as the constructor got them.
   std::string sdc_;
   std::string timing_;
-  // In the order in which they are shown.
   std::vector<Clock> clocks_;
 };
 
