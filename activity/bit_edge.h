@@ -77,7 +77,7 @@ class BitEdge {
   /// bit becomes; the same level again is no change and counts nothing.
   Counted Take(unsigned level, bool counts) {
     if (level >= kUnknown) {
-      // X and z only change the level, and x is remembered until the next known value.
+      // x and z only change the level, and x is remembered until the next known value.
       const auto kept = IsSeen() ? bits_ & ~kLevel : 0U;
       // The mark of an unseen bit is dropped with its first value.
       bits_ = static_cast<std::uint8_t>(kept | level | (level == kUnknown ? kTouched : 0U));
@@ -120,7 +120,7 @@ class BitEdge {
       bits_ = static_cast<std::uint8_t>((bits_ & ~kLevel) | (next.bits_ & (kLevel | kTouched)));
       return {};
     }
-    // X before the cut or after it.
+    // x before the cut or after it.
     const bool isTouched = IsTouched() || next.IsTouchedBefore();
     const auto later = next.bits_ & (kLevel | kHasKnown | kKnown | kTouched);
     if (!HasKnown()) {

@@ -58,7 +58,7 @@ ValueWord ReadLane(__m128i text) {
   // Nearly all values are of 0 and 1 alone.
   if (isBinary == 0xFFFF) [[likely]]
     return {MaskOf(lastBits), 0};
-  // X and X, z and Z: small letters have this bit.
+  // x and X, z and Z: small letters have this bit.
   const __m128i small = _mm_or_si128(text, _mm_set1_epi8(0x20));
   const std::uint64_t isX = MaskOf(_mm_cmpeq_epi8(small, _mm_set1_epi8('x')));
   const std::uint64_t isZ = MaskOf(_mm_cmpeq_epi8(small, _mm_set1_epi8('z')));

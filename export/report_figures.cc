@@ -34,7 +34,7 @@ class JsonText {
     Key(key);
     String(text);
   }
-  // Null where nothing is known.
+  // null where nothing is known.
   void Member(std::string_view key, const std::optional<double>& value) {
     Key(key);
     Measured(value);

@@ -55,7 +55,7 @@ std::uint64_t ObservedSoFar(const ToggleCounter& toggles) {
 
 /// A rising edge is a known 1 after a known 0, with whatever between them.
 void ClockRows::Value(const std::vector<ValueWord>& value) {
-  // X or z: what was known stays known.
+  // x or z: what was known stays known.
   if ((value.front().unknown & 1) != 0) return;
   const auto level = static_cast<unsigned>(value.front().high & 1);
   // The step's toggles belong to the row that ends with it.

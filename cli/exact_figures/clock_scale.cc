@@ -80,7 +80,7 @@ DesignClock DesignClockOf(const std::string& text) {
 }
 
 ClockCheck::ClockCheck(const ClockOptions& options)
-    // FindIn and ScaleOf rely on the order: the clock to scale to stands first.
+    // FindIn and ScaleOf rely on the order: the clock to scale to comes first.
     : scales_(!options.clock.empty()), sdc_(options.sdc) {
   if (scales_) clocks_.push_back(DesignClockOf(options.clock));
   if (sdc_.empty()) return;

@@ -18,7 +18,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// The words of --format. Db stands last, which FormatOf relies on.
+// The words of --format. Db is last, which FormatOf relies on.
 const std::vector<std::pair<std::string, ExactFormat>>& ExactFormats() {
   static const std::vector<std::pair<std::string, ExactFormat>> kFormats{
       {"table", ExactFormat::Table}, {"csv", ExactFormat::Csv}, {"json", ExactFormat::Json},

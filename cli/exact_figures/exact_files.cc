@@ -107,7 +107,7 @@ TclRates RatesOf(const ExactRun& run, const ExactOptions& options) {
 void SayOfSaif(const ExactRun& run, const ExactOptions& options, const SaifReport& report) {
   if (!report.joined.empty()) {
     Remark(run.dump, "its top-level scopes " + ShortList(report.joined) +
-                         // As in "kesncd activity x.vcd --format saif" where a package stands
+                         // As in "kesncd activity x.vcd --format saif" where a package is
                          // beside the test bench.
                          " are put into one instance, " + report.root + "; --scope takes one");
   }

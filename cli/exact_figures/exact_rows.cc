@@ -37,7 +37,7 @@ Facts FactsOf(const ExactRun& run, const std::string& per) {
   Facts facts{{"dump", run.origin},
               {"figures", std::string("exact")},
               {"per", per},
-              // Null for the whole dump, which has no path.
+              // null for the whole dump, which has no path.
               {"scope", scope.empty() ? Cell() : Cell(scope)},
               {"tick_fs", result.tick ? Cell(WideCount{*result.tick}) : Cell()},
               // 64 bits without a sign, which a signed count cannot hold.
@@ -189,7 +189,7 @@ class ExactRows {
     for (std::uint32_t scope = Declarations::kDump + 1; scope < sums.size(); ++scope) {
       // Scopes without bits, of reals only say, have no figures.
       if (!inside[scope] || sums[scope].bits == 0 || !Wants(sums[scope])) continue;
-      // A module's row stands in the scope around it.
+      // A module's row belongs to the scope around it.
       TakeScope(declarations_.scopes[scope].parent);
       const std::string& name = declarations_.scopes[scope].name;
       if (filter_.IsOpen() || filter_.Takes(ScopePath(), name))

@@ -46,7 +46,7 @@ class Commands {
       TakeEscaped(text_[at_++]);
       return false;
     }
-    // A comment stands where a command could begin, and only there.
+    // A comment is allowed where a command could begin, and only there.
     if (c == '#' && words_.empty() && word_.empty()) {
       at_ = std::min(text_.find('\n', at_), text_.size());
       return false;

@@ -30,23 +30,23 @@ bool IsSkippableZstd(std::string_view start) {
          start.substr(1, 3) == "\x2A\x4D\x18"sv;
 }
 
-/// Zlib's inflate for gzip files. Memory is a window of 32 KiB and a block.
+/// zlib's inflate for gzip files. Memory is a window of 32 KiB and a block.
 class GzipSource : public PackedSource {
  public:
   GzipSource(std::unique_ptr<ByteSource> packed, const std::string& name)
       : PackedSource(std::move(packed), name) {
-    // Zlib's way to ask for gzip alone: the largest window, and 16.
+    // zlib's way to ask for gzip alone: the largest window, and 16.
     constexpr int kGzipWindow = 15 + 16;
     if (inflateInit2(&state_, kGzipWindow) != Z_OK) throw std::bad_alloc();
   }
   ~GzipSource() override { (void)inflateEnd(&state_); }
 
   std::size_t Read(char* to, std::size_t most) override {
-    // Zlib counts room in 32 bits.
+    // zlib counts room in 32 bits.
     const auto room = static_cast<uInt>(std::min<std::size_t>(most, kBlock));
     state_.next_out = reinterpret_cast<Bytef*>(to);
     state_.avail_out = room;
-    // Inflate may take input for a while before it gives any output.
+    // inflate may take input for a while before it gives any output.
     while (state_.avail_out == room) {
       if (state_.avail_in == 0 && !Refill()) break;
       Inflate();
@@ -152,7 +152,7 @@ UnpackedSource Unpack(std::unique_ptr<ByteSource> source, const std::string& nam
   }
   if (first.starts_with(kXz)) return {MakeXzSource(std::move(whole), name), "xz", {}, {}};
   if (first.starts_with(kBzip2)) return {MakeBzip2Source(std::move(whole), name), "bzip2", {}, {}};
-  // Whatever it is, it is read as it stands.
+  // Whatever it is, it is read as it is.
   return {std::move(whole), "", {}, {}};
 }
 

@@ -16,7 +16,7 @@ constexpr std::size_t kWidth = 80;
 std::string Wrapped(const std::string& text) {
   std::string out;
   std::size_t column = kColumn;
-  // Word by word: one that is longer than a line stands alone on one.
+  // Word by word: one that is longer than a line is alone on one.
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t end = std::min(text.find(' ', at), text.size());
     if (at > 0 && column + 1 + (end - at) >= kWidth) {

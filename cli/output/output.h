@@ -54,7 +54,7 @@ class OutputFile : public ByteSink {
  private:
   // Where all bytes go in the end.
   WholeFile file_;
-  // At most one of these two stands before file_.
+  // At most one of these two is in front of file_.
   std::optional<TerminalSink> terminal_;
   std::optional<GzipSink> packed_;
 };

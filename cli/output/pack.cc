@@ -17,10 +17,10 @@ struct GzipSink::State {
 };
 
 GzipSink::GzipSink(ByteSink& to) : to_(to), state_(std::make_unique<State>()) {
-  // Zlib's way to ask for gzip rather than its own format: 16 is added to the window's bits. A
+  // zlib's way to ask for gzip rather than its own format: 16 is added to the window's bits. A
   // header that is not set holds no time, which is why the same result always has the same bytes.
   constexpr int kGzipWindow = 15 + 16;
-  // Zlib's default, 256 KiB of working memory.
+  // zlib's default, 256 KiB of working memory.
   constexpr int kMemory = 8;
   if (deflateInit2(&state_->stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, kGzipWindow, kMemory,
                    Z_DEFAULT_STRATEGY) != Z_OK) {
@@ -47,7 +47,7 @@ void GzipSink::Finish() {
 
 void GzipSink::Pack(std::string_view bytes, bool isEnd) {
   z_stream& stream = state_->stream;
-  // Zlib's interface is older than const; it only reads.
+  // zlib's interface is older than const; it only reads.
   stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
   stream.avail_in = static_cast<uInt>(bytes.size());
   do {

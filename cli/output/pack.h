@@ -24,7 +24,7 @@ class GzipSink : public ByteSink {
   void Finish();
 
  private:
-  // Zlib's stream and a block of packed bytes, kept out of this header.
+  // zlib's stream and a block of packed bytes, kept out of this header.
   struct State;
 
   /// Hands bytes to zlib and what comes out of it to the sink; `isEnd` flushes all.

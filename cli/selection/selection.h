@@ -41,7 +41,7 @@ class PathFilter {
   /// Whether every name passes, so that a caller may save itself making paths.
   bool IsOpen() const { return globs_.empty(); }
   /// Whether one matches the path of something called `name` in a scope. `scopePath` is empty for
-  /// what stands in no scope.
+  /// what is in no scope.
   bool Takes(std::string_view scopePath, std::string_view name) const;
 
  private:
