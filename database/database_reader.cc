@@ -262,6 +262,7 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
   declarations.ended = CountOf("declarations_ended", 1) == 1;
 }
 
+/// What was passed over; a name that this program does not know is left out.
 void ActivityDatabase::ReadTallies(ActivityResult& result) {
   std::map<std::string, Tally> tallies;
   TableReader rows(connection_, "SELECT name, count, line, example FROM tally ORDER BY name",
@@ -279,6 +280,7 @@ void ActivityDatabase::ReadTallies(ActivityResult& result) {
   });
 }
 
+/// The bits' figures, which are most of the file. `observedTicks` and firstBit must be there.
 void ActivityDatabase::ReadBits(ActivityResult& result) {
   TableReader rows(connection_,
                    "SELECT id, t0, t1, tx, tz, tc, ig FROM bit NOT INDEXED ORDER BY id", budget_);

@@ -43,6 +43,8 @@ struct ReportChoices {
   std::string output;
 };
 
+/// In the page's three words. What gives wrong figures only under some readers is a warning; what
+/// leaves figures right is a note.
 ReportFacts::Finding FindingOf(const Finding& finding) {
   const FindingText& text = TextOf(finding.kind);
   std::string severity = "note";
@@ -67,10 +69,13 @@ void CheckDumpFor(const ReportChoices& options, ReportFacts& facts,
   last = check.body.lastTick;
 }
 
+/// Without folders: a report is passed on, and where its dump was is nobody's business.
 std::string FileName(const std::string& path) {
   return std::filesystem::path(path).filename().string();
 }
 
+/// How many pins of the netlist's cells the dump reaches; nothing where no netlist is given. Throws
+/// as NetlistPins does.
 void AddReached(const ReportChoices& options, const ActivityResult& result, ReportFacts& facts) {
   if (options.netlist.empty()) return;
   const Netlist netlist = ReadNetlistOf(options.netlist);

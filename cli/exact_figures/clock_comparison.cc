@@ -28,6 +28,7 @@ std::string Megahertz(double frequency) {
 
 }  // namespace
 
+/// All names in one walk over the declarations.
 std::map<std::string, double> ClocksInDump(const Figures& figures, std::uint32_t top,
                                            const std::map<std::string, double>& clocks) {
   std::vector<std::string> names;
@@ -49,6 +50,7 @@ std::map<std::string, double> ClocksInDump(const Figures& figures, std::uint32_t
   return found;
 }
 
+/// Only what differs is said: a user reads what a remark is about.
 void SayWrongClocks(const std::string& dump, const std::map<std::string, double>& clocks,
                     const std::map<std::string, double>& inDump) {
   for (const auto& [name, promised] : clocks) {

@@ -116,6 +116,7 @@ void AddExactChoices(Command& command, ExactOptions& options) {
   AddLookOptions(command, options.output);
 }
 
+/// Those of SAIF and Tcl first, then those of netlists.
 void AddEstimatorOptions(Command& command, ExactOptions& options) {
   command.AddText("--strip", "PATH", options.strip,
                   "the scope that is the design: the way to it is left out of SAIF and Tcl");
@@ -151,6 +152,7 @@ void CheckExactPlaces(std::vector<std::string> inputs, const ExactOptions& optio
   CheckOutputs(inputs, outputs);
 }
 
+/// Pins go before formats: with a netlist every format has pins in it.
 ExitStatus WriteExact(ExactRun run, const ExactOptions& options) {
   // A scope that is not there fails here: which ones there are is known only after the reading.
   if (!options.scope.empty()) {

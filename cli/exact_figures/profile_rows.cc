@@ -57,7 +57,7 @@ std::string BarOf(std::uint64_t part, std::uint64_t whole) {
 
 /// The rows' columns after those of their own: toggles with their rate, a column for each module in
 /// the scope, and in a table a bar. Calling order: construct, AppendTo for the heading, AppendTo
-/// for each row.
+/// for each row. Which modules have columns is decided in the constructor, the same for all rows.
 class ToggleColumns {
  public:
   ToggleColumns(const ModuleTree& tree, std::vector<std::uint64_t> totals, std::uint64_t most,
@@ -83,6 +83,7 @@ class ToggleColumns {
 
   void AppendTo(std::vector<Column>& columns, const ModuleTree& tree) const {
     columns.insert(columns.end(), {"toggles", "toggles_per_us"});
+    // // Names of columns that are not modules.
     std::set<std::string> taken;
     for (const Column& column : columns) taken.insert(column.name);
     for (const std::uint32_t module : shown_) {
@@ -100,6 +101,7 @@ class ToggleColumns {
     // Of the scope itself.
     const std::uint64_t all = toggles(0);
     row.emplace_back(WideCount{all});
+    // // By the time that was observed, not by the length of the window.
     row.push_back(RateOf(all, observed, base_));
     for (const std::uint32_t module : shown_) row.emplace_back(WideCount{toggles(module)});
     if (isTable_) row.emplace_back(BarOf(all, most_));
@@ -138,7 +140,7 @@ Facts ProfileFacts(const ActivityResult& base, const ProfileSubject& subject,
           {"observed", WideCount{base.observedTicks}}};
 }
 
-/// For a table's last line.
+/// For a table's last line. A column that is missing has to be said: rows of a table look complete.
 std::string HiddenText(std::size_t hidden) {
   if (hidden == 0) return "";
   return "; " + std::to_string(hidden) +
@@ -151,6 +153,8 @@ std::uint64_t SumOf(const std::vector<std::uint64_t>& row) {
 
 }  // namespace
 
+/// In two steps: which modules have columns depends on all windows, so totals come first, then a
+/// row a window.
 ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& subject,
                         const OutputOptions& output) {
   const auto& [base, profile, right] = run;
@@ -189,6 +193,7 @@ ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& su
   return ExitStatus::Done;
 }
 
+/// Rows are in the order of values, as a table of states is read.
 ExitStatus WriteSplit(const ProfileRun<ValueSplit>& run, const ProfileSubject& subject,
                       const OutputOptions& output) {
   // As above, but rows are values.
@@ -319,6 +324,8 @@ class PeakRows {
 
 }  // namespace
 
+/// First all of the scope, then its modules, then its signals, each list with the most active one
+/// first.
 ExitStatus WritePeak(const ProfileRun<Peak>& run, const ActivityResult* inPeak, std::uint32_t scope,
                      std::uint64_t limit, const std::string& dump, const OutputOptions& output) {
   const Declarations& declarations = run.base.declarations;

@@ -68,6 +68,7 @@ void ReadFlat(orsa::kesncd::KesNCD& analyser, DumpInput& input,
   if (!isRead) throw RunFailure(input, message);
 }
 
+/// From the free-format declarations, so also names that the library itself will not meet.
 std::set<std::string> AllNames(const DumpInput& input) {
   std::set<std::string> names;
   for (const DumpVariable& variable : input.declarations().variables) names.insert(variable.name);
@@ -82,6 +83,7 @@ Failure RunFailure(const DumpInput& input, const std::string& libraryMessage) {
   return {FailureKind::NothingMatched, message + "\n" + input.name() + ": " + ModulesOf(input)};
 }
 
+/// The library keeps the time scale and the span in exported variables; a run has just set them.
 Facts HostFacts(const DumpInput& input, const std::string& top) {
   // Only to have one place that knows the facts' names.
   Figures figures{input.name(), {}, true};

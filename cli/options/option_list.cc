@@ -78,6 +78,7 @@ Option& Command::Add(const std::string& flags, const std::string& value, const s
   return (flags.empty() ? operands_ : options_).emplace_back(std::move(option));
 }
 
+/// Listed in the help like any other.
 Option& Command::AddAnswered(const std::string& flags, const std::string& help) {
   // ParseWords and the parser's Take look for it themselves.
   return Add(flags, "", help, [](const std::string&) {});
@@ -88,11 +89,13 @@ Option& Command::AddFlag(const std::string& flags, bool& target, const std::stri
   return Add(flags, "", help, [&target](const std::string&) { target = true; });
 }
 
+/// The text as it was given; what it means is the command's to find out, and to refuse.
 Option& Command::AddText(const std::string& flags, const std::string& value, std::string& target,
                          const std::string& help) {
   return Add(flags, value, help, [&target](const std::string& text) { target = text; });
 }
 
+/// Each time one more; CLI11 gives all of them at once, in the order of the line.
 Option& Command::AddTexts(const std::string& flags, const std::string& value,
                           std::vector<std::string>& target, const std::string& help) {
   Option& option =
@@ -118,6 +121,7 @@ Option& Command::AddOptionalFile(const std::string& flags, const std::string& va
   return option;
 }
 
+/// The value's name is TIME in every help text, so that users learn its form once.
 Option& Command::AddTime(const std::string& flags, std::optional<std::uint64_t>& femtoseconds,
                          const std::string& help) {
   // A bare "0" has no unit, and needs none; anything else must have one.
@@ -192,7 +196,8 @@ Option& Command::AddFileOperands(const std::string& name, std::vector<std::strin
   return option;
 }
 
-// A dozen options at most, looked for once a word: no map is worth it.
+/// A dozen options at most, looked for once a word: no map is worth it. Also used by the parser,
+/// for words that CLI11 would misread.
 const Option* Command::OptionOf(const std::string& flag) const {
   for (const Option& option : options_) {
     for (const std::string& own : option.flags) {

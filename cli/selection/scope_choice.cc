@@ -79,6 +79,7 @@ void FailUnknownScope(const std::string& dump, const Declarations& declarations,
   throw Failure(FailureKind::NothingMatched, dump + ": no scope " + text + hint);
 }
 
+/// A message must not fill a screen, however many scopes a dump has.
 std::string ShortList(const std::vector<std::string>& names) {
   constexpr std::size_t kShown = 12;
   std::string text;
