@@ -262,7 +262,6 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
   declarations.ended = CountOf("declarations_ended", 1) == 1;
 }
 
-/// What was passed over; a name that this program does not know is left out.
 void ActivityDatabase::ReadTallies(ActivityResult& result) {
   std::map<std::string, Tally> tallies;
   TableReader rows(connection_, "SELECT name, count, line, example FROM tally ORDER BY name",
@@ -275,6 +274,7 @@ void ActivityDatabase::ReadTallies(ActivityResult& result) {
   }
   CheckSum(rows, "tally");
   ForEachTally(result, [&](const char* name, Tally& tally) {
+    // A name that this program does not know is never asked for.
     const auto place = tallies.find(name);
     if (place != tallies.end()) tally = std::move(place->second);
   });

@@ -104,7 +104,6 @@ class DatabaseWriter {
   }
 
  private:
-  /// Numbers, parents and names are read back; paths and places are for SQL only.
   void WriteScopes() {
     TableWriter rows(to_, "scope", 7);
     const ScopePlaces places(declarations_.scopes);
