@@ -163,17 +163,6 @@ std::span<VectorCounter::Word> VectorCounter::WordsOf(const Vector& vector) {
   return {words_.data() + vector.firstWord, (vector.width + kWordBits - 1) / kWordBits};
 }
 
-/// Writes a value down.
-inline void VectorCounter::Write(Vector& vector, Log& log, std::uint64_t high,
-                                 BitFigures* figures) {
-  if (log.size == Log::kMost || log.counts != step_.counts ||
-      step_.ticks - vector.base >= kMostTicks) [[unlikely]] {
-    MakeRoom(vector, log, figures);
-  }
-  log.ticks[log.size] = static_cast<std::uint32_t>(step_.ticks - vector.base);
-  log.values[log.size++] = log.last = high;
-}
-
 /// Lets values of this step be written down.
 void VectorCounter::MakeRoom(Vector& vector, Log& log, BitFigures* figures) {
   CountLog(vector, figures);
@@ -414,16 +403,8 @@ void VectorCounter::Begin(std::uint32_t number, const ValueWord* value, BitFigur
   OpenLog(vector);
 }
 
-bool VectorCounter::Change(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
-  Vector& vector = vectors_[number];
-  if (Log* const log = LogOf(vector); log != nullptr) {
-    if (log->isOpen && value->unknown == 0) [[likely]] {
-      if (value->high == log->last) return false;
-      Write(vector, *log, value->high, figures);
-      return true;
-    }
-    CountLog(vector, figures);
-  }
+bool VectorCounter::ChangeWords(Vector& vector, const ValueWord* value, BitFigures* figures) {
+  CountLog(vector, figures);
   const std::span<Word> words = WordsOf(vector);
   const bool isSame =
       std::equal(words.begin(), words.end(), value,

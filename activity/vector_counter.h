@@ -41,7 +41,20 @@ class VectorCounter {
   /// The first value in a stretch. `figures` are those of all bits, here and below.
   void Begin(std::uint32_t number, const ValueWord* value, BitFigures* figures);
   /// The first value in a step, if it differs from the one before; false where it does not.
-  bool Change(std::uint32_t number, const ValueWord* value, BitFigures* figures);
+  bool Change(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
+    Vector& vector = vectors_[number];
+    if (vector.log == kNone || !logs_[vector.log].isOpen || value->unknown != 0) [[unlikely]]
+      return ChangeWords(vector, value, figures);
+    Log& log = logs_[vector.log];
+    if (value->high == log.last) return false;
+    if (log.size == Log::kMost || log.counts != step_.counts ||
+        step_.ticks - vector.base >= kMostTicks) [[unlikely]] {
+      MakeRoom(vector, log, figures);
+    }
+    log.ticks[log.size] = static_cast<std::uint32_t>(step_.ticks - vector.base);
+    log.values[log.size++] = log.last = value->high;
+    return true;
+  }
   /// Another value in the step of the last one, which is as if it had not been.
   void Correct(std::uint32_t number, const ValueWord* value, BitFigures* figures);
 
@@ -97,7 +110,7 @@ class VectorCounter {
 
   std::span<Word> WordsOf(const Vector& vector);
   Log* LogOf(const Vector& vector) { return vector.log == kNone ? nullptr : &logs_[vector.log]; }
-  void Write(Vector& vector, Log& log, std::uint64_t high, BitFigures* figures);
+  bool ChangeWords(Vector& vector, const ValueWord* value, BitFigures* figures);
   void MakeRoom(Vector& vector, Log& log, BitFigures* figures);
   void CountLog(Vector& vector, BitFigures* figures);
   void CountValues(Vector& vector, const Log& log, Word& word);
