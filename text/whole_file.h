@@ -25,6 +25,7 @@ struct Place {
 };
 
 /// An empty path and "-" are standard output.
+/// Nothing is opened or made. A path that cannot be examined gives a Place with `error`.
 Place PlaceOf(const std::string& path);
 
 /// Whether what is written to one place would show in the other. Two streams that are open already
@@ -32,6 +33,8 @@ Place PlaceOf(const std::string& path);
 bool IsSameFile(const Place& one, const Place& other);
 
 /// Is told of temporary files, so that a program that a signal ends can remove them.
+/// Made comes before the file exists and Gone after it is removed or renamed; a path told gone may
+/// never have existed.
 class TemporaryFiles {
  public:
   TemporaryFiles() = default;
@@ -44,6 +47,7 @@ class TemporaryFiles {
 };
 
 struct WholeFileRules {
+  // Null for none; must outlive the file.
   TemporaryFiles* watch = nullptr;
   bool onlyRegular = false;  // a pipe or a device of that name is refused, not written to
   bool inPlaceIfFull =
@@ -59,14 +63,18 @@ struct WholeFileRules {
 /// folder takes no new file, it is made whole elsewhere and then copied over the old file's bytes;
 /// should that fail, the message says that the file may be corrupt. What is no regular file is
 /// written directly.
+/// A Failure from Write leaves the old file as it was, and so does the destructor without Commit.
 class WholeFile : public ByteSink {
  public:
+  /// Opens right away, so that a result that cannot be written is known before a dump of hours is
+  /// read.
   explicit WholeFile(const std::string& path, const WholeFileRules& rules = {});
   /// Takes back what was not committed.
   ~WholeFile() override;
 
   void Write(std::string_view bytes) override;
   /// Puts the whole result in its place.
+  /// Call it once, last; Write may not follow.
   void Commit();
   /// Whether a person may be looking.
   bool IsTerminal() const;
@@ -83,9 +91,12 @@ class WholeFile : public ByteSink {
 
   const std::string name_;  // for messages
   const WholeFileRules rules_;
+  // As it was at construction.
   const Place place_;
   std::string temporary_;  // in the folder of the place; empty for none
+  // Written to its place at once: a stream, a pipe, a device.
   bool isDirect_ = false;
+  // Open for writing; -1 after Commit.
   int file_ = -1;
 };
 
