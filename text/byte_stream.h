@@ -79,7 +79,7 @@ class FileSource : public ByteSource {
  private:
   // For messages: "-" for standard input.
   const std::string path_;
-  // owned, closed with the source.
+  // Owned, closed with the source.
   const int file_;
   // At construction; st_mode 0 where the file could not be asked.
   struct stat opened_ {};

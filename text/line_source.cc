@@ -13,8 +13,8 @@ LineSource::LineSource(std::FILE* stream, std::size_t bufferBytes, std::size_t b
 
 LineSource::~LineSource() {
   const auto ahead = static_cast<long>(held_ - taken_);
-  // Reading on from another place than the last line taken would lose value changes to the caller.
   // A pipe cannot take anything back; its reader has then read ahead.
+  // Reading on from another place than the last line taken would lose value changes to the caller.
   if (ahead > 0) (void)std::fseek(stream_, -ahead, SEEK_CUR);
 }
 

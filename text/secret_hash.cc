@@ -37,8 +37,7 @@ struct SipState {
   }
 };
 
-/// Up to eight bytes as a number, the first one lowest, on every machine: the tests' known hashes
-/// must not depend on it.
+/// Up to eight bytes as a number, the first one lowest on every machine, as SipHash reads them.
 std::uint64_t LoadBlock(const char* bytes, std::size_t length) {
   std::uint64_t block = 0;
   if (length > 0) std::memcpy(&block, bytes, length);  // an empty text may have no bytes at all

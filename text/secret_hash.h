@@ -10,7 +10,7 @@
 
 namespace orsa::kesncd {
 
-/// 128 bits; a key of zeros is as good as none, but fine for tests of known values.
+/// The 128 bits of a key.
 struct SecretKey {
   std::uint64_t low = 0;
   std::uint64_t high = 0;

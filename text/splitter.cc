@@ -23,7 +23,7 @@ constexpr int kFirstLength = Splitter::kLeastRoom;
 constexpr std::size_t kLeastWritten = kFirstLength + 1;
 constexpr std::size_t kWrittenByOthers = 2;
 
-/// Digits and letters of ASCII only: what is in no class by the locale stays Other everywhere.
+/// Digits and letters are those of ASCII, whatever the locale.
 enum class CharClass { Digit, Letter, Other };
 
 CharClass ClassOf(char c) {

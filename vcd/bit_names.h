@@ -13,6 +13,7 @@ namespace orsa::kesncd {
 
 /// Whether variables of the type have bits that can be 0 or 1: not those of numbers, strings and
 /// events.
+/// Their activity is not one of bits, so exports leave them out.
 bool TypeHasBits(std::string_view type);
 
 /// A variable's bits. It refers to the text of the name that it was made of.
@@ -20,6 +21,8 @@ class BitNames {
  public:
   /// Only a range that is a word of its own counts in an escaped name; `nameWord` is where it
   /// begins, or the name's length.
+  /// A name and a width give all of it: `width` need not agree with the range. A dump that says "4"
+  /// and "[7:0]" has four bits, [3] to [0], for values carry the width's number of characters.
   BitNames(std::string_view name, std::uint32_t nameWord, std::uint32_t width);
   explicit BitNames(const DumpVariable& variable)
       : BitNames(variable.name, variable.nameWord, variable.width) {}
@@ -37,8 +40,10 @@ class BitNames {
  private:
   bool TakeBracket(std::string_view bracket);
 
+  // Without its bracket, or all of the name.
   std::string_view base_;
   std::uint32_t width_;
+  // Else AppendName adds the base alone.
   bool isIndexed_ = false;
   bool isAscending_ = false;  // indices grow to the right: [0:3]
   bool isShort_ = true;       // `right_` holds the lowest bit's index

@@ -11,6 +11,7 @@ struct TimeUnit {
 };
 
 /// From the largest to the smallest.
+/// WholeUnits takes the first that divides a time, so the order matters.
 inline constexpr TimeUnit kTimeUnits[] = {
     {"s", 15, 1e9}, {"ms", 12, 1e6},  {"us", 9, 1000},
     {"ns", 6, 1},   {"ps", 3, 0.001}, {"fs", 0, 1e-6},
