@@ -54,9 +54,9 @@ class ByteSink {
   virtual void Write(std::string_view bytes) = 0;
 };
 
-/// What became of a file while it was read.
-/// A shorter file has lost lines that a reading in parts may still ask for; a file that grew, or
-/// was rewritten, gives figures of which nobody can say what they are of.
+/// What became of a file while it was read. A shorter file has lost lines that a reading in parts
+/// may still ask for; a file that grew, or was rewritten, gives figures of which nobody can say
+/// what they are of.
 enum class FileChange { None, Shrank, Changed };
 
 /// A file, read as it is; "-" is standard input.
@@ -101,10 +101,9 @@ class ResumedSource : public ByteSource {
   const std::unique_ptr<ByteSource> rest_;
 };
 
-/// Fills `to` as far as the source goes.
-/// Returns the bytes read: fewer than `most` only at the end. A single Read of a pipe may give less
-/// than was asked for although more is coming, so whoever looks at a file's first bytes to tell its
-/// format takes this.
+/// Fills `to` as far as the source goes. Returns the bytes read: fewer than `most` only at the end.
+/// A single Read of a pipe may give less than was asked for although more is coming, so whoever
+/// looks at a file's first bytes to tell its format takes this.
 std::size_t ReadFully(ByteSource& source, char* to, std::size_t most);
 
 /// Passes all of a source on.

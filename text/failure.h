@@ -17,9 +17,8 @@ enum class FailureKind {
   ReaderGone,      // who read the result through a pipe wants no more of it
 };
 
-/// The text, which may have several lines, is what the user reads.
-/// A Failure ends the work at hand; what was written of a result by then is taken back by its owner
-/// (see WholeFile).
+/// The text, which may have several lines, is what the user reads. A Failure ends the work at hand;
+/// what was written of a result by then is taken back by its owner (see WholeFile).
 class Failure : public std::runtime_error {
  public:
   Failure(FailureKind kind, const std::string& text) : std::runtime_error(text), kind_(kind) {}

@@ -13,8 +13,8 @@ LineSource::LineSource(std::FILE* stream, std::size_t bufferBytes, std::size_t b
 
 LineSource::~LineSource() {
   const auto ahead = static_cast<long>(held_ - taken_);
-  // A pipe cannot take anything back; its reader has then read ahead.
-  // Reading on from another place than the last line taken would lose value changes to the caller.
+  // A pipe cannot take anything back; its reader has then read ahead. Reading on from another place
+  // than the last line taken would lose value changes to the caller.
   if (ahead > 0) (void)std::fseek(stream_, -ahead, SEEK_CUR);
 }
 
@@ -80,8 +80,8 @@ const char* LineSource::NextOfBlock() {
   return line_.data();
 }
 
-/// Moves what is left of the block to its front and reads on after it; false at the end.
-/// A line that the end of the block cuts is whole then, so a block must be larger than a line.
+/// Moves what is left of the block to its front and reads on after it; false at the end. A line
+/// that the end of the block cuts is whole then, so a block must be larger than a line.
 bool LineSource::Refill() {
   std::copy(block_.begin() + static_cast<std::ptrdiff_t>(taken_),
             block_.begin() + static_cast<std::ptrdiff_t>(held_), block_.begin());

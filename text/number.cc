@@ -19,8 +19,8 @@ locale_t CLocale() {
   return locale;
 }
 
-/// Takes a text of digits only, as time stamps are, so few that each step is exact.
-/// False, with `value` untouched, for any other text, which scanf then judges.
+/// Takes a text of digits only, as time stamps are, so few that each step is exact. False, with
+/// `value` untouched, for any other text, which scanf then judges.
 bool ScanDigits(const char* text, double& value) {
   // Every integer below 10^15 is a double without rounding, so the result is scanf's to the last
   // bit.
@@ -38,7 +38,7 @@ bool ScanDigits(const char* text, double& value) {
 
 }  // namespace
 
-// Of this thread only: the host's other threads keep their locale.
+/// Of this thread only: the host's other threads keep their locale.
 CLocaleScope::CLocaleScope() : host_(uselocale(CLocale())) {}
 
 CLocaleScope::~CLocaleScope() {

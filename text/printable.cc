@@ -79,7 +79,7 @@ Utf8Character FirstCharacter(std::string_view text) {
   return {code, length, true};
 }
 
-// Dumps come from others: a name with U+202E in it would show the rest of its line reversed.
+/// Dumps come from others: a name with U+202E in it would show the rest of its line reversed.
 bool IsSteering(char32_t code) {
   return code < 0x20 || (code >= 0x7f && code < 0xa0) ||       // control characters, C1 codes
          code == 0x61c || code == 0x200e || code == 0x200f ||  // direction marks

@@ -45,7 +45,7 @@ std::uint64_t LoadBlock(const char* bytes, std::size_t length) {
   return block;
 }
 
-// Never waits: a program started at boot must not hang for a hash.
+/// Never waits: a program started at boot must not hang for a hash.
 SecretKey DrawKey() {
   SecretKey key;
   if (getrandom(&key, sizeof key, GRND_NONBLOCK) == sizeof key) return key;

@@ -48,8 +48,8 @@ class ByteSet {
   std::array<std::uint64_t, 4> bits_{};
 };
 
-/// Length of the piece that starts at `text`, 0 at its end.
-/// A run of characters of one class: "bus[3]" has "bus", "[", "3", "]".
+/// Length of the piece that starts at `text`, 0 at its end. A run of characters of one class:
+/// "bus[3]" has "bus", "[", "3", "]".
 std::size_t PieceLength(const char* text) {
   std::size_t length = 0;
   while (text[length] != '\0' && ClassOf(text[length]) == ClassOf(*text)) ++length;
@@ -71,8 +71,8 @@ int Doubled(int count) {
   return ToInt(2 * static_cast<std::size_t>(std::max(count, 0)));
 }
 
-/// Grows a zero-filled buffer, keeping its bytes; throws with the buffer as it was.
-/// The new bytes are zeros, so that a piece copied into a fresh slot ends where it ends.
+/// Grows a zero-filled buffer, keeping its bytes; throws with the buffer as it was. The new bytes
+/// are zeros, so that a piece copied into a fresh slot ends where it ends.
 void Grow(char*& buffer, std::size_t held, std::size_t wanted) {
   void* grown = std::realloc(buffer, wanted);
   if (grown == nullptr) throw std::bad_alloc();
@@ -80,8 +80,8 @@ void Grow(char*& buffer, std::size_t held, std::size_t wanted) {
   std::memset(buffer + held, 0, wanted - held);
 }
 
-/// Makes room for more elements, whose values are not set; throws with the array as it was.
-/// For arrays of plain values only, since realloc moves them bytewise.
+/// Makes room for more elements, whose values are not set; throws with the array as it was. For
+/// arrays of plain values only, since realloc moves them bytewise.
 template <class T>
 T* Resized(T* array, std::size_t count) {
   void* grown = std::realloc(array, count * sizeof(T));

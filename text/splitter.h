@@ -12,9 +12,8 @@
 namespace orsa::kesncd {
 
 /// Reused for line after line. The array that a call returns is valid until the next call. Growth
-/// throws std::bad_alloc; the object stays usable then.
-/// The slots are shared by words and pieces where a reader uses one splitter for both, so a stamp
-/// can show the tail of a word as well.
+/// throws std::bad_alloc; the object stays usable then. The slots are shared by words and pieces
+/// where a reader uses one splitter for both, so a stamp can show the tail of a word as well.
 class Splitter {
  public:
   Splitter();

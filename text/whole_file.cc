@@ -53,8 +53,8 @@ std::string LinkText(const std::string& path) {
 }
 
 /// Follows links to where a file is or would be made. Opening the link itself would do for a file
-/// that exists, but a temporary file must lie beside the file that it names.
-/// Dangling links count as well: the file that they name is made by the first run.
+/// that exists, but a temporary file must lie beside the file that it names. Dangling links count
+/// as well: the file that they name is made by the first run.
 void FollowLinks(const std::string& path, Place& place) {
   constexpr int kMostLinks = 40;  // as the system
   std::filesystem::path at = path;
@@ -73,8 +73,8 @@ void FollowLinks(const std::string& path, Place& place) {
   }
 }
 
-/// Writes all bytes, however slow the reader; 0 or the reason why not.
-/// A stream shared with another program may be set not to wait; then poll waits for its reader.
+/// Writes all bytes, however slow the reader; 0 or the reason why not. A stream shared with another
+/// program may be set not to wait; then poll waits for its reader.
 int WriteAll(int file, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = write(file, bytes.data(), bytes.size());
@@ -106,8 +106,8 @@ int CopyAll(int from, int to) {
   }
 }
 
-/// 128 bits that nobody can foresee, so that nobody can lay a link there beforehand.
-/// Empty where the system gives no random bytes.
+/// 128 bits that nobody can foresee, so that nobody can lay a link there beforehand. Empty where
+/// the system gives no random bytes.
 std::string UnguessableName() {
   constexpr std::string_view kDigits = "0123456789abcdef";
   std::array<unsigned char, 16> bytes{};
@@ -258,8 +258,8 @@ void WholeFile::Fail(int reason) const {
   throw Failure(FailureKind::OutputFailed, name_ + ": cannot write: " + std::strerror(reason));
 }
 
-// A full disk may still hold one of the two files: where the user accepts the risk, what was
-// written so far moves to where there is room, and Commit copies it over the old one.
+/// A full disk may still hold one of the two files: where the user accepts the risk, what was
+/// written so far moves to where there is room, and Commit copies it over the old one.
 void WholeFile::Write(std::string_view bytes) {
   const off_t before = temporary_.empty() ? 0 : lseek(file_, 0, SEEK_CUR);
   int error = WriteAll(file_, bytes);

@@ -24,17 +24,17 @@ struct Place {
   bool IsRegular() const { return exists && S_ISREG(status.st_mode); }
 };
 
-/// An empty path and "-" are standard output.
-/// Nothing is opened or made. A path that cannot be examined gives a Place with `error`.
+/// An empty path and "-" are standard output. Nothing is opened or made. A path that cannot be
+/// examined gives a Place with `error`.
 Place PlaceOf(const std::string& path);
 
 /// Whether what is written to one place would show in the other. Two streams that are open already
 /// take turns.
 bool IsSameFile(const Place& one, const Place& other);
 
-/// Is told of temporary files, so that a program that a signal ends can remove them.
-/// Made comes before the file exists and Gone after it is removed or renamed; a path told gone may
-/// never have existed.
+/// Is told of temporary files, so that a program that a signal ends can remove them. Made comes
+/// before the file exists and Gone after it is removed or renamed; a path told gone may never have
+/// existed.
 class TemporaryFiles {
  public:
   TemporaryFiles() = default;
@@ -62,8 +62,8 @@ struct WholeFileRules {
 /// renaming would lose something (further hard links, an owner, a list of permissions) or the
 /// folder takes no new file, it is made whole elsewhere and then copied over the old file's bytes;
 /// should that fail, the message says that the file may be corrupt. What is no regular file is
-/// written directly.
-/// A Failure from Write leaves the old file as it was, and so does the destructor without Commit.
+/// written directly. A Failure from Write leaves the old file as it was, and so does the destructor
+/// without Commit.
 class WholeFile : public ByteSink {
  public:
   /// Opens right away, so that a result that cannot be written is known before a dump of hours is
@@ -73,8 +73,7 @@ class WholeFile : public ByteSink {
   ~WholeFile() override;
 
   void Write(std::string_view bytes) override;
-  /// Puts the whole result in its place.
-  /// Call it once, last; Write may not follow.
+  /// Puts the whole result in its place. Call it once, last; Write may not follow.
   void Commit();
   /// Whether a person may be looking.
   bool IsTerminal() const;

@@ -12,16 +12,16 @@ namespace {
 // A width has 32 bits and 10^18 + 2^32 fits into 64; longer indices are computed as texts.
 constexpr std::size_t kShortDigits = 18;  // with which adding a bit's number overflows nothing
 
-/// An index as the dump writes it: a sign, and digits without zeros in front.
-/// Kept as text, since a hostile dump may write an index of any length.
+/// An index as the dump writes it: a sign, and digits without zeros in front. Kept as text, since a
+/// hostile dump may write an index of any length.
 struct IndexText {
   bool isNegative = false;
   std::string_view digits;
 };
 
-/// Takes an index off the front of `text`; false where there is none.
-/// "+3", "-0" and "007" are taken too, and give "3", "0" and "7": what a bit is called must not
-/// depend on how its range is written.
+/// Takes an index off the front of `text`; false where there is none. "+3", "-0" and "007" are
+/// taken too, and give "3", "0" and "7": what a bit is called must not depend on how its range is
+/// written.
 bool TakeIndex(std::string_view& text, IndexText& index) {
   index.isNegative = !text.empty() && text.front() == '-';
   if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
@@ -36,8 +36,8 @@ bool TakeIndex(std::string_view& text, IndexText& index) {
   return true;
 }
 
-/// Whether the digits of `a` are a smaller number than those of `b`.
-/// Both without zeros in front, so that the longer one is the larger one.
+/// Whether the digits of `a` are a smaller number than those of `b`. Both without zeros in front,
+/// so that the longer one is the larger one.
 bool AreSmaller(std::string_view a, std::string_view b) {
   return a.size() != b.size() ? a.size() < b.size() : a < b;
 }
@@ -48,9 +48,9 @@ bool IsLess(const IndexText& a, const IndexText& b) {
   return a.isNegative ? AreSmaller(b.digits, a.digits) : AreSmaller(a.digits, b.digits);
 }
 
-/// Adds to, or takes from, a number of any length; the number is larger than what is taken.
-/// As on paper, from the last digit on; `carry` may have many digits at first, for `by` goes into
-/// the last place at once.
+/// Adds to, or takes from, a number of any length; the number is larger than what is taken. As on
+/// paper, from the last digit on; `carry` may have many digits at first, for `by` goes into the
+/// last place at once.
 std::string Moved(std::string digits, std::uint32_t by, bool isAdded) {
   std::int64_t carry = isAdded ? std::int64_t{by} : -std::int64_t{by};
   for (std::size_t i = digits.size(); i-- > 0 && carry != 0;) {

@@ -12,17 +12,16 @@
 namespace orsa::kesncd {
 
 /// Whether variables of the type have bits that can be 0 or 1: not those of numbers, strings and
-/// events.
-/// Their activity is not one of bits, so exports leave them out.
+/// events. Their activity is not one of bits, so exports leave them out.
 bool TypeHasBits(std::string_view type);
 
 /// A variable's bits. It refers to the text of the name that it was made of.
 class BitNames {
  public:
   /// Only a range that is a word of its own counts in an escaped name; `nameWord` is where it
-  /// begins, or the name's length.
-  /// A name and a width give all of it: `width` need not agree with the range. A dump that says "4"
-  /// and "[7:0]" has four bits, [3] to [0], for values carry the width's number of characters.
+  /// begins, or the name's length. A name and a width give all of it: `width` need not agree with
+  /// the range. A dump that says "4" and "[7:0]" has four bits, [3] to [0], for values carry the
+  /// width's number of characters.
   BitNames(std::string_view name, std::uint32_t nameWord, std::uint32_t width);
   explicit BitNames(const DumpVariable& variable)
       : BitNames(variable.name, variable.nameWord, variable.width) {}

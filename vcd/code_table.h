@@ -24,9 +24,9 @@
 
 namespace orsa::kesncd {
 
-/// A cell of 32 bits for each code. Codes hold no NUL.
-/// Add the codes of a dump's header, then Look for those of its changes. Cells move when codes are
-/// added: no pointer to one is to be kept across Add.
+/// A cell of 32 bits for each code. Codes hold no NUL. Add the codes of a dump's header, then Look
+/// for those of its changes. Cells move when codes are added: no pointer to one is to be kept
+/// across Add.
 class CodeCells {
  public:
   /// Bytes that are read from the start of a code, however short it is, where a call says so.
@@ -74,8 +74,8 @@ class CodeCells {
   // Any bit of a fourth byte or beyond, and the highest bit of the first three.
   static constexpr std::uint64_t kNotDirect = 0xFFFFFFFFFF808080U;  // bits of a packed code
 
-  // Places for codes of up to `longest` ASCII characters.
-  // The last byte is below 128, so its highest bit needs no places.
+  // Places for codes of up to `longest` ASCII characters. The last byte is below 128, so its
+  // highest bit needs no places.
   static constexpr std::size_t Places(std::size_t longest) {
     return std::size_t{1} << (8 * longest - 1);
   }
@@ -134,8 +134,8 @@ inline std::uint64_t CodeCells::Load(const char* code, std::size_t length) {
   return length < kLongestPacked ? bytes & ((std::uint64_t{1} << 8 * length) - 1) : bytes;
 }
 
-/// Where the search for a packed code starts.
-/// The salt and two multiplications spread keys that differ in a byte only, also crafted ones.
+/// Where the search for a packed code starts. The salt and two multiplications spread keys that
+/// differ in a byte only, also crafted ones.
 inline std::size_t CodeCells::StartOf(std::uint64_t key) const {
   const std::uint64_t salted = key ^ salt_;
   std::uint64_t mixed = (salted ^ salted >> 32) * 0x9E3779B97F4A7C15U;

@@ -5,8 +5,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-// Characters of a path in a message, and how many scopes may come into it.
-// A hostile dump may nest a million scopes; a message must not become that long.
+// Characters of a path in a message, and how many scopes may come into it. A hostile dump may nest
+// a million scopes; a message must not become that long.
 constexpr std::size_t kShortPath = 120;
 
 /// The last scopes of a path, as many as a message can show; false where some are left out.
@@ -70,8 +70,8 @@ namespace {
 /// How many variables each scope declares with all below it.
 std::vector<std::size_t> SizesOf(const std::vector<DumpScope>& scopes) {
   std::vector<std::size_t> sizes(scopes.size());
-  // A scope comes after the one around it.
-  // From the last scope back, so that each sum is complete before it goes to the scope around it.
+  // A scope comes after the one around it. From the last scope back, so that each sum is complete
+  // before it goes to the scope around it.
   for (std::size_t i = scopes.size() - 1; i > 0; --i) {
     sizes[i] += scopes[i].variables.size();
     sizes[scopes[i].parent] += sizes[i];
@@ -79,8 +79,8 @@ std::vector<std::size_t> SizesOf(const std::vector<DumpScope>& scopes) {
   return sizes;
 }
 
-/// The largest of the outermost scopes that fit, the first such one.
-/// Level by level from the top: a deeper scope counts only where no scope above it fits.
+/// The largest of the outermost scopes that fit, the first such one. Level by level from the top: a
+/// deeper scope counts only where no scope above it fits.
 template <class Fits>
 std::uint32_t Outermost(const Declarations& declarations, Fits fits) {
   const std::vector<std::size_t> sizes = SizesOf(declarations.scopes);

@@ -40,15 +40,15 @@ struct DumpScope {
   std::vector<std::uint32_t> variables;
 };
 
-/// Whether the line readers take a scope of that kind for one of the tree.
-/// The tree that the hierarchical reader builds; variables of other scopes land in the one around.
+/// Whether the line readers take a scope of that kind for one of the tree. The tree that the
+/// hierarchical reader builds; variables of other scopes land in the one around.
 inline bool IsTreeKind(const std::string& kind) {
   return kind == "module" || kind == "function" || kind == "task";
 }
 
 /// What the library's line readers, which see a keyword only on a line of its own and know three
-/// kinds of scopes, would make of declarations.
-/// All of it is counted while the declarations are read; findings turn it into messages.
+/// kinds of scopes, would make of declarations. All of it is counted while the declarations are
+/// read; findings turn it into messages.
 struct LineReading {
   bool timescale = false;  // they read it
   Tally lateTimescale;     // time scales after a scope, which close it and all around it for them
@@ -99,16 +99,16 @@ struct Declarations {
   std::string PathOf(const DumpVariable& variable) const;
   /// The path of a scope from below `top`, a scope around it.
   std::string PathBelow(std::uint32_t top, std::uint32_t scope) const;
-  /// The same for a message: the middle of a long one is left out.
-  /// A few hundred characters at most, whatever the dump.
+  /// The same for a message: the middle of a long one is left out. A few hundred characters at
+  /// most, whatever the dump.
   std::string ShortPathOf(std::uint32_t scope) const;
   std::string ShortPathOf(const DumpVariable& variable) const;
 };
 
 /// The outermost module that declares variables; of several, the one with most of them in it and
 /// below it, since packages stand beside a design too. Where no module does, the same of all
-/// scopes. kDump when there is none.
-/// `check` and `prepare` propose it, and the commands take it where no scope is named.
+/// scopes. kDump when there is none. `check` and `prepare` propose it, and the commands take it
+/// where no scope is named.
 std::uint32_t OutermostWithVariables(const Declarations& declarations);
 
 }  // namespace orsa::kesncd

@@ -10,8 +10,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Extended dumps have commands of their own for ports, which mean the same.
-/// "$dumpports" stands where "$dumpvars" does, and so on.
+/// Extended dumps have commands of their own for ports, which mean the same. "$dumpports" stands
+/// where "$dumpvars" does, and so on.
 struct Row {
   std::string_view word;
   Keyword keyword;
@@ -38,8 +38,8 @@ constexpr Row kRows[] = {
     {"$vcdclose", Keyword::Close},
 };
 
-/// A "$" before anything else begins an identifier code, not a keyword.
-/// Codes are made of any printable characters, so "$" or "$1" may well be one.
+/// A "$" before anything else begins an identifier code, not a keyword. Codes are made of any
+/// printable characters, so "$" or "$1" may well be one.
 bool IsAnyLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }

@@ -33,8 +33,8 @@ inline std::uint64_t MarkOddBytesPlainly(const char* bytes) {
   return marks;
 }
 
-/// The same, 16 bytes at a time where the processor can.
-/// Both ways must mark the same bytes; a test compares them.
+/// The same, 16 bytes at a time where the processor can. Both ways must mark the same bytes; a test
+/// compares them.
 inline std::uint64_t MarkOddBytes(const char* bytes) {
 #ifdef __SSE2__
   const __m128i below = _mm_set1_epi8(' ');
@@ -52,14 +52,14 @@ inline std::uint64_t MarkOddBytes(const char* bytes) {
 #endif
 }
 
-/// The lowest `count` bits, all of them from 64 on.
-/// `count` may be larger than 63, for which a shift would be undefined.
+/// The lowest `count` bits, all of them from 64 on. `count` may be larger than 63, for which a
+/// shift would be undefined.
 inline std::uint64_t LowBits(std::size_t count) {
   return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
 }
 
-/// A change has three bytes at least; one may begin before its chunk.
-/// 64 bytes hold the ends of 21 such lines ("0!" and a newline) and of one that began before them.
+/// A change has three bytes at least; one may begin before its chunk. 64 bytes hold the ends of 21
+/// such lines ("0!" and a newline) and of one that began before them.
 inline constexpr std::size_t kMostCodesFound = 64 / 3 + 1;
 
 /// Where a line's identifier code probably is.
@@ -70,9 +70,9 @@ struct CodeInLine {
 
 /// The codes of the changes that end in the 64 bytes at `chunk`, as far as they lie before `end`,
 /// and nothing sure: what is no plain line gives any text of it. `line` is where the next line
-/// begins and moves on. Returns the end of what it wrote, kMostCodesFound at most.
-/// So that a taker may fetch the memory of codes before it counts their changes: in a large dump
-/// each change would wait for its own cell otherwise.
+/// begins and moves on. Returns the end of what it wrote, kMostCodesFound at most. So that a taker
+/// may fetch the memory of codes before it counts their changes: in a large dump each change would
+/// wait for its own cell otherwise.
 inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* end,
                              CodeInLine* codes) {
   // Bytes from `end` on are padding and mark nothing.

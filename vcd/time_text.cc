@@ -15,8 +15,8 @@ namespace {
 
 constexpr char kDigits[] = "0123456789";
 
-/// Appends a decimal digit; false where the number gets too large.
-/// 2^64 femtoseconds are a little over five hours.
+/// Appends a decimal digit; false where the number gets too large. 2^64 femtoseconds are a little
+/// over five hours.
 bool Append(std::uint64_t& number, int digit) {
   return !__builtin_mul_overflow(number, 10U, &number) &&
          !__builtin_add_overflow(number, static_cast<unsigned>(digit), &number);
@@ -62,8 +62,8 @@ std::optional<std::uint64_t> Femtoseconds(std::string_view text) {
 
 namespace {
 
-/// The largest unit that leaves the time whole, and how many of it there are.
-/// 100000 femtoseconds are 100 ps; 0 is "0s".
+/// The largest unit that leaves the time whole, and how many of it there are. 100000 femtoseconds
+/// are 100 ps; 0 is "0s".
 std::pair<const TimeUnit*, std::uint64_t> WholeUnits(std::uint64_t femtoseconds) {
   for (const TimeUnit& unit : kTimeUnits) {
     std::uint64_t size = 1;

@@ -10,8 +10,8 @@ struct TimeUnit {
   double nanoseconds;  // in one unit
 };
 
-/// From the largest to the smallest.
-/// WholeUnits takes the first that divides a time, so the order matters.
+/// From the largest to the smallest. WholeUnits takes the first that divides a time, so the order
+/// matters.
 inline constexpr TimeUnit kTimeUnits[] = {
     {"s", 15, 1e9}, {"ms", 12, 1e6},  {"us", 9, 1000},
     {"ns", 6, 1},   {"ps", 3, 0.001}, {"fs", 0, 1e-6},

@@ -9,8 +9,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// What the characters `from` become; every other one becomes `rest`.
-/// `from` and `to` have the same length; equal places go together.
+/// What the characters `from` become; every other one becomes `rest`. `from` and `to` have the same
+/// length; equal places go together.
 constexpr Alphabet MakeAlphabet(char rest, std::string_view from, std::string_view to) {
   Alphabet alphabet{};
   for (char& c : alphabet) c = rest;
