@@ -11,15 +11,19 @@
 
 namespace orsa::kesncd {
 
+/// Show it all words by Take, or plain lines by the other two, in the order of the dump; ask
+/// StampFor right after a stamp.
 class SlotWatch {
  public:
   /// Every word of the dump, in order, but for those of plain lines.
   void Take(std::string_view word, bool startsLine) {
+    // "#100 1!" is read as a stamp too here, though line readers want it alone: that it shares its
+    // line is a finding of its own.
     index_ = startsLine ? 0 : index_ + 1;
     if (index_ == 0 && word.front() == '#') PutDigits(word.substr(1));
     if (index_ == 1) Put(shared_, word, true);
   }
-  /// A plain line: a stamp, or a value with its code.
+  /// A plain line: a stamp, or a value with its code. Without "#", and the code without its blank.
   void TakeStampLine(std::string_view digits) { PutDigits(digits); }
   void TakeValueLine(std::string_view code) { Put(shared_, code, true); }
   /// What the stamp that was the last word taken is read as: otherwise than `ticks` if one of the
@@ -27,12 +31,16 @@ class SlotWatch {
   double StampFor(double ticks) const;
 
  private:
+  // `isEnded`: whether a NUL is put after it.
   void PutDigits(std::string_view stamp);
   static void Put(std::string& slot, std::string_view word, bool isEnded);
 
+  // Of the word on its line, from 0.
   std::size_t index_ = 0;
+  // Of the filtered flat reader.
   std::string shared_;  // of second words and stamps
-  std::string own_;     // of stamps alone
+  // Of the other two.
+  std::string own_;  // of stamps alone
 };
 
 }  // namespace orsa::kesncd
