@@ -13,13 +13,17 @@ namespace orsa::kesncd {
 
 namespace {
 
+// More is worth knowing.
 constexpr double kUnknownShare = 0.01;  // of a signal's changes
-// Of a value with its code on a line that the shortest line buffer of a reader holds.
+// Of a value with its code on a line that the shortest line buffer of a reader holds. The code and
+// the newline need the rest of 1023 characters.
 constexpr std::size_t kLongestWhole = 960;
 
-/// Of what kinds the bits of a value are: an or of these.
+/// Of what kinds the bits of a value are: an or of these. A value of several bits may be of all
+/// three.
 enum BitKinds : unsigned { kKnownBit = 1, kXBit = 2, kZBit = 4 };
 
+/// Of a character of a vector, whatever its alphabet.
 unsigned KindsOf(char bit) {
   switch (In(kBitValues, bit)) {
     case 'x':
@@ -31,6 +35,7 @@ unsigned KindsOf(char bit) {
   }
 }
 
+/// By table; the other one makes the table.
 unsigned KindsOf(std::string_view value, const std::array<unsigned char, 256>& kinds) {
   unsigned all = 0;
   for (const char c : value) all |= kinds[static_cast<unsigned char>(c)];
@@ -46,7 +51,8 @@ std::array<unsigned char, 256> KindsOfCharacters() {
   return kinds;
 }
 
-/// The body as the line readers and hosts take it. Calling order: Run, Report.
+/// The body as the line readers and hosts take it. Calling order: Run, Report. A taker for
+/// DumpItems that counts as a host would and keeps what a host would not see.
 class BodyCheck {
  public:
   BodyCheck(DumpWords& words, SlotWatch& watch, const Declarations& declarations)
@@ -57,24 +63,30 @@ class BodyCheck {
 
   void Run() {
     PlainLineTaker<BodyCheck> plain(items_, *this);
+    // Plain lines stand alone on theirs, so they need no check of their places.
     WatchedLines lines{plain, watch_, facts_, plainLines_};
     while (items_.Next()) {
+      // Where the item stands comes first: it is about the item before, too.
       CheckLine();
       GiveItem(items_, *this);
       items_.TakePlainLines(lines);
+      // After a run the words know its lines.
       plainLines_ = 0;
     }
+    // The last item may be followed by words that are no item.
     CheckItemBefore(items_.place().crowdedLine);
+    // A last "$end" without a newline is complete all the same.
     endsOpen_ = items_.EndsOpen() && last_ != ItemKind::SectionEnd;
   }
 
-  // What the body holds.
+  // What the body holds. The operations that ReadBody's takers have; GiveItem calls them.
   void Scalar(std::uint32_t codeId, char value) {
     SetLast(ItemKind::Scalar);
     TakeValue(codeId, static_cast<unsigned char>(value), KindsOf(value), value > '1');
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
     SetLast(ItemKind::Vector);
+    // Its code might not fit on the line.
     if (value.size() > kLongestWhole) longValues_.Add(Line(), "");
     const unsigned kinds = KindsOf(value, kinds_);
     if ((kinds & (kXBit | kZBit)) != 0 && dumping_.isOn() != 0) {
@@ -82,20 +94,24 @@ class BodyCheck {
     }
     TakeValue(codeId, Fingerprint(value), kinds, false);
   }
+  // As a vector it has a code apart.
   void Real(std::uint32_t codeId, std::string_view value) {
     SetLast(ItemKind::Vector);
     TakeValue(codeId, Fingerprint(value), kKnownBit, false);
   }
   void Command(Keyword command) {
     SetLast(ItemKind::Command);
+    // Only the stretches that begin are told; their ticks are counted.
     if (dumping_.Take(command) && dumping_.isOn() == 0) offStretches_.Add(Line(), "");
   }
   void SectionEnd() { SetLast(ItemKind::SectionEnd); }
   void Stamp(std::uint64_t ticks) {
     SetLast(ItemKind::Stamp);
+    // Two figures for a stamp: what it says, and what a line reader makes of it.
     readLast_ = watch_.StampFor(static_cast<double>(ticks));
     lastTick_ = ticks;
     dumping_.Stamp(ticks);
+    // In ticks as the dump has them, from the first stamp to the largest.
     if (facts_.stamps++ == 0) {
       facts_.firstTick = facts_.lastTick = ticks;
       readFirst_ = readLast_;
@@ -104,6 +120,7 @@ class BodyCheck {
     lastLine_ = Line();
   }
 
+  // All tallies become findings; empty ones are dropped by Add.
   void Report(Findings& findings) {
     const ItemTallies& items = items_.tallies();
     findings.Add(FindingKind::OpenDefinitions, declarations_.ended && definitionsEnd_ > 0,
@@ -129,14 +146,18 @@ class BodyCheck {
     findings.Add(FindingKind::Fractions, items.fractions);
     findings.Add(FindingKind::OpenEnd, endsOpen_ && !items.cutStamp && !items.torn, Line(), "");
     ReportValues(findings);
+    // Also where there is no stamp at all.
     findings.Add(FindingKind::NoSpan, facts_.firstTick == facts_.lastTick, 0, "");
+    // Host readers keep stamps as doubles, from slots that may show a longer stamp's tail.
     const bool isMisread = readFirst_ != static_cast<double>(facts_.firstTick) ||
                            readLast_ != static_cast<double>(facts_.lastTick);
+    // Beyond 2^53 the difference of two doubles need not be that of the ticks.
     const double hostSpan =
         static_cast<double>(facts_.lastTick) - static_cast<double>(facts_.firstTick);
     findings.Add(FindingKind::HugeStamps,
                  hostSpan != static_cast<double>(facts_.lastTick - facts_.firstTick), lastLine_,
                  StampText(facts_.lastTick));
+    // Stamps that share their lines are a finding of their own, and the cause then.
     findings.Add(FindingKind::MisreadSpan, isMisread && !sharedStamps_, lastLine_,
                  TickText(readFirst_) + " to " + TickText(readLast_));
   }
@@ -145,17 +166,21 @@ class BodyCheck {
 
  private:
   struct Counts {
+    // Known scalars, vectors and reals.
     std::uint64_t counted = 0;
+    // X and z of scalars, but for a first value.
     std::uint64_t unknown = 0;
     std::uint32_t last = 0;  // 0: no value yet
     bool isSet = false;
     bool wasKnown = false;  // it had a value without x
     bool turnsX = false;    // and one with x later
+    // Every value so far is x in all of its bits.
     bool isOnlyX = true;
   };
 
   /// Plain lines, which the watch has to see as well. Until the first stamp, lines go one by one,
-  /// so that findings can name them.
+  /// so that findings can name them. Both operations return whether the line was taken; see
+  /// PlainLineTaker.
   struct WatchedLines {
     PlainLineTaker<BodyCheck>& plain;
     SlotWatch& watch;
@@ -169,6 +194,8 @@ class BodyCheck {
     }
     bool Other(const char* line, const char* blank, const char* newline) {
       if (facts.stamps == 0) return false;
+      // The watch first: whether or not the line is taken here, line readers put its code into
+      // their slot.
       if (blank != nullptr) {
         watch.TakeValueLine({blank + 1, static_cast<std::size_t>(newline - blank) - 1});
       } else if (*line == '#') {
@@ -183,6 +210,7 @@ class BodyCheck {
   /// The line that is read: the words count plain ones only when a run of them is over.
   std::uint64_t Line() const { return items_.Line() + plainLines_; }
 
+  // "Behind": an item was met at all.
   void SetLast(ItemKind kind) {
     last_ = kind;
     isBehindItem_ = true;
@@ -192,8 +220,11 @@ class BodyCheck {
   /// stamp or a command that stands there.
   void CheckLine() {
     const ItemPlace& place = items_.place();
+    // The item before is crowded by this one, or by words between the two.
     CheckItemBefore(place.startsLine ? place.crowdedLine : place.line);
     const ItemKind kind = items_.kind();
+    // For a change it matters that it starts its line with its code in it; only counted ones are of
+    // interest.
     const bool isUnknown = kind == ItemKind::Scalar && items_.value() > '1';
     const bool isChange =
         kind == ItemKind::Scalar || kind == ItemKind::Vector || kind == ItemKind::Real;
@@ -202,17 +233,21 @@ class BodyCheck {
     }
   }
 
-  /// `line` is that of the item before if it shares it with what follows, else 0.
+  /// `line` is that of the item before if it shares it with what follows, else 0. What follows a
+  /// stamp or a command on its line makes line readers miss it.
   void CheckItemBefore(std::uint64_t line) {
     if (line == 0) return;
+    // Nothing of the body came before: it is the definitions' last line that goes on.
     if (!isBehindItem_) definitionsEnd_ = line;
     if (last_ == ItemKind::Stamp) sharedStamps_.Add(line, StampText(lastTick_));
     if (last_ == ItemKind::Command) sharedCommands_.Add(line, "");
   }
 
-  /// A value: its fingerprint, the kinds of its bits, and whether it is a scalar's x or z.
+  /// A value: its fingerprint, the kinds of its bits, and whether it is a scalar's x or z. Counts
+  /// as a host's reader does, and looks at more than that does.
   void TakeValue(std::uint32_t codeId, std::uint32_t value, unsigned kinds, bool isUnknown) {
     Counts& counts = counts_[codeId];
+    // Compared also while dumping is off, so that what follows $dumpon is known to repeat.
     const bool repeats = counts.last == value;
     counts.last = value;
     if (dumping_.isOn() == 0) return;
@@ -220,6 +255,7 @@ class BodyCheck {
     if (!isUnknown || counts.isSet) ++(isUnknown ? counts.unknown : counts.counted);
     counts.isSet = true;
     repeated_ += repeats && !isUnknown ? 1 : 0;
+    // Only x: a bus that is z has a value.
     if ((kinds & kXBit) == 0) {
       counts.wasKnown = true;
     } else if (counts.wasKnown) {
@@ -230,9 +266,11 @@ class BodyCheck {
     if (facts_.stamps == 0 && !isUnknown) before_.Add(Line(), "");
   }
 
-  /// The variables whose code's counts meet a condition.
+  /// The variables whose code's counts meet a condition. Aliases count one by one: each is a signal
+  /// to its user.
   template <class Meets>
   Tally Signals(Meets meets) const {
+    // By type, so that texts are compared once for each type only.
     std::vector<bool> hasBits;
     for (const std::string& type : declarations_.types) hasBits.push_back(HasBits(type));
     Tally signals;
@@ -243,12 +281,14 @@ class BodyCheck {
     return signals;
   }
 
+  // All but the types whose values are no bits.
   static bool HasBits(const std::string& type) {
     static constexpr std::string_view kOthers[] = {"real", "realtime", "string", "event",
                                                    "parameter"};
     return std::find(std::begin(kOthers), std::end(kOthers), type) == std::end(kOthers);
   }
 
+  // More than one in a hundred; none for a signal without changes.
   static bool IsOftenUnknown(const Counts& counts) {
     const auto unknown = static_cast<double>(counts.unknown);
     return unknown > kUnknownShare * (unknown + static_cast<double>(counts.counted));
@@ -263,8 +303,10 @@ class BodyCheck {
     findings.Add(FindingKind::TurnsUnknown,
                  Signals([](const Counts& counts) { return counts.turnsX; }));
     findings.Add(FindingKind::UnknownBits, unknownBits_);
+    // Without such a time there is nothing to tell.
     if (dumping_.OffTicks() == 0) return;
     Tally off = offStretches_;
+    // In place of an example: how much of the span, and the repeats.
     off.example = OffText(dumping_, facts_.lastTick - facts_.firstTick, repeated_);
     findings.Add(FindingKind::DumpingOff, off);
   }
@@ -274,6 +316,7 @@ class BodyCheck {
     return text += std::to_string(ticks);
   }
 
+  // As a double's shortest text, since that is what the reader has.
   static std::string TickText(double ticks) {
     std::array<char, 32> text{};
     const auto end = std::to_chars(text.begin(), text.end(), ticks, std::chars_format::general);
@@ -281,21 +324,27 @@ class BodyCheck {
   }
 
   const std::array<unsigned char, 256> kinds_ = KindsOfCharacters();
+  // The caller's, as are the declarations.
   SlotWatch& watch_;
   const Declarations& declarations_;
   DumpItems items_;
   std::vector<Counts> counts_;  // by code
   BodyFacts facts_;
   std::uint64_t plainLines_ = 0;  // since the words counted lines
+  // An item was taken.
   bool isBehindItem_ = false;
+  // The dump ends on a line that has no end.
   bool endsOpen_ = false;
   ItemKind last_ = ItemKind::SectionEnd;
   std::uint64_t definitionsEnd_ = 0;  // its line, if the body begins there
+  // Of the last stamp as it says.
   std::uint64_t lastTick_ = 0;
   std::uint64_t lastLine_ = 0;  // of a stamp
+  // Ticks of the first and the last stamp as a line reader has them.
   double readFirst_ = 0;
   double readLast_ = 0;
   DumpingTime dumping_;
+  // Values that repeat the one before.
   std::uint64_t repeated_ = 0;
   Tally offStretches_;
   Tally unknownBits_;

@@ -10,6 +10,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+// Short names for the table.
 constexpr Severity kWrong = Severity::WrongFigures;
 constexpr Severity kNote = Severity::WorthKnowing;
 constexpr Concerns kAll = Concerns::AllRuns;
@@ -114,7 +115,7 @@ constexpr FindingText kTexts[] = {
 };
 static_assert(std::size(kTexts) == static_cast<std::size_t>(FindingKind::NotHandled) + 1);
 
-// In the order of the remedies.
+// In the order of the remedies. What a user types or does, in a few words.
 constexpr std::string_view kRemedies[] = {
     "none",
     "gunzip, unzstd or kesncd prepare",
@@ -139,7 +140,7 @@ constexpr std::string_view kRemedies[] = {
 };
 static_assert(std::size(kRemedies) == static_cast<std::size_t>(Remedy::UsePlainSignals) + 1);
 
-/// Where a kind is listed: faults, notes, the grammar reader's.
+/// Where a kind is listed: faults, notes, the grammar reader's. Only the first list makes a fault.
 int ListOf(FindingKind kind) {
   const FindingText& text = TextOf(kind);
   if (text.concerns == Concerns::GrammarReader) return 2;
@@ -177,12 +178,14 @@ bool IsFault(FindingKind kind) {
 }
 
 void SortFindings(std::vector<Finding>& findings) {
+  // The kinds themselves are in the order of harm.
   std::sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
     return std::pair(ListOf(a.kind), a.kind) < std::pair(ListOf(b.kind), b.kind);
   });
 }
 
 void Findings::Add(FindingKind kind, bool isSo, std::uint64_t line, std::string_view example) {
+  // A condition instead of a tally: the finding counts once.
   if (!isSo) return;
   Tally tally;
   tally.Add(line, example);
@@ -196,15 +199,19 @@ std::vector<Finding> Findings::Sorted() && {
 
 DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing,
                     std::size_t block) {
+  // The watch has to see the words of the declarations as well: their second words pass through the
+  // slot.
   DumpWords words(in, block, block / 4);
   SlotWatch watch;
   words.Show(watch);
   DumpCheck check{ReadDeclarations(words, name), {}, {}};
   Findings findings;
+  // Hosts read the packed bytes, and nothing of the dump.
   findings.Add(FindingKind::Packed, !packing.empty(), 0, packing);
   FindInDeclarations(check.declarations, findings);
   FindInNames(check.declarations, findings);
   check.body = FindInBody(words, watch, check.declarations, findings);
+  // Asked last: the words of the body count too.
   findings.Add(FindingKind::ControlBytes, words.Controls());
   check.findings = std::move(findings).Sorted();
   return check;
