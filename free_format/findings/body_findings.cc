@@ -168,7 +168,7 @@ class BodyCheck {
   struct Counts {
     // Known scalars, vectors and reals.
     std::uint64_t counted = 0;
-    // X and z of scalars, but for a first value.
+    // Scalars that became x or z, but for a first value.
     std::uint64_t unknown = 0;
     std::uint32_t last = 0;  // 0: no value yet
     bool isSet = false;

@@ -124,8 +124,8 @@ void DumpWriter::WriteScopes(std::uint32_t top) {
   }
 }
 
-/// Opens a scope and declares its variables. Of kind module, whatever it was: line readers know no
-/// others.
+/// Opens a scope and declares its variables. Of kind module, whatever it was: the flat readers know
+/// no other kind.
 void DumpWriter::OpenScope(std::uint32_t scope, const std::string& name) {
   Put("$scope module ");
   Put(FittingName(name, scope, declarations_.scopes[scope].line));
