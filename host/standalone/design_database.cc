@@ -16,13 +16,15 @@ constexpr char kBlanks[] = " \t\r";
 /// The one state of its sources that the library asks for: loaded from them as they are now.
 constexpr int kSourceIsCurrent = 0x200;
 
+/// To say why nothing is read, before anything is dropped.
 bool CanRead(const std::string& path) {
   std::ifstream file(path);
   file.peek();  // a folder opens, but nothing can be read from it
   return file.is_open() && !file.bad();
 }
 
-/// One net a line, blanks around it and blank lines left out.
+/// One net a line, blanks around it and blank lines left out. A carriage return counts as a blank,
+/// for files of other systems.
 std::unique_ptr<NC_DESIGN> ReadDesign(const std::string& path) {
   auto design = std::make_unique<NC_DESIGN>();
   std::ifstream file(path, std::ios::binary);
@@ -46,6 +48,7 @@ DesignDatabase& Database() {
 void DesignDatabase::SetSource(const std::string& database, const std::string& preferences) {
   database_ = database;
   preferences_ = preferences;
+  // Even where the sources are the same as before: their files may have changed.
   isCurrent_ = false;
 }
 
@@ -57,9 +60,11 @@ bool DesignDatabase::Load() {
   } else if (preferences_ != kNoPreferences && !CanRead(preferences_)) {
     message_ = preferences_ + ": cannot be read";
   }
+  // The first source that cannot be read is named.
   if (!message_.empty()) return false;
   design_ = ReadDesign(database_);
   designName_ = std::filesystem::path(database_).stem().string();
+  // Public data of the host's class, so it points into this object.
   name = designName_.c_str();
   isCurrent_ = true;
   return true;
@@ -75,6 +80,7 @@ const std::string& DesignMessage() {
 
 using orsa::kesncd::standalone::Database;
 
+// Declared in host/design_data.h; the library finds them in the program.
 FileData::~FileData() = default;
 
 int FileData::getIsSourceUpdated(int which) {

@@ -11,6 +11,7 @@
 /// A design is the names of its nets.
 class NC_DESIGN {
  public:
+  // In the order of the file.
   std::vector<std::string> nets;
 };
 
@@ -38,11 +39,14 @@ class DesignDatabase : public NcdData {
   const std::string& Message() const { return message_; }
 
  private:
+  // As SetSource was given them.
   std::string database_;
   std::string preferences_;
+  // What `name` points to.
   std::string designName_;
   std::string message_;
   std::unique_ptr<NC_DESIGN> design_;
+  // Loaded since the last SetSource.
   bool isCurrent_ = false;
 };
 

@@ -17,7 +17,8 @@
 
 namespace orsa::kesncd {
 
-/// The left sides of the rules, numbered after the tokens.
+/// The left sides of the rules, numbered after the tokens. A file such as "$timescale 1 ns $end
+/// $scope module tb $end ... $enddefinitions $end #0 1!" is read as file: declarations dumps.
 enum Nonterminal : int {
   kStart = kVersion + 1,
   kFile,
@@ -33,10 +34,12 @@ enum Nonterminal : int {
   kValues,
   kValue,
 };
+/// Tokens are smaller, so one comparison tells what a symbol is.
 inline constexpr int kFirstNonterminal = kStart;
 inline constexpr int kNonterminals = kValue - kStart + 1;
 
-/// What the reader does when a rule has been read (see actions.h).
+/// What the reader does when a rule has been read (see actions.h). One byte, for it stands in every
+/// reduction of the tables.
 enum class Action : std::uint8_t {
   None,
   OneWordTimescale,
@@ -53,7 +56,8 @@ enum class Action : std::uint8_t {
   TakeValue,
 };
 
-/// The symbols on the right of a rule.
+/// The symbols on the right of a rule. Seven symbols are what the longest rule has: a variable with
+/// its range.
 class RightSide {
  public:
   constexpr RightSide(std::initializer_list<int> symbols)
@@ -68,13 +72,15 @@ class RightSide {
   std::uint32_t size_;
 };
 
+/// `left` is made of `right`.
 struct Rule {
   Nonterminal left;
   RightSide right;
   Action action = Action::None;
 };
 
-/// The rules by their numbers; number 0 accepts.
+/// The rules by their numbers; number 0 accepts. The blocks are the file, declarations, their
+/// commands, dump items, and values.
 inline constexpr Rule kGrammar[] = {
     /*  0 */ {kStart, {kFile}},
     /*  1 */ {kFile, {kDeclarations, kDumps}},
