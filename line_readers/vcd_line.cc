@@ -10,6 +10,7 @@ namespace {
 /// The first letter is asked first: nearly all lines of a single word are changes and stamps.
 LineKind KindOfWord(const VcdLine& line) {
   if (line.words[0][0] != '$') return LineKind::Word;
+  // Alone on its line; the next line with words is the time scale itself.
   if (line.Is(0, "$timescale")) return LineKind::Timescale;
   if (line.Is(0, "$dumpall") || line.Is(0, "$dumpon") || line.Is(0, "$dumpvars")) {
     return LineKind::RecordingOn;
@@ -37,6 +38,7 @@ LineKind VcdLine::Kind() const {
       return KindOfWord(*this);
     case 2:
       return KindOfPair(*this);
+    // No line of three words has a kind.
     case 4:
       return Is(0, "$scope") && Is(3, "$end") ? LineKind::Scope : LineKind::Other;
     default:

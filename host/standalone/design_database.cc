@@ -78,11 +78,13 @@ const std::string& DesignMessage() {
 
 // The operations that the library calls. Each only passes on: what they mean is the class's.
 
+// The state is in Database(); the objects that hosts pass around hold no data of their own.
 using orsa::kesncd::standalone::Database;
 
 // Declared in host/design_data.h; the library finds them in the program.
 FileData::~FileData() = default;
 
+/// No other state is known here.
 int FileData::getIsSourceUpdated(int which) {
   return which == orsa::kesncd::standalone::kSourceIsCurrent && Database().IsCurrent() ? 1 : 0;
 }
@@ -91,6 +93,7 @@ NC_DESIGN* NcdData::findData() {
   return Database().Design();
 }
 
+/// Cannot fail.
 int NcdData::releaseData() {
   Database().Release();
   return 1;
@@ -100,6 +103,7 @@ int NcdData::loadData() {
   return Database().Load() ? 1 : 0;
 }
 
+/// Without data: its operations ask Database().
 CommonData* CommonData::getGlobalInstance() {
   static CommonData registry;
   return &registry;
