@@ -98,7 +98,7 @@ class PlainLineTaker {
   // The numbers of so many codes, four bytes each, and what a taker keeps of them exceed the caches
   // that are quick to reach.
   static constexpr std::uint32_t kManyCodes = 1 << 15;
-  // In bytes, a multiple of the scan's chunk of 64.
+  // A number of bytes, a multiple of the scan's chunk of 64.
   static constexpr std::ptrdiff_t kAhead = 512;
 
   bool TakeScalar(const char* line, const char* newline, char value) {
@@ -142,7 +142,7 @@ class PlainLineTaker {
   const CodeTable& codes_;
   const std::size_t longest_;  // a longer value loses its middle, however it stands in a block
   Taker& taker_;
-  // Of one LookAhead.
+  // Room for the codes that one LookAhead can find.
   std::array<CodeInLine, kAhead / 64 * kMostCodesFound> found_;
 };
 

@@ -27,8 +27,7 @@ bool BeginsWithStampLine(std::string_view text) {
 }
 
 /// The first stamp line that begins at an offset from `from` on and before `to`; `to` for none.
-/// There is a byte before `from`. The byte before `from` may be the newline that ends the line
-/// before.
+/// There is a byte before `from`. It may be the newline that ends the line before.
 std::uint64_t FindStampLine(ByteFile& file, std::uint64_t from, std::uint64_t to) {
   std::vector<char> block(kSearched);
   std::uint64_t before = from - 1;  // of what the block begins with

@@ -18,7 +18,7 @@ namespace orsa::kesncd {
 /// reader's words end there as at the end of a file, until Pass lets them go on.
 class StretchSource : public ByteSource {
  public:
-  // Larger than any file.
+  // No file is that large.
   static constexpr std::uint64_t kFileEnd = UINT64_MAX;
   /// Thrown by Read when others have failed, so that nobody wants the bytes any more.
   struct Unwanted {};
@@ -29,7 +29,7 @@ class StretchSource : public ByteSource {
   StretchSource(ByteFile& file, std::uint64_t begin, std::vector<std::uint64_t> ends)
       : file_(file), at_(begin), ends_(std::move(ends)) {}
 
-  // 0 at the end that is next to be passed, too.
+  // Returns 0 also at the end of the stretch, until Pass.
   std::size_t Read(char* to, std::size_t most) override;
   /// Goes on at an offset, up to other ends. The bytes that come next are those; what was met is
   /// forgotten.
@@ -48,13 +48,13 @@ class StretchSource : public ByteSource {
  private:
   // Shared by all stretches, each of which reads it at offsets of its own.
   ByteFile& file_;
-  // Of the byte that comes next.
+  // The offset of the byte that comes next.
   std::uint64_t at_;
   std::vector<std::uint64_t> ends_;
-  // Which of them is the next one.
+  // The index of the end that is met next.
   std::size_t end_ = 0;
   bool isAtFileEnd_ = false;
-  // Null where nobody stops it.
+  // Null where nobody may stop the reading.
   const std::atomic<bool>* isUnwanted_ = nullptr;
 };
 
@@ -74,8 +74,7 @@ class BodyCuts {
   BodyCuts(ByteFile& file, std::uint64_t bodyBegin, std::uint32_t parts);
 
   /// A part's stretch, empty where no stamp begins in the part. Stretches that are not empty follow
-  /// one another without a gap. Reads the file around the part's ends. Part: from 0 on, less than
-  /// `parts`.
+  /// one another without a gap. Reads the file around the part's ends. Parts count from 0.
   StretchRange Stretch(std::uint32_t part) const;
   /// All stretches that are not empty. Their number may be smaller than that of the parts.
   std::vector<StretchRange> Stretches() const;

@@ -28,7 +28,7 @@ struct BodyTime {
   std::uint64_t stamps = 0;  // all of the dump's, as far as it was read
   bool isOpen = false;       // something of the dump lies in the window
   bool isEndCut = false;     // END lies after the dump's last stamp
-  // In ticks; without a stamp both are 0.
+  // Both are ticks, and 0 without a stamp.
   std::uint64_t first = 0;
   std::uint64_t last = 0;
 };
@@ -36,11 +36,11 @@ struct BodyTime {
 /// How far a body was read in a window. A value, so that the reading may go on elsewhere from it.
 struct WindowState {
   BodyTime time;
-  // Of the dump, also one before the window.
+  // The dump's first stamp, which may lie before the window.
   std::uint64_t firstStamp = 0;
   // The largest stamp so far.
   std::uint64_t now = 0;
-  // By the dump commands so far.
+  // What the dump commands so far say.
   bool isDumping = true;
   bool hasBegun = false;  // `time.first` is known
   bool isDone = false;    // what follows lies after the window

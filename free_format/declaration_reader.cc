@@ -64,7 +64,7 @@ struct NotHandled {
   std::size_t words = 0;
 
   void Take(std::string_view word) {
-    // The words after the name.
+    // The words that follow the name.
     static constexpr std::string_view kText[] = {"is", "not", "handled"};
     if (words == 0) {
       // The word goes when the next one is taken; a hundred characters are enough for a message.
@@ -333,7 +333,7 @@ void DeclarationReader::CloseScope() {
 /// The name's first word, `first`, is never one. "data [7:0]" has its range word at 4; "data[7:0]"
 /// has none.
 std::uint32_t DeclarationReader::RangeWord(std::size_t first, std::size_t nameSize) const {
-  // From the last word back.
+  // Searched from the last word back.
   for (std::size_t word = section_.count(); word-- > first + 1;) {
     if (section_.Word(word).front() != '[') continue;
     return static_cast<std::uint32_t>(nameSize - section_.From(word).size());
@@ -366,7 +366,7 @@ void DeclarationReader::Declare() {
   DumpVariable variable;
   variable.name = section_.From(sizeEnd + 1);
   if (variable.name.empty()) variable.name = NewName();
-  // Before the size may be glued on.
+  // The range word is looked for before the size is glued to the name.
   variable.nameWord = RangeWord(sizeEnd + 1, variable.name.size());
   // "$var port [7:0] <0 data $end" declares data[7:0].
   if (size.front() == '[' && variable.name.back() != ']') {

@@ -31,13 +31,13 @@ class DeclarationReader {
     // Words are kept in one text, so that a section costs no allocation once its room is there.
     std::string text;               // of all words, one after the other
     std::vector<std::size_t> ends;  // of each word in the text
-    // Of its keyword; lines count from 1.
+    // The line of the keyword; lines count from 1.
     std::uint64_t line = 0;
-    // 0: it has none.
+    // 0 where there are no words.
     std::uint64_t firstLine = 0;  // of its words
     std::uint64_t lastLine = 0;
     std::uint64_t endLine = 0;  // 0: it has no $end
-    // No other word stands before its keyword on the line.
+    // No other word stands before the keyword on its line.
     bool startsLine = false;
     bool isPlain = true;  // readers know its keyword and its $end
 
@@ -46,18 +46,17 @@ class DeclarationReader {
     /// The words from `first` on as one: a range belongs to its name, blanks in it to nothing.
     std::string_view From(std::size_t first) const;
   };
-  /// A scope as the hierarchical reader follows it. Index of the scope that the node was opened
-  /// for.
+  /// A scope as the hierarchical reader follows it. The scope for which the reader opened a node.
   struct LineScope {
     std::uint32_t scope;
-    // From the tree's root.
+    // The node hangs on the tree's root.
     bool reachable;
   };
 
   // Takes the next word, or the last one again.
   bool Advance();
   bool TakeWord();
-  // The steps of a section.
+  // How a section is collected.
   void TakeSection(Keyword keyword);
   void ReadSection(Keyword keyword);
   bool EndsSection(Keyword keyword, Keyword next);
@@ -86,14 +85,14 @@ class DeclarationReader {
   Declarations result_;
   // The innermost open scope.
   std::uint32_t current_ = Declarations::kDump;
-  // Names that were made up so far.
+  // How many names were made up so far.
   std::uint32_t unnamed_ = 0;
   std::unordered_map<std::string, std::uint32_t> scopeByPath_;  // parent's number and name
   std::unordered_map<std::string, std::uint32_t> typeIds_;
 
-  // Open nodes of the hierarchical reader, the innermost last.
+  // The nodes that the hierarchical reader has open, the innermost last.
   std::vector<LineScope> lineScopes_;
-  // A root was opened.
+  // The hierarchical reader has a root.
   bool lineRoot_ = false;
   Tally* lineTally_ = nullptr;  // of the last section, unless it counted there
   // The line of that section.

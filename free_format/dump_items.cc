@@ -88,13 +88,13 @@ bool DumpItems::Next() {
     if (isAfterItem_ && !place_.startsLine) crowdedLine_ = place_.line;
     isAfterItem_ = false;
   }
-  // For what stands after the last item.
+  // Words after the last item may crowd its line, too.
   place_.crowdedLine = crowdedLine_;
   return false;
 }
 
 void DumpItems::GoOn() {
-  // Over the end already, the source has been passed on.
+  // Where an item went over the end, AdvanceInItem has passed it already.
   if (!isOverEnd_) (void)stretch_->Pass();
   isOverEnd_ = false;
 }
@@ -134,7 +134,7 @@ bool DumpItems::TakeScalar(std::string_view word, char value) {
   value_ = value;
   // H and L, which line readers pass over.
   const bool isWeak = (value == '0' || value == '1') && value != word.front();
-  // No code is part of the word.
+  // The code is a word of its own.
   const bool isApart = word.size() == 1;
   const bool found = isApart ? TakeCode() : FindCode(word.substr(1));
   // The line readers find no code right after the value.
@@ -232,7 +232,7 @@ bool DumpItems::TakeKeyword(std::string_view word) {
     case Keyword::DumpAll:
     case Keyword::DumpOn:
     case Keyword::DumpOff:
-      // In capitals, or of a port dump.
+      // A command in capitals, or one of a port dump.
       if (!IsPlainKeyword(word)) tallies_.keywords.Add(place_.line, word);
       kind_ = ItemKind::Command;
       return true;

@@ -30,7 +30,7 @@ enum class ItemKind {
 /// Where an item stood. Findings ask for it, counting does not.
 struct ItemPlace {
   std::uint64_t line = 0;
-  // No word stands before it on the line.
+  // No word stands before it on its line.
   bool startsLine = false;
   bool isWhole = true;  // the line readers find its code: on the line, after a scalar at once
   // The line of the item before, if words without an item stood after it there; else 0.
@@ -76,7 +76,7 @@ class DumpItems {
   bool Next();
   /// Whether the stretch ended inside an item, which was then read to its end all the same.
   bool IsOverEnd() const { return isOverEnd_; }
-  /// Goes on after the end of the stretch. For a stretch only.
+  /// Goes on after the end of the stretch. Only for a reader of stretches.
   void GoOn();
 
   // Of the last item; which of them say something depends on its kind.
@@ -131,23 +131,23 @@ class DumpItems {
   void SkipSection(Keyword keyword);
   void HoldText(std::string_view value, const Alphabet& alphabet);
 
-  // The caller's, as are the codes.
+  // The words belong to the caller, as do the codes.
   DumpWords& words_;
   const CodeTable& codes_;
   StretchSource* const stretch_;  // null for a dump that is read as one
   bool repeat_;                   // the last word is to be taken again
   bool isOverEnd_ = false;
   bool isAfterItem_ = true;  // no word was taken since the last item
-  // 0: none.
+  // 0 where no item shares its line with what follows.
   std::uint64_t crowdedLine_ = 0;
   ItemKind kind_ = ItemKind::SectionEnd;
   std::uint64_t ticks_ = 0;
-  // So far, to see which ones go back.
+  // Smaller stamps than this one go back.
   std::uint64_t largestStamp_ = 0;
   Keyword command_ = Keyword::None;
   char value_ = 'x';
   std::uint32_t codeId_ = 0;
-  // Owned: the block may move while the code is read.
+  // A copy: the block may move while the code is read.
   std::string text_;
   ItemPlace place_;
   ItemTallies tallies_;

@@ -94,17 +94,17 @@ class DumpWords {
   void SetEnd(std::size_t held);
 
   ByteSource& source_;
-  // In bytes.
+  // Bytes that are asked for in one reading.
   const std::size_t readAtOnce_;
   // Characters that are kept whatever SetLongest says.
   const std::size_t leastKept_;
   std::size_t longest_;  // characters of a word that are kept
-  // Grows for long words that are kept, else of one size.
+  // Its size changes only for long words that are kept.
   std::vector<char> block_;
   std::uint64_t read_ = 0;     // bytes of the source
   const char* at_ = nullptr;   // after the last word
   const char* end_ = nullptr;  // a blank and a letter stand here, so that scans stop
-  // In the block.
+  // The last word is a view into the block.
   const char* word_ = nullptr;
   std::size_t length_ = 0;
   std::uint64_t line_ = 1;
@@ -114,7 +114,7 @@ class DumpWords {
   bool isCut_ = false;
   bool endsDump_ = false;
   Tally controls_;
-  // Null for none.
+  // Null where nobody watches.
   SlotWatch* watch_ = nullptr;
 };
 

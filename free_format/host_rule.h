@@ -37,13 +37,13 @@ inline std::uint32_t Fingerprint(std::string_view value) {
 /// A value that goes on from stretch to stretch; all times in ticks.
 struct DumpingState {
   std::uint32_t isOn = 1;
-  // `now` is a stamp's.
+  // Until the first stamp `now` means nothing.
   bool hasStamp = false;
-  // The largest stamp.
+  // The largest stamp so far.
   std::uint64_t now = 0;
-  // Valid while off.
+  // The tick at which dumping was switched off; valid while it is off.
   std::uint64_t offSince = 0;
-  // Of the times that are over.
+  // The sum of the times that have ended.
   std::uint64_t offTicks = 0;
 };
 

@@ -45,7 +45,7 @@ class FileDump {
   void EndAt(const std::vector<std::uint64_t>& ends);
 
  private:
-  // In bytes, for the other readers too.
+  // Bytes that are read at a time, also by the other stretches' readers.
   const std::size_t block_;
   StretchSource source_;
   DumpWords words_;
@@ -146,7 +146,7 @@ ItemTallies ReadInParts(FileDump& dump, const Declarations& declarations,
   }
   RunTogether(jobs, isUnwanted);
 
-  // From here on one thread alone.
+  // From here on only this thread works.
   ItemTallies tallies;
   std::uint64_t lines = 0;
   std::size_t next = 1;  // the stretch after those that were read

@@ -10,7 +10,7 @@ namespace {
 
 /// As a reader scans them: up to the first character that is no digit of a number.
 double StampIn(const std::string& slot) {
-  // 0 where no number is there.
+  // Stays 0 where the slot begins with no number.
   double ticks = 0;
   (void)std::from_chars(slot.data(), slot.data() + slot.size(), ticks);
   return ticks;
@@ -20,7 +20,7 @@ double StampIn(const std::string& slot) {
 
 /// Only digits are a stamp's second piece; "#12.5" leaves 12.
 void SlotWatch::PutDigits(std::string_view stamp) {
-  // Without an end: that is the stamp tail.
+  // Put without an end, which makes the stamp tail.
   const std::string_view digits = stamp.substr(0, stamp.find_first_not_of("0123456789"));
   Put(shared_, digits, false);
   Put(own_, digits, false);
@@ -34,7 +34,7 @@ void SlotWatch::Put(std::string& slot, std::string_view word, bool isEnded) {
   if (isEnded) slot[word.size()] = '\0';
 }
 
-/// Of two readers the one that errs is asked for.
+/// Asks for the reading that is wrong, if one of the two is.
 double SlotWatch::StampFor(double ticks) const {
   const double shared = StampIn(shared_);
   return shared != ticks ? shared : StampIn(own_);

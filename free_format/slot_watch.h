@@ -31,15 +31,15 @@ class SlotWatch {
   double StampFor(double ticks) const;
 
  private:
-  // `isEnded`: whether a NUL is put after it.
+  // With `isEnded` a NUL is put after the word.
   void PutDigits(std::string_view stamp);
   static void Put(std::string& slot, std::string_view word, bool isEnded);
 
-  // Of the word on its line, from 0.
+  // The place of the last word on its line, from 0.
   std::size_t index_ = 0;
-  // Of the filtered flat reader.
+  // What the filtered flat reader has in its slot.
   std::string shared_;  // of second words and stamps
-  // Of the other two.
+  // What the other two readers have in theirs.
   std::string own_;  // of stamps alone
 };
 

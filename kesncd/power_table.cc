@@ -82,7 +82,7 @@ class TreeLookup {
   const VmodHier& root_;
   const bool exact_;
   std::vector<std::string_view> names_;
-  // By walking the tree.
+  // How often the tree was walked.
   int searches_ = 0;
   std::optional<TreeIndex> index_;
 };

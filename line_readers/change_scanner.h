@@ -54,7 +54,7 @@ class ChangeScanner {
   // Gives the span the last stamp of a block.
   void ConvertStamp();
 
-  // The caller's.
+  // The counters belong to the caller, as do the state and the splitters.
   CodeCounts& counts_;
   ReadingState& state_;
   Splitter& stampSplitter_;
@@ -64,9 +64,9 @@ class ChangeScanner {
   std::size_t tooLong_ = 0;      // lines of this many characters are not plain
   std::uint64_t unsettled_ = 0;  // bytes scanned since the counters were settled
   char* codeSlot_ = nullptr;     // where the code of a line of two words goes, if anywhere
-  // Whether a stamp only moves the end of the span, as all but the first do.
+  // A stamp then only moves the end of the span, as all but the first do.
   bool spanOpen_ = false;
-  // In the block, which moves at the next line; so it is empty between two calls.
+  // It points into the block, which moves at the next line, so it is empty between two calls.
   std::string_view stamp_;  // the last stamp's digits, not yet converted
 };
 

@@ -44,11 +44,11 @@ class DumpLines {
  private:
   const bool scansPlainLines_;
   LineSource source_;
-  // Of words; of stamps too where they are shared.
+  // Cuts lines into words, and stamps into pieces where it is shared.
   Splitter wordSplitter_;
-  // Unused where they are shared.
+  // Cuts stamps where the readers keep two splitters; unused otherwise.
   Splitter ownStampSplitter_;
-  // One of the two.
+  // Refers to one of the two above.
   Splitter& stampSplitter_;
   CodeCounts& counts_;
   ReadingState& state_;

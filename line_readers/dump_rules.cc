@@ -70,7 +70,6 @@ const char* TakeBodyLine(const VcdLine& line, LineKind kind, Splitter& stampSpli
     TakeStampWord(stampSplitter, line.words[0], state);
     return nullptr;
   }
-  // Its first letter is "$".
   const char* code = ChangedCode(line);  // "$end" is none
   return state.recording == 1 ? code : nullptr;
 }

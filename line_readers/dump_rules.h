@@ -29,9 +29,9 @@ struct Declaration {
   // "count", or "count[7:0]": a range in a word of its own is glued on.
   std::string name;
   std::string type;
-  // Never empty.
+  // Never empty, since it is a word.
   std::string code;
-  // 0 where the text is no number; may be negative.
+  // 0 where the word is no number; it may be negative.
   int width = 0;
 };
 

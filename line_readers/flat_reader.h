@@ -63,7 +63,7 @@ class FlatReader {
   const FlatRules rules_;
   FlatTarget target_;
   DeclarationSink& sink_;
-  // For names without a range.
+  // Asked for names without a range, as the selection itself is.
   std::set<std::string> flatSelection_;  // the selection with "/" turned into "_"
   DumpLines lines_;
   State state_ = State::Searching;

@@ -10,7 +10,7 @@ namespace orsa::kesncd {
 struct ReadingState {
   double firstTick = -1.0;  // the first time stamp; negative: none yet
   double lastTick = -1.0;   // the latest one
-  // Nanoseconds in a tick; 0 until a time scale was read, -1 after one that was not understood.
+  // In nanoseconds: 0 until a time scale was read, -1 after one that was not understood.
   double nsPerTick = 0.0;  // the time scale
   int recording = 1;       // changes count while it is exactly 1; a caller may set any value
   int topMatched = 0;      // becomes 1 when a reader meets its scope, and never 0 again

@@ -13,11 +13,11 @@ namespace orsa::kesncd {
 /// `high`, or `base` alone when it is no range. A range is kept as its bounds: "data[2147483647:0]"
 /// costs as much as "data[1:0]".
 struct DesignNames {
-  // With the bar that the bracket became: "data_".
+  // Ends with the bar that the bracket became: "data_".
   std::string base;
-  // Else `base` is the one name, "data_3" or "clk".
+  // Without a range `base` is the one name, "data_3" or "clk".
   bool isRange = false;
-  // Of 32 bits each, and `low` is not above `high`.
+  // Both have 32 bits, and `low` is not above `high`.
   std::int64_t low = 0;
   std::int64_t high = 0;
 

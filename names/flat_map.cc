@@ -88,13 +88,13 @@ class Selection {
     return range.first != range.second;
   }
 
-  // The caller's, for the constructor of FlatMap.
+  // The names belong to the caller.
   const std::vector<std::string>& names_;
-  // By the number of the name.
+  // Whether a name was met, by its number.
   std::vector<bool> isMet_;
-  // Names of whole signals.
+  // Names of whole signals, with the numbers of the names that ask for them.
   std::multimap<std::string, std::size_t> whole_;
-  // By base, then by number.
+  // Names of bits, by base and then by number.
   std::map<std::string, std::multimap<std::int64_t, std::size_t>> bits_;
 };
 

@@ -32,8 +32,8 @@ class FlatMap {
   FlatMap(const Declarations& declarations, std::uint32_t scope,
           const std::vector<std::string>& names);
 
-  /// How many names its ranges stand for; more than kMostFlatNames are too many to walk.
-  /// Overlapping ranges count each.
+  /// How many names its ranges stand for; more than kMostFlatNames are too many to walk. Ranges
+  /// that overlap are counted each.
   std::uint64_t RangeNames() const;
   /// Visits the names in order, bits by their number: `visit(name, variable)`. `variable` is an
   /// index into the declarations' variables. A name is visited once.
@@ -46,17 +46,16 @@ class FlatMap {
   /// `base` with each number from `low` to `high` after it, or `base` alone.
   struct Entry {
     std::string base;
-    // `low` to `high` belong to the name.
+    // The name is the base and a number from `low` to `high`.
     bool hasNumber = false;
-    // Else a single name, "data_3".
+    // A number without a range is a single name, "data_3".
     bool isRange = false;
     std::int64_t low = 0;
     std::int64_t high = 0;
-    // An index.
+    // The index of the variable.
     std::uint32_t variable = 0;
   };
 
-  // By its declared name alone.
   static Entry EntryOf(const Declarations& declarations, std::uint32_t variable);
   void Sort();
   void WalkGroup(std::size_t begin, std::size_t end,

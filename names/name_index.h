@@ -93,15 +93,15 @@ class NameIndex {
 
   const bool exact_;
   const std::size_t ofRoot_;
-  // Of texts and tables; released as a whole.
+  // Holds the texts and tables, and is released as a whole.
   std::pmr::monotonic_buffer_resource memory_;
   std::array<char, 256> folds_{};  // characters as they are compared
   std::vector<bool> expected_;     // by hash: texts that an asked name may be looked up by
   // Plain names, and bits as designs write them.
   std::pmr::unordered_map<std::string_view, First, SecretTextHash> texts_;
-  // By name without the range, while signals are entered.
+  // Ranges by their name, while signals are entered.
   std::pmr::unordered_map<std::string_view, std::pmr::vector<Range>, SecretTextHash> ranges_;
-  // The same when all are.
+  // The same ranges cut into segments, when all are entered.
   std::unordered_map<std::string_view, std::vector<Segment>, SecretTextHash> segments_;
 };
 

@@ -26,7 +26,7 @@ struct DumpName {
 
   Kind kind;
   std::string_view text;
-  // Of 32 bits; `low` is not above `high`.
+  // Both have 32 bits, and `low` is not above `high`.
   std::int64_t low = 0;
   std::int64_t high = 0;
 };

@@ -107,7 +107,7 @@ void PathGlob::Advance(const std::vector<bool>& from, std::vector<bool>& to,
       case Kind::Many:
         if (c != '/') Enter(to, i);
         break;
-      // The same, over "/" too.
+      // As above, but a "/" does not stop it.
       case Kind::ManyParts:
         Enter(to, i);
         break;

@@ -31,9 +31,9 @@ class PathGlob {
   // A step takes one character; the "many" ones take any number of them.
   struct Step {
     Kind kind;
-    // Of Kind::Character.
+    // Used by Kind::Character.
     unsigned char character = 0;
-    // Of Kind::Set; never holds "/".
+    // Used by Kind::Set; it never holds "/".
     std::bitset<256> set{};
   };
 
@@ -43,9 +43,9 @@ class PathGlob {
   void Enter(std::vector<bool>& reached, std::size_t step) const;
   void Advance(const std::vector<bool>& from, std::vector<bool>& to, unsigned char c) const;
 
-  // As given, for paths that are the pattern letter by letter.
+  // Kept for paths that are the pattern letter by letter.
   const std::string pattern_;
-  // No "/" in it: only the last part of a path counts.
+  // Without a "/" only the last part of a path counts.
   const bool isName_;
   std::vector<Step> steps_;
 };

@@ -30,7 +30,7 @@ constexpr std::uint32_t kNotWhole = kTiers * (kMostParts + 1);
 // Half a megabyte: most texts of a dump are told from those asked for by one bit.
 constexpr std::size_t kFilterBits = std::size_t{1} << 22;
 
-/// 0 is the surest.
+/// The surest tier is 0.
 std::uint32_t TierOf(char kind) {
   if (kind == kDumpText) return 0;
   return kind == kDesignText || kind == kDesignBit ? 1 : 2;
@@ -143,7 +143,7 @@ void SignalSearch::SortBits() {
   for (auto& [key, bits] : bits_) {
     std::sort(bits.readings.begin(), bits.readings.end(),
               [](const auto& a, const auto& b) { return a.first < b.first; });
-    // One more than readings, for the end.
+    // One place more than there are readings stands for their end.
     bits.next.resize(bits.readings.size() + 1);
     for (std::uint32_t i = 0; i < bits.next.size(); ++i) bits.next[i] = i;
   }
@@ -241,7 +241,7 @@ bool SignalSearch::Enter(const Reading& reading, bool isWhole, std::uint32_t var
   Query& query = answers_[reading.query];
   // Any end of a path is less sure than every whole path.
   const std::uint32_t level = reading.level + (isWhole ? 0 : kNotWhole);
-  // Found already by a surer reading.
+  // A surer reading has found something.
   if (level > query.level) return true;
   // Answers of less sure readings are dropped.
   if (level < query.level) {

@@ -97,15 +97,15 @@ class SignalSearch {
   const bool exact_;
   std::vector<Query> answers_;
   std::vector<std::uint32_t> answerOf_;  // by name: names that are alike are asked once
-  // By folded name.
+  // The numbers of the queries, by folded name.
   std::unordered_map<std::string, std::uint32_t, SecretTextHash> queries_;
-  // Their numbers; the empty text is 0.
+  // The numbers of the scope texts; the empty one is 0.
   std::unordered_map<std::string, std::uint32_t, SecretTextHash> scopeTexts_;
-  // In characters: paths are compared no further up.
+  // Longer ends of paths need not be looked up.
   std::size_t longestScopeText_ = 0;
-  // By KeyOf.
+  // Readings by KeyOf.
   std::unordered_map<std::string, std::vector<Reading>, SecretTextHash> texts_;
-  // By KeyOf, without the bit's number.
+  // Readings as a bit, by KeyOf without the number of the bit.
   std::unordered_map<std::string, BitReadings, SecretTextHash> bits_;
   std::vector<bool> expected_;  // by hash: texts that some reading is looked up by
 };

@@ -77,11 +77,11 @@ class FileSource : public ByteSource {
   FileChange Change() const;
 
  private:
-  // For messages: "-" for standard input.
+  // What messages call it; "-" is standard input.
   const std::string path_;
-  // Owned, closed with the source.
+  // This object owns the descriptor.
   const int file_;
-  // At construction; st_mode 0 where the file could not be asked.
+  // Its status when it was opened; st_mode is 0 where that could not be asked.
   struct stat opened_ {};
 };
 
@@ -95,7 +95,7 @@ class ResumedSource : public ByteSource {
   std::size_t Read(char* to, std::size_t most) override;
 
  private:
-  // Emptied when all of it has been given.
+  // Its memory is released when all of it has been given.
   std::string start_;
   std::size_t given_ = 0;
   const std::unique_ptr<ByteSource> rest_;

@@ -50,10 +50,10 @@ class LineSource {
   const char* NextOfBlock();
   bool Refill();
 
-  // The caller's; null is a dump without lines.
+  // The stream belongs to the caller; null is a dump without lines.
   std::FILE* const stream_;
   const std::size_t blockBytes_;
-  // Since construction; an error flag that the stream came with is not counted.
+  // Set by a read error of this source only: a stream may come with its error flag set.
   bool failed_ = false;
   std::vector<char> line_;   // the line that Next returned
   std::vector<char> block_;  // empty while the stream is read line by line

@@ -18,7 +18,7 @@ class CLocaleScope {
   CLocaleScope& operator=(const CLocaleScope&) = delete;
 
  private:
-  // What the thread had before.
+  // The locale that the thread had before.
   locale_t host_;
 };
 

@@ -7,7 +7,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-// In bytes: UTF-8 has no longer ones.
+// UTF-8 has no characters of more bytes.
 constexpr std::size_t kLongestCharacter = 4;
 
 /// ASCII that can be shown as it is. Names in dumps are hardly ever anything else.

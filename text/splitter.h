@@ -50,9 +50,9 @@ class Splitter {
   // The sizes that Mem shows; how much memory there is, the held fields below say.
   int slotCount_;
   int slotLength_;
-  // Owned, with heldSlots_ strings of heldBytes_ bytes each, all owned.
+  // All slots are owned: heldSlots_ strings of heldBytes_ bytes each.
   char** slots_ = nullptr;
-  // Owned; holds the line while its words are cut.
+  // The owned copy of the line while its words are cut.
   char* workBuffer_ = nullptr;
   std::size_t heldSlots_ = 0;       // slots that exist
   std::size_t heldBytes_;           // bytes of every one of them

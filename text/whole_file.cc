@@ -28,7 +28,7 @@ namespace {
 constexpr mode_t kNewMode = 0666;  // less the user's mask
 // While it is being written a result is nobody else's business.
 constexpr mode_t kPrivate = 0600;
-// Permissions with the set-user, set-group and sticky bits.
+// The permissions, with the set-user, set-group and sticky bits.
 constexpr mode_t kModeBits = 07777;
 
 /// The number of the process's own open stream that a path such as /proc/self/fd/1 stands for.

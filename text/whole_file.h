@@ -47,7 +47,7 @@ class TemporaryFiles {
 };
 
 struct WholeFileRules {
-  // Null for none; must outlive the file.
+  // Null: nobody has to know. Else it must outlive the file.
   TemporaryFiles* watch = nullptr;
   bool onlyRegular = false;  // a pipe or a device of that name is refused, not written to
   bool inPlaceIfFull =
@@ -90,12 +90,12 @@ class WholeFile : public ByteSink {
 
   const std::string name_;  // for messages
   const WholeFileRules rules_;
-  // As it was at construction.
+  // What the path led to at construction.
   const Place place_;
   std::string temporary_;  // in the folder of the place; empty for none
-  // Written to its place at once: a stream, a pipe, a device.
+  // Bytes go to their place at once: to a stream, a pipe or a device.
   bool isDirect_ = false;
-  // Open for writing; -1 after Commit.
+  // The descriptor that is written to; -1 after Commit.
   int file_ = -1;
 };
 

@@ -39,10 +39,10 @@ class BitNames {
  private:
   bool TakeBracket(std::string_view bracket);
 
-  // Without its bracket, or all of the name.
+  // The name without its bracket, or all of it.
   std::string_view base_;
   std::uint32_t width_;
-  // Else AppendName adds the base alone.
+  // Without an index AppendName adds the base alone.
   bool isIndexed_ = false;
   bool isAscending_ = false;  // indices grow to the right: [0:3]
   bool isShort_ = true;       // `right_` holds the lowest bit's index

@@ -19,9 +19,9 @@ struct DumpVariable {
   std::uint32_t typeId = 0;    // see Declarations::TypeOf
   std::uint32_t width = 0;     // 0 where the dump gives no positive number
   std::uint32_t codeId = 0;    // the number of its identifier code in `codes`
-  // Index of the scope that declares it.
+  // The index of the scope that declares it.
   std::uint32_t scope = 0;
-  // Of the dump, from 1, where its $var stands.
+  // The line of its $var in the dump, from 1.
   std::uint64_t line = 0;
 };
 
@@ -30,13 +30,13 @@ struct DumpVariable {
 struct DumpScope {
   std::string name;  // never empty
   std::string kind;  // "module", "begin", ...
-  // Index; of a top-level scope kDump.
+  // The index of the scope around it; kDump for a top-level scope.
   std::uint32_t parent = 0;
   std::uint64_t line = 0;
   bool populated = false;  // it or a scope below it declares variables
-  // Indices of those directly in it, in the dump's order.
+  // Indices of the scopes directly in it, in the dump's order.
   std::vector<std::uint32_t> scopes;
-  // Indices of those that it declares itself.
+  // Indices of the variables that it declares itself.
   std::vector<std::uint32_t> variables;
 };
 
@@ -69,18 +69,18 @@ struct LineReading {
 struct Declarations {
   static constexpr std::uint32_t kDump = 0;  // the scope that holds the top-level ones
 
-  // [kDump] is the dump itself; a scope comes after the one around it.
+  // The scope [kDump] is the dump itself; a scope comes after the one around it.
   std::vector<DumpScope> scopes;
   std::vector<DumpVariable> variables;
-  // Every code once, in the order of first declarations.
+  // Holds every code once, in the order of first declarations.
   CodeTable codes;
-  // None where the time scale is missing or says no time.
+  // There is none where the time scale is missing or says no time.
   std::optional<std::uint64_t> tick;  // femtoseconds
   std::string timescale;              // as it stands in the dump; empty for none
   std::uint64_t timescaleLine = 0;
   std::string date;     // the words of $date, parted by blanks
   std::string version;  // of $version: the simulator
-  // Each once; typeId is an index.
+  // Holds each type once; a variable has its index.
   std::vector<std::string> types;  // "wire", "reg", ... as the dump writes them
   std::size_t longestCode = 0;     // characters
   std::uint32_t widest = 0;        // bits of the widest variable

@@ -66,7 +66,7 @@ bool IsPlainKeyword(std::string_view word) {
 }
 
 bool IsDumpCommand(Keyword keyword) {
-  // By the order of the enumeration.
+  // The four are neighbours in the enumeration.
   return keyword >= Keyword::DumpVars && keyword <= Keyword::DumpOff;
 }
 

@@ -77,7 +77,7 @@ inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* e
                              CodeInLine* codes) {
   // Bytes from `end` on are padding and mark nothing.
   std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
-  // Of a scalar change; a blank later in the line moves it to the second word.
+  // Right for a scalar change; a blank later in the line moves it to the second word.
   const char* code = line + 1;
   for (; marks != 0; marks &= marks - 1) {
     const char* const odd = chunk + static_cast<unsigned>(std::countr_zero(marks));

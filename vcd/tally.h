@@ -33,7 +33,7 @@ struct Tally {
   explicit operator bool() const { return count > 0; }
 
  private:
-  // In bytes; names of any length come here. A cut may split a character, so show it as printable.
+  // Bytes of an example. The cut may split a character, so it is shown as printable text only.
   static constexpr std::size_t kShown = 100;
 };
 

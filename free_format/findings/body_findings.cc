@@ -13,7 +13,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-// More is worth knowing.
+// A larger share is worth knowing.
 constexpr double kUnknownShare = 0.01;  // of a signal's changes
 // Of a value with its code on a line that the shortest line buffer of a reader holds. The code and
 // the newline need the rest of 1023 characters.
@@ -35,7 +35,7 @@ unsigned KindsOf(char bit) {
   }
 }
 
-/// By table; the other one makes the table.
+/// Looked up in the table that KindsOfCharacters makes.
 unsigned KindsOf(std::string_view value, const std::array<unsigned char, 256>& kinds) {
   unsigned all = 0;
   for (const char c : value) all |= kinds[static_cast<unsigned char>(c)];
@@ -70,7 +70,7 @@ class BodyCheck {
       CheckLine();
       GiveItem(items_, *this);
       items_.TakePlainLines(lines);
-      // After a run the words know its lines.
+      // The words have counted the lines of the run by now.
       plainLines_ = 0;
     }
     // The last item may be followed by words that are no item.
@@ -86,7 +86,7 @@ class BodyCheck {
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
     SetLast(ItemKind::Vector);
-    // Its code might not fit on the line.
+    // With its code it might not fit on a reader's line.
     if (value.size() > kLongestWhole) longValues_.Add(Line(), "");
     const unsigned kinds = KindsOf(value, kinds_);
     if ((kinds & (kXBit | kZBit)) != 0 && dumping_.isOn() != 0) {
@@ -94,7 +94,7 @@ class BodyCheck {
     }
     TakeValue(codeId, Fingerprint(value), kinds, false);
   }
-  // As a vector it has a code apart.
+  // A real has its code as a second word, as a vector has.
   void Real(std::uint32_t codeId, std::string_view value) {
     SetLast(ItemKind::Vector);
     TakeValue(codeId, Fingerprint(value), kKnownBit, false);
@@ -166,7 +166,7 @@ class BodyCheck {
 
  private:
   struct Counts {
-    // Known scalars, vectors and reals.
+    // Values of vectors and reals, and scalars that became 0 or 1.
     std::uint64_t counted = 0;
     // Scalars that became x or z, but for a first value.
     std::uint64_t unknown = 0;
@@ -210,7 +210,7 @@ class BodyCheck {
   /// The line that is read: the words count plain ones only when a run of them is over.
   std::uint64_t Line() const { return items_.Line() + plainLines_; }
 
-  // "Behind": an item was met at all.
+  // From the first item on, the body has begun.
   void SetLast(ItemKind kind) {
     last_ = kind;
     isBehindItem_ = true;
@@ -255,7 +255,7 @@ class BodyCheck {
     if (!isUnknown || counts.isSet) ++(isUnknown ? counts.unknown : counts.counted);
     counts.isSet = true;
     repeated_ += repeats && !isUnknown ? 1 : 0;
-    // Only x: a bus that is z has a value.
+    // Only x is unknown here: a bus that is z has a value.
     if ((kinds & kXBit) == 0) {
       counts.wasKnown = true;
     } else if (counts.wasKnown) {
@@ -324,27 +324,27 @@ class BodyCheck {
   }
 
   const std::array<unsigned char, 256> kinds_ = KindsOfCharacters();
-  // The caller's, as are the declarations.
+  // The watch belongs to the caller, as do the declarations.
   SlotWatch& watch_;
   const Declarations& declarations_;
   DumpItems items_;
   std::vector<Counts> counts_;  // by code
   BodyFacts facts_;
   std::uint64_t plainLines_ = 0;  // since the words counted lines
-  // An item was taken.
+  // The body has begun: an item was taken.
   bool isBehindItem_ = false;
-  // The dump ends on a line that has no end.
+  // The dump ends on a line without a newline.
   bool endsOpen_ = false;
   ItemKind last_ = ItemKind::SectionEnd;
   std::uint64_t definitionsEnd_ = 0;  // its line, if the body begins there
-  // Of the last stamp as it says.
+  // The last stamp as the dump says it.
   std::uint64_t lastTick_ = 0;
   std::uint64_t lastLine_ = 0;  // of a stamp
-  // Ticks of the first and the last stamp as a line reader has them.
+  // The first and the last stamp as a line reader has them.
   double readFirst_ = 0;
   double readLast_ = 0;
   DumpingTime dumping_;
-  // Values that repeat the one before.
+  // How many values repeat the one before.
   std::uint64_t repeated_ = 0;
   Tally offStretches_;
   Tally unknownBits_;

@@ -11,7 +11,7 @@ namespace {
 /// Signals of several names in one scope: each such signal, and each name but its first. `prepare`
 /// gives each name a code of its own, so both go away by it.
 void FindAliases(const Declarations& declarations, Findings& findings) {
-  // The same sharing that `prepare` goes by.
+  // `prepare` goes by the same sharing.
   const auto shares = ShareCodes(declarations);
   std::set<std::pair<std::uint32_t, std::uint32_t>> signals;
   Tally doubled;

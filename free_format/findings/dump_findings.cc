@@ -17,8 +17,8 @@ constexpr Concerns kAll = Concerns::AllRuns;
 constexpr Concerns kHosts = Concerns::Hosts;
 constexpr Concerns kGrammar = Concerns::GrammarReader;
 
-// In the order of the kinds. Texts are complete without the count before them, and say what a
-// figure lacks.
+// In the order of the kinds. Where a text alone may not be clear, an example of what is found
+// stands above its row.
 constexpr FindingText kTexts[] = {
     {"packed: no reader but this program's unpacks it", "dump", kWrong, kHosts, Remedy::Unpack},
     {"became shorter while it was read", "dump", kWrong, kAll, Remedy::SimulateAgain},

@@ -125,7 +125,7 @@ struct Finding {
 /// finding of the kind. "signals not reachable from the tree's root", of "signals".
 struct FindingText {
   std::string_view finding;
-  // What the count is of.
+  // What the count is of, such as "signals".
   std::string_view of;
   Severity severity;
   Concerns concerns;
@@ -170,9 +170,9 @@ void FindInNames(const Declarations& declarations, Findings& findings);
 
 /// Figures of a body.
 struct BodyFacts {
-  // Changes to 0, 1, vectors and reals while dumping is on.
+  // Changes to 0 or 1 and values of vectors and reals, while dumping is on.
   std::uint64_t changes = 0;  // counted ones
-  // Of scalars while dumping is on.
+  // Changes of scalars, while dumping is on.
   std::uint64_t unknown = 0;  // to x or z
   std::uint64_t stamps = 0;
   std::uint64_t firstTick = 0;

@@ -10,7 +10,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-// Bits: a flat run prints a row for each.
+// A flat run prints a row for each bit.
 constexpr std::uint32_t kWide = 4096;
 
 /// The names that a variable has in the flat map: `base` alone, or with each of some numbers. A row
@@ -19,11 +19,11 @@ struct FlatNames {
   std::string_view base;
   std::int64_t low = -1;
   std::int64_t high = -1;
-  // Its index in the declarations.
+  // The index in the declarations.
   std::uint32_t variable = 0;
 };
 
-/// 0 where no number is there.
+/// Gives 0 where no number is there.
 std::int64_t IndexIn(std::string_view text) {
   std::int32_t number = 0;
   (void)std::from_chars(text.data(), text.data() + text.size(), number);
@@ -69,7 +69,7 @@ void FindCollisions(const Declarations& declarations, const DumpScope& scope,
   std::sort(names.begin(), names.end(), [](const FlatNames& a, const FlatNames& b) {
     return std::tie(a.base, a.low, a.variable) < std::tie(b.base, b.low, b.variable);
   });
-  // The highest number of the base so far.
+  // The highest number that the base has so far.
   std::int64_t reached = -1;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const bool isNewBase = i == 0 || names[i].base != names[i - 1].base;

@@ -20,7 +20,7 @@ constexpr std::size_t kLongestName = 800;
 constexpr std::size_t kLongestType = 20;
 // A line of the header, with room to spare.
 constexpr std::size_t kLongestLine = 2000;
-// Of 2^64 - 1.
+// 2^64 - 1 has so many.
 constexpr std::size_t kTickDigits = 20;
 
 /// A type as it can stand in a prepared dump. Readers keep it in memory that a number may stand
@@ -112,7 +112,7 @@ void DumpWriter::WriteScopes(std::uint32_t top) {
   std::vector<Open> open{{top, 0}};
   while (!open.empty()) {
     const auto& below = declarations_.scopes[open.back().scope].scopes;
-    // All below it is written.
+    // All scopes below it are written.
     if (open.back().next == below.size()) {
       Put("$upscope $end\n");
       open.pop_back();

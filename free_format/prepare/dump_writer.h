@@ -60,24 +60,24 @@ class DumpWriter {
   void Put(std::string_view text);
   void PutScalar(char value, const char* code);
   void PutVector(std::string_view text, const char* code);
-  // A scope with all below it.
+  // Writes a scope with all below it.
   void WriteScopes(std::uint32_t top);
   void OpenScope(std::uint32_t scope, const std::string& name);
   // `number` makes a cut name different from others.
   std::string FittingName(const std::string& name, std::uint32_t number, std::uint64_t line);
 
-  // The caller's, as are the declarations.
+  // The sink belongs to the caller, as do the declarations.
   ByteSink& sink_;
   const Declarations& declarations_;
-  // By variable.
+  // How each variable takes part in its scope, by its index.
   const std::vector<CodeShare> shares_;
   NewCodes codes_;
-  // A block on its way to the sink.
+  // A block on its way to the sink, with `used_` bytes in it.
   std::vector<char> held_;
   std::size_t used_ = 0;
-  // Digits of a stamp so far.
+  // Stamps are written with as many digits.
   std::size_t longestStamp_ = 0;
-  // Of a dump command, whose $end is not written yet.
+  // A dump command was written whose $end is still to come.
   bool inSection_ = false;
   Tally renamed_;
   Tally leftOut_;

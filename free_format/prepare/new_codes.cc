@@ -44,12 +44,12 @@ class ScopeNames {
   }
 
  private:
-  // Of a code.
+  // The last scope that declared the code.
   struct Entry {
     std::uint32_t scope = 0;
-    // In that scope.
+    // How many names of the code it has.
     std::uint32_t names = 0;
-    // Its first variable there.
+    // The variable that has the first of them.
     std::uint32_t first = 0;
   };
 

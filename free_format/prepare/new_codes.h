@@ -20,7 +20,7 @@ namespace orsa::kesncd {
 /// How a variable takes part in the codes of its scope. Made by ShareCodes, in the order of the
 /// declarations of each scope.
 struct CodeShare {
-  // 0 for the first.
+  // 0 for the first name.
   std::uint32_t name = 0;   // the how many-eth name of its code in its scope
   bool isRepeated = false;  // name and code stood in the scope before
   bool isLeftOut = false;   // one name too many
@@ -45,11 +45,11 @@ class NewCodes {
 
   /// Bytes that may be read from the start of a code.
   static constexpr std::size_t kReadAhead = 8;
-  // In characters, the same for all codes.
+  // Characters of a code, the same for all.
   std::size_t length() const { return length_; }
   /// The code of the first name that a dump's code has in a scope, and how many more it has.
   const char* First(std::uint32_t code) const { return &first_[code * step_]; }
-  // 0 for nearly all.
+  // 0 for nearly all codes.
   std::uint32_t FurtherNames(std::uint32_t code) const {
     return isShared_[code] ? further_[code].count : 0;
   }
@@ -67,14 +67,13 @@ class NewCodes {
 
   // What every change of a dump looks up takes little room: large dumps change signals anywhere.
   std::size_t length_ = 1;
-  // In bytes.
   std::size_t step_ = 0;     // from one code's text to the next one's
   std::vector<char> first_;  // texts by the dump's codes
-  // A bit says it before the range is looked up.
+  // Says whether a look into `further_` is worth it.
   std::vector<bool> isShared_;
   std::vector<Range> further_;  // by the dump's codes, of furtherTexts_
   std::vector<char> furtherTexts_;
-  // Numbers so far.
+  // How many codes have been given out.
   std::uint64_t given_ = 0;
 };
 

@@ -32,9 +32,9 @@ class BodyCopy {
   void HoldValues(std::size_t codes) { values_.resize(codes); }
 
   void Scalar(std::uint32_t codeId, char value) {
-    // Not by name: a signal changes once, however many lines that takes.
+    // A signal changes once, however many names and so lines it has.
     ++report_.changes;
-    // X and z are above "1".
+    // The characters x and z lie above 1.
     if (isDumping_ && value > '1') ++report_.unknown;
     writer_.WriteScalar(value, codeId);
   }
@@ -50,7 +50,7 @@ class BodyCopy {
     ++report_.stamps;
   }
 
-  // The last one before the window counts.
+  // Later values replace it until the window begins.
   void RememberScalar(std::uint32_t codeId, char value) { values_[codeId].assign(1, value); }
   void RememberVector(std::uint32_t codeId, std::string_view value) {
     values_[codeId] = BitText(value);
@@ -108,7 +108,7 @@ class BodyCopy {
   PrepareReport& report_;
   const DumpItems& items_;
   bool isDumping_ = true;
-  // Of the value that is written.
+  // Holds the value that is written.
   std::string text_;
   std::vector<std::string> values_;  // by code, while the window is not open yet
 };
@@ -132,8 +132,8 @@ Declarations ReadHeader(DumpWords& words, const PrepareOptions& options) {
   return declarations;
 }
 
-/// Copies the body; false when nothing lies in the window. `report` gets all that is known of the
-/// body.
+/// Copies the body; false when nothing lies in the window. Everything that is known of the body
+/// goes into `report`.
 bool CopyBody(DumpItems& items, DumpWriter& writer, const Declarations& declarations,
               const TickWindow& window, PrepareReport& report) {
   BodyCopy copy(writer, report, items);
@@ -183,7 +183,7 @@ PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& o
   DumpItems items(words, declarations);
   DumpWriter writer(out, declarations, options.block);
   writer.WriteHeader(report.tick);
-  // Known once the header is out.
+  // Names are replaced and left out while the header is written.
   report.renamed = writer.renamed();
   report.leftOut = writer.leftOut();
   if (!CopyBody(items, writer, declarations, window, report)) {

@@ -35,7 +35,7 @@ TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> 
                          const std::string& name);
 
 struct PrepareOptions {
-  // For example its path.
+  // A path, as a rule.
   std::string dump;  // what messages call it
   // Says which scope goes first; without it they stay in their order.
   std::function<std::uint32_t(const Declarations&)> chooseTop;
@@ -52,7 +52,7 @@ struct PrepareReport {
   std::uint64_t changes = 0;          // those that were written, before they were written by name
   std::uint64_t unknown = 0;          // scalars among them that became x or z
   std::uint64_t stamps = 0;           // written ones
-  // In the dump's ticks; the span of the prepared dump.
+  // In the dump's ticks: the span of the prepared dump.
   std::uint64_t firstTick = 0;
   std::uint64_t lastTick = 0;
   bool isEndCut = false;  // the window ends after the dump does

@@ -69,9 +69,9 @@ class CsvParser {
 
   csv_parser parser_{};
   Rows& rows_;
-  // The row so far.
+  // The cells of the row so far.
   std::vector<std::string> row_;
-  // Of a callback.
+  // What a callback has caught.
   std::exception_ptr failure_;
 };
 

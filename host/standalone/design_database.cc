@@ -93,7 +93,7 @@ NC_DESIGN* NcdData::findData() {
   return Database().Design();
 }
 
-/// Cannot fail.
+/// Releasing cannot fail.
 int NcdData::releaseData() {
   Database().Release();
   return 1;

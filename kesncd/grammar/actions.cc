@@ -237,7 +237,7 @@ void DumpActions::CountChange(const char* code) {
     topMod.AddCodesTo(counts_);
     gathering_ = true;
   }
-  // Settled as often as the counters need it.
+  // Counters that are not settled before so many changes would overflow.
   if (++unsettled_ == CodeCounts::kMostBetween) {
     counts_.Settle();
     unsettled_ = 0;

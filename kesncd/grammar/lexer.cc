@@ -77,7 +77,7 @@ void SkipBlanks() {
 /// length. It ends before a byte that may end the word, and before the last bytes that are read. A
 /// word that goes on after them is completed character by character.
 std::size_t TakeBlocks() {
-  // Bytes of the stream come second then.
+  // A character that was given back comes before those of the stream.
   if (yysptr > yysbuf) return 0;
   const std::string_view ahead = ReadAhead(yyin).substr(0, kLongestWord);
   std::size_t length = 0;

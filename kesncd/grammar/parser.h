@@ -112,7 +112,7 @@ class Parser {
   void TakeItem(const ListItem& item) {
     yychar = kNoToken;
     CopyValue(yypv[1].text, yylval.text);
-    // What Shift leaves above the top.
+    // The stacks hold above their top what Shift would leave there.
     CopyValue(yyval.text, yylval.text);
     yyps[1] = item.lastState;
     // All but the last see the word where it was shifted, the last one the list before it.
@@ -139,7 +139,7 @@ class Parser {
   bool Reduce(const Reduction& reduction) {
     yytmp = reduction.rule;
     Drop(reduction.length);
-    // Above the top now, but still there.
+    // The rule's symbols lie above the top now, but are still there.
     const YYSTYPE* values = yypv + 1;
     // yyval is what the rule's first token was, as hosts see it.
     if (reduction.startsWithToken) CopyValue(yyval.text, values->text);
@@ -170,7 +170,7 @@ class Parser {
     return Push(ShiftOf(StateAt(*yyps), kErrorToken));
   }
 
-  // Both outlive the parse.
+  // Tables and actions must outlive the parse.
   const ParseTables& tables_;
   Actions& actions_;
   std::ptrdiff_t top_ = 0;  // index of the top in both stacks

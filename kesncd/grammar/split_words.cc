@@ -58,7 +58,7 @@ class StringArray {
     capacity_ *= 2;
   }
 
-  // Owned, as are the strings in it.
+  // The array and its strings are owned until they are handed out.
   char** strings_;
   std::size_t capacity_;
   std::size_t size_ = 0;

@@ -39,7 +39,7 @@ class TableBuilder {
     std::size_t dot;
     constexpr bool operator==(const Item&) const = default;
   };
-  // In the order of the rules, so that equal sets compare equal.
+  // Kept in the order of the rules, so that equal sets compare equal.
   using Items = std::vector<Item>;
   static constexpr int kNoSymbol = -1;
 
@@ -156,7 +156,7 @@ class TableBuilder {
     }
   }
 
-  // The grammar's, a constant.
+  // The grammar, which is a constant.
   std::span<const Rule> rules_;
   TokenSets sets_;
   ParseTables tables_;

@@ -35,7 +35,7 @@ class TokenSets {
   static constexpr std::size_t Index(int symbol) {
     return static_cast<std::size_t>(symbol - kFirstNonterminal);
   }
-  // Whether anything was new.
+  // Adds to a set; returns whether anything was new.
   static constexpr bool Grow(std::uint32_t& set, std::uint32_t more) {
     const bool grown = (set | more) != set;
     set |= more;
@@ -73,7 +73,7 @@ class TokenSets {
     return grown;
   }
 
-  // By left side.
+  // Both sets are kept by left side.
   std::array<std::uint32_t, kNonterminals> first_ = {};
   std::array<std::uint32_t, kNonterminals> follow_ = {};
 };

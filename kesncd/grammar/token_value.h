@@ -63,7 +63,7 @@ class ValueBlock {
   }
 
  private:
-  // One in each byte.
+  // A one in each byte.
   static constexpr std::uint64_t kOnes = 0x0101010101010101;
 
   std::uint64_t bytes_ = 0;

@@ -27,7 +27,7 @@ enum Token : int {
   kVersion,
 };
 
-/// A word with any letter case.
+/// The lexer compares words with `text` in any letter case.
 struct Keyword {
   std::string_view text;
   Token token;

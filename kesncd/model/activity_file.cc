@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t kFullBuffer = std::size_t{1} << 16;
 // A run must end, even where somebody made the file a pipe that nobody reads.
 constexpr int kPatienceMs = 1000;  // for a pipe's reader to take the next bytes
-// Less the user's mask.
+// The user's mask is taken off.
 constexpr mode_t kPermissions = 0666;
 
 /// An open file that closes itself.

@@ -15,7 +15,7 @@ namespace {
 struct Key {
   std::uint64_t start;  // of the code
   std::size_t position;
-  // In the list.
+  // The place in the list.
 };
 
 constexpr std::size_t kStartBytes = sizeof(std::uint64_t);

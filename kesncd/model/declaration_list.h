@@ -24,7 +24,6 @@ namespace orsa::kesncd {
 using CodeIndex = std::map<std::string, std::vector<VmodHier*>>;
 
 /// Append each declaration, Index them whenever definitions end, AddCounts once at the end.
-/// Construct it for a reading.
 class DeclarationList {
  public:
   /// `counts` are those of the reading.
@@ -45,7 +44,7 @@ class DeclarationList {
 
  private:
   struct ScopeSignal {
-    // The tree's.
+    // Both belong to the tree.
     VmodHier* scope;
     VmodSignal* signal;
   };
@@ -56,7 +55,7 @@ class DeclarationList {
   std::uint64_t ChangesBefore(std::size_t position) const;
 
   CodeCounts& counts_;
-  // In the order of the dump.
+  // Declarations in the order of the dump.
   std::vector<ScopeSignal> list_;
   std::size_t indexed_ = 0;  // declarations that are in the index
   // A declaration after the first changes does not get those. What its code had counted by then is
@@ -64,7 +63,7 @@ class DeclarationList {
   bool counting_ = false;                  // the definitions have ended once
   std::size_t firstLate_ = 0;              // declaration after that
   std::vector<std::uint64_t> lateStarts_;  // by declaration, from that on
-  // By code: changes that Append took off its counter.
+  // Changes that Append took off a code's counter.
   std::unordered_map<std::string, std::uint64_t, SecretTextHash, std::equal_to<>> taken_;
 };
 

@@ -105,7 +105,7 @@ std::size_t& Vmod::SlotOf(const std::string& symbol) {
   const std::size_t mask = firstOfSymbol_.size() - 1;
   std::size_t slot = SecretHash(symbol) & mask;
   while (firstOfSymbol_[slot] != 0 && symbols_[firstOfSymbol_[slot] - 1] != symbol) {
-    // Ends, since half of the places are free.
+    // The search ends, since half of the places are free.
     slot = (slot + 1) & mask;
   }
   return firstOfSymbol_[slot];

@@ -34,9 +34,9 @@ class RecordBuilder {
   bool CloseComponent();
 
   std::vector<KesSigFreq> records_;
-  // Being built; what is in it counts while signalIsOpen_.
+  // The signal that is being built; it counts while signalIsOpen_.
   KesSigFreq signal_;
-  // Being built, and closed by the next component or signal.
+  // The component that is being built; the next row of its kind or a signal closes it.
   KesComp component_;
   bool signalIsOpen_ = false;
   Component open_ = Component::None;

@@ -11,7 +11,7 @@ namespace orsa::kesncd {
 void TreeBuilder::OpenScope(const char* name) {
   // Owned here until something else leads to it.
   auto node = std::make_unique<VmodHier>(name);
-  // Set also for a top-level scope, as null.
+  // A top-level scope has no parent.
   node->parent = current_;
   // The very first scope is the root, wherever it stands.
   if (tree_.root == nullptr) {

@@ -38,9 +38,9 @@ class TreeBuilder : public DeclarationSink {
 
  private:
   ModuleTree tree_;
-  // Of this reading alone.
+  // The declarations of this reading alone.
   DeclarationList declarations_;
-  // Innermost open node; null outside all scopes.
+  // The innermost open node; null outside all scopes.
   VmodHier* current_ = nullptr;
 };
 

@@ -28,9 +28,9 @@ class TreeIndex {
  private:
   const VmodHier& root_;
   const bool exact_;
-  // The tree's, in the order of a search.
+  // Signals of the tree, in the order of a search.
   std::vector<const VmodSignal*> signals_;  // by their place in the index
-  // Made last: it needs the names of all signals.
+  // Made last, since it needs the names of all signals.
   std::optional<NameIndex> names_;
 };
 

@@ -19,7 +19,6 @@ constexpr std::size_t kLineBytes = 1024;
 // Long enough that no name or value holds it; lines of tables may be longer.
 constexpr char kSeparator[] = "--------------------------------------------";
 
-/// Anywhere in the line.
 bool Holds(const char* line, const char* text) {
   return std::strstr(line, text) != nullptr;
 }
@@ -78,7 +77,6 @@ bool ReadClocks(const std::string& path, Row row, std::map<std::string, double>&
   TableLines lines(report.get());
   std::map<std::string, double> found;
   while (const char* line = lines.Next(row.IsOpen())) {
-    // Most lines only add to their row.
     std::optional<Clock> clock = row.TakeLine(line);
     // emplace keeps what is there.
     if (clock) found.emplace(std::move(clock->name), clock->frequency);

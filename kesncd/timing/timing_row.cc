@@ -73,7 +73,7 @@ RowColumns::RowColumns(std::string_view line) {
        column = TakeWord(line, "|")) {
     // The line's end is no part of a column, but it keeps a blank last column from vanishing.
     if (column.back() == '\n') column.remove_suffix(1);
-    // Others are counted only.
+    // Further columns are only counted.
     if (count < std::size(columns)) *columns[count] = column;
     ++count;
   }
@@ -177,7 +177,7 @@ void WordwiseRow::TakeNameWord(std::string_view word) {
   if (IsColumnWord(word)) {
     ++steps_;
   } else if (steps_ == kStepsBeforeName) {
-    // Once: the third step is the name.
+    // Only the word after two keywords is the name.
     name_ = word;
     ++steps_;
   }
@@ -206,7 +206,6 @@ double WordwiseRow::Choose(double constraint, double achieved) const {
   }
 }
 
-/// Ready for the next row.
 void WordwiseRow::Reset() {
   name_.clear();
   steps_ = 0;

@@ -31,11 +31,11 @@ struct RowColumns {
   // The views are of `line`.
   explicit RowColumns(std::string_view line);
 
-  // Of all columns, also those that are not kept.
+  // Counts all columns, also those that are not kept.
   std::size_t count = 0;
-  // Name and frequency that the user asked for.
+  // The first column: a name and the frequency that the user asked for.
   std::string_view preference;
-  // What is to be reached, and what was.
+  // The second column says what is to be reached, the third what was.
   std::string_view constraint;
   std::string_view achieved;
 };
@@ -59,10 +59,10 @@ class JoinedRow {
   std::optional<Clock> Evaluate();
   std::optional<double> Choose(double preference, double achieved) const;
 
-  // 0 the lower value, 1 the preference, 2 the achieved one.
+  // 0 takes the lower value, 1 the preference, 2 the achieved one.
   int mode_;
   bool open_ = false;
-  // First to third column, all lines of the row joined.
+  // The first three columns, joined over all lines of the row.
   std::string preference_;
   std::string constraint_;
   std::string achieved_;
@@ -82,13 +82,12 @@ class WordwiseRow {
   std::optional<Clock> TakeLine(std::string_view line);
 
  private:
-  // The steps of TakeLine.
   void TakeNameWord(std::string_view word);
   std::optional<Clock> Close(const RowColumns& columns);
   double Choose(double constraint, double achieved) const;
   void Reset();
 
-  // 0 the lower value, 1 the constraint, any other the achieved one.
+  // 0 takes the lower value, 1 the constraint, any other the achieved one.
   int mode_;
   bool open_ = false;
   std::size_t steps_ = 0;  // keywords, name and further lines met; they say what comes next
