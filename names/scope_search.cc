@@ -9,6 +9,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// Whole goes before End: a path from the top means one scope only.
 enum class PathMatch { None, End, Whole };
 
 /// How the text stands to the path of a scope. A scope's name may hold a "/" itself, so names are

@@ -46,6 +46,7 @@ class TemporaryFiles {
   virtual void Gone(const std::string& path) = 0;
 };
 
+/// What the user of a result wants besides the usual; see the class for that.
 struct WholeFileRules {
   // Null: nobody has to know. Else it must outlive the file.
   TemporaryFiles* watch = nullptr;

@@ -19,9 +19,8 @@ bool TypeHasBits(std::string_view type);
 class BitNames {
  public:
   /// Only a range that is a word of its own counts in an escaped name; `nameWord` is where it
-  /// begins, or the name's length. A name and a width give all of it: `width` need not agree with
-  /// the range. A dump that says "4" and "[7:0]" has four bits, [3] to [0], for values carry the
-  /// width's number of characters.
+  /// begins, or the name's length. `width` need not agree with the range: a variable of 4 bits with
+  /// "[7:0]" has the bits [3] to [0], for its width says how many bits its values have.
   BitNames(std::string_view name, std::uint32_t nameWord, std::uint32_t width);
   explicit BitNames(const DumpVariable& variable)
       : BitNames(variable.name, variable.nameWord, variable.width) {}

@@ -107,8 +107,8 @@ struct Declarations {
 
 /// The outermost module that declares variables; of several, the one with most of them in it and
 /// below it, since packages stand beside a design too. Where no module does, the same of all
-/// scopes. kDump when there is none. `check` and `prepare` propose it, and the commands take it
-/// where no scope is named.
+/// scopes. kDump when there is none. `check` proposes it, and commands take it where no scope is
+/// named.
 std::uint32_t OutermostWithVariables(const Declarations& declarations);
 
 }  // namespace orsa::kesncd

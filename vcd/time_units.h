@@ -4,6 +4,8 @@
 
 namespace orsa::kesncd {
 
+/// A unit such as "ps". Its two sizes are for whole femtoseconds and for hosts, which compute in
+/// nanoseconds.
 struct TimeUnit {
   const char* text;    // as a time scale writes it
   int zeros;           // of one unit in femtoseconds

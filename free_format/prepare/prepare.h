@@ -34,6 +34,7 @@ struct TimeWindow {
 TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> tick,
                          const std::string& name);
 
+/// What a user wants of the rewrite; without any of it all of the dump is kept in its order.
 struct PrepareOptions {
   // A path, as a rule.
   std::string dump;  // what messages call it
