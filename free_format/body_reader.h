@@ -111,7 +111,7 @@ class PlainLineTaker {
   }
 
   bool TakeVector(const char* line, const char* blank, const char* newline) {
-    // "b0110 !" or "r0.5 !".
+    // "b0110 !" or "r0.5 !"
     const bool isVector = (*line | 0x20) == 'b';
     if (!isVector && (*line | 0x20) != 'r') return false;
     const std::string_view value(line + 1, static_cast<std::size_t>(blank - line) - 1);

@@ -38,7 +38,7 @@ constexpr FindingText kTexts[] = {
      Remedy::SimulateLonger},
     // Such as those of all top-level scopes but the first.
     {"signals not reachable from the tree's root", "signals", kWrong, kHosts, Remedy::Prepare},
-    // "$var wire 1 ! a $end $var wire 1 # b $end".
+    // "$var wire 1 ! a $end $var wire 1 # b $end"
     {"declarations not on a line of their own are not read", "signals", kWrong, kHosts,
      Remedy::Prepare},
     {"control bytes, which spoil their lines", "bytes", kWrong, kHosts, Remedy::Prepare},
@@ -50,15 +50,15 @@ constexpr FindingText kTexts[] = {
      Remedy::Prepare},
     {"dump commands in capitals or of port dumps are not obeyed", "commands", kWrong, kHosts,
      Remedy::Prepare},
-    // "#10 1!".
+    // "#10 1!"
     {"time stamps that share their lines are not read", "stamps", kWrong, kHosts, Remedy::Prepare},
-    // "#10 1!" again, for the change; "1 !".
+    // "#10 1!" again, for the change; "1 !"
     {"changes after another word or apart from their codes are not counted", "changes", kWrong,
      kHosts, Remedy::Prepare},
-    // "$dumpoff #20".
+    // "$dumpoff #20"
     {"dump commands that share their lines are not obeyed", "commands", kWrong, kHosts,
      Remedy::Prepare},
-    // "pU 0 6 <1".
+    // "pU 0 6 <1"
     {"values of port dumps are not counted", "changes", kWrong, kHosts, Remedy::Prepare},
     // "#1000" and then "#5", read as 5000; see text/splitter.h.
     {"readers misread the time span", "dump", kWrong, kHosts, Remedy::Prepare},
@@ -85,12 +85,12 @@ constexpr FindingText kTexts[] = {
      Remedy::Prepare},
     {"outermost module declares no signal: a flat run of it is empty", "scopes", kNote, kAll,
      Remedy::ChooseTop},
-    // "H!".
+    // "H!"
     {"changes to H or L are not counted", "changes", kWrong, kHosts, Remedy::Prepare},
-    // "$var wire 8 # data $end".
+    // "$var wire 8 # data $end"
     {"codes that the grammar reader takes for times or values", "signals", kWrong, kGrammar,
      Remedy::Prepare},
-    // $attrbegin.
+    // $attrbegin
     {"sections that the grammar reader does not know", "sections", kWrong, kGrammar,
      Remedy::Prepare},
     {"values too long for a line of every reader", "changes", kWrong, kHosts, Remedy::Prepare},
@@ -116,12 +116,12 @@ constexpr FindingText kTexts[] = {
     {"declarations without a code", "declarations", kWrong, kAll, Remedy::FixDump},
     {"words that are not understood", "words", kWrong, kAll, Remedy::FixDump},
     {"time stamps with fractions, which are lost", "stamps", kWrong, kAll, Remedy::FinerTimescale},
-    // "\cpu.pc[2]".
+    // "\cpu.pc[2]"
     {"escaped names keep their backslash", "signals", kNote, kAll, Remedy::AskAsWritten},
-    // "mem[0][31:0]".
+    // "mem[0][31:0]"
     {"names with two indices: a flat row mem_0 is the whole element mem[0][31:0]", "signals", kNote,
      kAll, Remedy::ReadAsElement},
-    // "gen(3)".
+    // "gen(3)"
     {"names with parentheses, where designs have brackets", "signals", kNote, kAll,
      Remedy::AskAsWritten},
     {"different signals with one name in the flat map, which the first one has", "signals", kWrong,

@@ -135,6 +135,7 @@ void DumpWriter::OpenScope(std::uint32_t scope, const std::string& name) {
     // Without a line of its own its changes are those of the names before.
     if (shares_[index].isLeftOut) leftOut_.Add(variable.line, variable.name);
     if (shares_[index].isRepeated || shares_[index].isLeftOut) continue;
+    // $var wire 8 AAC data[7:0] $end
     Put("$var ");
     Put(TypeText(declarations_.TypeOf(variable)));
     Put(" ");

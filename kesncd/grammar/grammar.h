@@ -92,16 +92,23 @@ inline constexpr Rule kGrammar[] = {
     /*  6 */ {kDeclaration, {kUpscopeCommand}},
     /*  7 */ {kDeclaration, {kVariable}},
 
+    // $scope module tb $end
     /*  8 */ {kScopeCommand, {kScope, kWord, kWord, kEnd}, Action::EnterScope},
+    // $timescale 1ns $end
     /*  9 */ {kTimescaleCommand, {kTimescale, kWord, kEnd}, Action::OneWordTimescale},
+    // $timescale 1 ns $end
     /* 10 */ {kTimescaleCommand, {kTimescale, kWord, kWord, kEnd}, Action::TwoWordTimescale},
+    // $upscope $end
     /* 11 */ {kUpscopeCommand, {kUpscope, kEnd}, Action::LeaveScope},
+    // $var wire 8 # q $end
     /* 12 */ {kVariable, {kVar, kWord, kWord, kWord, kWord, kEnd}, Action::Declare},
+    // $var wire 8 # q [7:0] $end
     /* 13 */ {kVariable, {kVar, kWord, kWord, kWord, kWord, kWord, kEnd}, Action::DeclareRange},
 
     /* 14 */ {kDumps, {}},
     /* 15 */ {kDumps, {kDumps, kDumpItem}},
     /* 16 */ {kDumpItem, {kValue}},
+    // $dumpvars 0! b0110 # $end
     /* 17 */ {kDumpItem, {kDumpCommand, kValues, kEnd}, Action::EndDump},
     /* 18 */ {kDumpCommand, {kDumpall}, Action::StartDumpall},
     /* 19 */ {kDumpCommand, {kDumpvars}, Action::StartDumpvars},
@@ -110,6 +117,7 @@ inline constexpr Rule kGrammar[] = {
 
     /* 22 */ {kValues, {}},
     /* 23 */ {kValues, {kValues, kValue}},
+    // #100, 1!, b0110, or the code after such a value
     /* 24 */ {kValue, {kWord}, Action::TakeValue},
 };
 
