@@ -1,7 +1,6 @@
 // From a dump's bytes to the activity of its bits.
 #include "activity/activity_run.h"
 
-#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
@@ -88,20 +87,8 @@ ActivityResult FinishActivity(Declarations declarations, ActivityPart part, Item
   return Finish(start, std::move(part), std::move(items));
 }
 
-std::uint64_t MemoryBytes() {
-  const long pages = sysconf(_SC_PHYS_PAGES);
-  const long page = sysconf(_SC_PAGESIZE);
-  if (pages <= 0 || page <= 0) return UINT64_MAX;
-  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page);
-}
-
 std::uint64_t MostBitsInMemory() {
   return MemoryBytes() / kBytesPerBit;
-}
-
-unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs) {
-  const std::uint64_t most = MemoryBytes() / 4 / std::max<std::uint64_t>(bytesOfEach, 1);
-  return static_cast<unsigned>(std::max<std::uint64_t>(std::min<std::uint64_t>(most, jobs), 1));
 }
 
 std::vector<std::string> RemarksOn(const ActivityResult& result) {

@@ -42,13 +42,8 @@ ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options);
 ActivityResult FinishActivity(Declarations declarations, ActivityPart part, ItemTallies items,
                               const ActivityOptions& options);
 
-/// Of this machine.
-std::uint64_t MemoryBytes();
 /// How many bits the memory of this machine holds the activity of.
 std::uint64_t MostBitsInMemory();
-/// As many threads as may be used, at least one, but no more than take a quarter of the memory when
-/// each has so many bytes.
-unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs);
 
 /// What a user of the figures must know, the gravest first.
 std::vector<std::string> RemarksOn(const ActivityResult& result);

@@ -16,9 +16,9 @@ void HostPart::Add(const TickWindow& bounds, const HostPart& next) {
   AddCodes(next);
   repeated += next.repeated;
   opensOff = opensOff || next.opensOff;
-  const std::uint64_t offBefore = dumping.offTicks;
-  dumping = next.dumping;
-  dumping.offTicks += offBefore;
+  DumpingTime time(dumping);
+  time.Join(DumpingTime(next.dumping));
+  dumping = time.state();
   const WindowState before = window;
   window = next.window;
   window.firstStamp = before.firstStamp;

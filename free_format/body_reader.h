@@ -187,13 +187,19 @@ void GiveItem(const DumpItems& items, Taker& taker) {
 /// and may have
 ///
 ///   void Fetch(std::uint32_t codeId) const                      prefetches what it keeps of a code
+///   void ReadItems(DumpItems& items)                            reads instead, where it wants more
+///                                                               of items than the operations say
 template <class Taker>
 void ReadBody(DumpItems& items, Taker& taker) {
-  PlainLineTaker<Taker> plain(items, taker);
-  // One item by the plain path, then as many plain lines as there are.
-  while (!taker.IsDone() && items.Next()) {
-    GiveItem(items, taker);
-    items.TakePlainLines(plain);
+  if constexpr (requires { taker.ReadItems(items); }) {
+    taker.ReadItems(items);
+  } else {
+    PlainLineTaker<Taker> plain(items, taker);
+    // One item by the plain path, then as many plain lines as there are.
+    while (!taker.IsDone() && items.Next()) {
+      GiveItem(items, taker);
+      items.TakePlainLines(plain);
+    }
   }
 }
 

@@ -91,6 +91,11 @@ class DumpItems {
   /// The line that was reached, as far as plain lines are counted.
   std::uint64_t Line() const { return words_.Line(); }
 
+  /// Shows the words to come to a watch (see DumpWords::Show).
+  void Show(SlotWatch& watch) { words_.Show(watch); }
+  /// Control bytes that part words (see DumpWords::Controls).
+  const Tally& Controls() const { return words_.Controls(); }
+
   /// Whether the dump's last line has no end, and something stands on it. To be asked after Next
   /// has returned false.
   bool EndsOpen() const { return words_.EndsDump(); }

@@ -80,6 +80,14 @@ class DumpingTime {
     Stamp(ticks);
   }
 
+  /// Adds that of a stretch that comes next, which was taken as beginning with dumping on. Dumping
+  /// is on, or nothing was taken yet.
+  void Join(const DumpingTime& next) {
+    const std::uint64_t offBefore = state_.offTicks;
+    state_ = next.state_;
+    state_.offTicks += offBefore;
+  }
+
   /// 1 while dumping is on, else 0: a number, so that counting needs no branch.
   std::uint32_t isOn() const { return state_.isOn; }
   // A time that is still going on counts up to now.

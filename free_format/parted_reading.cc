@@ -1,9 +1,25 @@
 // Threads for the stretches of a dump.
 #include "free_format/parted_reading.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <thread>
 
 namespace orsa::kesncd {
+
+/// The largest number where the system does not say, so that it sets no limit.
+std::uint64_t MemoryBytes() {
+  const long pages = sysconf(_SC_PHYS_PAGES);
+  const long page = sysconf(_SC_PAGESIZE);
+  if (pages <= 0 || page <= 0) return UINT64_MAX;
+  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page);
+}
+
+unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs) {
+  const std::uint64_t most = MemoryBytes() / 4 / std::max<std::uint64_t>(bytesOfEach, 1);
+  return static_cast<unsigned>(std::max<std::uint64_t>(std::min<std::uint64_t>(most, jobs), 1));
+}
 
 /// A reader that has to go on needs the ends of all stretches after its own.
 std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, std::size_t first) {

@@ -110,6 +110,12 @@ class StretchReader {
 /// jobs run one after the other.
 void RunTogether(const std::vector<std::function<void()>>& jobs, std::atomic<bool>& isUnwanted);
 
+/// Of this machine.
+std::uint64_t MemoryBytes();
+/// As many threads as may be used, at least one, but no more than take a quarter of the memory when
+/// each has so many bytes.
+unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs);
+
 /// Where the stretches end, from one on.
 std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, std::size_t first);
 

@@ -5,7 +5,7 @@
 #include <unordered_set>
 
 #include "cli/commands/commands.h"
-#include "cli/input/reading_threads.h"
+#include "cli/input/dump_check.h"
 #include "cli/selection/signal_choice.h"
 #include "free_format/findings/dump_findings.h"
 #include "text/failure.h"
@@ -109,9 +109,7 @@ ExitStatus RunLook(const InputOptions& input) {
   RefuseStream(input);
   const Figures figures = ReadFigures({input, {}});
   UnpackedSource dump = OpenDump(input);
-  (void)UseThreads(input, dump);
-  const DumpCheck check = CheckDump(*dump.bytes, figures.dump, dump.packing);
-  dump.bytes.reset();
+  const DumpCheck check = CheckDumpOf(input, dump);
   const Declarations& declarations = figures.run.declarations;
   const std::vector<std::string> modules = ModulesWithVariables(declarations);
   const std::string top = declarations.PathOf(OutermostWithVariables(declarations));

@@ -6,6 +6,7 @@
 #include "cli/commands/commands.h"
 #include "cli/exact_figures/profile_reading.h"
 #include "cli/exact_figures/report_clocks.h"
+#include "cli/input/dump_check.h"
 #include "cli/input/netlist_input.h"
 #include "cli/output/path_ending.h"
 #include "export/netlist_pins.h"
@@ -56,7 +57,7 @@ void CheckDumpFor(const ReportChoices& options, ReportFacts& facts,
                   std::optional<std::uint64_t>& last) {
   if (!CanReadTwice(options.input)) return;
   UnpackedSource dump = OpenDump(options.input);
-  const DumpCheck check = CheckDump(*dump.bytes, NameOf(options.input), dump.packing);
+  const DumpCheck check = CheckDumpOf(options.input, dump);
   facts.findings.emplace();
   for (const Finding& finding : check.findings) {
     if (TextOf(finding.kind).concerns != Concerns::GrammarReader) {

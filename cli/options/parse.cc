@@ -36,11 +36,11 @@ std::size_t Distance(const std::string& from, const std::string& to) {
 /// "; did you mean tree?", where a word is only a slip away from one that is known.
 std::string Meant(const std::string& word, const std::vector<std::string>& known) {
   constexpr std::size_t kSlips = 2;
-  constexpr std::size_t kLongest = 40;  // longer words are no slips
+  constexpr std::size_t kLongestWord = 40;  // longer words are no slips
   std::string nearest;
   std::size_t least = std::min(kSlips + 1, word.size() / 2 + 1);
   for (const std::string& candidate : known) {
-    const std::size_t distance = word.size() > kLongest ? least : Distance(word, candidate);
+    const std::size_t distance = word.size() > kLongestWord ? least : Distance(word, candidate);
     if (distance < least) nearest = candidate, least = distance;
   }
   return nearest.empty() ? "" : "; did you mean " + nearest + "?";

@@ -215,24 +215,4 @@ std::vector<Finding> Findings::Sorted() && {
   return std::move(found_);
 }
 
-DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing,
-                    std::size_t block) {
-  // The watch has to see the words of the declarations as well: their second words pass through the
-  // slot.
-  DumpWords words(in, block, block / 4);
-  SlotWatch watch;
-  words.Show(watch);
-  DumpCheck check{ReadDeclarations(words, name), {}, {}};
-  Findings findings;
-  // Hosts read the packed bytes, and nothing of the dump.
-  findings.Add(FindingKind::Packed, !packing.empty(), 0, packing);
-  FindInDeclarations(check.declarations, findings);
-  FindInNames(check.declarations, findings);
-  check.body = FindInBody(words, watch, check.declarations, findings);
-  // Asked last: the words of the body count too.
-  findings.Add(FindingKind::ControlBytes, words.Controls());
-  check.findings = std::move(findings).Sorted();
-  return check;
-}
-
 }  // namespace orsa::kesncd

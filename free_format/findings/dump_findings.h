@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "free_format/dump_words.h"
+#include "free_format/findings/body_account.h"
+#include "text/byte_stream.h"
 #include "vcd/declarations.h"
 #include "vcd/tally.h"
 
@@ -163,26 +165,10 @@ class Findings {
   std::vector<Finding> found_;
 };
 
-/// What the declarations alone show. The three parts that CheckDump puts together. Each only adds.
+/// What the declarations alone show; CheckDump adds what the body does.
 void FindInDeclarations(const Declarations& declarations, Findings& findings);
 /// Names that do not match a design's or one another.
 void FindInNames(const Declarations& declarations, Findings& findings);
-
-/// Figures of a body.
-struct BodyFacts {
-  // Changes to 0 or 1 and values of vectors and reals, while dumping is on.
-  std::uint64_t changes = 0;  // counted ones
-  // Changes of scalars, while dumping is on.
-  std::uint64_t unknown = 0;  // to x or z
-  std::uint64_t stamps = 0;
-  std::uint64_t firstTick = 0;
-  std::uint64_t lastTick = 0;
-};
-
-/// Reads the body. `watch` has seen the words of the declarations. To the end of the dump; `words`
-/// stands at its body.
-BodyFacts FindInBody(DumpWords& words, SlotWatch& watch, const Declarations& declarations,
-                     Findings& findings);
 
 /// All that one reading of a dump shows.
 struct DumpCheck {
@@ -195,6 +181,10 @@ struct DumpCheck {
 /// dump `name`. `packing` is what the bytes were unpacked from, if they were. Reads the whole of
 /// `in`, whose blocks are of `block` bytes; tests ask for small ones.
 DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing = "",
+                    std::size_t block = DumpWords::kBlock);
+/// The same of a plain file, with as many threads as there may be. The result does not depend on
+/// them.
+DumpCheck CheckDump(ByteFile& file, const std::string& name, unsigned jobs,
                     std::size_t block = DumpWords::kBlock);
 
 }  // namespace orsa::kesncd
