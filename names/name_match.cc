@@ -91,7 +91,7 @@ std::int64_t ReadBound(std::string_view text) {
 /// Reads an index that is written as an integer of 32 bits is. "5" and "-5"; not "+5", "05", "-0"
 /// or a number beyond 32 bits.
 std::optional<std::int64_t> ReadIndex(std::string_view text) {
-  // 2147483648 has so many.
+  // 2147483648 has ten digits.
   constexpr std::size_t kMostDigits = 10;
   const bool negative = !text.empty() && text.front() == '-';
   const std::string_view digits = text.substr(negative ? 1 : 0);

@@ -70,9 +70,9 @@ struct CodeInLine {
 
 /// The codes of the changes that end in the 64 bytes at `chunk`, as far as they lie before `end`,
 /// and nothing sure: what is no plain line gives any text of it. `line` is where the next line
-/// begins and moves on. Returns the end of what it wrote, kMostCodesFound at most. So that a taker
-/// may fetch the memory of codes before it counts their changes: in a large dump each change would
-/// wait for its own cell otherwise.
+/// begins and moves on. Returns the end of what it wrote, kMostCodesFound at most. A taker
+/// fetches the memory of these codes before it counts their changes: in a large dump each change
+/// would wait for its own cell otherwise.
 inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* end,
                              CodeInLine* codes) {
   // Bytes from `end` on are padding and mark nothing.

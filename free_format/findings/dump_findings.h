@@ -86,7 +86,7 @@ enum class Severity {
 };
 
 /// Whose reading of the dump a finding is about. The reader of a finding asks first whether it is
-/// about a run of his own.
+/// about one of their runs.
 enum class Concerns {
   AllRuns,        // the program's own and those of hosts
   Hosts,          // the library's line readers, and so --as-is

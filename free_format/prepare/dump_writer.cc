@@ -20,7 +20,7 @@ constexpr std::size_t kLongestName = 800;
 constexpr std::size_t kLongestType = 20;
 // A line of the header, with room to spare.
 constexpr std::size_t kLongestLine = 2000;
-// 2^64 - 1 has so many.
+// 2^64 - 1 has twenty digits.
 constexpr std::size_t kTickDigits = 20;
 
 /// A type as it can stand in a prepared dump. Readers keep it in memory that a number may stand

@@ -111,7 +111,7 @@ void Record(bool on, const char* section) {
 }
 
 /// The trace has always shown the time stamp's bytes as an integer. That number never meant
-/// anything; this one is the nearest integer.
+/// anything; this one is the stamp itself, without its fraction and limited to an int.
 int TracedStamp(double ticks) {
   using Limits = std::numeric_limits<int>;
   // What is no number compares unequal to itself.
