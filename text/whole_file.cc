@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include "text/failure.h"
@@ -234,11 +235,13 @@ void WholeFile::OpenElsewhere() {
 
 /// Leaves the old file's folder, with what has been written so far.
 void WholeFile::MoveElsewhere() {
-  const int beside = file_;
-  file_ = -1;
+  struct Closing {
+    const int file;
+    ~Closing() { (void)close(file); }  // also where there is no place elsewhere
+  };
+  const Closing beside{std::exchange(file_, -1)};
   OpenElsewhere();
-  const int error = CopyAll(beside, file_);
-  (void)close(beside);
+  const int error = CopyAll(beside.file, file_);
   RemoveTemporary();
   if (error != 0) Fail(error);
 }

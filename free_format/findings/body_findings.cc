@@ -1,8 +1,6 @@
 // What a dump's body shows of its troubles.
-#include <algorithm>
 #include <array>
 #include <charconv>
-#include <iterator>
 #include <memory>
 #include <string>
 
@@ -13,6 +11,7 @@
 #include "free_format/findings/body_check.h"
 #include "free_format/findings/dump_findings.h"
 #include "free_format/parted_reading.h"
+#include "vcd/bit_names.h"
 
 namespace orsa::kesncd {
 
@@ -89,20 +88,13 @@ void FindInStamps(const BodyAccount& body, Findings& findings) {
                TickText(readFirst) + " to " + TickText(readLast));
 }
 
-/// All but the types whose values are no bits.
-bool HasBits(const std::string& type) {
-  static constexpr std::string_view kOthers[] = {"real", "realtime", "string", "event",
-                                                 "parameter"};
-  return std::find(std::begin(kOthers), std::end(kOthers), type) == std::end(kOthers);
-}
-
 /// The variables whose code meets a condition. Aliases count one by one: each is a signal to its
 /// user.
 template <class Meets>
 Tally Signals(const Declarations& declarations, const BodyAccount& body, Meets meets) {
   // By type, so that texts are compared once for each type only.
   std::vector<bool> hasBits;
-  for (const std::string& type : declarations.types) hasBits.push_back(HasBits(type));
+  for (const std::string& type : declarations.types) hasBits.push_back(TypeHasBits(type));
   Tally signals;
   for (const DumpVariable& variable : declarations.variables) {
     if (!hasBits[variable.typeId] || !meets(body.codes[variable.codeId])) continue;
