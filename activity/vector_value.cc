@@ -75,6 +75,24 @@ ValueWord ReadLane(__m128i text) {
   return word;
 }
 
+/// Sixteen to 64 characters if all are 0 or 1. Four lanes whatever the length, the last ones over
+/// and over where it is less: a loop's end would be predicted wrong wherever widths take turns.
+bool ReadBinary(const char* text, std::size_t length, std::uint64_t& bits) {
+  const std::size_t last = length - kLane;
+  const __m128i highBits = _mm_set1_epi8('\xFE');
+  const __m128i zeros = _mm_set1_epi8('0');
+  __m128i binary = _mm_set1_epi8('\xFF');
+  std::uint64_t set = 0;
+  for (std::size_t i = 0; i < kWordBits / kLane; ++i) {
+    const std::size_t from = std::min(i * kLane, last);
+    const __m128i lane = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + from));
+    binary = _mm_and_si128(binary, _mm_cmpeq_epi8(_mm_and_si128(lane, highBits), zeros));
+    set |= MaskOf(_mm_slli_epi16(lane, 7)) << from;  // each byte's lowest bit becomes its highest
+  }
+  bits = Reversed(set) >> (kWordBits - length);
+  return MaskOf(binary) == 0xFFFF;
+}
+
 /// Up to 64 characters, of which at least sixteen may be read. Characters come in lanes of sixteen;
 /// the last lane may overlap the one before, which gives the same bits twice.
 ValueWord ReadWord(const char* text, std::size_t length) {
@@ -153,6 +171,16 @@ void ReadValue(std::string_view value, std::uint32_t width, ValueWord* words, Re
 }  // namespace
 
 void ReadVectorValue(std::string_view value, std::uint32_t width, ValueWord* words) {
+#ifdef __SSE2__
+  // A shorter value of zeros and ones is extended with zeros.
+  if (value.size() >= kLane && value.size() <= width && width <= kWordBits) [[likely]] {
+    std::uint64_t bits = 0;
+    if (ReadBinary(value.data(), value.size(), bits)) [[likely]] {
+      *words = {bits, 0};
+      return;
+    }
+  }
+#endif
   ReadValue(value, width, words, ReadPart);
 }
 

@@ -15,7 +15,7 @@
 
 namespace orsa::kesncd {
 
-/// Calling order: Take and its like for all words of a dump, or of a stretch of it, StampFor after
+/// Calling order: Take and its like for all words of a dump, or of a stretch of it, NoteStamp after
 /// a stamp; LayOver when the stretch that comes next was watched too.
 class SlotWatch {
  public:
@@ -23,7 +23,9 @@ class SlotWatch {
   /// stood there before the watch began.
   struct Stamp {
     struct Digits {
+      // The digits that were seen so far.
       std::string text;
+      // More digits may follow, which stood there before the watch began.
       bool isOpen = true;
     };
     std::array<Digits, 2> digits;
@@ -42,10 +44,14 @@ class SlotWatch {
   /// Every word of the dump, in order, but for those of plain lines.
   void Take(std::string_view word, bool startsLine) {
     index_ = startsLine ? 0 : index_ + 1;
+    // "#100 1!" is read as a stamp too here, though line readers want it alone: that it shares its
+    // line is a finding of its own.
     if (index_ == 0 && word.front() == '#') PutDigits(word.substr(1));
+    // The filtered flat reader has a line's second word in the place of its stamps.
     if (index_ == 1) Put(slots_[kShared], word, true);
   }
-  /// A plain line: a stamp, or a value with its code.
+  /// A plain line: a stamp, or a value with its code. Given without "#", and the code without its
+  /// blank.
   void TakeStampLine(std::string_view digits) { PutDigits(digits); }
   void TakeValueLine(std::string_view code) { Put(slots_[kShared], code, true); }
 
@@ -57,13 +63,16 @@ class SlotWatch {
   void LayOver(const SlotWatch& later);
 
  private:
+  // The filtered flat reader has the first one, the other two readers the second.
   enum Slot : std::uint8_t {
     kShared,  // of second words and stamps
     kOwn,     // of stamps alone
   };
 
+  // With `isEnded` a NUL is put after the word.
   void PutDigits(std::string_view stamp);
   static void Put(std::string& slot, std::string_view word, bool isEnded);
+  // Adds digits that stand in the place after those that are known.
   static void AppendDigits(std::string_view slot, Stamp::Digits& digits);
 
   std::size_t index_ = 0;             // of the last word on its line

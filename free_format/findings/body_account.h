@@ -15,15 +15,20 @@ namespace orsa::kesncd {
 
 /// Figures of a body.
 struct BodyFacts {
+  // Changes to 0 or 1 and values of vectors and reals, while dumping is on.
   std::uint64_t changes = 0;  // counted ones
+  // Changes of scalars, while dumping is on.
   std::uint64_t unknown = 0;  // to x or z
   std::uint64_t stamps = 0;
+  // Ticks as the dump has them: the first stamp and the largest one.
   std::uint64_t firstTick = 0;
   std::uint64_t lastTick = 0;
 };
 
-/// Of a code. A value is the fingerprint of its text; 0 stands for none.
+/// Of a code. A value is the fingerprint of its text; 0 stands for none. Values are kept as
+/// numbers, since only whether two are the same is asked.
 struct CodeAccount {
+  // What is known of the code's values; each flag but the first two stays once it is set.
   enum Flag : unsigned {
     kFirstCounts = 1,     // the first value
     kStartsUnknown = 2,   // the first value with dumping on is a scalar's x or z
@@ -34,8 +39,10 @@ struct CodeAccount {
     kHasOtherThanX = 64,  // one that is not x in all bits
   };
 
+  // Known scalars, vectors and reals, while dumping is on.
   std::uint64_t counted = 0;
   std::uint64_t unknown = 0;  // to x or z, but for those that it starts from
+  // The first and the last value of the stretch; also those that were given while dumping was off.
   std::uint32_t first = 0;
   std::uint32_t last = 0;
   std::uint32_t flags = 0;
@@ -51,26 +58,38 @@ struct BodyAccount {
   BodyFacts facts;
   std::uint64_t lines = 0;           // newlines, those of the declarations with the first stretch
   std::uint64_t definitionsEnd = 0;  // its line, if the body begins there; else 0
+  // The line of the last stamp.
   std::uint64_t lastStampLine = 0;
   std::uint64_t repeated = 0;  // counted values that repeat the one before
   bool endsOpen = false;       // the last line has no end, and holds something but a section's end
+  // What the line readers' slots hold at the end.
   SlotWatch slots;
+  // The first and the last stamp as line readers have them.
   SlotWatch::Stamp firstStamp;
   SlotWatch::Stamp lastStamp;
+  // For how long dumping was off.
   DumpingTime dumping;
+  // Control bytes that spoil their lines.
   Tally controls;
+  // "$dumpoff", where each time without dumping begins.
   Tally offStretches;
+  // "b01xz !"
   Tally unknownBits;
+  // "#10 1!": the stamp, and commands that share their lines with what follows.
   Tally sharedStamps;
   Tally sharedCommands;
+  // "#10 1!": the change.
   Tally changesInLine;
+  // Changes before the first stamp.
   Tally beforeFirstStamp;
+  // Values that do not fit on a line of every reader.
   Tally longValues;
 
-  /// Whether the account of a stretch that comes next adds to this one.
+  /// Whether the account of a stretch that comes next adds to this one. Dumping must be on at the
+  /// end of this stretch, and time must go on: the next one was read as if both were so.
   bool CanPrecede(const BodyAccount& next) const;
   /// Adds that of the stretch that comes next. An account without codes is that of the
-  /// declarations.
+  /// declarations. To be called for one stretch after the other, in the order of the dump.
   void Join(BodyAccount&& next);
 
  private:

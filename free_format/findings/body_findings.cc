@@ -1,8 +1,6 @@
 // What a dump's body shows of its troubles.
-#include <algorithm>
 #include <array>
 #include <charconv>
-#include <iterator>
 #include <memory>
 #include <string>
 
@@ -13,11 +11,13 @@
 #include "free_format/findings/body_check.h"
 #include "free_format/findings/dump_findings.h"
 #include "free_format/parted_reading.h"
+#include "vcd/bit_names.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
+// A larger share is worth knowing.
 constexpr double kUnknownShare = 0.01;  // of a signal's changes
 
 std::string StampText(std::uint64_t ticks) {
@@ -25,13 +25,14 @@ std::string StampText(std::uint64_t ticks) {
   return text += std::to_string(ticks);
 }
 
+/// As a double's shortest text, since that is what the reader has.
 std::string TickText(double ticks) {
   std::array<char, 32> text{};
   const auto end = std::to_chars(text.begin(), text.end(), ticks, std::chars_format::general);
   return {text.data(), end.ptr};
 }
 
-/// What was passed over while the body was read.
+/// What was passed over while the body was read. Empty tallies are dropped by Add.
 void FindInItems(const ItemTallies& items, Findings& findings) {
   findings.Add(FindingKind::QuotedItems, items.quoted);
   findings.Add(FindingKind::PortCommands, items.keywords);
@@ -49,9 +50,10 @@ void FindInItems(const ItemTallies& items, Findings& findings) {
   findings.Add(FindingKind::Fractions, items.fractions);
 }
 
-/// Where the body's items stand.
+/// Where the body's items stand. A reader that takes whole lines misses what shares one.
 void FindInLines(const Declarations& declarations, const BodyAccount& body,
                  const ItemTallies& items, Findings& findings) {
+  // The body begins on the line of "$enddefinitions $end".
   findings.Add(FindingKind::OpenDefinitions, declarations.ended && body.definitionsEnd > 0,
                body.definitionsEnd, "");
   findings.Add(FindingKind::StampsNotAlone, body.sharedStamps);
@@ -60,6 +62,7 @@ void FindInLines(const Declarations& declarations, const BodyAccount& body,
   findings.Add(FindingKind::LongValues, body.longValues);
   findings.Add(FindingKind::BeforeFirstStamp, body.beforeFirstStamp);
   findings.Add(FindingKind::ControlBytes, body.controls);
+  // A stamp or a value that is cut off is a finding of its own.
   findings.Add(FindingKind::OpenEnd, body.endsOpen && !items.cutStamp && !items.torn,
                body.lines + 1, "");
 }
@@ -67,30 +70,31 @@ void FindInLines(const Declarations& declarations, const BodyAccount& body,
 /// The span, and what the line readers take it for.
 void FindInStamps(const BodyAccount& body, Findings& findings) {
   const BodyFacts& facts = body.facts;
+  // Host readers keep stamps as doubles.
   const auto first = static_cast<double>(facts.firstTick);
   const auto last = static_cast<double>(facts.lastTick);
+  // Also where there is no stamp at all.
   findings.Add(FindingKind::NoSpan, facts.firstTick == facts.lastTick, 0, "");
+  // Beyond 2^53 the difference of two doubles need not be that of the ticks.
   findings.Add(FindingKind::HugeStamps,
                last - first != static_cast<double>(facts.lastTick - facts.firstTick),
                body.lastStampLine, StampText(facts.lastTick));
+  // Read from slots that may show a longer stamp's tail.
   const double readFirst = body.firstStamp.ReadAs(first);
   const double readLast = body.lastStamp.ReadAs(last);
+  // Stamps that share their lines are a finding of their own, and the cause then.
   findings.Add(FindingKind::MisreadSpan,
                (readFirst != first || readLast != last) && !body.sharedStamps, body.lastStampLine,
                TickText(readFirst) + " to " + TickText(readLast));
 }
 
-bool HasBits(const std::string& type) {
-  static constexpr std::string_view kOthers[] = {"real", "realtime", "string", "event",
-                                                 "parameter"};
-  return std::find(std::begin(kOthers), std::end(kOthers), type) == std::end(kOthers);
-}
-
-/// The variables whose code meets a condition.
+/// The variables whose code meets a condition. Aliases count one by one: each is a signal to its
+/// user.
 template <class Meets>
 Tally Signals(const Declarations& declarations, const BodyAccount& body, Meets meets) {
+  // By type, so that texts are compared once for each type only.
   std::vector<bool> hasBits;
-  for (const std::string& type : declarations.types) hasBits.push_back(HasBits(type));
+  for (const std::string& type : declarations.types) hasBits.push_back(TypeHasBits(type));
   Tally signals;
   for (const DumpVariable& variable : declarations.variables) {
     if (!hasBits[variable.typeId] || !meets(body.codes[variable.codeId])) continue;
@@ -99,6 +103,7 @@ Tally Signals(const Declarations& declarations, const BodyAccount& body, Meets m
   return signals;
 }
 
+/// More than one in a hundred; none for a signal without changes.
 bool IsOftenUnknown(const CodeAccount& code) {
   const auto unknown = static_cast<double>(code.unknown);
   return unknown > kUnknownShare * (unknown + static_cast<double>(code.counted));
@@ -114,13 +119,16 @@ void FindInValues(const Declarations& declarations, const BodyAccount& body, Fin
                  return code.Is(CodeAccount::kTurnsX);
                }));
   findings.Add(FindingKind::UnknownBits, body.unknownBits);
+  // Without such a time there is nothing to tell.
   if (body.dumping.OffTicks() == 0) return;
   Tally off = body.offStretches;
+  // In place of an example: how much of the span, and the repeats.
   off.example = OffText(body.dumping, body.facts.lastTick - body.facts.firstTick, body.repeated);
   findings.Add(FindingKind::DumpingOff, off);
 }
 
-/// All that one reading of a dump shows.
+/// All that one reading of a dump shows. The order of the parts does not matter, since Sorted puts
+/// findings in theirs.
 DumpCheck Finish(Declarations declarations, const BodyAccount& body, const ItemTallies& items,
                  Findings findings) {
   FindInDeclarations(declarations, findings);
@@ -132,7 +140,8 @@ DumpCheck Finish(Declarations declarations, const BodyAccount& body, const ItemT
   return {std::move(declarations), body.facts, std::move(findings).Sorted()};
 }
 
-/// The account of what comes before the body, to which the body's is added.
+/// The account of what comes before the body, to which the body's is added. Stamps of the body may
+/// go on with digits of the declarations' second words.
 BodyAccount AccountOf(const SlotWatch& declarations) {
   BodyAccount account;
   account.slots = declarations;
@@ -143,6 +152,8 @@ BodyAccount AccountOf(const SlotWatch& declarations) {
 
 DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing,
                     std::size_t block) {
+  // The watch has to see the words of the declarations as well: their second words pass through the
+  // slot.
   DumpWords words(in, block, block / 4);
   SlotWatch watch;
   words.Show(watch);
@@ -152,6 +163,7 @@ DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view pa
   BodyCheck check(declarations.codes.size(), watch.Next());
   ReadBody(items, check);
   body.Join(check.TakeAccount());
+  // Hosts read the packed bytes, and nothing of the dump.
   Findings findings;
   findings.Add(FindingKind::Packed, !packing.empty(), 0, packing);
   return Finish(std::move(declarations), body, items.tallies(), std::move(findings));
@@ -164,10 +176,12 @@ DumpCheck CheckDump(ByteFile& file, const std::string& name, unsigned jobs, std:
   Declarations declarations = ReadDeclarations(dump.words(), name);
   const std::uint32_t codes = declarations.codes.size();
   BodyAccount body = AccountOf(watch);
+  // Each check begins with empty slots, which the account before fills in when it joins.
   const auto make = [&] { return std::make_unique<BodyCheck>(codes, watch.Next()); };
   const auto take = [&](const std::unique_ptr<BodyCheck> check) {
     body.Join(check->TakeAccount());
   };
+  // The figures of all codes are kept once for each thread.
   const auto stretches = dump.Cut(ThreadsWithin(sizeof(CodeAccount) * codes, jobs));
   const ItemTallies items = ReadInParts(dump, declarations, stretches, make, take);
   return Finish(std::move(declarations), body, items, {});
