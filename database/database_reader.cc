@@ -163,6 +163,7 @@ std::uint64_t ActivityDatabase::DeclarationsSum() const {
   for (const char* const table : {"scope", "code", "signal"}) {
     sum.Add(CountOf(std::string("checksum_") + table));
   }
+  // Two runs of one design differ in their dates, even if they declare the same.
   sum.Add(TextOf("date"));
   sum.Add(TextOf("timescale"));
   return sum.value();
@@ -176,7 +177,7 @@ void ActivityDatabase::ReadCodes(std::vector<std::uint64_t>& firstBit,
                    "SELECT id, first_bit, bits, changes FROM code NOT INDEXED ORDER BY id",
                    budget_);
   while (rows.Next()) {
-    // Rows are numbered from 0 on.
+    // Rows are numbered from 0 on. // One entry more than codes, hence the 1.
     rows.Place(firstBit.size() - 1);
     // Each code begins where the one before it ends.
     if (rows.Count() != firstBit.back()) connection_.FailCorrupt();
@@ -207,6 +208,7 @@ void ActivityDatabase::ReadScopes(Declarations& declarations) {
     // The whole dump has no name.
     if (id == Declarations::kDump) continue;
     if (scopes[id].name.empty()) connection_.FailCorrupt();
+    // In the order of the file, which is the dump's.
     scopes[scopes[id].parent].scopes.push_back(id);
   }
   CheckSum(rows, "scope");
@@ -233,6 +235,7 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
     if (std::uint64_t{variable.codeId} + 1 >= firstBit.size()) connection_.FailCorrupt();
     const auto [type, isNew] =
         types.try_emplace(rows.Text(), static_cast<std::uint32_t>(declarations.types.size()));
+    // Types are texts in the file, as SQL wants them, and numbers here.
     if (isNew) declarations.types.push_back(type->first);
     variable.typeId = type->second;
     variable.width = rows.Small(INT32_MAX);

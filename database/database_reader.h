@@ -35,7 +35,7 @@ class ActivityDatabase {
   /// Throws too where there are no figures of hosts. For `flat`, `tree` and `find`: a merged
   /// database has none.
   HostRun ReadHost();
-  /// Both, as they were written.
+  /// Both, as they were written. `host` has figures only if facts().hasHost says so.
   StoredRun ReadAll();
   /// What is held of a part of a dump.
   StoredRun ReadPart();

@@ -82,9 +82,12 @@ class DatabaseWriter {
       : run_(run), declarations_(run.exact.declarations), to_(to) {}
 
   void Write() {
+    // In memory nothing has to survive a failure; pages of 16 KiB suit tables of millions of rows.
     to_.Run("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA page_size=16384");
+    // Both are in the file's header, where the reader looks first.
     to_.Run(("PRAGMA application_id=" + std::to_string(kApplicationId)).c_str());
     to_.Run(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
+    // One transaction, or every row would be one.
     to_.Run("BEGIN");
     for (const SchemaPart& table : SchemaTables()) to_.Run(table.sql);
     if (run_.facts.part) {
@@ -195,6 +198,7 @@ class DatabaseWriter {
       }
       rows.EndRow();
     }
+    // Each table's sum is kept as a fact; ActivityDatabase::CheckSum compares it.
     facts_["checksum_bit"] = rows.sum();
   }
 
@@ -241,6 +245,7 @@ class DatabaseWriter {
     facts_["timescale"] = declarations_.timescale;
     Note("window_begin_fs", run_.facts.window.begin);
     Note("window_end_fs", run_.facts.window.end);
+    // Numbers that are not known are facts without a value, so that every fact is always there.
     Note("runs", run_.facts.runs);
     Note("tick_fs", exact.tick);
     Note("first_tick", exact.firstTick);
@@ -276,6 +281,7 @@ class DatabaseWriter {
       rows.EndRow();
     }
     const std::uint64_t sum = rows.sum();
+    // The table's own sum goes into it, so it is not part of itself.
     rows.Text("checksum_run");
     rows.Count(sum);
     rows.EndRow();

@@ -19,6 +19,7 @@ namespace {
 /// or go without a new version of it.
 template <class Part, class Visit>
 void ForEachNumber(Part& part, Visit visit) {
+  // The stretch: which part of how many it is, and where in the file.
   visit("part_first", part.choice.first);
   visit("part_last", part.choice.last);
   visit("part_count", part.choice.parts);
@@ -26,6 +27,7 @@ void ForEachNumber(Part& part, Visit visit) {
   visit("part_begin", part.begin);
   visit("part_end", part.end);
   visit("part_lines", part.lines);
+  // Its ends, by which CanPrecede tells whether a neighbour adds up.
   visit("part_begins_body", part.beginsBody);
   visit("part_ends_cleanly", part.endsCleanly);
   visit("part_ends_dump", part.endsDump);
@@ -84,6 +86,7 @@ auto PiecesOf(Activity& activity) {
 
 /// Rows of all bits that were given a value in a piece.
 void WriteBits(const ActivityPart& activity, Connection& to, FactsByName& facts) {
+  // Piece, bit, the six figures, edge.
   TableWriter rows(to, "part_bit", 9);
   std::uint64_t number = 0;
   for (const ObservedPiece* piece : PiecesOf(activity)) {
@@ -111,6 +114,7 @@ void WriteBits(const ActivityPart& activity, Connection& to, FactsByName& facts)
 
 /// Rows of all codes that have a value or a count.
 void WriteCodes(const HostPart& host, Connection& to, FactsByName& facts) {
+  // Id, changes, last, first_value, first_kind.
   TableWriter rows(to, "part_code", 5);
   for (std::size_t id = 0; id < host.codes.size(); ++id) {
     const HostPart::Code& code = host.codes[id];
@@ -143,6 +147,7 @@ class PartReader {
     });
     // What follows relies on these, also where a file was made to deceive.
     const PartChoice& choice = part.choice;
+    // A choice of no parts or of parts beyond the last, or an end before its begin, leads nowhere.
     if (choice.first > choice.last || choice.last >= choice.parts || part.begin > part.end) {
       from_.FailCorrupt();
     }
@@ -204,6 +209,7 @@ class PartReader {
     while (rows.Next()) {
       const std::uint64_t id = rows.Count();
       if (id >= codes_.codes()) from_.FailCorrupt();
+      // Bounds as the counting keeps them, so that sums of parts cannot overflow.
       host.codes[id].changes = rows.Small(kMostChanges);
       host.codes[id].last = rows.Small();
       host.first[id].value = rows.Small();
@@ -222,6 +228,7 @@ class PartReader {
 
 void WritePartTables(const BodyPart& part, Connection& to, FactsByName& facts) {
   ForEachNumber(part, [&](const char* name, const auto& value) {
+    // Truth values and enumerations too are numbers in the file.
     facts[name] = FactOfCount(static_cast<std::uint64_t>(value));
   });
   WriteBits(part.activity, to, facts);

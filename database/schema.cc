@@ -78,6 +78,7 @@ GROUP BY module.id)"},
 
 }  // namespace
 
+/// The lists are constants of the program: they may be kept and shared.
 std::span<const SchemaPart> SchemaTables() {
   return kTables;
 }

@@ -86,11 +86,13 @@ Connection Connection::ReadOnly(const std::string& path, const std::string& name
   return connection;
 }
 
+/// For statements whose text is the program's own: nothing of a user's is ever put into one.
 void Connection::Run(const char* sql) {
   const int code = sqlite3_exec(handle_.get(), sql, nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) Fail(code);
 }
 
+/// -1: the text ends at its NUL.
 Statement Connection::Prepare(const char* sql) {
   sqlite3_stmt* statement = nullptr;
   const int code = sqlite3_prepare_v2(handle_.get(), sql, -1, &statement, nullptr);
@@ -98,6 +100,7 @@ Statement Connection::Prepare(const char* sql) {
   return Statement(statement);
 }
 
+/// A corrupt page may show at any row, so every step may throw.
 bool Connection::Step(sqlite3_stmt* statement) const {
   const int code = sqlite3_step(statement);
   if (code != SQLITE_ROW && code != SQLITE_DONE) Fail(code);

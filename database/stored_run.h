@@ -15,7 +15,8 @@ namespace orsa::kesncd {
 
 /// What a database says of itself, in its table `run`.
 struct StoredFacts {
-  std::string dump;                // what it was called when it was counted
+  std::string dump;  // what it was called when it was counted
+  // For who looks at the file; no figure depends on it.
   std::string program;             // the version of the program that counted
   TimeWindow window;               // that was counted
   std::uint64_t runs = 1;          // more than one: dumps of one design, merged

@@ -5,6 +5,7 @@
 
 namespace orsa::kesncd {
 
+/// Also begins the row's values from the left.
 bool TableReader::Next() {
   column_ = 0;
   return from_.Step(select_.get());
@@ -48,6 +49,7 @@ std::optional<std::uint64_t> TableReader::OptionalCount() {
   return std::nullopt;
 }
 
+/// Any 64 bits are right here; the sum over the table tells whether they are the ones written.
 std::uint64_t TableReader::Signed() {
   if (sqlite3_column_type(select_.get(), column_) != SQLITE_INTEGER) from_.FailCorrupt();
   const auto sum = static_cast<std::uint64_t>(sqlite3_column_int64(select_.get(), column_++));
@@ -82,6 +84,7 @@ Fact TableReader::Value() {
   return {};
 }
 
+/// Without it a row that was taken out of a table would make all rows after it another's.
 void TableReader::Place(std::uint64_t expected) {
   const bool isPlace =
       sqlite3_column_type(select_.get(), column_) == SQLITE_INTEGER &&

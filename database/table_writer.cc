@@ -36,6 +36,7 @@ bool IsText(std::string_view text) {
 TableWriter::TableWriter(Connection& to, const std::string& table, int columns)
     : to_(to), insert_(to.Prepare(InsertInto(table, columns).c_str())) {}
 
+/// For calls that give no rows; Step has a check of its own.
 void TableWriter::Check(int code) const {
   if (code != SQLITE_OK) to_.Fail(code);
 }
@@ -58,6 +59,7 @@ void TableWriter::Count(const std::optional<std::uint64_t>& count) {
   Check(sqlite3_bind_null(insert_.get(), ++column_));
 }
 
+/// The same 64 bits as a signed number, which SQLite has for all of them.
 void TableWriter::Signed(std::uint64_t sum) {
   sum_.Add(sum);
   Check(sqlite3_bind_int64(insert_.get(), ++column_, static_cast<sqlite3_int64>(sum)));
@@ -69,6 +71,7 @@ void TableWriter::Text(std::string_view text) {
   BindText(text, true);
 }
 
+/// Not into the sum: the reader makes such values again from others.
 void TableWriter::DerivedNumber(std::optional<std::int64_t> number) {
   ++column_;
   Check(number ? sqlite3_bind_int64(insert_.get(), column_, *number)
