@@ -177,7 +177,7 @@ void ActivityDatabase::ReadCodes(std::vector<std::uint64_t>& firstBit,
                    "SELECT id, first_bit, bits, changes FROM code NOT INDEXED ORDER BY id",
                    budget_);
   while (rows.Next()) {
-    // Rows are numbered from 0 on. // One entry more than codes, hence the 1.
+    // Rows are numbered from 0 on: one entry more than codes, hence the 1.
     rows.Place(firstBit.size() - 1);
     // Each code begins where the one before it ends.
     if (rows.Count() != firstBit.back()) connection_.FailCorrupt();

@@ -86,7 +86,7 @@ auto PiecesOf(Activity& activity) {
 
 /// Rows of all bits that were given a value in a piece.
 void WriteBits(const ActivityPart& activity, Connection& to, FactsByName& facts) {
-  // Piece, bit, the six figures, edge.
+  // The columns are piece, bit, the six figures and edge.
   TableWriter rows(to, "part_bit", 9);
   std::uint64_t number = 0;
   for (const ObservedPiece* piece : PiecesOf(activity)) {
@@ -114,7 +114,7 @@ void WriteBits(const ActivityPart& activity, Connection& to, FactsByName& facts)
 
 /// Rows of all codes that have a value or a count.
 void WriteCodes(const HostPart& host, Connection& to, FactsByName& facts) {
-  // Id, changes, last, first_value, first_kind.
+  // The columns are id, changes, last, first_value and first_kind.
   TableWriter rows(to, "part_code", 5);
   for (std::size_t id = 0; id < host.codes.size(); ++id) {
     const HostPart::Code& code = host.codes[id];

@@ -107,7 +107,7 @@ void WriteList(JsonText& json, std::string_view key, const Items& items, Write w
 
 /// "format" to "time": what the page says at its top.
 void WriteHead(JsonText& json, const ActivityResult& result, const ReportFacts& facts) {
-  // // The page refuses figures of another format or version.
+  // The page refuses figures of another format or version.
   json.Member("format", "kesncd-report");
   json.Member("version", 1);
   json.Member("program", facts.program);
@@ -123,7 +123,7 @@ void WriteHead(JsonText& json, const ActivityResult& result, const ReportFacts& 
   // In ticks; the page turns them into seconds by tick_fs.
   json.Key("time");
   json.Open('{');
-  // // null without a time scale: the page then shows ticks.
+  // null without a time scale: the page then shows ticks.
   json.Key("tick_fs");
   if (result.tick) {
     json.Number(*result.tick);
@@ -143,7 +143,7 @@ void WriteCounts(JsonText& json, const ReportSource& source) {
         std::count_if(source.signals.begin(), source.signals.end(),
                       [&](const ReportSignal& signal) { return isCounted(signal.sums); }));
   };
-  // // Variables without bits are in no list of signals.
+  // Variables without bits are in no list of signals.
   const ActivityNotes& notes = source.result.notes;
   json.Key("counts");
   json.Open('{');
@@ -179,7 +179,7 @@ void WriteFacts(JsonText& json, const ReportFacts& facts) {
       json.Close('}');
     });
   }
-  // // An empty list where no netlist was given.
+  // An empty list where no netlist was given.
   WriteList(json, "reached", facts.reached, [&](const ReportFacts::Reached& reached) {
     json.Open('{');
     json.Member("what", reached.what);
@@ -196,7 +196,7 @@ void WriteFacts(JsonText& json, const ReportFacts& facts) {
 void WriteModules(JsonText& json, const ReportSource& source, const ReportChoice& choice) {
   const ModuleTree& tree = source.profile.modules;
   const Declarations& declarations = source.result.declarations;
-  // // Shares are of bits times this.
+  // Shares are of bits times this.
   const WideCount observed = source.result.observedTicks;
   const auto totals = [&](std::string_view key, auto write) {
     WriteList(json, key, choice.modules,
@@ -229,7 +229,7 @@ void WriteCourses(JsonText& json, const ReportSource& source, const ReportChoice
   const Profile& profile = source.profile;
   // A dump without time has no windows.
   if (profile.windows() == 0) return;
-  // // By course, then by window.
+  // By course, then by window.
   std::vector<std::vector<std::uint64_t>> courses(choice.withCourse.size(),
                                                   std::vector<std::uint64_t>(profile.windows()));
   for (std::size_t module = 0; module < profile.toggles.size(); ++module) {
@@ -281,7 +281,7 @@ void WriteSignals(JsonText& json, const ReportSource& source, const ReportChoice
 /// What is not listed: signals by module, and modules by the nearest listed one above.
 void WriteRest(JsonText& json, const ReportChoice& choice) {
   std::vector<std::uint32_t> rest;
-  // // Places of modules under which others are hidden.
+  // Places of modules under which others are hidden.
   std::vector<std::uint32_t> hidden;
   for (std::uint32_t place = 0; place < choice.modules.size(); ++place) {
     if (choice.restSignals[place] > 0) rest.push_back(place);
@@ -325,7 +325,7 @@ std::string Written(const ReportSource& source, const ReportFacts& facts,
 /// A first try with the limits given; most dumps fit.
 std::string ReportJson(const ActivityResult& result, const Profile& profile,
                        const ReportFacts& facts, const ReportLimits& limits) {
-  // // The costly sums are made once; only the choice is repeated.
+  // The costly sums are made once; only the choice is repeated.
   const ReportSource source(result, profile);
   ReportLimits fitting = limits;
   std::string json = Written(source, facts, fitting);

@@ -83,7 +83,7 @@ class ToggleColumns {
 
   void AppendTo(std::vector<Column>& columns, const ModuleTree& tree) const {
     columns.insert(columns.end(), {"toggles", "toggles_per_us"});
-    // // Names of columns that are not modules.
+    // Names of columns that are not modules.
     std::set<std::string> taken;
     for (const Column& column : columns) taken.insert(column.name);
     for (const std::uint32_t module : shown_) {
@@ -101,7 +101,7 @@ class ToggleColumns {
     // Of the scope itself.
     const std::uint64_t all = toggles(0);
     row.emplace_back(WideCount{all});
-    // // By the time that was observed, not by the length of the window.
+    // By the time that was observed, not by the length of the window.
     row.push_back(RateOf(all, observed, base_));
     for (const std::uint32_t module : shown_) row.emplace_back(WideCount{toggles(module)});
     if (isTable_) row.emplace_back(BarOf(all, most_));
