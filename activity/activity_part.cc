@@ -72,8 +72,7 @@ ObservedPiece* ActivityPart::OpenPiece() {
 }
 
 /// Ends the observation that is open after the first switch. The middle stays as it is, since it
-/// may yet go on from what comes before. `ticks` is when, clamped to the window. An end less a
-/// begin, which was taken off when the stretch began.
+/// may yet go on from what comes before. `ticks` is when, clamped to the window.
 void ActivityPart::Pause(std::uint64_t ticks) {
   if (isMiddleOpen) {
     isMiddleOpen = false;
@@ -81,6 +80,7 @@ void ActivityPart::Pause(std::uint64_t ticks) {
     return;
   }
   tail.Close(ticks);
+  // An end less a begin, which was taken off when the stretch began.
   tailObserved += ticks;
   isTailOpen = false;
   ++tailPauses;

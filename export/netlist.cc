@@ -59,7 +59,7 @@ enum class Open {
 };
 
 /// A row: inside `in`, what belongs to `key` opens `opens`. What no row allows is Skipped.
-/// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): a row reads from place to place
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): a row reads from place to place
 struct Step {
   Open in;
   std::string_view key;  // empty for any
@@ -334,7 +334,7 @@ bool NetlistReader::string(string_t& text) {
   return true;
 }
 
-/// Null, a fraction or anything else: among bits it is a mistake, elsewhere nothing that is wanted.
+/// null, a fraction or anything else: among bits it is a mistake, elsewhere nothing that is wanted.
 bool NetlistReader::TakeOther() {
   FailIfPartsAreWanted();
   if (open() == Open::Bits) Fail("has a bit that is neither a net's number nor 0, 1, x or z");

@@ -158,8 +158,8 @@ double NetlistPins::ReachedPercent() const {
 }
 
 /// The module of that name; without one, the one that says it is the top, or that is in no other.
-/// Types that are used by any cell: such a module is not the top.
 const NetlistModule& NetlistPins::TopModule(const std::string& wanted) const {
+  // Types that are used by any cell: such a module is not the top.
   std::unordered_set<std::uint32_t> inner;
   for (const NetlistModule& module : netlist_.modules) {
     for (const NetlistCell& cell : module.cells) inner.insert(cell.type);

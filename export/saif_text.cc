@@ -184,7 +184,7 @@ void SaifStream::Time(std::string_view key, std::uint64_t begin, std::uint64_t e
   text_ += ')';
 }
 
-/// An inner instance, or the first.
+/// Ends the list of nets of the instance around it.
 void SaifStream::Open(std::string_view bareName) {
   CloseNets();
   Line("(INSTANCE " + std::string(bareName));
@@ -232,7 +232,7 @@ void SaifStream::Close() {
   Line(")");
 }
 
-/// The outermost bracket.
+/// Closes the outermost bracket.
 void SaifStream::Finish() {
   text_ += ")\n";
   Flush();

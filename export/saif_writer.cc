@@ -65,12 +65,13 @@ class SaifTree {
   SaifReport Write(std::ostream& out);
 
  private:
-  /// A scope under way. Names of its inner scopes, where some of them are equal.
+  /// A scope under way.
   struct Frame {
     std::uint32_t scope;
     std::size_t next;  // of its inner scopes
     // False for a scope that is left out; what is below is then left out too, but counted.
     bool isWritten;  // as an instance
+    // Names of its inner scopes, where some of them are equal.
     RepeatedNames scopeNames;
   };
 

@@ -122,8 +122,8 @@ void ValueParts::Cut() {
   std::fill(sums.begin(), sums.end(), 0);
 }
 
-/// Given again, but the same.
 void ValueParts::Value(const std::vector<ValueWord>& value) {
+  // Given again, but the same.
   if (value == now_) return;
   Cut();
   now_ = value;

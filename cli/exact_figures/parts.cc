@@ -252,10 +252,10 @@ StoredRun ReadPart(const InputOptions& input, const PartChoice& choice) {
   return run;
 }
 
-/// A window has no meaning for a part.
 bool IsPart(const std::string& path) {
   InputOptions input;
   input.dump = path;
+  // No window: a part is of the whole time.
   const auto database = OpenDatabase(input, {});
   return database && database->facts().part;
 }

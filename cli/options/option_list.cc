@@ -132,7 +132,7 @@ Option& Command::AddTime(const std::string& flags, std::optional<std::uint64_t>&
   });
 }
 
-/// Infinity and "nan" are numbers to from_chars, and would pass every comparison further on.
+/// Infinity and "nan" are numbers to from_chars, and neither is below `least`.
 Option& Command::AddNumber(const std::string& flags, const std::string& unit, double least,
                            double& target, const std::string& help) {
   return Add(flags, unit, help,

@@ -225,10 +225,10 @@ std::function<ExitStatus()> ParseCommand(const CommandLine& line, const Command&
 
 }  // namespace
 
-/// Which help the message points to: the program's until a command is known.
 std::function<ExitStatus()> ParseWords(const CommandLine& line,
                                        const std::vector<std::string>& words) {
   const std::string& program = line.program.name();
+  // Which help the message points to: the program's until a command is known.
   std::string help = program;
   // Not an error of a word, but the most common first try.
   try {

@@ -102,8 +102,8 @@ void SelectedRows::MakeRoom() {
 
 /// Rows that are equal stay in the order in which they came.
 void SelectedRows::DropAllBut(std::uint64_t most) {
+  // All of them are ordered first: which rows are the last ones is not known otherwise.
   std::stable_sort(kept_.begin(), kept_.end(),
-                   // Orders all of them first: which rows are the last ones is not known otherwise.
                    [this](const Kept& a, const Kept& b) { return IsBefore(a, b); });
   if (kept_.size() > most) {
     kept_.erase(kept_.begin() + static_cast<std::ptrdiff_t>(most), kept_.end());
