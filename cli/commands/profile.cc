@@ -7,6 +7,7 @@
 #include "cli/commands/commands.h"
 #include "cli/exact_figures/profile_reading.h"
 #include "cli/exact_figures/profile_rows.h"
+#include "cli/input/reading_threads.h"
 #include "cli/selection/scope_choice.h"
 #include "cli/selection/signal_choice.h"
 #include "text/failure.h"
@@ -29,7 +30,9 @@ constexpr char kProfileHelp[] =
     "Toggles are those of kesncd activity, bit by bit, and rows add up to its totals: a toggle at\n"
     "a row's end belongs to the row, one at its begin to the row before. begin, end and observed\n"
     "are in ticks of the dump, in a table with their unit. A module is all that is in it and "
-    "below.\n";
+    "below.\n"
+    "Rows of --clock and --by, and the place of the peak, come from one thread: a row ends where\n"
+    "the signal changes, which a thread that begins in the middle of the dump does not know.\n";
 
 struct ProfileChoices {
   InputOptions input;
@@ -94,14 +97,15 @@ ExitStatus RunWindows(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   std::optional<std::uint64_t> last;
   if (!options.length) last = ExpectedLast(options.input, counting.counting);
-  const ProfileRun<Profile> run = ReadProfile(options.input, counting, last, CountProfile);
+  const auto count = [](auto& dump, const ProfileOptions& how) { return CountProfile(dump, how); };
+  const ProfileRun<Profile> run = ReadProfile(options.input, counting, last, {count, count});
   const ProfileSubject subject{counting.counting.dump, options.length ? "length" : "part", ""};
   return WriteProfile(run, subject, options.output);
 }
 
 ExitStatus RunClock(const ProfileChoices& options) {
   const ProfileRun<Profile> run =
-      ReadProfile(options.input, ProfileCounting(options), {}, CountClockProfile);
+      ReadProfile(options.input, ProfileCounting(options), {}, {CountClockProfile, {}});
   return WriteProfile(run, {NameOf(options.input), "clock", options.clock}, options.output);
 }
 
@@ -135,7 +139,8 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices&
   if (!CanReadTwice(options.input) || peak.end > UINT64_MAX / tick) return {};
   again.window = {peak.begin * tick, peak.end * tick};
   UnpackedSource bytes = OpenDump(options.input);
-  return CountActivity(*bytes.bytes, again);
+  again.jobs = UseThreads(options.input, bytes);
+  return again.jobs > 1 ? CountActivity(*bytes.file, again) : CountActivity(*bytes.bytes, again);
 }
 
 ExitStatus RunPeak(const ProfileChoices& options) {
@@ -171,6 +176,7 @@ void AddProfileCommand(CommandLine& line) {
   Command& command = line.Add("profile", kProfileHelp);
   const auto options = std::make_shared<ProfileChoices>();
   AddDumpOptions(command, options->input);
+  AddJobsOption(command, options->input);
   command.AddTime("--window", options->length, "windows of this length");
   command
       .AddCount("--windows", "N", {1, 1000000}, options->parts, "so many equal parts of the span")

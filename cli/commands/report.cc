@@ -102,8 +102,11 @@ ExitStatus RunReport(const ReportChoices& options) {
   facts.dump = options.input.dump == "-" ? NameOf(options.input) : FileName(options.input.dump);
   std::optional<std::uint64_t> last;
   CheckDumpFor(options, facts, last);
+  const auto count = [](auto& dump, const ProfileOptions& how) {
+    return CountActivityAndProfile(dump, how);
+  };
   const ProfileRun<Profile> run =
-      ReadProfile(options.input, ReportCounting(options, clocks), last, CountActivityAndProfile);
+      ReadProfile(options.input, ReportCounting(options, clocks), last, {count, count});
   facts.notes = RemarksOn(run.base);
   if (run.figures.isFolded) facts.notes.push_back(FoldedText(run.figures, options.parts));
   facts.clocks = clocks.Measured(run.base);
@@ -131,6 +134,7 @@ void AddReportCommand(CommandLine& line) {
   Command& command = line.Add("report", kReportHelp);
   const auto options = std::make_shared<ReportChoices>();
   AddDumpOptions(command, options->input);
+  AddJobsOption(command, options->input);
   AddWindowOptions(command, options->window);
   command
       .AddCount("--windows", "N", {1, 2000}, options->parts, "so many parts of the span over time")

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <string>
 
+#include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
 
 namespace orsa::kesncd::cli {
@@ -49,19 +50,21 @@ std::string FoldedText(const Profile& profile, std::uint64_t parts) {
          std::to_string(parts) + " equal parts, which a file has";
 }
 
-ProfileRun<Profile> ReadProfile(
-    const InputOptions& input, ProfileOptions options, std::optional<std::uint64_t> expected,
-    const std::function<ProfileRun<Profile>(ByteSource&, const ProfileOptions&)>& count) {
-  options.last = expected;
-  UnpackedSource dump = OpenDump(input);
-  ProfileRun<Profile> run = count(*dump.bytes, options);
-  for (int again = 0; again < 2 && !run.wasLastRight; ++again) {
-    // A dump that still grows has other ends each time: windows that fold fit any.
-    options.last.reset();
-    if (again == 0) options.last = run.base.lastTick;
+ProfileRun<Profile> ReadProfile(const InputOptions& input, ProfileOptions options,
+                                std::optional<std::uint64_t> expected,
+                                const ProfileReaders& readers) {
+  UnpackedSource dump;
+  const auto read = [&](std::optional<std::uint64_t> last) {
+    options.last = last;
     dump = OpenDump(input);
-    run = count(*dump.bytes, options);
-  }
+    options.counting.jobs = UseThreads(input, dump);
+    return options.counting.jobs > 1 && readers.ofFile ? readers.ofFile(*dump.file, options)
+                                                       : readers.ofSource(*dump.bytes, options);
+  };
+  ProfileRun<Profile> run = read(expected);
+  // A dump that still grows has other ends each time: windows that fold fit any.
+  if (!run.wasLastRight) run = read(run.base.lastTick);
+  if (!run.wasLastRight) run = read({});
   dump.bytes.reset();
   for (const std::string& remark : RemarksOn(run.base)) Remark(options.counting.dump, remark);
   if (run.figures.isFolded) {

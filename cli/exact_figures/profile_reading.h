@@ -16,11 +16,17 @@ namespace orsa::kesncd::cli {
 /// Whether a dump can be read a second time: a pipe cannot.
 bool CanReadTwice(const InputOptions& input);
 
+/// How a profile is counted: one reading of a source, and the same of a file, by threads.
+struct ProfileReaders {
+  std::function<ProfileRun<Profile>(ByteSource&, const ProfileOptions&)> ofSource;
+  std::function<ProfileRun<Profile>(ByteFile&, const ProfileOptions&)> ofFile;
+};
+
 /// Counts by windows, once more where the dump ended elsewhere than was expected. `expected` is its
 /// largest stamp, if that is known. Says what a user of the figures must know.
-ProfileRun<Profile> ReadProfile(
-    const InputOptions& input, ProfileOptions options, std::optional<std::uint64_t> expected,
-    const std::function<ProfileRun<Profile>(ByteSource&, const ProfileOptions&)>& count);
+ProfileRun<Profile> ReadProfile(const InputOptions& input, ProfileOptions options,
+                                std::optional<std::uint64_t> expected,
+                                const ProfileReaders& readers);
 
 /// The dump's largest stamp as its end shows it; nothing for a pipe.
 std::optional<std::uint64_t> ExpectedLast(const InputOptions& input,

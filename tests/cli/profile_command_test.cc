@@ -53,6 +53,9 @@ kesncd profile - --windows 3 --format csv -q < d.vcd | cut -d, -f1,2,4 | tail -n
 kesncd profile - --windows 3 < d.vcd >/dev/null => 0 =>  => (.|\n)*standard input: its span was not known .*\n
 kesncd profile - --windows 200 --format csv -q < d.vcd | wc -l => 0 => 101\n
 gzip -k d.vcd && kesncd profile d.vcd.gz --windows 7 -o a.csv -q && kesncd profile d.vcd --windows 7 -o b.csv -q && cmp a.csv b.csv => 0 => 
+kesncd profile d.vcd --windows 7 --jobs 3 -o c.csv -q && cmp b.csv c.csv => 0 => 
+kesncd profile d.vcd --peak 20ns --jobs 3 --format csv -q | head -2 | tail -1 | tr -d '\r' => 0 => all,/,5,1,10,30\n
+kesncd report d.vcd --jobs 1 -q > 1.html && kesncd report d.vcd --jobs 3 -q | cmp - 1.html => 0 => 
 kesncd profile d.vcd --windows 4 --clock clk => 2 =>  => kesncd: --windows, --window, .*\n.*\n
 kesncd profile d.vcd --values 4 => 2 =>  => kesncd: --values is for --by\n.*\n
 kesncd profile d.vcd --window 0 => 2 =>  => kesncd: --window and --peak: 0 is no length\n.*\n
