@@ -2,6 +2,7 @@
 #include "activity/profile/profile_counter.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "text/failure.h"
@@ -73,6 +74,21 @@ void ProfileRows::Finish(std::size_t windows) {
     if (!row.empty()) Grow(row, windows);
   }
   RequireRoom(windows);
+}
+
+std::vector<std::vector<std::uint64_t>> ProfileRows::SplitOff() {
+  const auto middle = rows_.begin() + static_cast<std::ptrdiff_t>(rows_.size() / 2);
+  std::vector<std::vector<std::uint64_t>> half(std::make_move_iterator(middle),
+                                               std::make_move_iterator(rows_.end()));
+  rows_.erase(middle, rows_.end());
+  for (std::size_t module = 0; module < half.size(); ++module) {
+    std::vector<std::uint64_t>& row = half[module];
+    const std::vector<std::uint64_t>& added = rows_[module];
+    Grow(row, added.size());
+    for (std::size_t window = 0; window < added.size(); ++window) row[window] += added[window];
+    if (std::all_of(row.begin(), row.end(), [](std::uint64_t sum) { return sum == 0; })) row = {};
+  }
+  return half;
 }
 
 void ProfileRows::AddUp(const ModuleTree& tree) {
@@ -234,7 +250,8 @@ Profile ProfileCounter::Finish(ModuleTree tree, ModuleSums sums) {
     profile.edges.push_back(last);
   }
   rows_.Finish(profile.windows());
-  if (sums == ModuleSums::WithBelow) rows_.AddUp(tree);
+  if (sums == ModuleSums::Both) profile.own = rows_.SplitOff();
+  if (sums != ModuleSums::Own) rows_.AddUp(tree);
   profile.toggles = std::move(rows_.rows());
   profile.modules = std::move(tree);
   if (!hasManyGaps_) profile.gaps = std::move(gaps_);

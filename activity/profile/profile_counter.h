@@ -39,6 +39,8 @@ class ProfileRows {
   void Finish(std::size_t windows);
   /// Adds the rows of modules to those of the modules around them.
   void AddUp(const ModuleTree& tree);
+  /// Takes the second half of the rows off, and adds to each what is in the first half.
+  std::vector<std::vector<std::uint64_t>> SplitOff();
   std::vector<std::vector<std::uint64_t>>& rows() { return rows_; }
 
  private:
@@ -63,8 +65,9 @@ struct ProfileWindows {
   std::uint64_t mostCells = std::uint64_t{1} << 27U;
 };
 
-/// Whether a module has what is in those below it.
-enum class ModuleSums { WithBelow, Own };
+/// Whether a module has what is in those below it. Both is for shares by both, and gives sums by
+/// owner too.
+enum class ModuleSums { WithBelow, Own, Both };
 
 /// A taker of ReadBody. Calling order: construct, ReadBody, Finish. What was taken from stretches
 /// of a body by counters of their own adds up by Add, in the order of the dump, before Finish.

@@ -7,6 +7,7 @@
 
 #include "activity/activity_counter.h"
 #include "activity/activity_start.h"
+#include "activity/both_counters.h"
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/signal_cuts.h"
 #include "activity/profile/toggle_watch.h"
@@ -21,6 +22,7 @@ namespace {
 
 constexpr std::uint64_t kBytesPerBit = 64;  // of toggles, with what a stretch begins with
 constexpr std::uint64_t kBytesPerBitWithActivity = 200;
+constexpr std::uint64_t kBytesPerBitWithBoth = 240;
 
 /// Looks at stamps only.
 class LargestStamp {
@@ -160,16 +162,35 @@ class Run {
   ModuleTree tree;
 };
 
+/// What was counted of bits, and by the rule of hosts.
+struct BitParts {
+  ActivityPart activity;
+  std::optional<HostPart> host;
+
+  explicit BitParts(ActivityCounter& counter) : activity(counter.TakePart()) {}
+  explicit BitParts(BothCounters& counters)
+      : activity(counters.activity().TakePart()), host(counters.host().TakePart()) {}
+
+  void Add(const ActivityStart& start, BitParts&& next) {
+    activity.Add(start.codes, std::move(next.activity));
+    if (host) host->Add(start.ticks, std::move(*next.host));
+  }
+};
+
 /// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
-/// ReadInParts.
+/// ReadInParts; Counter is an ActivityCounter, or BothCounters.
+template <class Counter>
 class BitsAndWindows {
  public:
+  /// `more` is what a counter is made of beside the codes and the window of `start`.
+  template <class... More>
   BitsAndWindows(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
-                 const ModuleShares& shares, std::size_t modules, const ProfileWindows& windows)
-      : codes_(start.codes),
-        bits_(start.codes, start.window),
+                 const ModuleShares& shares, std::size_t sums, const ProfileWindows& windows,
+                 const More&... more)
+      : start_(start),
+        bits_(start.codes, start.window, more...),
         watch_(bits_, watched, start.codes.codes(), start.window),
-        windows_(start.codes, shares, modules, start.window, windows) {}
+        windows_(start.codes, shares, sums, start.window, windows) {}
 
   void Fetch(std::uint32_t codeId) const {
     bits_.Fetch(codeId);
@@ -199,23 +220,23 @@ class BitsAndWindows {
   }
 
   void Add(BitsAndWindows& next) {
-    activity().Add(codes_, std::move(next.activity()));
+    parts().Add(start_, std::move(next.parts()));
     watch_.Add(next.watch_);
     windows_.Add(next.windows_);
   }
   /// What was counted bit by bit, when all is read.
-  ActivityPart& activity() {
-    if (!activity_) activity_ = bits_.TakePart();
-    return *activity_;
+  BitParts& parts() {
+    if (!parts_) parts_.emplace(bits_);
+    return *parts_;
   }
   std::vector<ToggleSpan> watched() { return watch_.Take(); }
   ProfileCounter& windows() { return windows_; }
 
  private:
-  const CodeBits& codes_;
-  ActivityCounter bits_;
-  std::optional<ActivityPart> activity_;
-  ToggleWatch<ActivityCounter> watch_;
+  const ActivityStart& start_;
+  Counter bits_;
+  std::optional<BitParts> parts_;
+  ToggleWatch<Counter> watch_;
   ProfileCounter windows_;
 };
 
@@ -241,20 +262,59 @@ ProfileRun<Profile> ActivityAndProfileOf(DumpWords& words, FileDump* file,
   const auto shares = ModuleShares::ByOwner(declarations, start.codes, run.tree);
   std::vector<std::uint32_t> watched;
   if (options.counting.watch) watched = options.counting.watch(declarations);
-  const auto counter = run.ReadParts(
-      file, run.tree.size(), kBytesPerBitWithActivity, [&](const ProfileWindows& windows) {
-        return std::make_unique<BitsAndWindows>(start, watched, shares, run.tree.size(), windows);
-      });
+  const auto counter = run.ReadParts(file, run.tree.size(), kBytesPerBitWithActivity,
+                                     [&](const ProfileWindows& windows) {
+                                       return std::make_unique<BitsAndWindows<ActivityCounter>>(
+                                           start, watched, shares, run.tree.size(), windows);
+                                     });
   ProfileCounter& windows = counter->windows();
   ProfileRun<Profile> result{run.End(windows.time()), {}, windows.WasLastRight()};
-  std::move(counter->activity()).Finish(start.codes, start.window, result.base);
+  std::move(counter->parts().activity).Finish(start.codes, start.window, result.base);
   result.base.watched = counter->watched();
   result.figures = windows.Finish(std::move(run.tree), ModuleSums::Own);
   return result;
 }
 
+ProfiledRuns BothAndProfileOf(DumpWords& words, FileDump* file, const ProfileOptions& options) {
+  ProfileOptions all = options;
+  all.scope = nullptr;
+  all.depth = UINT32_MAX;
+  Run run(words, all);
+  const ActivityStart& start = run.start;
+  const Declarations& declarations = start.result.declarations;
+  const std::size_t sums = 2 * run.tree.size();
+  // Each window has its own number beside those of modules.
+  const bool hasRoom = options.length || sums + 1 <= options.mostCells / options.parts;
+  const auto shares = hasRoom ? ModuleShares::ByBoth(declarations, start.codes, run.tree)
+                              : ModuleShares::None(start.codes);
+  std::vector<std::uint32_t> watched;
+  if (options.counting.watch) watched = options.counting.watch(declarations);
+  const auto counter =
+      run.ReadParts(file, sums, kBytesPerBitWithBoth, [&](const ProfileWindows& windows) {
+        return std::make_unique<BitsAndWindows<BothCounters>>(start, watched, shares, sums, windows,
+                                                              start.ticks);
+      });
+  ProfileCounter& windows = counter->windows();
+  ProfiledRuns result;
+  result.wasLastRight = windows.WasLastRight() || !hasRoom;
+  if (hasRoom) {
+    result.profile.emplace();
+    result.profile->parts = options.length ? 0 : options.parts;
+    result.profile->length = options.length;
+    result.profile->profile = windows.Finish(std::move(run.tree), ModuleSums::Both);
+    const std::vector<ToggleSpan> spans = counter->watched();
+    for (std::size_t i = 0; i < watched.size(); ++i) {
+      result.profile->clocks.push_back({watched[i], spans[i]});
+    }
+  }
+  BitParts parts = std::move(counter->parts());
+  result.runs = FinishBoth(std::move(run.start.result.declarations), std::move(parts.activity),
+                           std::move(*parts.host), run.start.result.notes.items, options.counting);
+  return result;
+}
+
 template <class Count>
-ProfileRun<Profile> CountFile(ByteFile& file, const ProfileOptions& options, Count count) {
+auto CountFile(ByteFile& file, const ProfileOptions& options, Count count) {
   FileDump dump(file, options.counting.block);
   return count(dump.words(), &dump, options);
 }
@@ -282,6 +342,15 @@ ProfileRun<Profile> CountActivityAndProfile(ByteSource& dump, const ProfileOptio
 
 ProfileRun<Profile> CountActivityAndProfile(ByteFile& file, const ProfileOptions& options) {
   return CountFile(file, options, ActivityAndProfileOf);
+}
+
+ProfiledRuns CountBothAndProfile(ByteSource& dump, const ProfileOptions& options) {
+  DumpWords words = WordsOf(dump, options.counting);
+  return BothAndProfileOf(words, nullptr, options);
+}
+
+ProfiledRuns CountBothAndProfile(ByteFile& file, const ProfileOptions& options) {
+  return CountFile(file, options, BothAndProfileOf);
 }
 
 namespace {

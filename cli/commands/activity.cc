@@ -41,6 +41,7 @@ StoredRun Count(const ExactOptions& options, ClockCheck* clocks) {
   input.input = options.input;
   input.window = options.window;
   input.wantsHost = options.format == ExactFormat::Db;
+  if (input.wantsHost && !options.noProfile) input.profile = options.windows;
   if (clocks != nullptr) {
     input.watch = [&](const Declarations& declarations) {
       return clocks->FindIn(declarations, NameOf(options.input));
@@ -106,6 +107,21 @@ void CheckPart(const ExactOptions& options) {
   }
 }
 
+void CheckProfile(const ExactOptions& options) {
+  const WindowsAsked& windows = options.windows;
+  const auto refuse = [](bool isWrong, const std::string& why) {
+    if (isWrong) throw Failure(FailureKind::Unusable, why);
+  };
+  refuse(windows.length == 0, "--window: 0 is no length");
+  refuse((windows.parts != 0) + windows.length.has_value() + options.noProfile > 1,
+         "--windows, --window and --no-profile: one of them at a time");
+  refuse((!windows.IsAny() || options.noProfile) && options.format != ExactFormat::Db,
+         "--windows, --window and --no-profile are for a database; kesncd profile gives rows over "
+         "time");
+  refuse(!windows.IsAny() && options.part.has_value(),
+         "--part: parts have no windows, since none of them knows the span");
+}
+
 ExitStatus RunActivity(const ExactOptions& options) {
   CheckExactPlaces({options.input.dump, options.clock.sdc}, options);
   if (options.part) {
@@ -127,6 +143,15 @@ void AddPartOption(Command& command, ExactOptions& options) {
       .take = [&options](const std::string& text) { options.part = PartOf(text); };
 }
 
+void AddProfileOptions(Command& command, ExactOptions& options) {
+  command
+      .AddCount("--windows", "N", {1, 1000000}, options.windows.parts,
+                "database: toggles over time in so many equal parts of the span")
+      .Initially(std::to_string(kUsualParts));
+  command.AddTime("--window", options.windows.length, "database: in windows of this length");
+  command.AddFlag("--no-profile", options.noProfile, "database: without toggles over time");
+}
+
 void AddClockOptions(Command& command, ClockOptions& options) {
   command.AddText("--clock", "NAME=PERIOD", options.clock,
                   "the design's period of a clock: all times and rates are scaled from the dump's "
@@ -145,11 +170,13 @@ void AddActivityCommand(CommandLine& line) {
   AddExactChoices(command, *options);
   AddJobsOption(command, options->input);
   AddPartOption(command, *options);
+  AddProfileOptions(command, *options);
   AddClockOptions(command, options->clock);
   AddEstimatorOptions(command, *options);
   command.check = [options] {
     CheckExactOptions(*options);
     CheckPart(*options);
+    CheckProfile(*options);
     if (!options->clock.clock.empty()) (void)DesignClockOf(options->clock.clock);
   };
   command.run = [options] { return RunActivity(*options); };

@@ -6,7 +6,6 @@
 #include <fstream>
 #include <string>
 
-#include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
 
 namespace orsa::kesncd::cli {
@@ -50,27 +49,11 @@ std::string FoldedText(const Profile& profile, std::uint64_t parts) {
          std::to_string(parts) + " equal parts, which a file has";
 }
 
-ProfileRun<Profile> ReadProfile(const InputOptions& input, ProfileOptions options,
-                                std::optional<std::uint64_t> expected,
-                                const ProfileReaders& readers) {
-  UnpackedSource dump;
-  const auto read = [&](std::optional<std::uint64_t> last) {
-    options.last = last;
-    dump = OpenDump(input);
-    options.counting.jobs = UseThreads(input, dump);
-    return options.counting.jobs > 1 && readers.ofFile ? readers.ofFile(*dump.file, options)
-                                                       : readers.ofSource(*dump.bytes, options);
-  };
-  ProfileRun<Profile> run = read(expected);
-  // A dump that still grows has other ends each time: windows that fold fit any.
-  if (!run.wasLastRight) run = read(run.base.lastTick);
-  if (!run.wasLastRight) run = read({});
-  dump.bytes.reset();
+void SayOfProfile(const ProfileRun<Profile>& run, const ProfileOptions& options) {
   for (const std::string& remark : RemarksOn(run.base)) Remark(options.counting.dump, remark);
   if (run.figures.isFolded) {
     Remark(options.counting.dump, FoldedText(run.figures, options.parts));
   }
-  return run;
 }
 
 }  // namespace orsa::kesncd::cli

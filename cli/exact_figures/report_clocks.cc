@@ -43,6 +43,7 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
       clocks_.push_back({clock.name, clock.signal, mhz, "SDC"});
     }
   }
+  isByName_ = clocks_.empty();
   if (timing.empty()) return;
   orsa::kesncd::KesNCD analyser;
   PassTimingReport(timing, [&](const std::string& path) {
@@ -52,16 +53,18 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
   for (const auto& [name, mhz] : analyser.clockFreqs) {
     clocks_.push_back({name, name, mhz >= 0 ? std::optional(mhz) : std::nullopt, "timing report"});
   }
+  isByName_ = clocks_.empty();
 }
 
 std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations,
                                                 const std::string& dump) {
-  for (Clock& clock : clocks_) clock.isFound = false;
   std::vector<std::uint32_t> codes;
-  if (clocks_.empty()) {
+  if (isByName_) {
+    clocks_.clear();
     FindByName(declarations, codes);
     return codes;
   }
+  for (Clock& clock : clocks_) clock.isFound = false;
   std::vector<std::string> names;
   for (const Clock& clock : clocks_) names.push_back(clock.signal);
   const SignalSearch search(declarations, Declarations::kDump, true, names);

@@ -17,6 +17,8 @@ namespace orsa::kesncd::cli {
 /// activity is.
 class ReportClocks {
  public:
+  /// Those that are called like clocks.
+  ReportClocks() = default;
   /// Reads constraints and a timing report, of which either may be an empty path. Throws Failure
   /// with Unusable.
   ReportClocks(const std::string& sdc, const std::string& timing);
@@ -40,6 +42,7 @@ class ReportClocks {
 
   std::string sdc_;
   std::string timing_;
+  bool isByName_ = true;
   std::vector<Clock> clocks_;
 };
 

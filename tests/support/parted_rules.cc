@@ -68,12 +68,27 @@ std::string TextOf(const ProfileRun<Profile>& run) {
     text << "\nmodule";
     for (const std::uint64_t toggles : row) text << ' ' << toggles;
   }
+  for (const std::vector<std::uint64_t>& row : profile.own) {
+    text << "\nown";
+    for (const std::uint64_t toggles : row) text << ' ' << toggles;
+  }
   for (const ToggleSpan& span : run.base.watched) {
     text << "\nwatched " << span.first << ' ' << span.last << ' ' << span.toggles;
   }
   for (const BitFigures& bit : run.base.bits) text << "\nbit " << bit.t1 << ' ' << bit.tc;
   for (const std::string& remark : RemarksOn(run.base)) text << "\n! " << remark;
   return text.str();
+}
+
+std::string TextOf(const ProfiledRuns& run) {
+  std::string text = TextOf(run.runs.exact) + TextOf(run.runs.host);
+  if (!run.profile) return text;
+  ProfileRun<Profile> kept;
+  kept.figures = run.profile->profile;
+  for (const KeptProfile::Clock& clock : run.profile->clocks) {
+    kept.base.watched.push_back(clock.span);
+  }
+  return text + TextOf(kept);
 }
 
 /// What becomes of a reading, be it a failure.
@@ -153,6 +168,8 @@ void CheckProfilesInParts(const std::string& dump, const ActivityOptions& counti
     compare(
         [](auto& from, const ProfileOptions& how) { return CountActivityAndProfile(from, how); },
         "profile with activity");
+    compare([](auto& from, const ProfileOptions& how) { return CountBothAndProfile(from, how); },
+            "profile with both figures");
   }
 }
 
@@ -173,7 +190,8 @@ void CheckReadingInParts(const Input& input) {
   const auto asked = static_cast<std::uint32_t>(std::strtoul(input.Option(2).c_str(), nullptr, 10));
   std::vector<std::uint32_t> numbers{2, 3, 7, 40};
   if (asked > 0) numbers = {std::min(asked, kMostParts)};
-  CheckProfilesInParts(input.text, options, numbers);
+  CheckProfilesInParts(input.text, options,
+                       asked > 0 ? numbers : std::vector<std::uint32_t>{3, 40});
   TextFile file(input.text);
   for (const std::uint32_t parts : numbers) {
     const std::string by = std::to_string(parts);
