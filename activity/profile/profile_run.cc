@@ -173,7 +173,7 @@ struct BitParts {
 
   void Add(const ActivityStart& start, BitParts&& next) {
     activity.Add(start.codes, std::move(next.activity));
-    if (host) host->Add(start.ticks, std::move(*next.host));
+    if (host) host->Add(start.ticks, *next.host);
   }
 };
 

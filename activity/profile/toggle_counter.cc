@@ -152,25 +152,29 @@ void ToggleCounter::Open(const Opening& opening) {
   }
 }
 
+void ToggleCounter::FollowVector(std::uint32_t codeId, ToggleCounter& next, bool wasSeen,
+                                 bool isSeen) {
+  const std::uint32_t width = bits_.Width(codeId);
+  for (std::uint32_t index = 0; index * std::uint64_t{kWordBits} < width; ++index) {
+    const std::size_t place = codes_[codeId].place + index;
+    Word word = isSeen ? next.words_[place] : Word();
+    Word& own = words_[place];
+    if (wasSeen) {
+      word.known |= own.known & own.hasKnown & ~word.hasKnown;
+      word.hasKnown |= own.hasKnown;
+    }
+    own = word;
+  }
+}
+
 void ToggleCounter::Follow(ToggleCounter& next) {
   const bool goesOn = next.time_.pauses == 0;  // else what was known is forgotten
-  for (std::size_t codeId = 0; codeId < codes_.size(); ++codeId) {
+  for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {
     Code& code = codes_[codeId];
     const Code& later = next.codes_[codeId];
-    if (code.kind == Kind::Unused) continue;
-    const bool isSeen = later.step >= next.stretch_;
     const bool wasSeen = goesOn && code.step >= stretch_;
     if (code.kind == Kind::Vector) {
-      const std::uint32_t width = bits_.Width(static_cast<std::uint32_t>(codeId));
-      for (std::uint32_t index = 0; index * std::uint64_t{kWordBits} < width; ++index) {
-        Word word = isSeen ? next.words_[later.place + index] : Word();
-        Word& own = words_[code.place + index];
-        if (wasSeen) {
-          word.known |= own.known & own.hasKnown & ~word.hasKnown;
-          word.hasKnown |= own.hasKnown;
-        }
-        own = word;
-      }
+      FollowVector(codeId, next, wasSeen, later.step >= next.stretch_);
     } else {
       const std::uint8_t known = next.KnownOf(later);
       code.known = known != 0 || !wasSeen ? known : code.known;

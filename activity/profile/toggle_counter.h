@@ -123,6 +123,7 @@ class ToggleCounter {
     if (keepsOpenings_) unknown_.push_back(codeId);
   }
   void NoteOpenings();
+  void FollowVector(std::uint32_t codeId, ToggleCounter& next, bool wasSeen, bool isSeen);
   std::uint8_t KnownOf(const Code& code) const { return code.step < stretch_ ? 0 : code.known; }
 
   const CodeBits& bits_;

@@ -1,5 +1,7 @@
 // kesncd activity: for every bit of a dump how long it was 0, 1, x and z and how often it toggled.
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -113,7 +115,8 @@ void CheckProfile(const ExactOptions& options) {
     if (isWrong) throw Failure(FailureKind::Unusable, why);
   };
   refuse(windows.length == 0, "--window: 0 is no length");
-  refuse((windows.parts != 0) + windows.length.has_value() + options.noProfile > 1,
+  const bool asked[] = {windows.parts != 0, windows.length.has_value(), options.noProfile};
+  refuse(std::count(std::begin(asked), std::end(asked), true) > 1,
          "--windows, --window and --no-profile: one of them at a time");
   refuse((!windows.IsAny() || options.noProfile) && options.format != ExactFormat::Db,
          "--windows, --window and --no-profile are for a database; kesncd profile gives rows over "
