@@ -190,8 +190,7 @@ void CheckReadingInParts(const Input& input) {
   const auto asked = static_cast<std::uint32_t>(std::strtoul(input.Option(2).c_str(), nullptr, 10));
   std::vector<std::uint32_t> numbers{2, 3, 7, 40};
   if (asked > 0) numbers = {std::min(asked, kMostParts)};
-  CheckProfilesInParts(input.text, options,
-                       asked > 0 ? numbers : std::vector<std::uint32_t>{3, 40});
+  CheckProfilesInParts(input.text, options, asked > 0 ? numbers : std::vector<std::uint32_t>{7});
   TextFile file(input.text);
   for (const std::uint32_t parts : numbers) {
     const std::string by = std::to_string(parts);
