@@ -11,6 +11,7 @@
 #include "activity/activity_run.h"
 #include "activity/activity_tallies.h"
 #include "database/part_tables.h"
+#include "database/profile_tables.h"
 #include "database/schema.h"
 #include "vcd/bit_names.h"
 #include "vcd/time_text.h"
@@ -82,10 +83,14 @@ void ActivityDatabase::CheckTables() {
                                              std::string(table.name) + " is another");
   };
   for (const SchemaPart& table : SchemaTables()) check(table);
-  const bool isPart = found.contains(std::string(SchemaPartTables().front().name));
-  if (!isPart) return;
-  for (const SchemaPart& table : SchemaPartTables()) check(table);
-  facts_.part.emplace();
+  // Whether the file has such tables, all of which have to be right then.
+  const auto has = [&](std::span<const SchemaPart> tables) {
+    if (!found.contains(std::string(tables.front().name))) return false;
+    std::for_each(tables.begin(), tables.end(), check);
+    return true;
+  };
+  if (has(SchemaPartTables())) facts_.part.emplace();
+  facts_.hasProfile = has(SchemaProfileTables());
 }
 
 // Facts are there always, also those that are nothing.
@@ -140,6 +145,7 @@ void ActivityDatabase::ReadFacts() {
   facts_.window = {OptionalCountOf("window_begin_fs"), OptionalCountOf("window_end_fs")};
   facts_.runs = CountOf("runs");
   facts_.hasHost = CountOf("has_host", 1) == 1;
+  if (byName_.contains("profile_parts") != facts_.hasProfile) connection_.FailCorrupt();
   if (!facts_.part) return;
   const auto small = [this](const char* name) {
     return static_cast<std::uint32_t>(CountOf(name, UINT32_MAX));
@@ -265,6 +271,13 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
   declarations.ended = CountOf("declarations_ended", 1) == 1;
 }
 
+/// Codes are only counted from here on: any texts will do for them.
+void ActivityDatabase::CountCodes(ActivityResult& result) const {
+  for (std::size_t i = 1; i < result.firstBit.size(); ++i) {
+    (void)result.declarations.codes.Add(std::to_string(i));
+  }
+}
+
 void ActivityDatabase::ReadTallies(ActivityResult& result) {
   std::map<std::string, Tally> tallies;
   TableReader rows(connection_, "SELECT name, count, line, example FROM tally ORDER BY name",
@@ -378,10 +391,7 @@ StoredRun ActivityDatabase::ReadPart() {
   ReadScopes(declarations);
   ReadSignals(run.exact.firstBit, declarations);
   ReadTallies(run.exact);
-  // Codes are only counted from here on: any texts will do for them.
-  for (std::size_t i = 1; i < run.exact.firstBit.size(); ++i) {
-    (void)declarations.codes.Add(std::to_string(i));
-  }
+  CountCodes(run.exact);
   const CodeBits codes(declarations);
   if (codes.all() != run.exact.firstBit) connection_.FailCorrupt();
   run.part = ReadPartTables(connection_, codes, byName_, budget_);
@@ -396,8 +406,12 @@ StoredRun ActivityDatabase::ReadAll() {
   ReadCodes(run.exact.firstBit, run.host.changes);
   ReadScopes(run.exact.declarations);
   ReadSignals(run.exact.firstBit, run.exact.declarations);
+  CountCodes(run.exact);
   SetExact(run.exact);
   if (facts_.hasHost) SetHost(run.host);
+  if (facts_.hasProfile) {
+    run.profile = ReadProfileTables(connection_, run.exact.declarations, byName_, budget_);
+  }
   return run;
 }
 

@@ -61,6 +61,7 @@ class ActivityDatabase {
   void ReadCodes(std::vector<std::uint64_t>& firstBit, std::vector<std::uint32_t>& changes);
   void ReadScopes(Declarations& declarations);
   void ReadSignals(const std::vector<std::uint64_t>& firstBit, Declarations& declarations);
+  void CountCodes(ActivityResult& result) const;
   void ReadTallies(ActivityResult& result);
   void ReadBits(ActivityResult& result);
   void ReadHostRemarks(HostRun& run);

@@ -10,6 +10,7 @@
 #include "activity/activity_tallies.h"
 #include "database/facts.h"
 #include "database/part_tables.h"
+#include "database/profile_tables.h"
 #include "database/schema.h"
 #include "database/sqlite.h"
 #include "database/table_writer.h"
@@ -90,11 +91,7 @@ class DatabaseWriter {
     // One transaction, or every row would be one.
     to_.Run("BEGIN");
     for (const SchemaPart& table : SchemaTables()) to_.Run(table.sql);
-    if (run_.facts.part) {
-      for (const SchemaPart& table : SchemaPartTables()) to_.Run(table.sql);
-    } else {
-      for (const SchemaPart& view : SchemaViews()) to_.Run(view.sql);
-    }
+    MakeFurtherTables();
     WriteScopes();
     WriteCodes();
     WriteSignals();
@@ -102,11 +99,22 @@ class DatabaseWriter {
     WriteTallies();
     WriteHostRemarks();
     if (run_.facts.part) WritePartTables(run_.part, to_, facts_);
+    if (run_.profile) WriteProfileTables(*run_.profile, to_, facts_);
     WriteFacts();
     to_.Run("COMMIT");
   }
 
  private:
+  void MakeFurtherTables() {
+    const auto make = [this](std::span<const SchemaPart> schema) {
+      for (const SchemaPart& one : schema) to_.Run(one.sql);
+    };
+    make(run_.facts.part ? SchemaPartTables() : SchemaViews());
+    if (!run_.profile) return;
+    make(SchemaProfileTables());
+    make(SchemaProfileViews());
+  }
+
   void WriteScopes() {
     TableWriter rows(to_, "scope", 7);
     const ScopePlaces places(declarations_.scopes);

@@ -37,6 +37,24 @@ constexpr std::array<SchemaPart, 2> kPartTables{{
      " first_value INTEGER, first_kind INTEGER)"},
 }};
 
+// Lists of toggles are JSON: a number for each window.
+constexpr std::array<SchemaPart, 4> kProfileTables{{
+    {"time_window",
+     "CREATE TABLE time_window(id INTEGER PRIMARY KEY, first_tick, last_tick, observed)"},
+    {"module_toggles",
+     "CREATE TABLE module_toggles(scope INTEGER PRIMARY KEY, toggles TEXT, own TEXT)"},
+    {"dumping_gap", "CREATE TABLE dumping_gap(first_tick, last_tick)"},
+    {"clock", "CREATE TABLE clock(code INTEGER, toggles, first_tick, last_tick)"},
+}};
+
+constexpr std::array<SchemaPart, 1> kProfileViews{{
+    {"window_activity", R"(CREATE VIEW window_activity AS
+SELECT scope.id AS scope, scope.path AS path, time_window.id AS window, first_tick, last_tick, observed,
+  list.value AS toggles
+FROM module_toggles JOIN scope ON scope.id = module_toggles.scope
+  JOIN json_each(module_toggles.toggles) AS list JOIN time_window ON time_window.id = list.key)"},
+}};
+
 // Rates of a microsecond and of a bit: divided by ticks times bits, which are nothing or none of
 // them where no time was observed. Views cost nothing until they are asked; the program itself uses
 // none of them. bit_activity has a row a bit ("tb/q[3]"), signal_activity a row a variable,
@@ -87,8 +105,16 @@ std::span<const SchemaPart> SchemaPartTables() {
   return kPartTables;
 }
 
+std::span<const SchemaPart> SchemaProfileTables() {
+  return kProfileTables;
+}
+
 std::span<const SchemaPart> SchemaViews() {
   return kViews;
+}
+
+std::span<const SchemaPart> SchemaProfileViews() {
+  return kProfileViews;
 }
 
 }  // namespace orsa::kesncd

@@ -31,8 +31,12 @@ struct SchemaPart {
 std::span<const SchemaPart> SchemaTables();
 /// Further tables, of a file that holds a part of a dump.
 std::span<const SchemaPart> SchemaPartTables();
+/// Further tables, of a file with a profile.
+std::span<const SchemaPart> SchemaProfileTables();
 /// Views for those who ask in SQL.
 std::span<const SchemaPart> SchemaViews();
+/// And of a file with a profile.
+std::span<const SchemaPart> SchemaProfileViews();
 
 }  // namespace orsa::kesncd
 

@@ -9,6 +9,7 @@
 #include "activity/activity_result.h"
 #include "activity/body_part.h"
 #include "activity/host_run.h"
+#include "activity/profile/profile.h"
 #include "free_format/prepare/prepare.h"
 
 namespace orsa::kesncd {
@@ -21,6 +22,7 @@ struct StoredFacts {
   TimeWindow window;               // that was counted
   std::uint64_t runs = 1;          // more than one: dumps of one design, merged
   bool hasHost = true;             // false: without figures by the hosts' rule
+  bool hasProfile = false;         // of a file that is read: it has one
   std::optional<PartChoice> part;  // of the dump, if it is not the whole
   std::uint64_t dumpBytes = 0;     // of a part's dump
   std::uint64_t dumpSample = 0;    // the same for the same dump, wherever it is
@@ -34,6 +36,8 @@ struct StoredRun {
   /// Of a part of a dump all that was counted; nothing else has figures then but the declarations,
   /// the first bits of codes and what was passed over.
   BodyPart part;
+  /// When modules toggled; nothing where that was not counted, or the run is merged.
+  std::optional<KeptProfile> profile;
 };
 
 }  // namespace orsa::kesncd

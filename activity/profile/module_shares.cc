@@ -193,4 +193,28 @@ ModuleShares ModuleShares::ByOwner(const Declarations& declarations, const CodeB
   return {codes.codes(), std::move(found)};
 }
 
+ModuleShares ModuleShares::ByBoth(const Declarations& declarations, const CodeBits& codes,
+                                  const ModuleTree& tree) {
+  const ModuleShares byName = ByName(declarations, tree);
+  const ModuleShares byOwner = ByOwner(declarations, codes, tree);
+  const auto modules = static_cast<std::uint32_t>(tree.size());
+  std::vector<Found> found;
+  for (std::uint32_t codeId = 0; codeId < codes.codes(); ++codeId) {
+    const std::span<const ModuleShare> names = byName.Of(codeId);
+    const std::span<const ModuleShare> owner = byOwner.Of(codeId);
+    for (const ModuleShare& share : names) found.push_back({codeId, share});
+    if (std::equal(names.begin(), names.end(), owner.begin(), owner.end())) continue;
+    for (ModuleShare share : owner) {
+      share.module += modules;
+      found.push_back({codeId, share});
+    }
+    for (ModuleShare share : names) {
+      share.module += modules;
+      share.times = -share.times;
+      found.push_back({codeId, share});
+    }
+  }
+  return {codes.codes(), std::move(found)};
+}
+
 }  // namespace orsa::kesncd

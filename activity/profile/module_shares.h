@@ -65,6 +65,13 @@ class ModuleShares {
   /// sums of modules then share nothing.
   static ModuleShares ByOwner(const Declarations& declarations, const CodeBits& codes,
                               const ModuleTree& tree);
+  /// Both at once: sums of modules by name, and after them, for each module, what has to be added
+  /// to have its sum by owner. That is nothing for a code which one module names.
+  static ModuleShares ByBoth(const Declarations& declarations, const CodeBits& codes,
+                             const ModuleTree& tree);
+
+  /// No code counts in any module.
+  static ModuleShares None(const CodeBits& codes) { return {codes.codes(), {}}; }
 
   // Empty for a code that no module wants.
   std::span<const ModuleShare> Of(std::uint32_t codeId) const {

@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -21,6 +23,9 @@ struct Profile {
   ModuleTree modules;
   /// By module, then by window; nothing for a module that never toggled.
   std::vector<std::vector<std::uint64_t>> toggles;
+  /// The same without the modules below, each code in one module (see ModuleShares::ByOwner); where
+  /// it was not asked for, nothing at all.
+  std::vector<std::vector<std::uint64_t>> own;
   /// Begin and end of stretches without observation, unless they are too many to be worth knowing.
   std::vector<std::pair<std::uint64_t, std::uint64_t>> gaps;
   /// The windows are longer than equal parts of the span would be: it was not known in time.
@@ -30,6 +35,20 @@ struct Profile {
   std::uint64_t TogglesOf(std::size_t module, std::size_t window) const {
     return toggles[module].empty() ? 0 : toggles[module][window];
   }
+};
+
+/// A profile as it is kept with the figures of a dump: of all modules, with their own sums.
+struct KeptProfile {
+  /// When a signal toggled that is called like a clock.
+  struct Clock {
+    std::uint32_t codeId = 0;
+    ToggleSpan span;
+  };
+
+  std::uint64_t parts = 0;              // of the span, as asked for; 0 for windows of a length
+  std::optional<std::uint64_t> length;  // of a window in femtoseconds
+  Profile profile;
+  std::vector<Clock> clocks;
 };
 
 /// Figures by the values of a signal: in a state, while a flag is set. A toggle in the step in

@@ -2,6 +2,7 @@
 #include "activity/profile/profile_counter.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "text/failure.h"
@@ -25,7 +26,10 @@ void AddNeighbours(std::vector<std::uint64_t>& row, std::uint64_t count) {
 }  // namespace
 
 void ProfileRows::RequireRoom(std::uint64_t more) const {
-  if (more <= mostCells_ - cells_) return;
+  if (!HasRoom(more)) FailFull();
+}
+
+void ProfileRows::FailFull() const {
   throw Failure(FailureKind::Unusable, dump_ + ": its modules in such windows have more than " +
                                            std::to_string(mostCells_) +
                                            " sums; ask for longer windows or fewer modules");
@@ -41,8 +45,19 @@ void ProfileRows::Grow(std::vector<std::uint64_t>& row, std::uint64_t windows) {
 void ProfileRows::Take(std::vector<std::uint64_t>& sums, std::uint64_t window) {
   for (std::size_t module = 0; module < sums.size(); ++module) {
     if (sums[module] == 0) continue;
-    Grow(rows_[module], window + 1);
-    rows_[module][window] += std::exchange(sums[module], 0);
+    Grow(rows_[module], window - first_ + 1);
+    rows_[module][window - first_] += std::exchange(sums[module], 0);
+  }
+}
+
+void ProfileRows::Add(const ProfileRows& next) {
+  const std::uint64_t offset = next.first_ - first_;
+  for (std::size_t module = 0; module < rows_.size(); ++module) {
+    const std::vector<std::uint64_t>& added = next.rows_[module];
+    if (added.empty()) continue;
+    std::vector<std::uint64_t>& row = rows_[module];
+    Grow(row, offset + added.size());
+    for (std::size_t at = 0; at < added.size(); ++at) row[offset + at] += added[at];
   }
 }
 
@@ -54,37 +69,78 @@ void ProfileRows::Fold(std::uint64_t count) {
   }
 }
 
-std::vector<std::vector<std::uint64_t>> ProfileRows::Finish(const ModuleTree& tree, bool addsUp,
-                                                            std::size_t windows) {
+void ProfileRows::Finish(std::size_t windows) {
   for (std::vector<std::uint64_t>& row : rows_) {
     if (!row.empty()) Grow(row, windows);
   }
-  for (std::size_t module = rows_.size(); addsUp && module-- > 1;) {
-    const std::vector<std::uint64_t>& row = rows_[module];
-    if (row.empty()) continue;
-    std::vector<std::uint64_t>& around = rows_[tree.parents[module]];
-    Grow(around, windows);
-    for (std::size_t window = 0; window < windows; ++window) around[window] += row[window];
-  }
-  return std::move(rows_);
+  RequireRoom(windows);
 }
 
-ProfileCounter::ProfileCounter(ToggleCounter& toggles, const ProfileWindows& windows)
-    : toggles_(toggles),
+std::vector<std::vector<std::uint64_t>> ProfileRows::SplitOff() {
+  const auto middle = rows_.begin() + static_cast<std::ptrdiff_t>(rows_.size() / 2);
+  std::vector<std::vector<std::uint64_t>> half(std::make_move_iterator(middle),
+                                               std::make_move_iterator(rows_.end()));
+  rows_.erase(middle, rows_.end());
+  for (std::size_t module = 0; module < half.size(); ++module) {
+    std::vector<std::uint64_t>& row = half[module];
+    const std::vector<std::uint64_t>& added = rows_[module];
+    Grow(row, added.size());
+    for (std::size_t window = 0; window < added.size(); ++window) row[window] += added[window];
+    if (std::all_of(row.begin(), row.end(), [](std::uint64_t sum) { return sum == 0; })) row = {};
+  }
+  return half;
+}
+
+void ProfileRows::AddUp(const ModuleTree& tree) {
+  for (std::size_t module = tree.size(); module-- > 1;) {
+    const std::vector<std::uint64_t>& row = rows_[module];
+    std::vector<std::uint64_t>& around = rows_[tree.parents[module]];
+    Grow(around, row.size());
+    for (std::size_t window = 0; window < row.size(); ++window) around[window] += row[window];
+  }
+}
+
+ProfileCounter::ProfileCounter(const CodeBits& codes, const ModuleShares& shares,
+                               std::size_t modules, const ActivityWindow& window,
+                               const ProfileWindows& windows)
+    : toggles_(codes, shares, modules, window),
       windows_(windows),
-      rows_(windows.dump, toggles.Sums().size(), windows.mostCells) {}
+      rows_(windows.dump, modules, windows.mostCells),
+      finest_(std::clamp<std::uint64_t>(windows.mostCells / modules / windows.parts, 1, kFinest)) {
+  if (IsStretch()) toggles_.KeepOpenings();
+}
 
 /// The first stamp is known, and with it where the first window begins.
-void ProfileCounter::BeginGrid() {
+void ProfileCounter::BeginGrid(std::uint64_t first) {
   hasGrid_ = true;
-  const ActivityWindow& window = toggles_.window();
+  grid_.first = first;
   if (windows_.length != 0) {
     grid_.span = windows_.length;
     grid_.parts = windows_.tick;
   } else if (windows_.last) {
-    const std::uint64_t last = window.Clamp(*windows_.last);
-    grid_.span = std::max<std::uint64_t>(last - std::min(last, grid_.first), 1);
+    const std::uint64_t last = toggles_.window().Clamp(*windows_.last);
+    grid_.span = std::max<std::uint64_t>(last - std::min(last, first), 1);
     grid_.parts = std::min(windows_.parts, grid_.span);
+  }
+}
+
+std::uint64_t ProfileCounter::WindowOf(std::uint64_t ticks) const {
+  const std::uint64_t window = grid_.WindowOf(ticks);
+  // Of a dump that is longer than was expected nothing is known yet but that.
+  const bool hasEnd = windows_.length == 0 && windows_.last;
+  return hasEnd ? std::min(window, grid_.parts - 1) : window;
+}
+
+/// Moves what toggled into a window, unless it is a stretch's without room.
+void ProfileCounter::TakeSums(std::uint64_t window) {
+  if (!IsStretch()) {
+    rows_.Take(toggles_.Sums(), window);
+  } else if (!isFull_) {
+    try {
+      rows_.Take(toggles_.Sums(), window);
+    } catch (const Failure&) {
+      isFull_ = true;
+    }
   }
 }
 
@@ -92,21 +148,44 @@ void ProfileCounter::Move(std::uint64_t ticks) {
   const ActivityWindow& window = toggles_.window();
   const std::uint64_t now = window.Clamp(ticks);
   if (!hasGrid_) {
-    grid_.first = now;
-    BeginGrid();
+    BeginGrid(IsStretch() ? window.Clamp(*windows_.first) : now);
+    window_ = WindowOf(now);
+    rows_.BeginAt(window_);
   }
-  rows_.Take(toggles_.Sums(), window_);
-  window_ = grid_.WindowOf(now);
+  TakeSums(window_);
+  window_ = WindowOf(now);
   if (IsFolding()) {
-    while (window_ >= windows_.parts * kFinest) Fold(2);
+    while (window_ >= windows_.parts * finest_) Fold(2);
+  } else if (windows_.length != 0 && IsStretch()) {
+    isFull_ = isFull_ || !rows_.HasRoom(window_);
   } else if (windows_.length != 0) {
     rows_.RequireRoom(window_);
-  } else {
-    // Of a dump that is longer than was expected nothing is known yet but that.
-    window_ = std::min(window_, grid_.parts - 1);
   }
   const std::uint64_t end = grid_.Edge(window_ + 1);
   moveAt_ = ticks >= window.end || end >= UINT64_MAX ? UINT64_MAX : std::max(end, ticks) + 1;
+}
+
+void ProfileCounter::Add(ProfileCounter& next) {
+  // A stretch that others follow counts no more only where there are truly too many sums.
+  if (isFull_ || next.isFull_) rows_.FailFull();
+  rows_.Take(toggles_.Sums(), window_);
+  for (const Opening& opening : next.toggles_.Openings()) {
+    const std::uint64_t window = WindowOf(toggles_.window().Clamp(opening.ticks));
+    if (window != window_) rows_.Take(toggles_.Sums(), window_);
+    window_ = window;
+    toggles_.Open(opening);
+  }
+  rows_.Take(toggles_.Sums(), window_);
+  next.rows_.Take(next.toggles_.Sums(), next.window_);
+  rows_.Add(next.rows_);
+  toggles_.Follow(next.toggles_);
+  window_ = next.window_;
+  if (unobserved_.size() < next.unobserved_.size()) unobserved_.resize(next.unobserved_.size());
+  for (std::size_t at = 0; at < next.unobserved_.size(); ++at) {
+    unobserved_[at] += next.unobserved_[at];
+  }
+  gaps_.insert(gaps_.end(), next.gaps_.begin(), next.gaps_.end());
+  hasManyGaps_ = hasManyGaps_ || next.hasManyGaps_ || gaps_.size() > kMostGaps;
 }
 
 void ProfileCounter::Fold(std::uint64_t count) {
@@ -125,7 +204,7 @@ void ProfileCounter::Command(Keyword command) {
 }
 
 void ProfileCounter::AddGap(std::uint64_t begin, std::uint64_t end) {
-  if (begin >= end) return;
+  if (begin >= end || isFull_) return;
   if (gaps_.size() < kMostGaps) {
     gaps_.emplace_back(begin, end);
   } else {
@@ -145,8 +224,9 @@ bool ProfileCounter::WasLastRight() const {
              toggles_.window().Clamp(toggles_.time().lastStamp);
 }
 
-Profile ProfileCounter::Finish(ModuleTree tree, bool addsUp) {
+Profile ProfileCounter::Finish(ModuleTree tree, ModuleSums sums) {
   Profile profile;
+  if (isFull_) rows_.FailFull();
   const CountedTime& time = toggles_.time();
   const std::uint64_t last = toggles_.window().Clamp(time.lastStamp);
   rows_.Take(toggles_.Sums(), window_);
@@ -169,7 +249,10 @@ Profile ProfileCounter::Finish(ModuleTree tree, bool addsUp) {
     }
     profile.edges.push_back(last);
   }
-  profile.toggles = rows_.Finish(tree, addsUp, profile.windows());
+  rows_.Finish(profile.windows());
+  if (sums == ModuleSums::Both) profile.own = rows_.SplitOff();
+  if (sums != ModuleSums::Own) rows_.AddUp(tree);
+  profile.toggles = std::move(rows_.rows());
   profile.modules = std::move(tree);
   if (!hasManyGaps_) profile.gaps = std::move(gaps_);
   return profile;

@@ -2,51 +2,27 @@
 #include "activity/profile/profile_run.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "activity/activity_counter.h"
 #include "activity/activity_start.h"
+#include "activity/both_counters.h"
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/signal_cuts.h"
 #include "activity/profile/toggle_watch.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
+#include "free_format/parted_reading.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd {
 
 namespace {
 
-/// Gives two takers what one gets.
-template <class First, class Second>
-class BothTakers {
- public:
-  BothTakers(First& first, Second& second) : first_(first), second_(second) {}
-
-  void Scalar(std::uint32_t codeId, char value) {
-    first_.Scalar(codeId, value);
-    second_.Scalar(codeId, value);
-  }
-  void Vector(std::uint32_t codeId, std::string_view value) {
-    first_.Vector(codeId, value);
-    second_.Vector(codeId, value);
-  }
-  void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
-  void Stamp(std::uint64_t ticks) {
-    first_.Stamp(ticks);
-    second_.Stamp(ticks);
-  }
-  void Command(Keyword command) {
-    first_.Command(command);
-    second_.Command(command);
-  }
-  void SectionEnd() {}
-  bool IsDone() const { return false; }
-
- private:
-  First& first_;
-  Second& second_;
-};
+constexpr std::uint64_t kBytesPerBit = 64;  // of toggles, with what a stretch begins with
+constexpr std::uint64_t kBytesPerBitWithActivity = 200;
+constexpr std::uint64_t kBytesPerBitWithBoth = 240;
 
 /// Looks at stamps only.
 class LargestStamp {
@@ -54,20 +30,36 @@ class LargestStamp {
   void Scalar(std::uint32_t /*codeId*/, char /*value*/) {}
   void Vector(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
   void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
-  void Stamp(std::uint64_t ticks) { largest = std::max(largest.value_or(0), ticks); }
+  void Stamp(std::uint64_t ticks) {
+    if (!first) first = ticks;
+    largest = std::max(largest.value_or(0), ticks);
+  }
   void Command(Keyword /*command*/) {}
   void SectionEnd() {}
-  bool IsDone() const { return false; }
+  bool IsDone() const { return isFirstEnough && first; }
 
+  bool isFirstEnough = false;
+  std::optional<std::uint64_t> first;
   std::optional<std::uint64_t> largest;
 };
 
-/// What all kinds of runs share. Calling order: construct, make a taker, Read, End.
+/// The first stamp of a body whose declarations were read.
+std::optional<std::uint64_t> FirstStampOf(FileDump& dump, const Declarations& declarations) {
+  StretchSource source(dump.file(), dump.words().Offset(), {StretchSource::kFileEnd});
+  DumpWords words(source, dump.block(), dump.block() / 4);
+  DumpItems items(words, declarations, source, false);
+  LargestStamp stamps;
+  stamps.isFirstEnough = true;
+  ReadBody(items, stamps);
+  return stamps.first;
+}
+
+/// What all kinds of runs share. Calling order: construct, make a taker, Read or ReadParts, End.
 class Run {
  public:
-  Run(ByteSource& dump, const ProfileOptions& options)
+  Run(DumpWords& words, const ProfileOptions& options)
       : options_(options),
-        words_(dump, options.counting.block, options.counting.block / 4),
+        words_(words),
         start(ReadDeclarations(words_, options.counting.dump), options.counting),
         tree(ModulesIn(
             start.result.declarations,
@@ -79,6 +71,31 @@ class Run {
     DumpItems items(words_, start.result.declarations);
     ReadBody(items, taker);
     start.result.notes.items = items.tallies();
+  }
+
+  /// Reads stretches of a file, each with a taker that `make` makes of the windows, and adds them
+  /// up. One taker reads all where nothing else is asked for, or the windows' edges are not known.
+  template <class Make>
+  auto ReadParts(FileDump* dump, std::size_t sums, std::uint64_t bytesOfBit, Make make) {
+    ProfileWindows windows = Windows();
+    const unsigned threads = dump == nullptr ? 1 : Threads(windows, sums, bytesOfBit);
+    if (threads > 1) windows.first = FirstStampOf(*dump, start.result.declarations);
+    if (!windows.first) {
+      auto taker = make(windows);
+      Read(*taker);
+      return taker;
+    }
+    decltype(make(windows)) whole;
+    const auto add = [&](auto taker) {
+      if (whole) {
+        whole->Add(*taker);
+      } else {
+        whole = std::move(taker);
+      }
+    };
+    start.result.notes.items = ReadInParts(
+        *dump, start.result.declarations, dump->Cut(threads), [&] { return make(windows); }, add);
+    return whole;
   }
 
   /// Takes what is known of time. Throws where the window is empty.
@@ -114,6 +131,17 @@ class Run {
     return *options_.length;
   }
 
+  unsigned Threads(const ProfileWindows& windows, std::size_t sums,
+                   std::uint64_t bytesOfBit) const {
+    const bool hasGrid = windows.length != 0 || windows.last;
+    if (!hasGrid || start.result.declarations.hasWord) return 1;
+    const std::uint64_t most = windows.mostCells;
+    const bool isFew = windows.length == 0 && sums <= most / windows.parts;
+    const std::uint64_t cells = isFew ? sums * windows.parts : most;
+    return ThreadsWithin(bytesOfBit * start.codes.bits() + sizeof(std::uint64_t) * cells,
+                         options_.counting.jobs);
+  }
+
   ProfileWindows Windows() const {
     ProfileWindows windows;
     windows.dump = options_.counting.dump;
@@ -127,48 +155,202 @@ class Run {
 
  private:
   const ProfileOptions& options_;
-  DumpWords words_;
+  DumpWords& words_;
 
  public:
   ActivityStart start;
   ModuleTree tree;
 };
 
-}  // namespace
+/// What was counted of bits, and by the rule of hosts.
+struct BitParts {
+  ActivityPart activity;
+  std::optional<HostPart> host;
 
-ProfileRun<Profile> CountProfile(ByteSource& dump, const ProfileOptions& options) {
-  Run run(dump, options);
+  explicit BitParts(ActivityCounter& counter) : activity(counter.TakePart()) {}
+  explicit BitParts(BothCounters& counters)
+      : activity(counters.activity().TakePart()), host(counters.host().TakePart()) {}
+
+  void Add(const ActivityStart& start, BitParts&& next) {
+    activity.Add(start.codes, std::move(next.activity));
+    if (host) host->Add(start.ticks, *next.host);
+  }
+};
+
+/// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
+/// ReadInParts; Counter is an ActivityCounter, or BothCounters.
+template <class Counter>
+class BitsAndWindows {
+ public:
+  /// `more` is what a counter is made of beside the codes and the window of `start`.
+  template <class... More>
+  BitsAndWindows(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
+                 const ModuleShares& shares, std::size_t sums, const ProfileWindows& windows,
+                 const More&... more)
+      : start_(start),
+        bits_(start.codes, start.window, more...),
+        watch_(bits_, watched, start.codes.codes(), start.window),
+        windows_(start.codes, shares, sums, start.window, windows) {}
+
+  void Fetch(std::uint32_t codeId) const {
+    bits_.Fetch(codeId);
+    windows_.Fetch(codeId);
+  }
+  void Scalar(std::uint32_t codeId, char value) {
+    watch_.Scalar(codeId, value);
+    windows_.Scalar(codeId, value);
+  }
+  void Vector(std::uint32_t codeId, std::string_view value) {
+    watch_.Vector(codeId, value);
+    windows_.Vector(codeId, value);
+  }
+  void Real(std::uint32_t codeId, std::string_view value) { watch_.Real(codeId, value); }
+  void Stamp(std::uint64_t ticks) {
+    watch_.Stamp(ticks);
+    windows_.Stamp(ticks);
+  }
+  void Command(Keyword command) {
+    watch_.Command(command);
+    windows_.Command(command);
+  }
+  void SectionEnd() {}
+  bool IsDone() const { return false; }
+  bool Precedes(const BitsAndWindows& next) const {
+    return bits_.Precedes(next.bits_) && windows_.Precedes(next.windows_);
+  }
+
+  void Add(BitsAndWindows& next) {
+    parts().Add(start_, std::move(next.parts()));
+    watch_.Add(next.watch_);
+    windows_.Add(next.windows_);
+  }
+  /// What was counted bit by bit, when all is read.
+  BitParts& parts() {
+    if (!parts_) parts_.emplace(bits_);
+    return *parts_;
+  }
+  std::vector<ToggleSpan> watched() { return watch_.Take(); }
+  ProfileCounter& windows() { return windows_; }
+
+ private:
+  const ActivityStart& start_;
+  Counter bits_;
+  std::optional<BitParts> parts_;
+  ToggleWatch<Counter> watch_;
+  ProfileCounter windows_;
+};
+
+/// Toggles by windows from a source, or from a file if it is given.
+ProfileRun<Profile> ProfileOf(DumpWords& words, FileDump* file, const ProfileOptions& options) {
+  Run run(words, options);
   const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
-  ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
-  ProfileCounter counter(toggles, run.Windows());
-  run.Read(counter);
-  ProfileRun<Profile> result{run.End(toggles.time()), {}, counter.WasLastRight()};
-  result.figures = counter.Finish(std::move(run.tree), true);
+  const auto counter =
+      run.ReadParts(file, run.tree.size(), kBytesPerBit, [&](const ProfileWindows& windows) {
+        return std::make_unique<ProfileCounter>(run.start.codes, shares, run.tree.size(),
+                                                run.start.window, windows);
+      });
+  ProfileRun<Profile> result{run.End(counter->time()), {}, counter->WasLastRight()};
+  result.figures = counter->Finish(std::move(run.tree), ModuleSums::WithBelow);
   return result;
 }
 
-ProfileRun<Profile> CountActivityAndProfile(ByteSource& dump, const ProfileOptions& options) {
-  Run run(dump, options);
+ProfileRun<Profile> ActivityAndProfileOf(DumpWords& words, FileDump* file,
+                                         const ProfileOptions& options) {
+  Run run(words, options);
   const ActivityStart& start = run.start;
   const Declarations& declarations = start.result.declarations;
   const auto shares = ModuleShares::ByOwner(declarations, start.codes, run.tree);
-  ToggleCounter toggles(start.codes, shares, run.tree.size(), start.window);
-  ProfileCounter windows(toggles, run.Windows());
   std::vector<std::uint32_t> watched;
   if (options.counting.watch) watched = options.counting.watch(declarations);
-  ActivityPart part;
-  {
-    ActivityCounter counter(start.codes, start.window);
-    ToggleWatch watch(counter, watched, start.codes.codes(), start.window);
-    BothTakers both(watch, windows);
-    run.Read(both);
-    run.start.result.watched = watch.Take();
-    part = counter.TakePart();
-  }
-  ProfileRun<Profile> result{run.End(toggles.time()), {}, windows.WasLastRight()};
-  std::move(part).Finish(start.codes, start.window, result.base);
-  result.figures = windows.Finish(std::move(run.tree), false);
+  const auto counter = run.ReadParts(file, run.tree.size(), kBytesPerBitWithActivity,
+                                     [&](const ProfileWindows& windows) {
+                                       return std::make_unique<BitsAndWindows<ActivityCounter>>(
+                                           start, watched, shares, run.tree.size(), windows);
+                                     });
+  ProfileCounter& windows = counter->windows();
+  ProfileRun<Profile> result{run.End(windows.time()), {}, windows.WasLastRight()};
+  std::move(counter->parts().activity).Finish(start.codes, start.window, result.base);
+  result.base.watched = counter->watched();
+  result.figures = windows.Finish(std::move(run.tree), ModuleSums::Own);
   return result;
+}
+
+ProfiledRuns BothAndProfileOf(DumpWords& words, FileDump* file, const ProfileOptions& options) {
+  ProfileOptions all = options;
+  all.scope = nullptr;
+  all.depth = UINT32_MAX;
+  Run run(words, all);
+  const ActivityStart& start = run.start;
+  const Declarations& declarations = start.result.declarations;
+  const std::size_t sums = 2 * run.tree.size();
+  // Each window has its own number beside those of modules.
+  const bool hasRoom = options.length || sums + 1 <= options.mostCells / options.parts;
+  const auto shares = hasRoom ? ModuleShares::ByBoth(declarations, start.codes, run.tree)
+                              : ModuleShares::None(start.codes);
+  std::vector<std::uint32_t> watched;
+  if (options.counting.watch) watched = options.counting.watch(declarations);
+  const auto counter =
+      run.ReadParts(file, sums, kBytesPerBitWithBoth, [&](const ProfileWindows& windows) {
+        return std::make_unique<BitsAndWindows<BothCounters>>(start, watched, shares, sums, windows,
+                                                              start.ticks);
+      });
+  ProfileCounter& windows = counter->windows();
+  ProfiledRuns result;
+  result.wasLastRight = windows.WasLastRight() || !hasRoom;
+  if (hasRoom) {
+    result.profile.emplace();
+    result.profile->parts = options.length ? 0 : options.parts;
+    result.profile->length = options.length;
+    result.profile->profile = windows.Finish(std::move(run.tree), ModuleSums::Both);
+    const std::vector<ToggleSpan> spans = counter->watched();
+    for (std::size_t i = 0; i < watched.size(); ++i) {
+      result.profile->clocks.push_back({watched[i], spans[i]});
+    }
+  }
+  BitParts parts = std::move(counter->parts());
+  result.runs = FinishBoth(std::move(run.start.result.declarations), std::move(parts.activity),
+                           std::move(*parts.host), run.start.result.notes.items, options.counting);
+  return result;
+}
+
+template <class Count>
+auto CountFile(ByteFile& file, const ProfileOptions& options, Count count) {
+  FileDump dump(file, options.counting.block);
+  return count(dump.words(), &dump, options);
+}
+
+/// The words of a dump whose bytes come one after the other.
+DumpWords WordsOf(ByteSource& dump, const ActivityOptions& options) {
+  return DumpWords(dump, options.block, options.block / 4);
+}
+
+}  // namespace
+
+ProfileRun<Profile> CountProfile(ByteSource& dump, const ProfileOptions& options) {
+  DumpWords words = WordsOf(dump, options.counting);
+  return ProfileOf(words, nullptr, options);
+}
+
+ProfileRun<Profile> CountProfile(ByteFile& file, const ProfileOptions& options) {
+  return CountFile(file, options, ProfileOf);
+}
+
+ProfileRun<Profile> CountActivityAndProfile(ByteSource& dump, const ProfileOptions& options) {
+  DumpWords words = WordsOf(dump, options.counting);
+  return ActivityAndProfileOf(words, nullptr, options);
+}
+
+ProfileRun<Profile> CountActivityAndProfile(ByteFile& file, const ProfileOptions& options) {
+  return CountFile(file, options, ActivityAndProfileOf);
+}
+
+ProfiledRuns CountBothAndProfile(ByteSource& dump, const ProfileOptions& options) {
+  DumpWords words = WordsOf(dump, options.counting);
+  return BothAndProfileOf(words, nullptr, options);
+}
+
+ProfiledRuns CountBothAndProfile(ByteFile& file, const ProfileOptions& options) {
+  return CountFile(file, options, BothAndProfileOf);
 }
 
 namespace {
@@ -185,7 +367,8 @@ void ReadWatched(Run& run, ToggleCounter& toggles, Listener& listener,
 }  // namespace
 
 ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& options) {
-  Run run(dump, options);
+  DumpWords words = WordsOf(dump, options.counting);
+  Run run(words, options);
   const CuttingSignal clock = options.signal(run.start.result.declarations);
   const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
   ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
@@ -197,7 +380,8 @@ ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& op
 }
 
 ProfileRun<ValueSplit> CountByValue(ByteSource& dump, const ProfileOptions& options) {
-  Run run(dump, options);
+  DumpWords words = WordsOf(dump, options.counting);
+  Run run(words, options);
   const CuttingSignal signal = options.signal(run.start.result.declarations);
   const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
   ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
@@ -209,7 +393,8 @@ ProfileRun<ValueSplit> CountByValue(ByteSource& dump, const ProfileOptions& opti
 }
 
 ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options) {
-  Run run(dump, options);
+  DumpWords words = WordsOf(dump, options.counting);
+  Run run(words, options);
   const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
   ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
   PeakSearch search(toggles, run.Length() / run.start.result.tick.value_or(1));
@@ -220,7 +405,7 @@ ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options) {
 }
 
 std::optional<std::uint64_t> LastStampOf(ByteSource& dump, const ActivityOptions& options) {
-  DumpWords words(dump, options.block, options.block / 4);
+  DumpWords words = WordsOf(dump, options);
   const Declarations declarations = ReadDeclarations(words, options.dump);
   DumpItems items(words, declarations);
   LargestStamp stamps;

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "activity/activity_run.h"
+#include "activity/both_runs.h"
 #include "activity/profile/profile.h"
 
 namespace orsa::kesncd {
@@ -46,11 +47,27 @@ struct ProfileRun {
 };
 
 /// Toggles by windows. They throw Failure as CountActivity does, and with Unusable where windows
-/// are shorter than a tick, or so many that there is no room for the sums.
+/// are shorter than a tick, or so many that there is no room for the sums. A file is read with as
+/// many threads as there may be, if `last` or a length is known; the result does not depend on
+/// them.
 ProfileRun<Profile> CountProfile(ByteSource& dump, const ProfileOptions& options);
+ProfileRun<Profile> CountProfile(ByteFile& file, const ProfileOptions& options);
 /// The same with the activity of every bit. Each code counts in one module, as in
 /// ModuleShares::ByOwner, and sums are of modules without those below.
 ProfileRun<Profile> CountActivityAndProfile(ByteSource& dump, const ProfileOptions& options);
+ProfileRun<Profile> CountActivityAndProfile(ByteFile& file, const ProfileOptions& options);
+/// All that a database holds of a dump: both kinds of figures, and a profile of all modules.
+struct ProfiledRuns {
+  BothRuns runs;
+  /// Nothing where the modules in so many parts have more sums than there is room for.
+  std::optional<KeptProfile> profile;
+  bool wasLastRight = true;
+};
+
+/// Watched are the clocks of the profile; scope and depth do not matter. It throws as the others.
+ProfiledRuns CountBothAndProfile(ByteSource& dump, const ProfileOptions& options);
+ProfiledRuns CountBothAndProfile(ByteFile& file, const ProfileOptions& options);
+
 /// Toggles by rising edges of `signal`.
 ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& options);
 /// Toggles by values of `signal`.

@@ -87,7 +87,9 @@ Profile ClockRows::Finish(ModuleTree tree) {
     unobserved = unobserved_[row];
     profile.edges.push_back(edges_[row]);
   }
-  profile.toggles = rows_.Finish(tree, true, profile.windows());
+  rows_.Finish(profile.windows());
+  rows_.AddUp(tree);
+  profile.toggles = std::move(rows_.rows());
   profile.modules = std::move(tree);
   return profile;
 }

@@ -81,6 +81,7 @@ void ToggleCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_vie
   const bool isFirst = code.step < stretch_;
   const bool isCorrection = code.step == step_;
   code.step = step_;
+  bool wasUnknown = false;
   std::uint32_t left = width;
   for (std::uint32_t index = 0; index * std::uint64_t{kWordBits} < width; ++index) {
     Word& word = words_[code.place + index];
@@ -95,14 +96,97 @@ void ToggleCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_vie
       word.hadKnown = word.hasKnown;
       word.knew = word.known;
     }
-    const std::uint64_t lanes =
-        Lanes(0, std::min<std::uint32_t>(left, kWordBits), 0) & ~value_[index].unknown;
+    const std::uint64_t all = Lanes(0, std::min<std::uint32_t>(left, kWordBits), 0);
+    const std::uint64_t lanes = all & ~value_[index].unknown;
+    wasUnknown = wasUnknown || word.hasKnown != all;
     const std::uint64_t toggles = word.hasKnown & lanes & (word.known ^ value_[index].high);
     word.hasKnown |= lanes;
     word.known = (word.known & ~lanes) | (value_[index].high & lanes);
     if (toggles != 0 && counts_ != 0) CountShares(codeId, index, toggles, 1);
     left -= std::min<std::uint32_t>(left, kWordBits);
   }
+  if (wasUnknown && !isCorrection) NoteUnknown(codeId);
+}
+
+/// At the end of a step: which bits have their first known value from it.
+void ToggleCounter::NoteOpenings() {
+  for (const std::uint32_t codeId : unknown_) {
+    const Code& code = codes_[codeId];
+    if (code.kind != Kind::Vector) {
+      if (code.known != 0) openings_.push_back({time_.lastStamp, 1, code.known & 1U, codeId, 0});
+      continue;
+    }
+    const std::uint32_t width = bits_.Width(codeId);
+    for (std::uint32_t index = 0; index * std::uint64_t{kWordBits} < width; ++index) {
+      const Word& word = words_[code.place + index];
+      const std::uint64_t learned = word.hasKnown & ~word.hadKnown;
+      if (learned == 0) continue;
+      openings_.push_back({time_.lastStamp, learned, word.known & learned, codeId, index});
+    }
+  }
+  unknown_.clear();
+}
+
+const std::vector<Opening>& ToggleCounter::Openings() {
+  TakeWaiting();
+  NoteOpenings();
+  return openings_;
+}
+
+void ToggleCounter::Open(const Opening& opening) {
+  if (!window_.Counts(opening.ticks)) return;
+  const Code& code = codes_[opening.codeId];
+  if (code.kind == Kind::Vector) {
+    if (code.step < stretch_) return;
+    const Word& word = words_[code.place + opening.word];
+    const std::uint64_t toggles = word.hasKnown & opening.bits & (word.known ^ opening.values);
+    if (toggles != 0) CountShares(opening.codeId, opening.word, toggles, 1);
+    return;
+  }
+  const std::uint8_t known = KnownOf(code);
+  if (known == 0 || (known & 1U) == opening.values) return;
+  if (code.kind == Kind::Scalar) {
+    ++sums_[code.place];
+  } else {
+    CountShares(opening.codeId, 0, 1, 1);
+  }
+}
+
+void ToggleCounter::FollowVector(std::uint32_t codeId, ToggleCounter& next, bool wasSeen,
+                                 bool isSeen) {
+  const std::uint32_t width = bits_.Width(codeId);
+  for (std::uint32_t index = 0; index * std::uint64_t{kWordBits} < width; ++index) {
+    const std::size_t place = codes_[codeId].place + index;
+    Word word = isSeen ? next.words_[place] : Word();
+    Word& own = words_[place];
+    if (wasSeen) {
+      word.known |= own.known & own.hasKnown & ~word.hasKnown;
+      word.hasKnown |= own.hasKnown;
+    }
+    own = word;
+  }
+}
+
+void ToggleCounter::Follow(ToggleCounter& next) {
+  const bool goesOn = next.time_.pauses == 0;  // else what was known is forgotten
+  for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {
+    Code& code = codes_[codeId];
+    const Code& later = next.codes_[codeId];
+    const bool wasSeen = goesOn && code.step >= stretch_;
+    if (code.kind == Kind::Vector) {
+      FollowVector(codeId, next, wasSeen, later.step >= next.stretch_);
+    } else {
+      const std::uint8_t known = next.KnownOf(later);
+      code.known = known != 0 || !wasSeen ? known : code.known;
+    }
+    code.step = step_;
+  }
+  time_.lastStamp = next.time_.lastStamp;
+  time_.backward += next.time_.backward;
+  time_.pauses += next.time_.pauses;
+  time_.unobserved += next.time_.unobserved;
+  time_.isObserving = next.time_.isObserving;
+  time_.pausedAt = next.time_.pausedAt;
 }
 
 /// Before the first stamp nothing lasts, but what was known is forgotten.
@@ -110,6 +194,8 @@ void ToggleCounter::Command(Keyword command) {
   TakeWaiting();
   const std::uint64_t now = window_.Clamp(time_.lastStamp);
   if (command == Keyword::DumpOff && time_.isObserving) {
+    NoteOpenings();
+    keepsOpenings_ = false;
     time_.isObserving = false;
     time_.pausedAt = now;
     ++time_.pauses;

@@ -41,8 +41,22 @@ struct CountedTime {
   }
 };
 
+/// Bits that got their first known value in a stretch of a body. Whether that was a toggle depends
+/// on what comes before the stretch.
+struct Opening {
+  std::uint64_t ticks = 0;
+  std::uint64_t bits = 0;    // of the code's word of 64
+  std::uint64_t values = 0;  // of these bits
+  std::uint32_t codeId = 0;
+  std::uint32_t word = 0;
+};
+
 /// A taker of ReadBody. Calling order: construct, ReadBody; Sums may be taken and set to 0 at any
 /// time between two calls and hold what toggled since.
+///
+/// One that takes a stretch of a body, which begins with a stamp, is told to keep openings before
+/// it takes anything. What it took then adds to what another took right before, which has to end
+/// observed: the toggles of its openings first, then Follow.
 class ToggleCounter {
  public:
   /// `modules` is how many modules the shares speak of.
@@ -66,6 +80,20 @@ class ToggleCounter {
   }
   const CountedTime& time() const { return time_; }
   const ActivityWindow& window() const { return window_; }
+
+  void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&codes_[codeId], 1); }
+  void KeepOpenings() { keepsOpenings_ = true; }
+  /// Whether what another counter took from the stretch that comes next adds to this one's.
+  bool Precedes(const ToggleCounter& next) const {
+    return time_.isObserving && time_.hasStamps && next.time_.hasStamps &&
+           time_.lastStamp < next.time_.firstStamp;
+  }
+  /// The openings in the order of time, when all is taken.
+  const std::vector<Opening>& Openings();
+  /// Adds the toggles of an opening of the next stretch to the sums.
+  void Open(const Opening& opening);
+  /// Goes on where the next stretch ended. Its sums are not taken over.
+  void Follow(ToggleCounter& next);
 
  private:
   enum class Kind : std::uint8_t { Unused, Scalar, SharedScalar, Vector };
@@ -91,6 +119,12 @@ class ToggleCounter {
   void TakeVector(std::uint32_t codeId, Code& code, std::string_view value);
   void CountShares(std::uint32_t codeId, std::uint32_t index, std::uint64_t toggles,
                    std::uint64_t sign);
+  void NoteUnknown(std::uint32_t codeId) {
+    if (keepsOpenings_) unknown_.push_back(codeId);
+  }
+  void NoteOpenings();
+  void FollowVector(std::uint32_t codeId, ToggleCounter& next, bool wasSeen, bool isSeen);
+  std::uint8_t KnownOf(const Code& code) const { return code.step < stretch_ ? 0 : code.known; }
 
   const CodeBits& bits_;
   const ModuleShares& shares_;
@@ -104,6 +138,10 @@ class ToggleCounter {
   std::vector<std::uint64_t> sums_;
   std::vector<ValueWord> value_;  // of the vector in hand
   WaitingChanges waiting_;
+  bool keepsOpenings_ = false;  // until the first pause
+  std::vector<std::uint32_t>
+      unknown_;  // codes with a value in the step, and bits unknown before it
+  std::vector<Opening> openings_;
 };
 
 inline void ToggleCounter::Scalar(std::uint32_t codeId, char value) {
@@ -121,10 +159,13 @@ inline void ToggleCounter::TakeScalar(std::uint32_t codeId, char value) {
     TakeVector(codeId, code, {&value, 1});
     return;
   }
-  if (code.step < stretch_ || code.step == step_) [[unlikely]]
+  const bool isAgain = code.step == step_;
+  if (code.step < stretch_ || isAgain) [[unlikely]]
     TakeOddScalar(codeId, code);
   code.step = step_;
   code.before = code.known;
+  if (code.before == 0 && !isAgain) [[unlikely]]
+    NoteUnknown(codeId);
   const unsigned level = LevelOf(value);
   if (level >= kUnknown) return;
   const std::uint64_t toggles = code.known >> 1U & (code.known ^ level) & counts_;
@@ -153,6 +194,8 @@ inline void ToggleCounter::Stamp(std::uint64_t ticks) {
     return;
   }
   if (time_.hasStamps) {
+    if (!unknown_.empty()) [[unlikely]]
+      NoteOpenings();
     ++step_;
   } else {
     time_.hasStamps = true;

@@ -14,7 +14,8 @@
 namespace orsa::kesncd {
 
 /// Stands before a taker of a dump's body (see body_reader.h) and passes all on to it. Calling
-/// order: construct, ReadBody, Take.
+/// order: construct, ReadBody, Take; watches of a body's stretches add up by Add, in the order of
+/// the dump, before Take.
 template <class Taker>
 class ToggleWatch {
  public:
@@ -25,6 +26,7 @@ class ToggleWatch {
     for (std::uint32_t i = 0; i < codeIds.size(); ++i) place_[codeIds[i]] = i;
   }
 
+  void Fetch(std::uint32_t codeId) const { taker_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) {
     if (place_[codeId] != kNone) watched_[place_[codeId]].given = value;
     taker_.Scalar(codeId, value);
@@ -52,6 +54,16 @@ class ToggleWatch {
   void SectionEnd() { taker_.SectionEnd(); }
   bool IsDone() const { return taker_.IsDone(); }
 
+  /// Adds what another watch saw from a stamp later than all of this one on.
+  void Add(ToggleWatch& next) {
+    EndStep();
+    next.EndStep();
+    if (isOver_) return;
+    for (std::size_t i = 0; i < watched_.size(); ++i) watched_[i].Add(next.watched_[i], window_);
+    isOver_ = next.isOver_;
+    now_ = next.now_;
+  }
+
   std::vector<ToggleSpan> Take() {
     EndStep();
     std::vector<ToggleSpan> spans;
@@ -65,7 +77,28 @@ class ToggleWatch {
   struct Watched {
     char given = 0;  // the last value of the step that is open
     char level = 0;  // the last known value before
+    char first = 0;  // the first known value, and its time
+    std::uint64_t firstTime = 0;
     ToggleSpan span;
+
+    void Toggle(std::uint64_t ticks) {
+      if (span.toggles++ == 0) span.first = ticks;
+      span.last = ticks;
+    }
+    void Add(const Watched& next, const ActivityWindow& window) {
+      if (next.first == 0) return;
+      if (level == 0) {
+        first = next.first;
+        firstTime = next.firstTime;
+      } else if (level != next.first && window.Counts(next.firstTime)) {
+        Toggle(next.firstTime);
+      }
+      level = next.level;
+      if (next.span.toggles == 0) return;
+      if (span.toggles == 0) span.first = next.span.first;
+      span.last = next.span.last;
+      span.toggles += next.span.toggles;
+    }
   };
 
   void EndStep() {
@@ -73,9 +106,11 @@ class ToggleWatch {
       const char given = watched.given;
       watched.given = 0;
       if (isOver_ || (given != '0' && given != '1') || given == watched.level) continue;
-      if (watched.level != 0 && window_.Counts(now_)) {
-        if (watched.span.toggles++ == 0) watched.span.first = now_;
-        watched.span.last = now_;
+      if (watched.level == 0) {
+        watched.first = given;
+        watched.firstTime = now_;
+      } else if (window_.Counts(now_)) {
+        watched.Toggle(now_);
       }
       watched.level = given;
     }

@@ -5,7 +5,9 @@
 // factor found (ClockCheck), and the figures written in the format that was asked for (WriteExact).
 // A database of a dump (-o x.kact) and a part of one (--part 3/16) take a short way: they hold all
 // figures and know no selection, scale or estimator option.
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -51,6 +53,7 @@ StoredRun Count(const ExactOptions& options, ClockCheck* clocks) {
   // A database answers `flat`, `tree` and `find` as well as exact commands, so it gets both kinds
   // of figures from the one reading.
   input.wantsHost = options.format == ExactFormat::Db;
+  if (input.wantsHost && !options.noProfile) input.profile = options.windows;
   if (clocks != nullptr) {
     input.watch = [&](const Declarations& declarations) {
       return clocks->FindIn(declarations, NameOf(options.input));
@@ -131,6 +134,22 @@ void CheckPart(const ExactOptions& options) {
   }
 }
 
+void CheckProfile(const ExactOptions& options) {
+  const WindowsAsked& windows = options.windows;
+  const auto refuse = [](bool isWrong, const std::string& why) {
+    if (isWrong) throw Failure(FailureKind::Unusable, why);
+  };
+  refuse(windows.length == 0, "--window: 0 is no length");
+  const bool asked[] = {windows.parts != 0, windows.length.has_value(), options.noProfile};
+  refuse(std::count(std::begin(asked), std::end(asked), true) > 1,
+         "--windows, --window and --no-profile: one of them at a time");
+  refuse((!windows.IsAny() || options.noProfile) && options.format != ExactFormat::Db,
+         "--windows, --window and --no-profile are for a database; kesncd profile gives rows over "
+         "time");
+  refuse(!windows.IsAny() && options.part.has_value(),
+         "--part: parts have no windows, since none of them knows the span");
+}
+
 ExitStatus RunActivity(const ExactOptions& options) {
   // Before the reading, which may take long: an output that is an input would end it.
   CheckExactPlaces({options.input.dump, options.clock.sdc}, options);
@@ -157,6 +176,15 @@ void AddPartOption(Command& command, ExactOptions& options) {
       .take = [&options](const std::string& text) { options.part = PartOf(text); };
 }
 
+void AddProfileOptions(Command& command, ExactOptions& options) {
+  command
+      .AddCount("--windows", "N", {1, 1000000}, options.windows.parts,
+                "database: toggles over time in so many equal parts of the span")
+      .Initially(std::to_string(kUsualParts));
+  command.AddTime("--window", options.windows.length, "database: in windows of this length");
+  command.AddFlag("--no-profile", options.noProfile, "database: without toggles over time");
+}
+
 void AddClockOptions(Command& command, ClockOptions& options) {
   command.AddText("--clock", "NAME=PERIOD", options.clock,
                   "the design's period of a clock: all times and rates are scaled from the dump's "
@@ -175,11 +203,13 @@ void AddActivityCommand(CommandLine& line) {
   AddExactChoices(command, *options);
   AddJobsOption(command, options->input);
   AddPartOption(command, *options);
+  AddProfileOptions(command, *options);
   AddClockOptions(command, options->clock);
   AddEstimatorOptions(command, *options);
   command.check = [options] {
     CheckExactOptions(*options);
     CheckPart(*options);
+    CheckProfile(*options);
     if (!options->clock.clock.empty()) (void)DesignClockOf(options->clock.clock);
   };
   command.run = [options] { return RunActivity(*options); };

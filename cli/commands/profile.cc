@@ -2,11 +2,15 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <utility>
 
 #include "activity/profile/profile_run.h"
 #include "cli/commands/commands.h"
+#include "cli/exact_figures/kept_profile.h"
 #include "cli/exact_figures/profile_reading.h"
 #include "cli/exact_figures/profile_rows.h"
+#include "cli/input/database_input.h"
+#include "cli/input/reading_threads.h"
 #include "cli/selection/scope_choice.h"
 #include "cli/selection/signal_choice.h"
 #include "text/failure.h"
@@ -25,19 +29,21 @@ constexpr char kProfileHelp[] =
     "  kesncd profile sim.vcd --peak 10us --limit 5        the busiest 10 us and what toggles "
     "there\n"
     "  kesncd profile sim.vcd --by soc/cpu/busy            with the flag set, and without\n"
+    "  kesncd profile sim.kact --depth 2                   the windows that a database holds\n"
     "\n"
     "Toggles are those of kesncd activity, bit by bit, and rows add up to its totals: a toggle at\n"
     "a row's end belongs to the row, one at its begin to the row before. begin, end and observed\n"
     "are in ticks of the dump, in a table with their unit. A module is all that is in it and "
-    "below.\n";
+    "below.\n"
+    "Rows of --clock and --by, and the place of the peak, come from one thread: a row ends where\n"
+    "the signal changes, which a thread that begins in the middle of the dump does not know.\n";
 
 struct ProfileChoices {
   InputOptions input;
   TimeWindow window;
   std::string scope;
   std::uint32_t depth = 0;
-  std::uint64_t parts = 0;  // 0: not asked for
-  std::optional<std::uint64_t> length;
+  WindowsAsked windows;
   std::string clock;
   std::optional<std::uint64_t> peak;
   std::string by;
@@ -46,7 +52,6 @@ struct ProfileChoices {
   OutputOptions output;
 };
 
-constexpr std::uint64_t kParts = 200;
 constexpr std::uint64_t kValues = 64;
 constexpr std::uint64_t kLimit = 10;
 
@@ -57,14 +62,14 @@ void CheckProfileOptions(const ProfileChoices& options) {
     if (isWrong) throw Failure(FailureKind::Unusable, why);
   };
   CheckWindow(options.window);
-  const bool asked[] = {options.parts != 0, options.length.has_value(), !options.clock.empty(),
-                        options.peak.has_value(), !options.by.empty()};
+  const bool asked[] = {options.windows.parts != 0, options.windows.length.has_value(),
+                        !options.clock.empty(), options.peak.has_value(), !options.by.empty()};
   const auto ways = std::count(std::begin(asked), std::end(asked), true);
   refuse(ways > 1, "--windows, --window, --clock, --peak and --by: one of them at a time");
   refuse(options.values != 0 && options.by.empty(), "--values is for --by");
   refuse(options.limit != UINT64_MAX && !options.peak, "--limit is for --peak");
   refuse(options.peak && options.depth > 0, "--depth is for rows over time and --by");
-  refuse(options.length == 0 || options.peak == 0, "--window and --peak: 0 is no length");
+  refuse(options.windows.length == 0 || options.peak == 0, "--window and --peak: 0 is no length");
 }
 
 ProfileOptions ProfileCounting(const ProfileChoices& options) {
@@ -86,25 +91,49 @@ ProfileOptions ProfileCounting(const ProfileChoices& options) {
     throw Failure(FailureKind::NothingMatched, dump + ": " + signal + " is no signal of one bit");
   };
   counting.depth = options.depth;
-  counting.parts = options.parts != 0 ? options.parts : kParts;
-  counting.length = options.peak ? options.peak : options.length;
+  counting.parts = options.windows.parts != 0 ? options.windows.parts : kUsualParts;
+  counting.length = options.peak ? options.peak : options.windows.length;
   counting.mostValues = options.values != 0 ? options.values : kValues;
   return counting;
+}
+
+ProfileSubject SubjectOf(const std::string& dump, const std::optional<std::uint64_t>& length) {
+  return {dump, length ? "length" : "part", ""};
+}
+
+/// The windows that a database holds.
+ExitStatus RunKept(const ProfileChoices& options, ActivityDatabase& database) {
+  if (!options.clock.empty() || !options.by.empty() || options.peak) {
+    throw Failure(FailureKind::Unusable, NameOf(options.input) +
+                                             ": a database does not hold when each signal changes: "
+                                             "--clock, --by and --peak need the dump");
+  }
+  StoredRun stored = ReadWithProfile(database, NameOf(options.input), options.windows);
+  ProfileOptions counting = ProfileCounting(options);
+  counting.parts = stored.profile->parts;
+  ProfileRun<Profile> run;
+  run.base = std::move(stored.exact);
+  const std::uint32_t scope = counting.scope ? counting.scope(run.base.declarations) : 0;
+  run.figures = ProfileIn(stored.profile->profile, run.base.declarations, scope, options.depth);
+  SayOfProfile(run, counting);
+  return WriteProfile(run, SubjectOf(stored.facts.dump, stored.profile->length), options.output);
 }
 
 ExitStatus RunWindows(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   std::optional<std::uint64_t> last;
-  if (!options.length) last = ExpectedLast(options.input, counting.counting);
-  const ProfileRun<Profile> run = ReadProfile(options.input, counting, last, CountProfile);
-  const ProfileSubject subject{counting.counting.dump, options.length ? "length" : "part", ""};
-  return WriteProfile(run, subject, options.output);
+  if (!counting.length) last = ExpectedLast(options.input, counting.counting);
+  const auto count = [](auto& dump, const ProfileOptions& how) { return CountProfile(dump, how); };
+  const ProfileRun<Profile> run = ReadByWindows(options.input, counting, last, count);
+  SayOfProfile(run, counting);
+  return WriteProfile(run, SubjectOf(counting.counting.dump, counting.length), options.output);
 }
 
 /// A row a cycle: rows end at the clock's rising edges, so the span need not be known before.
 ExitStatus RunClock(const ProfileChoices& options) {
-  const ProfileRun<Profile> run =
-      ReadProfile(options.input, ProfileCounting(options), {}, CountClockProfile);
+  const ProfileOptions counting = ProfileCounting(options);
+  const ProfileRun<Profile> run = ReadByWindows(options.input, counting, {}, CountClockProfile);
+  SayOfProfile(run, counting);
   return WriteProfile(run, {NameOf(options.input), "clock", options.clock}, options.output);
 }
 
@@ -139,7 +168,8 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices&
   if (!CanReadTwice(options.input) || peak.end > UINT64_MAX / tick) return {};
   again.window = {peak.begin * tick, peak.end * tick};
   UnpackedSource bytes = OpenDump(options.input);
-  return CountActivity(*bytes.bytes, again);
+  again.jobs = UseThreads(options.input, bytes);
+  return again.jobs > 1 ? CountActivity(*bytes.file, again) : CountActivity(*bytes.bytes, again);
 }
 
 /// Two readings of a file: the first finds the stretch, the second counts what toggles in it. Of a
@@ -166,6 +196,9 @@ ExitStatus RunPeak(const ProfileChoices& options) {
 
 ExitStatus RunProfile(const ProfileChoices& options) {
   CheckOutputs({options.input.dump}, {options.output.path});
+  if (const auto database = OpenDatabase(options.input, options.window)) {
+    return RunKept(options, *database);
+  }
   if (!options.clock.empty()) return RunClock(options);
   if (!options.by.empty()) return RunValues(options);
   return options.peak ? RunPeak(options) : RunWindows(options);
@@ -177,10 +210,12 @@ void AddProfileCommand(CommandLine& line) {
   Command& command = line.Add("profile", kProfileHelp);
   const auto options = std::make_shared<ProfileChoices>();
   AddDumpOptions(command, options->input);
-  command.AddTime("--window", options->length, "windows of this length");
+  AddJobsOption(command, options->input);
+  command.AddTime("--window", options->windows.length, "windows of this length");
   command
-      .AddCount("--windows", "N", {1, 1000000}, options->parts, "so many equal parts of the span")
-      .Initially(std::to_string(kParts));
+      .AddCount("--windows", "N", {1, 1000000}, options->windows.parts,
+                "so many equal parts of the span")
+      .Initially(std::to_string(kUsualParts) + ", or what a database holds");
   command.AddText("--clock", "NAME", options->clock,
                   "a window for each rising edge of this signal, which ends there");
   command.AddTime("--peak", options->peak,

@@ -1,14 +1,18 @@
 // kesncd report: one HTML file that shows where and when a dump switches.
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 
 #include "activity/profile/profile_run.h"
 #include "cli/commands/commands.h"
+#include "cli/exact_figures/kept_profile.h"
 #include "cli/exact_figures/profile_reading.h"
 #include "cli/exact_figures/report_clocks.h"
+#include "cli/input/database_input.h"
 #include "cli/input/dump_check.h"
 #include "cli/input/netlist_input.h"
 #include "cli/output/path_ending.h"
+#include "cli/process/messages.h"
 #include "export/netlist_pins.h"
 #include "export/report_figures.h"
 #include "free_format/findings/dump_findings.h"
@@ -26,16 +30,19 @@ constexpr char kReportHelp[] =
     "Examples:\n"
     "  kesncd report sim.vcd -o report.html\n"
     "  kesncd report sim.vcd --sdc soc.sdc --netlist soc.json -o report.html\n"
+    "  kesncd report sim.kact -o report.html\n"
     "\n"
     "The file needs no other and no network. A dump that is a file is read twice, once to check "
     "it\n"
     "as kesncd check does. Of a large design it shows what toggles most, sums the rest and says "
     "so.\n";
 
+constexpr std::uint64_t kMostWindows = 2000;
+
 struct ReportChoices {
   InputOptions input;
   TimeWindow window;
-  std::uint64_t parts = 200;
+  WindowsAsked windows;
   std::string sdc;
   std::string timing;
   std::string netlist;
@@ -95,23 +102,90 @@ ProfileOptions ReportCounting(const ReportChoices& options, ReportClocks& clocks
     return clocks.FindIn(declarations, dump);
   };
   counting.depth = UINT32_MAX;
-  counting.parts = options.parts;
+  counting.parts = options.windows.parts != 0 ? options.windows.parts : kUsualParts;
   return counting;
+}
+
+/// What a page is made of.
+struct Reported {
+  ProfileRun<Profile> run;
+  ReportFacts facts;
+};
+
+Reported ReadDump(const ReportChoices& options, ReportClocks& clocks) {
+  Reported reported;
+  ReportFacts& facts = reported.facts;
+  facts.dump = options.input.dump == "-" ? NameOf(options.input) : FileName(options.input.dump);
+  std::optional<std::uint64_t> last;
+  CheckDumpFor(options, facts, last);
+  const auto count = [](auto& dump, const ProfileOptions& how) {
+    return CountActivityAndProfile(dump, how);
+  };
+  const ProfileOptions counting = ReportCounting(options, clocks);
+  ProfileRun<Profile>& run = reported.run;
+  run = ReadByWindows(options.input, counting, last, count);
+  SayOfProfile(run, counting);
+  facts.notes = RemarksOn(run.base);
+  if (run.figures.isFolded) facts.notes.push_back(FoldedText(run.figures, counting.parts));
+  return reported;
+}
+
+/// When the clocks toggled, as far as a database holds it: of signals that are called like clocks.
+std::vector<ToggleSpan> SpansOf(const std::vector<std::uint32_t>& codes, const KeptProfile& kept,
+                                const std::string& name) {
+  std::vector<ToggleSpan> spans;
+  for (const std::uint32_t codeId : codes) {
+    const auto clock =
+        std::find_if(kept.clocks.begin(), kept.clocks.end(),
+                     [codeId](const KeptProfile::Clock& one) { return one.codeId == codeId; });
+    if (clock == kept.clocks.end()) {
+      throw Failure(FailureKind::Unusable,
+                    name +
+                        ": holds when the signals toggle that are called like clocks, and no "
+                        "others: these clocks of --sdc or --timing need the dump");
+    }
+    spans.push_back(clock->span);
+  }
+  return spans;
+}
+
+Reported ReadDatabase(const ReportChoices& options, ActivityDatabase& database,
+                      ReportClocks& clocks) {
+  const std::string name = NameOf(options.input);
+  StoredRun stored = ReadWithProfile(database, name, options.windows);
+  KeptProfile& kept = *stored.profile;
+  if (kept.profile.windows() > kMostWindows) {
+    throw Failure(FailureKind::Unusable, name + ": holds " +
+                                             std::to_string(kept.profile.windows()) +
+                                             " windows, more than the " +
+                                             std::to_string(kMostWindows) + " that a page shows");
+  }
+  Reported reported;
+  ProfileRun<Profile>& run = reported.run;
+  run.base = std::move(stored.exact);
+  run.base.watched = SpansOf(clocks.FindIn(run.base.declarations, name), kept, name);
+  run.figures = std::move(kept.profile);
+  run.figures.toggles = std::move(run.figures.own);
+  ReportFacts& facts = reported.facts;
+  facts.dump = FileName(stored.facts.dump);
+  facts.notes = RemarksOn(run.base);
+  if (run.figures.isFolded) facts.notes.push_back(FoldedText(run.figures, kept.parts));
+  for (const std::string& note : facts.notes) Remark(name, note);
+  facts.notes.emplace_back(
+      "made from a database, which does not hold what kesncd check finds in the dump");
+  return reported;
 }
 
 ExitStatus RunReport(const ReportChoices& options) {
   CheckOutputs({options.input.dump, options.netlist, options.sdc, options.timing},
                {options.output});
   ReportClocks clocks(options.sdc, options.timing);
-  ReportFacts facts;
+  const auto database = OpenDatabase(options.input, options.window);
+  Reported reported =
+      database ? ReadDatabase(options, *database, clocks) : ReadDump(options, clocks);
+  const ProfileRun<Profile>& run = reported.run;
+  ReportFacts& facts = reported.facts;
   facts.program = "kesncd " KESNCD_VERSION;
-  facts.dump = options.input.dump == "-" ? NameOf(options.input) : FileName(options.input.dump);
-  std::optional<std::uint64_t> last;
-  CheckDumpFor(options, facts, last);
-  const ProfileRun<Profile> run =
-      ReadProfile(options.input, ReportCounting(options, clocks), last, CountActivityAndProfile);
-  facts.notes = RemarksOn(run.base);
-  if (run.figures.isFolded) facts.notes.push_back(FoldedText(run.figures, options.parts));
   facts.clocks = clocks.Measured(run.base);
   AddReached(options, run.base, facts);
   const ReportPage page = GetReportPage();
@@ -137,10 +211,12 @@ void AddReportCommand(CommandLine& line) {
   Command& command = line.Add("report", kReportHelp);
   const auto options = std::make_shared<ReportChoices>();
   AddDumpOptions(command, options->input);
+  AddJobsOption(command, options->input);
   AddWindowOptions(command, options->window);
   command
-      .AddCount("--windows", "N", {1, 2000}, options->parts, "so many parts of the span over time")
-      .Initially(std::to_string(options->parts));
+      .AddCount("--windows", "N", {1, kMostWindows}, options->windows.parts,
+                "so many parts of the span over time")
+      .Initially(std::to_string(kUsualParts) + ", or what a database holds");
   command.AddFile("--sdc", "FILE", options->sdc,
                   "constraints: their clocks beside what ran in the dump");
   command.AddFile("--timing", "FILE", options->timing,

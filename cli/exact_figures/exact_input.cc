@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "activity/both_runs.h"
+#include "cli/exact_figures/profile_reading.h"
+#include "cli/exact_figures/report_clocks.h"
 #include "cli/input/database_input.h"
 #include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
@@ -13,6 +15,39 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+void TakeBoth(BothRuns both, StoredRun& run) {
+  run.exact = std::move(both.exact);
+  run.host = std::move(both.host);
+}
+
+/// Counts with a profile, which takes two readings where the end of the span is not to be seen.
+void CountProfiled(const ExactInput& options, StoredRun& run) {
+  ProfileOptions counting;
+  counting.counting.dump = run.facts.dump;
+  counting.counting.window = options.window;
+  counting.counting.mostBits = MostBitsInMemory();
+  ReportClocks clocks;
+  counting.counting.watch = [&](const Declarations& declarations) {
+    return clocks.FindIn(declarations, run.facts.dump);
+  };
+  counting.parts = options.profile->parts != 0 ? options.profile->parts : kUsualParts;
+  counting.length = options.profile->length;
+  std::optional<std::uint64_t> last;
+  if (!counting.length) last = ExpectedLast(options.input, counting.counting);
+  const auto count = [](auto& dump, const ProfileOptions& how) {
+    return CountBothAndProfile(dump, how);
+  };
+  ProfiledRuns counted = ReadByWindows(options.input, counting, last, count);
+  TakeBoth(std::move(counted.runs), run);
+  run.profile = std::move(counted.profile);
+  if (!run.profile) {
+    Remark(run.facts.dump,
+           "it has too many modules for so many windows: the database holds no figures over time");
+  } else if (run.profile->profile.isFolded) {
+    Remark(run.facts.dump, FoldedText(run.profile->profile, counting.parts));
+  }
+}
+
 StoredRun CountRun(const ExactInput& options) {
   StoredRun run;
   // What a database of this run will say of itself.
@@ -20,6 +55,10 @@ StoredRun CountRun(const ExactInput& options) {
   run.facts.program = KESNCD_VERSION;
   run.facts.window = options.window;
   run.facts.hasHost = options.wantsHost;
+  if (options.profile) {
+    CountProfiled(options, run);
+    return run;
+  }
   UnpackedSource dump = OpenDump(options.input);
   ActivityOptions counting;
   counting.dump = run.facts.dump;
@@ -32,10 +71,8 @@ StoredRun CountRun(const ExactInput& options) {
   counting.jobs = UseThreads(options.input, dump);
   // More costly than one kind alone, so only for databases.
   if (options.wantsHost) {
-    BothRuns both =
-        counting.jobs > 1 ? CountBoth(*dump.file, counting) : CountBoth(*dump.bytes, counting);
-    run.exact = std::move(both.exact);
-    run.host = std::move(both.host);
+    TakeBoth(counting.jobs > 1 ? CountBoth(*dump.file, counting) : CountBoth(*dump.bytes, counting),
+             run);
   } else {
     run.exact = counting.jobs > 1 ? CountActivity(*dump.file, counting)
                                   : CountActivity(*dump.bytes, counting);
@@ -48,7 +85,15 @@ StoredRun CountRun(const ExactInput& options) {
 StoredRun ReadExactRun(const ExactInput& options) {
   // Null for a dump. A database that is corrupt throws.
   const std::unique_ptr<ActivityDatabase> database = OpenDatabase(options.input, options.window);
-  StoredRun run = database ? database->ReadAll() : CountRun(options);
+  StoredRun run;
+  if (!database) {
+    run = CountRun(options);
+  } else if (options.profile && !options.profile->IsAny()) {
+    run = ReadWithProfile(*database, NameOf(options.input), *options.profile);
+  } else {
+    run = database->ReadAll();
+  }
+  if (!options.profile) run.profile.reset();
   for (const std::string& remark : RemarksOn(run.exact)) Remark(NameOf(options.input), remark);
   return run;
 }

@@ -3,8 +3,10 @@
 #define KESNCD_CLI_EXACT_FIGURES_EXACT_INPUT_H_
 
 #include <functional>
+#include <optional>
 #include <vector>
 
+#include "cli/exact_figures/kept_profile.h"
 #include "cli/input/dump_input.h"
 #include "database/stored_run.h"
 #include "free_format/prepare/prepare.h"
@@ -17,6 +19,8 @@ struct ExactInput {
   // In femtoseconds; a database is taken only if it holds the same one.
   TimeWindow window;
   bool wantsHost = false;  // the hosts' figures too, from the same reading
+  /// Of what windows a profile is wanted; needs the hosts' figures.
+  std::optional<WindowsAsked> profile;
   /// See ActivityOptions. A database does not hold when signals toggled: who gives one takes care.
   std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
 };

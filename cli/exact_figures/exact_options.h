@@ -10,6 +10,7 @@
 #include "activity/activity_result.h"
 #include "activity/body_part.h"
 #include "cli/exact_figures/clock_scale.h"
+#include "cli/exact_figures/kept_profile.h"
 #include "cli/input/dump_input.h"
 #include "cli/output/output.h"
 #include "cli/selection/selection.h"
@@ -39,6 +40,8 @@ struct ExactOptions {
   ExactFormat format = ExactFormat::Table;  // set before anything is read
   OutputOptions output;                     // whose format is set for rows
   std::optional<PartChoice> part;           // of the dump, instead of all of it
+  WindowsAsked windows;                     // of the profile that a database holds
+  bool noProfile = false;
   ClockOptions clock;
   // --time-unit, for Tcl: the unit that toggles are counted in.
   std::optional<std::uint64_t> timeUnit;  // femtoseconds

@@ -49,25 +49,11 @@ std::string FoldedText(const Profile& profile, std::uint64_t parts) {
          std::to_string(parts) + " equal parts, which a file has";
 }
 
-ProfileRun<Profile> ReadProfile(
-    const InputOptions& input, ProfileOptions options, std::optional<std::uint64_t> expected,
-    const std::function<ProfileRun<Profile>(ByteSource&, const ProfileOptions&)>& count) {
-  options.last = expected;
-  UnpackedSource dump = OpenDump(input);
-  ProfileRun<Profile> run = count(*dump.bytes, options);
-  for (int again = 0; again < 2 && !run.wasLastRight; ++again) {
-    // A dump that still grows has other ends each time: windows that fold fit any.
-    options.last.reset();
-    if (again == 0) options.last = run.base.lastTick;
-    dump = OpenDump(input);
-    run = count(*dump.bytes, options);
-  }
-  dump.bytes.reset();
+void SayOfProfile(const ProfileRun<Profile>& run, const ProfileOptions& options) {
   for (const std::string& remark : RemarksOn(run.base)) Remark(options.counting.dump, remark);
   if (run.figures.isFolded) {
     Remark(options.counting.dump, FoldedText(run.figures, options.parts));
   }
-  return run;
 }
 
 }  // namespace orsa::kesncd::cli

@@ -48,6 +48,7 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
       clocks_.push_back({clock.name, clock.signal, mhz, "SDC"});
     }
   }
+  isByName_ = clocks_.empty();
   if (timing.empty()) return;
   // The library's own reader of timing reports; 0 is the lower of constraint and achieved.
   orsa::kesncd::KesNCD analyser;
@@ -59,16 +60,18 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
     // Below 0 is the library's word for "not said".
     clocks_.push_back({name, name, mhz >= 0 ? std::optional(mhz) : std::nullopt, "timing report"});
   }
+  isByName_ = clocks_.empty();
 }
 
 std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations,
                                                 const std::string& dump) {
-  for (Clock& clock : clocks_) clock.isFound = false;
   std::vector<std::uint32_t> codes;
-  if (clocks_.empty()) {
+  if (isByName_) {
+    clocks_.clear();
     FindByName(declarations, codes);
     return codes;
   }
+  for (Clock& clock : clocks_) clock.isFound = false;
   std::vector<std::string> names;
   for (const Clock& clock : clocks_) names.push_back(clock.signal);
   const SignalSearch search(declarations, Declarations::kDump, true, names);

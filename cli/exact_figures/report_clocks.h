@@ -23,6 +23,8 @@ namespace orsa::kesncd::cli {
 /// activity is.
 class ReportClocks {
  public:
+  /// Those that are called like clocks.
+  ReportClocks() = default;
   /// Reads constraints and a timing report, of which either may be an empty path. Throws Failure
   /// with Unusable. Clocks of both, in this order. A report's clock without a frequency is kept: it
   /// may still run.
@@ -56,6 +58,7 @@ class ReportClocks {
   // Paths, as the constructor got them.
   std::string sdc_;
   std::string timing_;
+  bool isByName_ = true;
   std::vector<Clock> clocks_;
 };
 

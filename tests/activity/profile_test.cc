@@ -70,16 +70,31 @@ TEST(ModuleShares, SumAsModulesOfActivityDo) {
     result.bits.resize(bits.bits());
     for (BitFigures& bit : result.bits) bit.tc = below(1000);
     const ModuleTree tree = ModulesIn(declarations, Declarations::kDump, UINT32_MAX);
-    const ModuleShares shares = ModuleShares::ByName(declarations, tree);
-    std::vector<std::uint64_t> sums(tree.size());
-    for (std::uint32_t code = 0; code < codes; ++code) {
-      for (const ModuleShare& share : shares.Of(code)) {
-        for (std::uint32_t bit = share.from; bit < share.to; ++bit) {
-          sums[share.module] +=
-              static_cast<std::uint64_t>(std::int64_t{share.times}) * result.BitsOf(code)[bit].tc;
+    const auto sumsOf = [&](const ModuleShares& shares) {
+      std::vector<std::uint64_t> sums(2 * tree.size());
+      for (std::uint32_t code = 0; code < codes; ++code) {
+        for (const ModuleShare& share : shares.Of(code)) {
+          for (std::uint32_t bit = share.from; bit < share.to; ++bit) {
+            sums[share.module] +=
+                static_cast<std::uint64_t>(std::int64_t{share.times}) * result.BitsOf(code)[bit].tc;
+          }
         }
       }
+      return sums;
+    };
+    std::vector<std::uint64_t> sums = sumsOf(ModuleShares::ByBoth(declarations, bits, tree));
+    const std::vector<std::uint64_t> owned =
+        sumsOf(ModuleShares::ByOwner(declarations, bits, tree));
+    EXPECT_EQ(std::vector(sums.begin(), sums.begin() + static_cast<std::ptrdiff_t>(tree.size())),
+              [&] {
+                auto named = sumsOf(ModuleShares::ByName(declarations, tree));
+                named.resize(tree.size());
+                return named;
+              }());
+    for (std::size_t module = 0; module < tree.size(); ++module) {
+      ASSERT_EQ(sums[module] + sums[tree.size() + module], owned[module]) << trial;
     }
+    sums.resize(tree.size());
     tree.AddUp(sums);
     const std::vector<ActivitySums> expected = ActivityRows(result).ModuleSums();
     for (std::uint32_t module = 0; module < tree.size(); ++module) {

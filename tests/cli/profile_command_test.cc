@@ -53,6 +53,9 @@ kesncd profile - --windows 3 --format csv -q < d.vcd | cut -d, -f1,2,4 | tail -n
 kesncd profile - --windows 3 < d.vcd >/dev/null => 0 =>  => (.|\n)*standard input: its span was not known .*\n
 kesncd profile - --windows 200 --format csv -q < d.vcd | wc -l => 0 => 101\n
 gzip -k d.vcd && kesncd profile d.vcd.gz --windows 7 -o a.csv -q && kesncd profile d.vcd --windows 7 -o b.csv -q && cmp a.csv b.csv => 0 => 
+kesncd profile d.vcd --windows 7 --jobs 3 -o c.csv -q && cmp b.csv c.csv => 0 => 
+kesncd profile d.vcd --peak 20ns --jobs 3 --format csv -q | head -2 | tail -1 | tr -d '\r' => 0 => all,/,5,1,10,30\n
+kesncd report d.vcd --jobs 1 -q > 1.html && kesncd report d.vcd --jobs 3 -q | cmp - 1.html => 0 => 
 kesncd profile d.vcd --windows 4 --clock clk => 2 =>  => kesncd: --windows, --window, .*\n.*\n
 kesncd profile d.vcd --values 4 => 2 =>  => kesncd: --values is for --by\n.*\n
 kesncd profile d.vcd --window 0 => 2 =>  => kesncd: --window and --peak: 0 is no length\n.*\n
@@ -70,6 +73,40 @@ grep -c '</script><img>' odd.html => 1 => 0\n
 kesncd report - -q < d.vcd | grep -c '"findings"' => 1 => 0\n
 kesncd report d.vcd -o d.csv => 2 =>  => kesncd: d.csv: ends in .csv, but this command writes html; .*\n.*\n
 ln d.vcd d.html; kesncd report d.vcd -o d.html => 2 =>  => kesncd: d.html: is an input too\n)");
+}
+
+// What a database holds over time is what the dump says; what it does not hold is refused.
+TEST(ProfileCommand, TakesDatabasesForTheWindowsThatTheyHold) {
+  const TempDir dir;
+  dir.Write("d.vcd", ReadAll(CasesOf("profile") + "/shared-port.vcd"));
+  dir.Write("c.sdc", "create_clock -period 25 -name core [get_ports clk]\n");
+  dir.Write("q.sdc", "create_clock -period 25 -name core [get_ports q]\n");
+  dir.Write("same",
+            "for more in '' '--depth 3' '--scope top/a' '--scope b --depth 1'; do\n"
+            "  kesncd profile d.vcd $1 $more --format json -q > a.json\n"
+            "  kesncd profile d.kact $more --format json -q | cmp - a.json || echo \"$1 $more\"\n"
+            "done\n"
+            "kesncd report d.kact -q | sed 's/\"notes\":.*\"modules\":/\"modules\":/' > a.html\n"
+            "kesncd report d.vcd -q $1 | sed 's/\"findings\":.*\"reached\"/\"reached\"/; "
+            "s/\"notes\":.*\"modules\":/\"modules\":/' | cmp - a.html || echo report $1\n");
+  ExpectRuns(dir,
+             R"(kesncd activity d.vcd -q -o d.kact && sh same => 0 => 
+kesncd activity d.vcd -q --jobs 3 -o e.kact && cmp d.kact e.kact; kesncd activity d.kact -q -o e.kact; cmp d.kact e.kact => 0 => 
+kesncd activity d.vcd -q --windows 7 -o d.kact && sh same '--windows 7' => 0 => 
+kesncd profile d.kact --windows 7 -q --format csv | wc -l => 0 => 8\n
+kesncd profile d.kact --windows 8 -q => 2 =>  => kesncd: d.kact: holds 7 equal parts of the span, not 8 .*\n
+kesncd profile d.kact --clock clk -q => 2 =>  => kesncd: d.kact: a database does not hold when each .*\n
+kesncd profile d.kact --begin 15ns -q => 2 =>  => kesncd: d.kact: holds the figures of all of the dump, .*\n
+kesncd report d.kact --sdc c.sdc -q | grep -c '"name":"core","mhz":50,' => 0 => 1\n
+kesncd report d.kact --sdc q.sdc -q => 2 =>  => kesncd: d.kact: holds when the signals toggle that are .*\n
+kesncd report d.kact --windows 8 -q => 2 =>  => kesncd: d.kact: holds 7 .*\n
+kesncd activity d.kact -q --windows 9 -o e.kact => 2 =>  => kesncd: d.kact: holds 7 .*\n
+kesncd activity d.vcd -q --window 30ns --begin 15ns -o d.kact && kesncd profile d.kact -q --format csv --begin 15ns | cut -d, -f1,4 | tr -d '\r' => 0 => begin,toggles\n15,6\n45,.*\n75,.*\n
+kesncd activity - -q --windows 3 -o p.kact < d.vcd && kesncd profile p.kact -q --format csv > a && kesncd profile - -q --windows 3 --format csv < d.vcd | cmp - a => 0 => 
+kesncd activity d.vcd -q --no-profile -o n.kact && kesncd profile n.kact -q => 2 =>  => kesncd: n.kact: holds no figures over time: .*--no-profile.*\n
+kesncd merge d.kact d.kact -q -o m.kact && kesncd profile m.kact -q => 2 =>  => kesncd: m.kact: holds no figures over time: it was merged from several runs, .*\n
+kesncd activity d.vcd --windows 5 => 2 =>  => kesncd: --windows, --window and --no-profile are for a database; .*\n.*\n
+kesncd activity d.vcd --part 1/2 --windows 5 -o e.kact => 2 =>  => kesncd: --part: parts have no windows, .*\n.*\n)");
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <functional>
 #include <random>
 
-#include "activity/both_runs.h"
+#include "activity/profile/profile_run.h"
 #include "database/database_reader.h"
 #include "database/database_writer.h"
 #include "tests/support/testing.h"
@@ -29,11 +29,17 @@ StoredRun OddRun() {
       Dump("SCALE~$date a \"day\" $end~TOP~CLK~$var wire 4 # d\xFF [3:0] $end~"
            "$var wire 4 # alias $end~$var real 64 % r $end~UP~END~"
            "#0~0!~b0101 #~#9~stray~1!~r1 %~#18446744073709551613~0!~bx #~#1~"));
-  BothRuns both = CountBoth(dump, options);
+  ProfileOptions windows;
+  windows.counting = options;
+  windows.counting.watch = [](const Declarations&) { return std::vector<std::uint32_t>{0}; };
+  windows.parts = 3;
+  windows.last = 18446744073709551613U;
+  ProfiledRuns both = CountBothAndProfile(dump, windows);
   StoredRun run;
   run.facts.dump = "d.vcd";
-  run.exact = std::move(both.exact);
-  run.host = std::move(both.host);
+  run.exact = std::move(both.runs.exact);
+  run.host = std::move(both.runs.host);
+  run.profile = std::move(both.profile);
   return run;
 }
 
@@ -70,6 +76,9 @@ TEST(Database, HoldsWhatWasWritten) {
   EXPECT_EQ(read.host.remarks, run.host.remarks);
   EXPECT_EQ(read.host.spanTicks, run.host.spanTicks);
   EXPECT_EQ(read.exact.declarations.variables[1].name, "d\xFF[3:0]");
+  EXPECT_EQ(read.profile->profile.toggles, run.profile->profile.toggles);
+  EXPECT_EQ(read.profile->profile.toggles[0].size(), 3U);
+  EXPECT_EQ(read.profile->clocks.front().span.last, run.profile->clocks.front().span.last);
   EXPECT_EQ(Written(read), bytes);
 }
 
@@ -115,6 +124,16 @@ TEST(Database, RunsNothingThatAFileSays) {
       {"UPDATE code SET bits = 4294967296",
        "f: is a corrupt database: it does not hold what was written"},
       {"UPDATE scope SET parent = id",
+       "f: is a corrupt database: it does not hold what was written"},
+      {"DROP TABLE time_window", "f: is a corrupt database: it does not hold what was written"},
+      {"DROP TABLE clock", "f: is no database of this program's: its table clock is another"},
+      {"UPDATE module_toggles SET toggles = '[1,2'",
+       "f: is a corrupt database: it does not hold what was written"},
+      {"UPDATE module_toggles SET own = '[1,2,3,4]' WHERE scope = 1",
+       "f: is a corrupt database: it does not hold what was written"},
+      {"UPDATE module_toggles SET scope = 99 WHERE scope = 1",
+       "f: is a corrupt database: it does not hold what was written"},
+      {"UPDATE time_window SET last_tick = first_tick",
        "f: is a corrupt database: it does not hold what was written"},
       {"DELETE FROM run WHERE name = 'tick_fs'",
        "f: is a corrupt database: it does not hold what was written"},

@@ -7,6 +7,7 @@
 
 #include "activity/body_part.h"
 #include "activity/host_run.h"
+#include "activity/profile/profile_run.h"
 #include "free_format/findings/dump_findings.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/require.h"
@@ -67,6 +68,43 @@ std::string TextOf(const DumpCheck& check) {
   return text.str();
 }
 
+std::string TextOf(const ProfileRun<Profile>& run) {
+  const Profile& profile = run.figures;
+  std::ostringstream text;
+  text << "profile of " << run.base.observedTicks << " in " << run.base.firstTick << " to "
+       << run.base.lastTick << ", " << run.base.notes.pauses << " pauses, as expected "
+       << run.wasLastRight << "\nedges";
+  for (const std::uint64_t edge : profile.edges) text << ' ' << edge;
+  text << "\nobserved";
+  for (const std::uint64_t observed : profile.observed) text << ' ' << observed;
+  for (const auto& [begin, end] : profile.gaps) text << "\ngap " << begin << ' ' << end;
+  for (const std::vector<std::uint64_t>& row : profile.toggles) {
+    text << "\nmodule";
+    for (const std::uint64_t toggles : row) text << ' ' << toggles;
+  }
+  for (const std::vector<std::uint64_t>& row : profile.own) {
+    text << "\nown";
+    for (const std::uint64_t toggles : row) text << ' ' << toggles;
+  }
+  for (const ToggleSpan& span : run.base.watched) {
+    text << "\nwatched " << span.first << ' ' << span.last << ' ' << span.toggles;
+  }
+  for (const BitFigures& bit : run.base.bits) text << "\nbit " << bit.t1 << ' ' << bit.tc;
+  for (const std::string& remark : RemarksOn(run.base)) text << "\n! " << remark;
+  return text.str();
+}
+
+std::string TextOf(const ProfiledRuns& run) {
+  std::string text = TextOf(run.runs.exact) + TextOf(run.runs.host);
+  if (!run.profile) return text;
+  ProfileRun<Profile> kept;
+  kept.figures = run.profile->profile;
+  for (const KeptProfile::Clock& clock : run.profile->clocks) {
+    kept.base.watched.push_back(clock.span);
+  }
+  return text + TextOf(kept);
+}
+
 /// What becomes of a reading, be it a failure.
 template <class Read>
 std::string Outcome(Read read) {
@@ -99,8 +137,54 @@ BodyPart Merged(TextFile& file, const ActivityOptions& options, std::uint32_t pa
   return std::move(sums.front());
 }
 
+/// The codes of signals of one bit, a few of them.
+std::vector<std::uint32_t> SomeCodes(const Declarations& declarations) {
+  std::vector<std::uint32_t> codes;
+  for (const DumpVariable& variable : declarations.variables) {
+    const bool isNew = std::find(codes.begin(), codes.end(), variable.codeId) == codes.end();
+    if (variable.width == 1 && isNew && codes.size() < 4) codes.push_back(variable.codeId);
+  }
+  return codes;
+}
+
 void RequireSame(const std::string& parted, const std::string& whole, const std::string& how) {
   Require(parted == whole, [&] { return how + ":\n" + parted + "\nin one reading:\n" + whole; });
+}
+
+/// Toggles by windows: equal parts of the span, and windows of a few ticks.
+void CheckProfilesInParts(const std::string& dump, const ActivityOptions& counting,
+                          const std::vector<std::uint32_t>& numbers) {
+  TextFile file(dump);
+  ProfileOptions options;
+  options.counting = counting;
+  options.counting.watch = SomeCodes;
+  options.depth = 2;
+  options.mostCells = 5000;
+  try {
+    TextSource stamps(dump, kSmallBlock / 3);
+    options.last = LastStampOf(stamps, counting);
+  } catch (const Failure&) {  // which each reading gives too
+  }
+  for (const std::uint64_t femtoseconds : {0, 7000, 7000000}) {
+    if (femtoseconds > 0) options.length = femtoseconds;
+    const auto compare = [&](auto count, const std::string& what) {
+      TextSource whole(dump, kSmallBlock / 3);
+      const std::string expected = Outcome([&] { return count(whole, options); });
+      for (const std::uint32_t threads : numbers) {
+        options.counting.jobs = threads;
+        RequireSame(Outcome([&] { return count(file, options); }), expected,
+                    what + " by " + std::to_string(threads) + " threads");
+      }
+    };
+    options.parts = 5;
+    compare([](auto& from, const ProfileOptions& how) { return CountProfile(from, how); },
+            "profile");
+    compare(
+        [](auto& from, const ProfileOptions& how) { return CountActivityAndProfile(from, how); },
+        "profile with activity");
+    compare([](auto& from, const ProfileOptions& how) { return CountBothAndProfile(from, how); },
+            "profile with both figures");
+  }
 }
 
 }  // namespace
@@ -123,6 +207,7 @@ void CheckReadingInParts(const Input& input) {
   const auto asked = static_cast<std::uint32_t>(std::strtoul(input.Option(2).c_str(), nullptr, 10));
   std::vector<std::uint32_t> numbers{2, 3, 7, 40};
   if (asked > 0) numbers = {std::min(asked, kMostParts)};
+  CheckProfilesInParts(input.text, options, asked > 0 ? numbers : std::vector<std::uint32_t>{7});
   TextFile file(input.text);
   for (const std::uint32_t parts : numbers) {
     const std::string by = std::to_string(parts);

@@ -1,0 +1,55 @@
+// What a database holds over time, and what it does not.
+#include "cli/exact_figures/kept_profile.h"
+
+#include <utility>
+
+#include "text/failure.h"
+#include "vcd/time_text.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+std::string WindowsText(std::uint64_t parts, const std::optional<std::uint64_t>& length) {
+  if (length) return "windows of " + TimeText(*length);
+  return std::to_string(parts) + " equal parts of the span";
+}
+
+[[noreturn]] void FailWithout(const StoredFacts& facts, const std::string& name) {
+  const std::string why =
+      facts.runs > 1
+          ? "it was merged from several runs, whose times are not the same"
+          : "it was merged from parts, made with --no-profile, or by an earlier version; "
+            "kesncd activity DUMP -o FILE makes one that does";
+  throw Failure(FailureKind::Unusable, name + ": holds no figures over time: " + why);
+}
+
+}  // namespace
+
+StoredRun ReadWithProfile(ActivityDatabase& database, const std::string& name,
+                          const WindowsAsked& asked) {
+  StoredRun run = database.ReadAll();
+  if (!run.profile) FailWithout(run.facts, name);
+  const KeptProfile& kept = *run.profile;
+  const bool isHeld = asked.length ? asked.length == kept.length : asked.parts == kept.parts;
+  if (asked.IsAny() || isHeld) return run;
+  throw Failure(FailureKind::Unusable, name + ": holds " + WindowsText(kept.parts, kept.length) +
+                                           ", not " + WindowsText(asked.parts, asked.length) +
+                                           ", which need the dump");
+}
+
+Profile ProfileIn(const Profile& all, const Declarations& declarations, std::uint32_t scope,
+                  std::uint32_t depth) {
+  Profile profile;
+  profile.edges = all.edges;
+  profile.observed = all.observed;
+  profile.gaps = all.gaps;
+  profile.isFolded = all.isFolded;
+  profile.modules = ModulesIn(declarations, scope, depth);
+  for (const std::uint32_t module : profile.modules.scopes) {
+    profile.toggles.push_back(all.toggles[all.modules.places[module]]);
+  }
+  return profile;
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,221 @@
+// The profile's own tables. A module's toggles are one list, a number for each window: modules
+// times windows would be more rows than all other tables have.
+#include "database/profile_tables.h"
+
+#include <charconv>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "database/table_reader.h"
+#include "database/table_writer.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// A list as JSON has it, which SQLite can take apart.
+std::string ListText(const std::vector<std::uint64_t>& numbers) {
+  std::string text;
+  for (const std::uint64_t number : numbers) {
+    text += text.empty() ? '[' : ',';
+    text += std::to_string(number);
+  }
+  return text.empty() ? "[]" : text + "]";
+}
+
+void WriteWindows(const Profile& profile, Connection& to, FactsByName& facts) {
+  TableWriter rows(to, "time_window", 4);
+  for (std::size_t window = 0; window < profile.windows(); ++window) {
+    rows.DerivedNumber(static_cast<std::int64_t>(window));
+    rows.Count(profile.edges[window]);
+    rows.Count(profile.edges[window + 1]);
+    rows.Count(profile.observed[window]);
+    rows.EndRow();
+  }
+  facts["checksum_time_window"] = FactOfCount(rows.sum());
+}
+
+void WriteToggles(const Profile& profile, Connection& to, FactsByName& facts) {
+  TableWriter rows(to, "module_toggles", 3);
+  const std::vector<std::uint32_t>& places = profile.modules.places;
+  for (std::size_t scope = 0; scope < places.size(); ++scope) {
+    const std::uint32_t module = places[scope];
+    if (profile.toggles[module].empty() && profile.own[module].empty()) continue;
+    const std::string toggles = ListText(profile.toggles[module]);
+    const std::string own = ListText(profile.own[module]);
+    rows.Count(std::uint64_t{scope});
+    rows.Text(toggles);
+    rows.Text(own);
+    rows.EndRow();
+  }
+  facts["checksum_module_toggles"] = FactOfCount(rows.sum());
+}
+
+void WriteGaps(const Profile& profile, Connection& to, FactsByName& facts) {
+  TableWriter rows(to, "dumping_gap", 2);
+  for (const auto& [begin, end] : profile.gaps) {
+    rows.Count(begin);
+    rows.Count(end);
+    rows.EndRow();
+  }
+  facts["checksum_dumping_gap"] = FactOfCount(rows.sum());
+}
+
+void WriteClocks(const std::vector<KeptProfile::Clock>& clocks, Connection& to,
+                 FactsByName& facts) {
+  TableWriter rows(to, "clock", 4);
+  for (const KeptProfile::Clock& clock : clocks) {
+    rows.Count(std::uint64_t{clock.codeId});
+    rows.Count(clock.span.toggles);
+    rows.Count(clock.span.first);
+    rows.Count(clock.span.last);
+    rows.EndRow();
+  }
+  facts["checksum_clock"] = FactOfCount(rows.sum());
+}
+
+class ProfileReader {
+ public:
+  ProfileReader(Connection& from, const Declarations& declarations, const FactsByName& facts,
+                std::uint64_t& budget)
+      : from_(from), declarations_(declarations), facts_(facts), budget_(budget) {}
+
+  KeptProfile Read() {
+    KeptProfile kept;
+    kept.parts = CountOf("profile_parts").value_or(0);
+    kept.length = CountOf("profile_length_fs");
+    kept.profile.isFolded = CountOf("profile_folded").value_or(0) != 0;
+    if ((kept.parts == 0) == !kept.length || kept.length == 0) from_.FailCorrupt();
+    ReadWindows(kept.profile);
+    ReadToggles(kept.profile);
+    ReadGaps(kept.profile);
+    ReadClocks(kept.clocks);
+    return kept;
+  }
+
+ private:
+  std::optional<std::uint64_t> CountOf(const std::string& name) const {
+    const auto place = facts_.find(name);
+    if (place == facts_.end()) from_.FailCorrupt();
+    if (std::holds_alternative<std::monostate>(place->second)) return {};
+    const auto* const number = std::get_if<std::uint64_t>(&place->second);
+    if (number != nullptr) return *number;
+    const std::optional<std::uint64_t> count = LongCount(std::get<std::string>(place->second));
+    if (!count) from_.FailCorrupt();
+    return count;
+  }
+
+  void CheckSum(const TableReader& rows, const char* table) const {
+    if (CountOf(std::string("checksum_") + table) != rows.sum()) from_.FailCorrupt();
+  }
+
+  void ReadWindows(Profile& profile) {
+    TableReader rows(from_,
+                     "SELECT id, first_tick, last_tick, observed FROM time_window NOT INDEXED"
+                     " ORDER BY id",
+                     budget_);
+    while (rows.Next()) {
+      rows.Place(profile.observed.size());
+      const std::uint64_t begin = rows.Count();
+      const std::uint64_t end = rows.Count();
+      const std::uint64_t observed = rows.Count();
+      if (profile.edges.empty()) profile.edges.push_back(begin);
+      if (begin != profile.edges.back() || end <= begin || observed > end - begin) {
+        from_.FailCorrupt();
+      }
+      profile.edges.push_back(end);
+      profile.observed.push_back(observed);
+    }
+    CheckSum(rows, "time_window");
+  }
+
+  /// A list with a number for each window, or none at all.
+  std::vector<std::uint64_t> List(const std::string& text, std::size_t windows) const {
+    std::vector<std::uint64_t> numbers;
+    if (text == "[]") return numbers;
+    if (!text.starts_with('[') || !text.ends_with(']')) from_.FailCorrupt();
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at != end - 1) {
+      if (*at != (numbers.empty() ? '[' : ',')) from_.FailCorrupt();
+      std::uint64_t number = 0;
+      const auto [next, error] = std::from_chars(at + 1, end, number);
+      if (error != std::errc() || numbers.size() == windows) from_.FailCorrupt();
+      numbers.push_back(number);
+      at = next;
+    }
+    if (numbers.size() != windows) from_.FailCorrupt();
+    return numbers;
+  }
+
+  void ReadToggles(Profile& profile) {
+    profile.modules = ModulesIn(declarations_, Declarations::kDump, UINT32_MAX);
+    const std::vector<std::uint32_t>& places = profile.modules.places;
+    profile.toggles.resize(profile.modules.size());
+    profile.own.resize(profile.modules.size());
+    TableReader rows(from_,
+                     "SELECT scope, toggles, own FROM module_toggles NOT INDEXED ORDER BY scope",
+                     budget_);
+    while (rows.Next()) {
+      const std::uint64_t scope = rows.Count();
+      if (scope >= places.size() || places[scope] == ModuleTree::kOutside) from_.FailCorrupt();
+      profile.toggles[places[scope]] = List(rows.Text(), profile.windows());
+      profile.own[places[scope]] = List(rows.Text(), profile.windows());
+    }
+    CheckSum(rows, "module_toggles");
+  }
+
+  void ReadGaps(Profile& profile) {
+    TableReader rows(
+        from_, "SELECT first_tick, last_tick FROM dumping_gap NOT INDEXED ORDER BY rowid", budget_);
+    while (rows.Next()) {
+      const std::uint64_t begin = rows.Count();
+      const std::uint64_t end = rows.Count();
+      if (begin > end) from_.FailCorrupt();
+      profile.gaps.emplace_back(begin, end);
+    }
+    CheckSum(rows, "dumping_gap");
+  }
+
+  void ReadClocks(std::vector<KeptProfile::Clock>& clocks) {
+    TableReader rows(from_,
+                     "SELECT code, toggles, first_tick, last_tick FROM clock NOT INDEXED"
+                     " ORDER BY rowid",
+                     budget_);
+    while (rows.Next()) {
+      KeptProfile::Clock clock;
+      clock.codeId = rows.Small();
+      clock.span.toggles = rows.Count();
+      clock.span.first = rows.Count();
+      clock.span.last = rows.Count();
+      if (clock.span.first > clock.span.last) from_.FailCorrupt();
+      clocks.push_back(clock);
+    }
+    CheckSum(rows, "clock");
+  }
+
+  Connection& from_;
+  const Declarations& declarations_;
+  const FactsByName& facts_;
+  std::uint64_t& budget_;
+};
+
+}  // namespace
+
+void WriteProfileTables(const KeptProfile& kept, Connection& to, FactsByName& facts) {
+  facts["profile_parts"] = kept.length ? Fact() : FactOfCount(kept.parts);
+  facts["profile_length_fs"] = kept.length ? FactOfCount(*kept.length) : Fact();
+  facts["profile_folded"] = FactOfCount(kept.profile.isFolded ? 1 : 0);
+  WriteWindows(kept.profile, to, facts);
+  WriteToggles(kept.profile, to, facts);
+  WriteGaps(kept.profile, to, facts);
+  WriteClocks(kept.clocks, to, facts);
+}
+
+KeptProfile ReadProfileTables(Connection& from, const Declarations& declarations,
+                              const FactsByName& facts, std::uint64_t& budget) {
+  return ProfileReader(from, declarations, facts, budget).Read();
+}
+
+}  // namespace orsa::kesncd
