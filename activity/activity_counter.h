@@ -7,7 +7,6 @@
 #ifndef KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 #define KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -20,6 +19,7 @@
 #include "activity/code_bits.h"
 #include "activity/vector_counter.h"
 #include "activity/vector_value.h"
+#include "activity/waiting_changes.h"
 #include "vcd/dump_keywords.h"
 #include "vcd/value_alphabet.h"
 
@@ -65,12 +65,6 @@ class ActivityCounter {
     BitEdge before;
     BitFigures figures;  // of a scalar
   };
-  /// A scalar change that waits until the memory of its code arrived in the processor's caches.
-  struct Waiting {
-    std::uint32_t codeId;
-    char value;
-  };
-  static constexpr std::size_t kMostWaiting = 32;
   static constexpr std::uint32_t kNoBits = UINT32_MAX;
   static constexpr std::uint32_t kScalar = UINT32_MAX - 1;
 
@@ -100,21 +94,17 @@ class ActivityCounter {
   VectorCounter vectors_;
   std::vector<ValueWord> value_;  // of the vector in hand
   ActivityPart part_;
-  std::array<Waiting, kMostWaiting> waiting_;
-  std::size_t waits_ = 0;
+  WaitingChanges waiting_;
   // Edges before the step in which the middle began, of codes that had a value in this step before.
   std::unordered_map<std::uint32_t, std::vector<BitEdge>> edgesBefore_;
 };
 
 inline void ActivityCounter::Scalar(std::uint32_t codeId, char value) {
-  __builtin_prefetch(&codes_[codeId], 1);
-  waiting_[waits_++] = {codeId, value};
-  if (waits_ == kMostWaiting) TakeWaiting();
+  if (waiting_.Add(codeId, value, &codes_[codeId])) TakeWaiting();
 }
 
 inline void ActivityCounter::TakeWaiting() {
-  for (std::size_t i = 0; i < waits_; ++i) TakeChange(waiting_[i].codeId, waiting_[i].value);
-  waits_ = 0;
+  waiting_.TakeAll([this](std::uint32_t codeId, char value) { TakeChange(codeId, value); });
 }
 
 inline void ActivityCounter::TakeChange(std::uint32_t codeId, char value) {

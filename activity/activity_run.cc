@@ -11,7 +11,7 @@
 #include "activity/activity_part.h"
 #include "activity/activity_start.h"
 #include "activity/code_bits.h"
-#include "activity/toggle_watch.h"
+#include "activity/profile/toggle_watch.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"
@@ -27,12 +27,6 @@ std::vector<std::uint32_t> WatchedCodes(const Declarations& declarations,
                                         const ActivityOptions& options) {
   if (!options.watch) return {};
   return options.watch(declarations);
-}
-
-/// As many threads as may be used, but no more than take a quarter of the memory.
-unsigned ThreadsFor(const CodeBits& codes, const ActivityOptions& options) {
-  const std::uint64_t most = MostBitsInMemory() / 4 / std::max<std::uint64_t>(codes.bits(), 1);
-  return static_cast<unsigned>(std::clamp<std::uint64_t>(most, 1, options.jobs));
 }
 
 ActivityResult Finish(ActivityStart& start, ActivityPart part, ItemTallies items) {
@@ -71,7 +65,7 @@ ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options) {
   ActivityStart start(ReadDeclarations(dump.words(), options.dump), options);
   const CodeBits& codes = start.codes;
   const std::vector<std::uint32_t> watched = WatchedCodes(start.result.declarations, options);
-  const unsigned threads = ThreadsFor(codes, options);
+  const unsigned threads = ThreadsWithin(kBytesPerBit * codes.bits(), options.jobs);
   if (threads == 1 || !watched.empty()) return CountBody(dump.words(), start, watched);
   ActivityPart whole;
   bool isFirst = true;
@@ -103,6 +97,11 @@ std::uint64_t MemoryBytes() {
 
 std::uint64_t MostBitsInMemory() {
   return MemoryBytes() / kBytesPerBit;
+}
+
+unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs) {
+  const std::uint64_t most = MemoryBytes() / 4 / std::max<std::uint64_t>(bytesOfEach, 1);
+  return static_cast<unsigned>(std::max<std::uint64_t>(std::min<std::uint64_t>(most, jobs), 1));
 }
 
 std::vector<std::string> RemarksOn(const ActivityResult& result) {

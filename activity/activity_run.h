@@ -14,7 +14,7 @@
 #include "activity/activity_window.h"
 #include "activity/code_bits.h"
 #include "free_format/dump_words.h"
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 #include "text/byte_stream.h"
 
 namespace orsa::kesncd {
@@ -46,6 +46,9 @@ ActivityResult FinishActivity(Declarations declarations, ActivityPart part, Item
 std::uint64_t MemoryBytes();
 /// How many bits the memory of this machine holds the activity of.
 std::uint64_t MostBitsInMemory();
+/// As many threads as may be used, at least one, but no more than take a quarter of the memory when
+/// each has so many bytes.
+unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs);
 
 /// What a user of the figures must know, the gravest first.
 std::vector<std::string> RemarksOn(const ActivityResult& result);

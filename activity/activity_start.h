@@ -10,7 +10,7 @@
 #include "activity/activity_result.h"
 #include "activity/activity_window.h"
 #include "activity/code_bits.h"
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 #include "vcd/declarations.h"
 
 namespace orsa::kesncd {

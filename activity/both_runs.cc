@@ -16,11 +16,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// As many threads as may be used, but no more than take a quarter of the memory.
-unsigned ThreadsFor(const CodeBits& codes, const ActivityOptions& options) {
-  const std::uint64_t most = MostBitsInMemory() / 5 / std::max<std::uint64_t>(codes.bits(), 1);
-  return static_cast<unsigned>(std::clamp<std::uint64_t>(most, 1, options.jobs));
-}
+constexpr std::uint64_t kBytesPerBit = 150;  // of both counts
 
 }  // namespace
 
@@ -42,7 +38,7 @@ BothRuns CountBoth(ByteFile& file, const ActivityOptions& options) {
       host = counters->host().TakePart();
     }
   };
-  const auto stretches = dump.Cut(ThreadsFor(codes, options));
+  const auto stretches = dump.Cut(ThreadsWithin(kBytesPerBit * codes.bits(), options.jobs));
   const ItemTallies tallies = ReadInParts(dump, start.result.declarations, stretches, make, take);
   return FinishBoth(std::move(start.result.declarations), std::move(activity), std::move(*host),
                     tallies, options);

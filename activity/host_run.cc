@@ -50,12 +50,6 @@ std::string WhyUnknown(const Declarations& declarations, const BodyTime& time) {
   return "";
 }
 
-/// As many threads as may be used, but no more than take a quarter of the memory.
-unsigned ThreadsFor(const Declarations& declarations, unsigned jobs) {
-  const std::uint64_t bytes = kBytesPerCode * declarations.codes.size();
-  return static_cast<unsigned>(std::clamp<std::uint64_t>(MemoryBytes() / 4 / bytes, 1, jobs));
-}
-
 }  // namespace
 
 HostRun ReadHostRun(ByteSource& dump, const std::string& name, const TimeWindow& window,
@@ -86,7 +80,7 @@ HostRun ReadHostRun(ByteFile& file, const std::string& name, const TimeWindow& w
       whole = counting->TakePart();
     }
   };
-  const auto stretches = dump.Cut(ThreadsFor(declarations, jobs));
+  const auto stretches = dump.Cut(ThreadsWithin(kBytesPerCode * declarations.codes.size(), jobs));
   const ItemTallies tallies = ReadInParts(dump, declarations, stretches, make, take);
   return FinishHostRun(std::move(declarations), std::move(*whole), tallies, name, window);
 }

@@ -12,7 +12,7 @@
 
 #include "activity/host_part.h"
 #include "free_format/body_window.h"
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 #include "text/byte_stream.h"
 #include "vcd/declarations.h"
 

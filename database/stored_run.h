@@ -9,7 +9,7 @@
 #include "activity/activity_result.h"
 #include "activity/body_part.h"
 #include "activity/host_run.h"
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 
 namespace orsa::kesncd {
 

@@ -10,8 +10,8 @@
 
 #include "activity/activity_result.h"
 #include "activity/activity_rows.h"
-#include "activity/module_shares.h"
-#include "activity/profile.h"
+#include "activity/profile/module_shares.h"
+#include "activity/profile/profile.h"
 #include "export/report_figures.h"
 
 namespace orsa::kesncd {

@@ -23,6 +23,18 @@ class JsonText {
     text_ += ':';
     isFirst_ = true;
   }
+  void Member(std::string_view key, WideCount number) {
+    Key(key);
+    Number(number);
+  }
+  void Member(std::string_view key, std::string_view text) {
+    Key(key);
+    String(text);
+  }
+  void Member(std::string_view key, const std::optional<double>& value) {
+    Key(key);
+    Measured(value);
+  }
   void Open(char bracket) {
     Separate();
     text_ += bracket;
@@ -85,19 +97,15 @@ void WriteList(JsonText& json, std::string_view key, const Items& items, Write w
 }
 
 void WriteHead(JsonText& json, const ActivityResult& result, const ReportFacts& facts) {
-  json.Key("format");
-  json.String("kesncd-report");
-  json.Key("version");
-  json.Number(1);
-  json.Key("program");
-  json.String(facts.program);
+  json.Member("format", "kesncd-report");
+  json.Member("version", 1);
+  json.Member("program", facts.program);
   json.Key("dump");
   json.Open('{');
   for (const auto& [key, text] : {std::pair("name", &facts.dump),
                                   {"simulator", &result.declarations.version},
                                   {"date", &result.declarations.date}}) {
-    json.Key(key);
-    json.String(std::string_view(*text).substr(0, 1000));
+    json.Member(key, std::string_view(*text).substr(0, 1000));
   }
   json.Close('}');
   json.Key("time");
@@ -108,12 +116,9 @@ void WriteHead(JsonText& json, const ActivityResult& result, const ReportFacts& 
   } else {
     json.Measured({});
   }
-  json.Key("begin");
-  json.Number(result.firstTick);
-  json.Key("end");
-  json.Number(result.lastTick);
-  json.Key("observed");
-  json.Number(result.observedTicks);
+  json.Member("begin", result.firstTick);
+  json.Member("end", result.lastTick);
+  json.Member("observed", result.observedTicks);
   json.Close('}');
 }
 
@@ -126,18 +131,12 @@ void WriteCounts(JsonText& json, const ReportSource& source) {
   const ActivityNotes& notes = source.result.notes;
   json.Key("counts");
   json.Open('{');
-  json.Key("modules");
-  json.Number(source.order.size() - 1);
-  json.Key("signals");
-  json.Number(source.signals.size());
-  json.Key("still_signals");
-  json.Number(count([](const ReportSums& sums) { return sums.tc == 0; }));
-  json.Key("x_signals");
-  json.Number(count([](const ReportSums& sums) { return sums.tx > 0; }));
-  json.Key("glitch_signals");
-  json.Number(count([](const ReportSums& sums) { return sums.ig > 0; }));
-  json.Key("left_out");
-  json.Number(notes.typesWithoutBits.count + notes.withoutBits.count);
+  json.Member("modules", source.order.size() - 1);
+  json.Member("signals", source.signals.size());
+  json.Member("still_signals", count([](const ReportSums& sums) { return sums.tc == 0; }));
+  json.Member("x_signals", count([](const ReportSums& sums) { return sums.tx > 0; }));
+  json.Member("glitch_signals", count([](const ReportSums& sums) { return sums.ig > 0; }));
+  json.Member("left_out", notes.typesWithoutBits.count + notes.withoutBits.count);
   json.Close('}');
 }
 
@@ -145,15 +144,11 @@ void WriteFacts(JsonText& json, const ReportFacts& facts) {
   if (facts.clocks) {
     WriteList(json, "clocks", *facts.clocks, [&](const ReportFacts::Clock& clock) {
       json.Open('{');
-      json.Key("name");
-      json.String(clock.name);
-      json.Key("mhz");
-      json.Measured(clock.mhz);
-      json.Key("reported_mhz");
-      json.Measured(clock.reported);
+      json.Member("name", clock.name);
+      json.Member("mhz", clock.mhz);
+      json.Member("reported_mhz", clock.reported);
       if (clock.reported) {
-        json.Key("reported_by");
-        json.String(clock.reportedBy);
+        json.Member("reported_by", clock.reportedBy);
       }
       json.Close('}');
     });
@@ -161,23 +156,17 @@ void WriteFacts(JsonText& json, const ReportFacts& facts) {
   if (facts.findings) {
     WriteList(json, "findings", *facts.findings, [&](const ReportFacts::Finding& finding) {
       json.Open('{');
-      json.Key("severity");
-      json.String(finding.severity);
-      json.Key("text");
-      json.String(finding.text);
+      json.Member("severity", finding.severity);
+      json.Member("text", finding.text);
       json.Close('}');
     });
   }
   WriteList(json, "reached", facts.reached, [&](const ReportFacts::Reached& reached) {
     json.Open('{');
-    json.Key("what");
-    json.String(reached.what);
-    json.Key("reached");
-    json.Number(reached.reached);
-    json.Key("total");
-    json.Number(reached.total);
-    json.Key("source");
-    json.String(reached.source);
+    json.Member("what", reached.what);
+    json.Member("reached", reached.reached);
+    json.Member("total", reached.total);
+    json.Member("source", reached.source);
     json.Close('}');
   });
   WriteList(json, "notes", facts.notes, [&](const std::string& note) { json.String(note); });

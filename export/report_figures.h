@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "activity/activity_result.h"
-#include "activity/profile.h"
+#include "activity/profile/profile.h"
 
 namespace orsa::kesncd {
 

@@ -43,8 +43,13 @@ class PlainLineTaker {
 
   /// Where there are more codes than a processor's cache holds, each change would wait for memory
   /// twice, for its code's number and for what the taker keeps of it. So all changes of some
-  /// hundred bytes have theirs fetched at once.
-  const char* LookAhead(const char* line, const char* chunk, const char* end) {
+  /// hundred bytes have theirs fetched at once. A taker that keeps nothing by code is not worth it:
+  /// looking its codes up twice costs more than the waiting.
+  const char* LookAhead(const char* line, const char* chunk, const char* end) requires
+      requires(Taker& taker) {
+    taker.Fetch(std::uint32_t{});
+  }
+  {
     if (codes_.size() < kManyCodes) return end;
     const char* const stop = std::min(end, chunk + kAhead);
     CodeInLine* last = found_.data();
@@ -52,12 +57,10 @@ class PlainLineTaker {
     for (const CodeInLine* code = found_.data(); code != last; ++code) {
       codes_.Fetch(code->code, code->length);
     }
-    if constexpr (requires { taker_.Fetch(std::uint32_t{}); }) {
-      for (const CodeInLine* code = found_.data(); code != last; ++code) {
-        if (code->length > DumpWords::kReadAhead) continue;
-        const std::uint32_t codeId = codes_.Find({code->code, code->length});
-        if (codeId != CodeTable::kNone) taker_.Fetch(codeId);
-      }
+    for (const CodeInLine* code = found_.data(); code != last; ++code) {
+      if (code->length > DumpWords::kReadAhead) continue;
+      const std::uint32_t codeId = codes_.Find({code->code, code->length});
+      if (codeId != CodeTable::kNone) taker_.Fetch(codeId);
     }
     return stop;
   }

@@ -7,7 +7,7 @@
 #include <limits>
 #include <string_view>
 
-#include "free_format/dump_format.h"
+#include "free_format/findings/dump_format.h"
 #include "text/failure.h"
 #include "vcd/time_text.h"
 

@@ -72,11 +72,11 @@ bool DumpItems::Next() {
     place_ = {words_.Line(), words_.StartsLine(), true, crowdedLine_};
     if (TakeWord(words_.Word())) {
       crowdedLine_ = 0;
-      isBehindItem_ = true;
+      isAfterItem_ = true;
       return true;
     }
-    if (isBehindItem_ && !place_.startsLine) crowdedLine_ = place_.line;
-    isBehindItem_ = false;
+    if (isAfterItem_ && !place_.startsLine) crowdedLine_ = place_.line;
+    isAfterItem_ = false;
   }
   place_.crowdedLine = crowdedLine_;
   return false;

@@ -127,7 +127,7 @@ class DumpItems {
   StretchSource* const stretch_;  // null for a dump that is read as one
   bool repeat_;                   // the last word is to be taken again
   bool isOverEnd_ = false;
-  bool isBehindItem_ = true;  // no word was taken since the last item
+  bool isAfterItem_ = true;  // no word was taken since the last item
   std::uint64_t crowdedLine_ = 0;
   ItemKind kind_ = ItemKind::SectionEnd;
   std::uint64_t ticks_ = 0;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "free_format/dump_findings.h"
+#include "free_format/findings/dump_findings.h"
 #include "fuzz/target.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/input.h"

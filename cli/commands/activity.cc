@@ -4,11 +4,11 @@
 #include <utility>
 
 #include "cli/commands/commands.h"
-#include "cli/commands/exact_choices.h"
-#include "cli/commands/exact_files.h"
-#include "cli/commands/exact_input.h"
-#include "cli/commands/exact_options.h"
-#include "cli/commands/parts.h"
+#include "cli/exact_figures/exact_choices.h"
+#include "cli/exact_figures/exact_files.h"
+#include "cli/exact_figures/exact_input.h"
+#include "cli/exact_figures/exact_options.h"
+#include "cli/exact_figures/parts.h"
 #include "cli/input/database_input.h"
 #include "cli/process/messages.h"
 #include "text/failure.h"

@@ -4,7 +4,7 @@
 
 #include "cli/commands/commands.h"
 #include "cli/input/reading_threads.h"
-#include "free_format/dump_findings.h"
+#include "free_format/findings/dump_findings.h"
 #include "names/scope_search.h"
 #include "text/number.h"
 

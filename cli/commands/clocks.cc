@@ -2,8 +2,8 @@
 #include <map>
 #include <memory>
 
-#include "cli/commands/clock_comparison.h"
 #include "cli/commands/commands.h"
+#include "cli/exact_figures/clock_comparison.h"
 #include "cli/input/timing_report.h"
 #include "kesncd/kesncd.h"
 

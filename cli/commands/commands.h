@@ -3,7 +3,7 @@
 #ifndef KESNCD_CLI_COMMANDS_COMMANDS_H_
 #define KESNCD_CLI_COMMANDS_COMMANDS_H_
 
-#include "cli/commands/figures.h"
+#include "cli/host_figures/figures.h"
 #include "cli/input/dump_input.h"
 #include "cli/options/option_list.h"
 #include "cli/output/output.h"

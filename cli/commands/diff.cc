@@ -4,9 +4,9 @@
 
 #include "activity/run_comparison.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/exact_input.h"
-#include "cli/commands/exact_rows.h"
-#include "cli/commands/selection.h"
+#include "cli/exact_figures/exact_input.h"
+#include "cli/exact_figures/exact_rows.h"
+#include "cli/selection/selection.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {

@@ -3,9 +3,9 @@
 #include <unordered_set>
 #include <variant>
 
-#include "cli/commands/clock_comparison.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/host_runs.h"
+#include "cli/exact_figures/clock_comparison.h"
+#include "cli/host_figures/host_runs.h"
 #include "cli/input/list_file.h"
 #include "cli/input/timing_report.h"
 #include "host/standalone/standalone_host.h"

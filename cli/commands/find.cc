@@ -2,9 +2,9 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
-#include "cli/commands/host_runs.h"
-#include "cli/commands/selection.h"
+#include "cli/host_figures/host_runs.h"
 #include "cli/input/list_file.h"
+#include "cli/selection/selection.h"
 #include "names/name_index.h"
 #include "names/name_match.h"
 #include "names/scope_search.h"

@@ -4,12 +4,12 @@
 #include <set>
 #include <variant>
 
-#include "cli/commands/activity_output.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/grammar_run.h"
-#include "cli/commands/host_runs.h"
-#include "cli/commands/selection.h"
+#include "cli/host_figures/activity_output.h"
+#include "cli/host_figures/grammar_run.h"
+#include "cli/host_figures/host_runs.h"
 #include "cli/input/list_file.h"
+#include "cli/selection/selection.h"
 #include "names/flat_map.h"
 #include "text/failure.h"
 

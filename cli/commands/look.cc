@@ -5,9 +5,9 @@
 #include <unordered_set>
 
 #include "cli/commands/commands.h"
-#include "cli/commands/signal_choice.h"
 #include "cli/input/reading_threads.h"
-#include "free_format/dump_findings.h"
+#include "cli/selection/signal_choice.h"
+#include "free_format/findings/dump_findings.h"
 #include "text/failure.h"
 #include "text/number.h"
 

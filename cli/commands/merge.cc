@@ -6,10 +6,10 @@
 #include "activity/activity_rows.h"
 #include "activity/run_merger.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/exact_choices.h"
-#include "cli/commands/exact_files.h"
-#include "cli/commands/exact_input.h"
-#include "cli/commands/parts.h"
+#include "cli/exact_figures/exact_choices.h"
+#include "cli/exact_figures/exact_files.h"
+#include "cli/exact_figures/exact_input.h"
+#include "cli/exact_figures/parts.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {

@@ -4,7 +4,7 @@
 #include <variant>
 
 #include "cli/commands/commands.h"
-#include "cli/commands/host_runs.h"
+#include "cli/host_figures/host_runs.h"
 #include "cli/input/list_file.h"
 #include "host/standalone/standalone_host.h"
 #include "kesncd/kesncd.h"

@@ -2,8 +2,8 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
-#include "cli/commands/scope_choice.h"
-#include "free_format/prepare.h"
+#include "cli/selection/scope_choice.h"
+#include "free_format/prepare/prepare.h"
 
 namespace orsa::kesncd::cli {
 

@@ -3,12 +3,12 @@
 #include <iterator>
 #include <memory>
 
-#include "activity/profile_run.h"
+#include "activity/profile/profile_run.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/profile_reading.h"
-#include "cli/commands/profile_rows.h"
-#include "cli/commands/scope_choice.h"
-#include "cli/commands/signal_choice.h"
+#include "cli/exact_figures/profile_reading.h"
+#include "cli/exact_figures/profile_rows.h"
+#include "cli/selection/scope_choice.h"
+#include "cli/selection/signal_choice.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {
@@ -105,13 +105,20 @@ ExitStatus RunClock(const ProfileChoices& options) {
   return WriteProfile(run, {NameOf(options.input), "clock", options.clock}, options.output);
 }
 
+/// One reading, with what is to be said of it.
+template <class Count>
+auto ReadOnce(const ProfileChoices& options, const ProfileOptions& counting, Count count) {
+  UnpackedSource bytes = OpenDump(options.input);
+  auto run = count(*bytes.bytes, counting);
+  bytes.bytes.reset();  // and with it the line that shows how far it was read
+  for (const std::string& remark : RemarksOn(run.base)) Remark(counting.counting.dump, remark);
+  return run;
+}
+
 ExitStatus RunValues(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
-  UnpackedSource bytes = OpenDump(options.input);
-  const ProfileRun<ValueSplit> run = CountByValue(*bytes.bytes, counting);
-  bytes.bytes.reset();
-  for (const std::string& remark : RemarksOn(run.base)) Remark(dump, remark);
+  const ProfileRun<ValueSplit> run = ReadOnce(options, counting, CountByValue);
   if (run.figures.others > 0) {
     Remark(dump, options.by + " has more than " + std::to_string(counting.mostValues) +
                      " values: those that it has for the shortest time are put together");
@@ -134,10 +141,7 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices&
 ExitStatus RunPeak(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
-  UnpackedSource bytes = OpenDump(options.input);
-  const ProfileRun<Peak> run = FindPeak(*bytes.bytes, counting);
-  bytes.bytes.reset();
-  for (const std::string& remark : RemarksOn(run.base)) Remark(dump, remark);
+  const ProfileRun<Peak> run = ReadOnce(options, counting, FindPeak);
   const Peak& peak = run.figures;
   if (peak.grain > 1) {
     Remark(dump,

@@ -2,15 +2,15 @@
 #include <filesystem>
 #include <memory>
 
-#include "activity/profile_run.h"
+#include "activity/profile/profile_run.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/profile_reading.h"
-#include "cli/commands/report_clocks.h"
+#include "cli/exact_figures/profile_reading.h"
+#include "cli/exact_figures/report_clocks.h"
 #include "cli/input/netlist_input.h"
 #include "cli/output/path_ending.h"
 #include "export/netlist_pins.h"
 #include "export/report_figures.h"
-#include "free_format/dump_findings.h"
+#include "free_format/findings/dump_findings.h"
 #include "free_format/remarks.h"
 #include "report/report_page.h"
 #include "text/failure.h"

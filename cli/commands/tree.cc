@@ -4,8 +4,8 @@
 
 #include "activity/module_totals.h"
 #include "cli/commands/commands.h"
-#include "cli/commands/figures.h"
-#include "cli/commands/selection.h"
+#include "cli/host_figures/figures.h"
+#include "cli/selection/selection.h"
 #include "names/scope_search.h"
 
 namespace orsa::kesncd::cli {

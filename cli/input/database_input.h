@@ -7,7 +7,7 @@
 
 #include "cli/input/dump_input.h"
 #include "database/database_reader.h"
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 
 namespace orsa::kesncd::cli {
 

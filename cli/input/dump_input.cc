@@ -19,7 +19,7 @@
 #include "database/database_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/dump_words.h"
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {

@@ -10,7 +10,7 @@
 #include <csignal>
 #include <cstring>
 
-#include "free_format/dump_format.h"
+#include "free_format/findings/dump_format.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {

@@ -7,10 +7,10 @@
 #include <string>
 
 #include "activity/activity_rows.h"
-#include "activity/profile_counter.h"
-#include "activity/profile_run.h"
-#include "activity/signal_cuts.h"
-#include "activity/time_grid.h"
+#include "activity/profile/profile_counter.h"
+#include "activity/profile/profile_run.h"
+#include "activity/profile/signal_cuts.h"
+#include "activity/profile/time_grid.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "tests/support/text_stream.h"

@@ -9,7 +9,7 @@
 #include <numeric>
 #include <string>
 
-#include "activity/profile_run.h"
+#include "activity/profile/profile_run.h"
 #include "tests/support/text_stream.h"
 
 namespace orsa::kesncd {

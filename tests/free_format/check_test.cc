@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "free_format/dump_findings.h"
-#include "free_format/prepare.h"
+#include "free_format/findings/dump_findings.h"
+#include "free_format/prepare/prepare.h"
 #include "tests/support/case_files.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/prepare_rules.h"

@@ -5,7 +5,7 @@
 #include <regex>
 #include <sstream>
 
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/prepare_rules.h"
 #include "tests/support/testing.h"

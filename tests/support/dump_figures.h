@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "free_format/prepare.h"
+#include "free_format/prepare/prepare.h"
 
 namespace support {
 

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "free_format/declaration_reader.h"
-#include "free_format/dump_findings.h"
+#include "free_format/findings/dump_findings.h"
 #include "kesncd/kesncd.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/input.h"

@@ -1,0 +1,182 @@
+// Walks the scopes in the dump's order and notes what each name adds to the sums of modules.
+#include "activity/profile/module_shares.h"
+
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+
+#include "vcd/bit_names.h"
+
+namespace orsa::kesncd {
+
+namespace {
+
+/// Calls `visit(scope, depth)` for a scope and all below it, in the dump's order.
+template <class Visit>
+void ForEachScope(const Declarations& declarations, std::uint32_t scope, Visit visit) {
+  struct Pending {
+    std::uint32_t scope;
+    std::uint32_t depth;
+  };
+  std::vector<Pending> pending{{scope, 0}};
+  while (!pending.empty()) {
+    const Pending next = pending.back();
+    pending.pop_back();
+    visit(next.scope, next.depth);
+    const auto& below = declarations.scopes[next.scope].scopes;
+    for (auto child = below.rbegin(); child != below.rend(); ++child) {
+      pending.push_back({*child, next.depth + 1});
+    }
+  }
+}
+
+std::vector<bool> TypesWithBits(const Declarations& declarations) {
+  std::vector<bool> withBits;
+  for (const std::string& type : declarations.types) withBits.push_back(TypeHasBits(type));
+  return withBits;
+}
+
+}  // namespace
+
+ModuleTree ModulesIn(const Declarations& declarations, std::uint32_t scope, std::uint32_t depth) {
+  ModuleTree tree;
+  tree.places.assign(declarations.scopes.size(), ModuleTree::kOutside);
+  ForEachScope(declarations, scope, [&](std::uint32_t at, std::uint32_t level) {
+    const std::uint32_t around = level == 0 ? 0 : tree.places[declarations.scopes[at].parent];
+    if (level > depth) {
+      tree.places[at] = around;
+      return;
+    }
+    tree.places[at] = static_cast<std::uint32_t>(tree.size());
+    tree.scopes.push_back(at);
+    tree.parents.push_back(around);
+    tree.depths.push_back(level);
+  });
+  return tree;
+}
+
+/// The names of every code on the way through the scopes. Of those passed only the ones that are
+/// seen from here matter, as tops of a skyline: after a name with more bits none with fewer is
+/// seen, so each further name meets few of them.
+class ModuleShares::Walk {
+ public:
+  Walk(const Declarations& declarations, const ModuleTree& tree)
+      : declarations_(declarations),
+        tree_(tree),
+        typeHasBits_(TypesWithBits(declarations)),
+        places_(declarations.scopes.size()),
+        seen_(declarations.codes.size(), kNone) {}
+
+  std::vector<Found> Take() {
+    ForEachScope(declarations_, tree_.scopes.front(),
+                 [this](std::uint32_t scope, std::uint32_t depth) {
+                   around_.resize(depth);
+                   around_.push_back(scope);
+                   places_[scope] = place_++;
+                   for (const std::uint32_t id : declarations_.scopes[scope].variables) {
+                     const DumpVariable& variable = declarations_.variables[id];
+                     if (variable.width > 0 && typeHasBits_[variable.typeId]) TakeName(variable);
+                   }
+                 });
+    return std::move(found_);
+  }
+
+ private:
+  static constexpr std::uint32_t kNone = UINT32_MAX;
+
+  /// A name of a code that was passed.
+  struct Name {
+    std::uint32_t scope;
+    std::uint32_t width;
+    std::uint32_t before;  // the next name that is seen after it
+  };
+
+  void TakeName(const DumpVariable& variable) {
+    const std::uint32_t width = variable.width;
+    Add(variable.codeId, variable.scope, 1, 0, width);
+    std::uint32_t covered = 0;
+    std::uint32_t& seen = seen_[variable.codeId];
+    while (seen != kNone) {
+      const Name& name = names_[seen];
+      const std::uint32_t shared = std::min(name.width, width);
+      if (shared > covered) {
+        Add(variable.codeId, InnermostAround(name.scope), -1, covered, shared);
+        covered = shared;
+      }
+      if (name.width > width) break;
+      seen = name.before;
+    }
+    names_.push_back({variable.scope, width, seen});
+    seen = static_cast<std::uint32_t>(names_.size() - 1);
+  }
+
+  /// Of the scopes around the one that was reached, the innermost that began no later than an
+  /// earlier one: it holds both.
+  std::uint32_t InnermostAround(std::uint32_t earlier) const {
+    const auto inner = std::upper_bound(
+        around_.begin(), around_.end(), places_[earlier],
+        [this](std::uint32_t place, std::uint32_t outer) { return place < places_[outer]; });
+    return *std::prev(inner);
+  }
+
+  void Add(std::uint32_t codeId, std::uint32_t scope, std::int32_t times, std::uint32_t from,
+           std::uint32_t to) {
+    found_.push_back({codeId, {tree_.places[scope], times, from, to}});
+  }
+
+  const Declarations& declarations_;
+  const ModuleTree& tree_;
+  const std::vector<bool> typeHasBits_;
+  std::vector<std::uint32_t> places_;  // of scopes, in the order of the walk
+  std::uint32_t place_ = 0;
+  std::vector<std::uint32_t> around_;  // the scopes around the one that is reached, outermost first
+  std::vector<std::uint32_t> seen_;    // by code, its last name
+  std::vector<Name> names_;
+  std::vector<Found> found_;
+};
+
+/// Puts what was found together: what adds to a module and is taken off again is nothing.
+ModuleShares::ModuleShares(std::size_t codes, std::vector<Found> found) {
+  const auto key = [](const Found& one) {
+    return std::tuple(one.codeId, one.share.module, one.share.from, one.share.to);
+  };
+  std::sort(found.begin(), found.end(),
+            [&](const Found& one, const Found& other) { return key(one) < key(other); });
+  first_.resize(codes + 1);
+  for (std::size_t at = 0; at < found.size();) {
+    ModuleShare share = found[at].share;
+    const auto same = key(found[at]);
+    while (++at < found.size() && key(found[at]) == same) share.times += found[at].share.times;
+    if (share.times == 0) continue;
+    shares_.push_back(share);
+    first_[std::get<0>(same) + 1] = shares_.size();
+  }
+  // A code without shares ends where the one before it does.
+  for (std::size_t i = 1; i < first_.size(); ++i) first_[i] = std::max(first_[i], first_[i - 1]);
+}
+
+ModuleShares ModuleShares::ByName(const Declarations& declarations, const ModuleTree& tree) {
+  return {declarations.codes.size(), Walk(declarations, tree).Take()};
+}
+
+ModuleShares ModuleShares::ByOwner(const Declarations& declarations, const CodeBits& codes,
+                                   const ModuleTree& tree) {
+  const std::vector<bool> typeHasBits = TypesWithBits(declarations);
+  std::vector<Found> found;
+  std::vector<std::uint32_t> owners(codes.codes(), ModuleTree::kOutside);
+  for (std::uint32_t module = 0; module < tree.size(); ++module) {
+    for (const std::uint32_t id : declarations.scopes[tree.scopes[module]].variables) {
+      const DumpVariable& variable = declarations.variables[id];
+      std::uint32_t& owner = owners[variable.codeId];
+      if (variable.width == 0 || !typeHasBits[variable.typeId]) continue;
+      if (owner == ModuleTree::kOutside || tree.depths[module] < tree.depths[owner]) owner = module;
+    }
+  }
+  for (std::uint32_t codeId = 0; codeId < codes.codes(); ++codeId) {
+    if (owners[codeId] == ModuleTree::kOutside) continue;
+    found.push_back({codeId, {owners[codeId], 1, 0, codes.Width(codeId)}});
+  }
+  return {codes.codes(), std::move(found)};
+}
+
+}  // namespace orsa::kesncd

@@ -1,0 +1,168 @@
+// Counts the toggles of modules over a dump's body, for whoever takes the sums from time to time:
+// at the ends of windows, at edges of a clock, whenever a signal changes.
+//
+// These are the toggles of exact activity, without the times at each level: x and z need no account
+// of their own then, since a toggle is a known value that differs from the last known one. So each
+// bit costs little, and nothing where no module wants it.
+#ifndef KESNCD_ACTIVITY_PROFILE_TOGGLE_COUNTER_H_
+#define KESNCD_ACTIVITY_PROFILE_TOGGLE_COUNTER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "activity/activity_window.h"
+#include "activity/bit_edge.h"
+#include "activity/code_bits.h"
+#include "activity/profile/module_shares.h"
+#include "activity/vector_value.h"
+#include "activity/waiting_changes.h"
+#include "vcd/dump_keywords.h"
+#include "vcd/value_alphabet.h"
+
+namespace orsa::kesncd {
+
+/// What was seen of time, clamped to the window that is counted in.
+struct CountedTime {
+  bool hasStamps = false;
+  std::uint64_t firstStamp = 0;
+  std::uint64_t lastStamp = 0;  // the largest
+  std::uint64_t backward = 0;   // stamps that were smaller than an earlier one
+  std::uint64_t pauses = 0;
+  std::uint64_t unobserved = 0;  // ticks in pauses that ended
+  bool isObserving = true;
+  std::uint64_t pausedAt = 0;  // where it is not
+
+  /// Ticks without observation up to a time.
+  std::uint64_t UnobservedUpTo(std::uint64_t ticks) const {
+    return unobserved + (isObserving ? 0 : ticks - pausedAt);
+  }
+};
+
+/// A taker of ReadBody. Calling order: construct, ReadBody; Sums may be taken and set to 0 at any
+/// time between two calls and hold what toggled since.
+class ToggleCounter {
+ public:
+  /// `modules` is how many modules the shares speak of.
+  ToggleCounter(const CodeBits& codes, const ModuleShares& shares, std::size_t modules,
+                const ActivityWindow& window);
+  ToggleCounter(const ToggleCounter&) = delete;
+  ToggleCounter& operator=(const ToggleCounter&) = delete;
+
+  void Scalar(std::uint32_t codeId, char value);
+  void Vector(std::uint32_t codeId, std::string_view value);
+  void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
+  void Stamp(std::uint64_t ticks);
+  void Command(Keyword command);
+  void SectionEnd() {}
+  bool IsDone() const { return false; }
+
+  /// Toggles of modules without those below; they may wrap around until they are added up.
+  std::vector<std::uint64_t>& Sums() {
+    TakeWaiting();
+    return sums_;
+  }
+  const CountedTime& time() const { return time_; }
+  const ActivityWindow& window() const { return window_; }
+
+ private:
+  enum class Kind : std::uint8_t { Unused, Scalar, SharedScalar, Vector };
+  /// A scalar's last known value: 0 for none, else kKnown with the value.
+  static constexpr std::uint8_t kKnown = 2;
+
+  struct Code {
+    std::uint64_t step = 0;   // of the last value
+    std::uint32_t place = 0;  // a scalar's module, or the first word of a vector
+    Kind kind = Kind::Unused;
+    std::uint8_t known = 0;
+    std::uint8_t before = 0;  // that it had before the step
+  };
+  /// 64 bits of a vector.
+  struct Word {
+    std::uint64_t hasKnown = 0, known = 0;
+    std::uint64_t hadKnown = 0, knew = 0;  // before the step
+  };
+
+  void TakeWaiting();
+  void TakeScalar(std::uint32_t codeId, char value);
+  void TakeOddScalar(std::uint32_t codeId, Code& code);
+  void TakeVector(std::uint32_t codeId, Code& code, std::string_view value);
+  void CountShares(std::uint32_t codeId, std::uint32_t index, std::uint64_t toggles,
+                   std::uint64_t sign);
+
+  const CodeBits& bits_;
+  const ModuleShares& shares_;
+  const ActivityWindow window_;
+  CountedTime time_;
+  std::uint64_t step_ = 1;
+  std::uint64_t stretch_ = 1;  // the step that observation began with
+  std::uint64_t counts_ = 0;   // 1 where the step's toggles lie in the window
+  std::vector<Code> codes_;
+  std::vector<Word> words_;
+  std::vector<std::uint64_t> sums_;
+  std::vector<ValueWord> value_;  // of the vector in hand
+  WaitingChanges waiting_;
+};
+
+inline void ToggleCounter::Scalar(std::uint32_t codeId, char value) {
+  if (waiting_.Add(codeId, value, &codes_[codeId])) TakeWaiting();
+}
+
+inline void ToggleCounter::TakeWaiting() {
+  waiting_.TakeAll([this](std::uint32_t codeId, char value) { TakeScalar(codeId, value); });
+}
+
+inline void ToggleCounter::TakeScalar(std::uint32_t codeId, char value) {
+  Code& code = codes_[codeId];
+  if (code.kind == Kind::Unused || !time_.isObserving) return;
+  if (code.kind == Kind::Vector) {
+    TakeVector(codeId, code, {&value, 1});
+    return;
+  }
+  if (code.step < stretch_ || code.step == step_) [[unlikely]]
+    TakeOddScalar(codeId, code);
+  code.step = step_;
+  code.before = code.known;
+  const unsigned level = LevelOf(value);
+  if (level >= kUnknown) return;
+  const std::uint64_t toggles = code.known >> 1U & (code.known ^ level) & counts_;
+  code.known = static_cast<std::uint8_t>(kKnown | level);
+  if (code.kind == Kind::Scalar) [[likely]] {
+    sums_[code.place] += toggles;
+  } else if (toggles != 0) {
+    CountShares(codeId, 0, 1, 1);
+  }
+}
+
+inline void ToggleCounter::Vector(std::uint32_t codeId, std::string_view value) {
+  TakeWaiting();
+  Code& code = codes_[codeId];
+  if (code.kind == Kind::Unused || !time_.isObserving) return;
+  if (code.kind == Kind::Vector)
+    TakeVector(codeId, code, value);
+  else
+    TakeScalar(codeId, In(kBitValues, value.back()));
+}
+
+inline void ToggleCounter::Stamp(std::uint64_t ticks) {
+  TakeWaiting();
+  if (time_.hasStamps && ticks <= time_.lastStamp) {
+    time_.backward += ticks < time_.lastStamp ? 1 : 0;
+    return;
+  }
+  if (time_.hasStamps) {
+    ++step_;
+  } else {
+    time_.hasStamps = true;
+    time_.firstStamp = ticks;
+    time_.pausedAt = window_.Clamp(ticks);
+  }
+  time_.lastStamp = ticks;
+  counts_ = window_.Counts(ticks) ? 1 : 0;
+}
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_PROFILE_TOGGLE_COUNTER_H_

@@ -1,0 +1,155 @@
+// Finding clocks in a dump, measuring their periods, and comparing them with the design's.
+#include "cli/exact_figures/clock_scale.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "cli/input/list_file.h"
+#include "cli/process/messages.h"
+#include "cli/selection/signal_choice.h"
+#include "names/signal_search.h"
+#include "text/failure.h"
+#include "text/number.h"
+#include "vcd/time_text.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+__extension__ using Wide = unsigned __int128;
+
+/// A period in the dump as a quotient of femtoseconds: twice the time between a clock's first and
+/// last edge by the number of edges after the first.
+struct Period {
+  Wide time = 0;
+  std::uint64_t halves = 0;
+
+  bool IsKnown() const { return halves > 0; }
+  double Femtoseconds() const { return static_cast<double>(time) / static_cast<double>(halves); }
+};
+
+Period MeasuredPeriod(const ToggleSpan& span, const ActivityResult& result) {
+  if (!result.tick || span.toggles < 2) return {};
+  return {2 * Wide{span.last - span.first} * *result.tick, span.toggles - 1};
+}
+
+/// The quotient with both numbers small enough for what is multiplied with them.
+void SetQuotient(ClockScale& scale, Wide numerator, Wide denominator) {
+  Wide divisor = numerator;
+  for (Wide rest = denominator; rest != 0;) {
+    divisor %= rest;
+    std::swap(divisor, rest);
+  }
+  numerator /= divisor;
+  denominator /= divisor;
+  constexpr Wide kMost = Wide{1} << 40U;
+  while (numerator > kMost || denominator > kMost) {
+    numerator = (numerator + 1) / 2;
+    denominator = (denominator + 1) / 2;
+  }
+  scale.numerator = static_cast<std::uint64_t>(numerator);
+  scale.denominator = static_cast<std::uint64_t>(denominator);
+}
+
+}  // namespace
+
+DesignClock DesignClockOf(const std::string& text) {
+  const std::size_t equals = text.rfind('=');
+  DesignClock clock;
+  if (equals != std::string::npos && equals > 0) {
+    clock.name = clock.signal = text.substr(0, equals);
+    clock.periodText = text.substr(equals + 1);
+    clock.period = Femtoseconds(clock.periodText).value_or(0);
+  }
+  if (clock.period == 0) {
+    throw Failure(FailureKind::Unusable,
+                  "--clock: " + text + " is no clock with its period, such as clk=2ns");
+  }
+  return clock;
+}
+
+ClockCheck::ClockCheck(const ClockOptions& options)
+    : scales_(!options.clock.empty()), sdc_(options.sdc) {
+  if (scales_) clocks_.push_back(DesignClockOf(options.clock));
+  if (sdc_.empty()) return;
+  const std::vector<DesignClock> clocks = SdcClocks(ReadText(sdc_));
+  if (clocks.empty()) Remark(sdc_, "it creates no clock with a period");
+  clocks_.insert(clocks_.end(), clocks.begin(), clocks.end());
+}
+
+std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
+                                              const std::string& dump) {
+  std::vector<std::string> names;
+  for (const DesignClock& clock : clocks_) names.push_back(clock.signal);
+  const SignalSearch search(declarations, Declarations::kDump, true, names);
+  std::vector<std::uint32_t> codes;
+  for (std::size_t i = 0; i < clocks_.size(); ++i) {
+    const std::vector<std::uint32_t>& variables = search.Answer(i).variables;
+    std::string fault;
+    if (variables.empty()) {
+      fault = "has no clock " + names[i];
+    } else if (variables.size() > 1) {
+      fault = names[i];
+      fault.append(" means several signals: ").append(PathsOf(variables, declarations));
+    } else if (declarations.variables[variables.front()].width != 1) {
+      fault = names[i] + " is no signal of one bit";
+    }
+    if (fault.empty()) {
+      const std::uint32_t codeId = declarations.variables[variables.front()].codeId;
+      const auto place = std::find(codes.begin(), codes.end(), codeId);
+      found_.push_back({clocks_[i], static_cast<std::size_t>(place - codes.begin())});
+      if (place == codes.end()) codes.push_back(codeId);
+    } else if (scales_ && i == 0) {
+      throw Failure(FailureKind::NothingMatched, std::string(dump).append(": ").append(fault));
+    } else {
+      Remark(dump, std::string(fault).append(", a clock of ").append(sdc_));
+    }
+  }
+  return codes;
+}
+
+ClockScale ClockCheck::ScaleOf(const ActivityResult& result, const std::string& dump) const {
+  ClockScale scale;
+  if (scales_) {
+    const Found& found = found_.front();
+    const Period period = MeasuredPeriod(result.watched[found.watched], result);
+    if (!period.IsKnown()) {
+      throw Failure(FailureKind::NothingMatched,
+                    dump + ": " + found.clock.name + " has no period: it " +
+                        (result.tick ? "toggles less than twice" : "has no time scale"));
+    }
+    scale.clock = found.clock;
+    SetQuotient(scale, Wide{found.clock.period} * period.halves, period.time);
+    Remark(dump, found.clock.name + " has a period of " +
+                     TimeText(static_cast<std::uint64_t>(std::llround(period.Femtoseconds()))) +
+                     " here: all times are multiplied by " + ShortestText(scale.Factor()) +
+                     " to make it " + found.clock.periodText);
+  }
+  for (std::size_t i = scales_ ? 1 : 0; i < found_.size(); ++i) {
+    Compare(found_[i], scale, result, dump);
+  }
+  return scale;
+}
+
+void ClockCheck::Compare(const Found& found, const ClockScale& scale, const ActivityResult& result,
+                         const std::string& dump) const {
+  constexpr double kTolerated = 0.01;
+  const Period period = MeasuredPeriod(result.watched[found.watched], result);
+  if (!period.IsKnown()) {
+    Remark(dump, "clock " + found.clock.name + " of " + sdc_ + " does not run here");
+    return;
+  }
+  const double here = period.Femtoseconds() * scale.Factor();
+  const double factor = static_cast<double>(found.clock.period) / here;
+  if (std::abs(here - static_cast<double>(found.clock.period)) <=
+      kTolerated * static_cast<double>(found.clock.period)) {
+    return;
+  }
+  Remark(dump, "clock " + found.clock.name + " has a period of " +
+                   TimeText(static_cast<std::uint64_t>(std::llround(here))) + " here, but of " +
+                   found.clock.periodText + " in " + sdc_ + ", " + RoundedText(factor, 4) +
+                   " times as long; --clock " + found.clock.signal + "=" + found.clock.periodText +
+                   " scales to it");
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,27 @@
+// The figures that exact commands start from: counted in a dump, or taken from a database.
+#ifndef KESNCD_CLI_EXACT_FIGURES_EXACT_INPUT_H_
+#define KESNCD_CLI_EXACT_FIGURES_EXACT_INPUT_H_
+
+#include <functional>
+#include <vector>
+
+#include "cli/input/dump_input.h"
+#include "database/stored_run.h"
+#include "free_format/prepare/prepare.h"
+
+namespace orsa::kesncd::cli {
+
+struct ExactInput {
+  InputOptions input;
+  TimeWindow window;
+  bool wantsHost = false;  // the hosts' figures too, from the same reading
+  /// See ActivityOptions. A database does not hold when signals toggled: who gives one takes care.
+  std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
+};
+
+/// Reads the figures and says what a user must know about them. Throws Failure.
+StoredRun ReadExactRun(const ExactInput& options);
+
+}  // namespace orsa::kesncd::cli
+
+#endif  // KESNCD_CLI_EXACT_FIGURES_EXACT_INPUT_H_

@@ -1,0 +1,73 @@
+// Finding the end of a dump's span, and reading again where it was another.
+#include "cli/exact_figures/profile_reading.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "cli/process/messages.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+/// The last bytes of a file; its last stamp may have many values after it.
+std::string TailOf(const std::string& path) {
+  constexpr std::streamoff kTail = 1 << 20;
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  const std::streamoff size = file.tellg();
+  if (!file || size <= 0) return "";
+  std::string tail(static_cast<std::size_t>(std::min(size, kTail)), '\0');
+  file.seekg(size - static_cast<std::streamoff>(tail.size()));
+  file.read(tail.data(), static_cast<std::streamsize>(tail.size()));
+  tail.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
+  return tail;
+}
+
+}  // namespace
+
+bool CanReadTwice(const InputOptions& input) {
+  std::error_code ignored;
+  return input.dump != "-" && std::filesystem::is_regular_file(input.dump, ignored);
+}
+
+std::optional<std::uint64_t> ExpectedLast(const InputOptions& input,
+                                          const ActivityOptions& options) {
+  if (!CanReadTwice(input)) return {};
+  const UnpackedSource dump = OpenDump(input);
+  if (dump.packing.empty()) {
+    if (const auto last = LastStampIn(TailOf(input.dump))) return last;
+  }
+  return LastStampOf(*dump.bytes, options);
+}
+
+std::string FoldedText(const Profile& profile, std::uint64_t parts) {
+  return "its span was not known while it was read: there are " +
+         std::to_string(profile.windows()) + " windows of " +
+         std::to_string(profile.edges[1] - profile.edges[0]) + " ticks in place of " +
+         std::to_string(parts) + " equal parts, which a file has";
+}
+
+ProfileRun<Profile> ReadProfile(
+    const InputOptions& input, ProfileOptions options, std::optional<std::uint64_t> expected,
+    const std::function<ProfileRun<Profile>(ByteSource&, const ProfileOptions&)>& count) {
+  options.last = expected;
+  UnpackedSource dump = OpenDump(input);
+  ProfileRun<Profile> run = count(*dump.bytes, options);
+  for (int again = 0; again < 2 && !run.wasLastRight; ++again) {
+    // A dump that still grows has other ends each time: windows that fold fit any.
+    options.last.reset();
+    if (again == 0) options.last = run.base.lastTick;
+    dump = OpenDump(input);
+    run = count(*dump.bytes, options);
+  }
+  dump.bytes.reset();
+  for (const std::string& remark : RemarksOn(run.base)) Remark(options.counting.dump, remark);
+  if (run.figures.isFolded) {
+    Remark(options.counting.dump, FoldedText(run.figures, options.parts));
+  }
+  return run;
+}
+
+}  // namespace orsa::kesncd::cli

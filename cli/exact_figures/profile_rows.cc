@@ -1,0 +1,324 @@
+// Rows of profiles: for reading with a bar, for programs with every module.
+#include "cli/exact_figures/profile_rows.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <set>
+#include <utility>
+
+#include "activity/activity_rows.h"
+#include "cli/output/path_ending.h"
+#include "text/number.h"
+#include "vcd/time_text.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+constexpr double kMicrosecond = 1e9;  // in femtoseconds
+constexpr std::size_t kTableModules = 6;
+
+bool IsTable(const OutputOptions& output) {
+  return ChosenFormat(output.format, output.path, RowFormats(), Format::Table) == Format::Table;
+}
+
+/// A time as options take it, which a table shows: "1250ns"; ticks where there is no time scale.
+std::string TimeOf(std::uint64_t ticks, const ActivityResult& base) {
+  std::uint64_t femtoseconds = 0;
+  if (!base.tick || __builtin_mul_overflow(ticks, *base.tick, &femtoseconds)) {
+    return std::to_string(ticks) + " ticks";
+  }
+  return TimeText(femtoseconds);
+}
+
+Cell TimeCell(std::uint64_t ticks, const ActivityResult& base, bool isTable) {
+  return isTable ? Cell(TimeOf(ticks, base)) : Cell(WideCount{ticks});
+}
+
+Cell RateOf(std::uint64_t toggles, std::uint64_t ticks, const ActivityResult& base) {
+  if (!base.tick || ticks == 0) return {};
+  const double microseconds =
+      static_cast<double>(ticks) * static_cast<double>(*base.tick) / kMicrosecond;
+  return static_cast<double>(toggles) / microseconds;
+}
+
+/// As long as `part` is of `whole`, but something for whatever is not nothing.
+std::string BarOf(std::uint64_t part, std::uint64_t whole) {
+  constexpr double kLongest = 40;
+  if (part == 0) return "";
+  const double length = kLongest * static_cast<double>(part) / static_cast<double>(whole);
+  return std::string(static_cast<std::size_t>(std::max(std::round(length), 1.0)), '#');
+}
+
+/// The rows' columns after those of their own: toggles with their rate, a column for each module in
+/// the scope, and in a table a bar.
+class ToggleColumns {
+ public:
+  ToggleColumns(const ModuleTree& tree, std::vector<std::uint64_t> totals, std::uint64_t most,
+                const ActivityResult& base, const OutputOptions& output)
+      : base_(base), isTable_(IsTable(output)), most_(most) {
+    for (std::uint32_t module = 1; module < tree.size(); ++module) {
+      if (HasBits(tree, module)) shown_.push_back(module);
+    }
+    for (const std::uint32_t module : shown_) {
+      paths_.push_back(base.declarations.PathOf(tree.scopes[module]));
+    }
+    if (!isTable_ || output.look.isWide || shown_.size() <= kTableModules) return;
+    hidden_ = shown_.size() - kTableModules;
+    std::stable_sort(shown_.begin(), shown_.end(), [&](std::uint32_t one, std::uint32_t other) {
+      return totals[one] > totals[other];
+    });
+    shown_.resize(kTableModules);
+    std::sort(shown_.begin(), shown_.end());
+  }
+
+  void AppendTo(std::vector<Column>& columns, const ModuleTree& tree) const {
+    columns.insert(columns.end(), {"toggles", "toggles_per_us"});
+    std::set<std::string> taken;
+    for (const Column& column : columns) taken.insert(column.name);
+    for (const std::uint32_t module : shown_) {
+      std::string name = base_.declarations.PathOf(tree.scopes[module]);
+      // A top-level scope may be called like a column; a program must know the two apart.
+      if (!isTable_ && taken.contains(name)) name += '/';
+      columns.emplace_back(std::move(name), false);
+    }
+    if (isTable_) columns.emplace_back("bar");
+  }
+
+  /// `toggles` gives those of a module.
+  template <class TogglesOf>
+  void AppendTo(Row& row, std::uint64_t observed, TogglesOf toggles) const {
+    const std::uint64_t all = toggles(0);
+    row.emplace_back(WideCount{all});
+    row.push_back(RateOf(all, observed, base_));
+    for (const std::uint32_t module : shown_) row.emplace_back(WideCount{toggles(module)});
+    if (isTable_) row.emplace_back(BarOf(all, most_));
+  }
+
+  bool isTable() const { return isTable_; }
+  std::size_t hidden() const { return hidden_; }
+  const std::vector<std::string>& paths() const { return paths_; }
+
+ private:
+  /// Whether a module declares anything, itself or below: others have no figures.
+  bool HasBits(const ModuleTree& tree, std::uint32_t module) const {
+    return base_.declarations.scopes[tree.scopes[module]].populated;
+  }
+
+  const ActivityResult& base_;
+  const bool isTable_;
+  const std::uint64_t most_;
+  std::vector<std::uint32_t> shown_;  // modules
+  std::vector<std::string> paths_;    // of all
+  std::size_t hidden_ = 0;
+};
+
+Facts ProfileFacts(const ActivityResult& base, const ProfileSubject& subject,
+                   const ModuleTree& tree) {
+  const std::string scope = base.declarations.PathOf(tree.scopes.front());
+  return {{"dump", subject.dump},
+          {"figures", std::string("exact")},
+          {"per", subject.cut},
+          {"signal", subject.signal.empty() ? Cell() : Cell(subject.signal)},
+          {"scope", scope.empty() ? Cell() : Cell(scope)},
+          {"tick_fs", base.tick ? Cell(WideCount{*base.tick}) : Cell()},
+          {"begin", WideCount{base.firstTick}},
+          {"end", WideCount{base.lastTick}},
+          {"observed", WideCount{base.observedTicks}}};
+}
+
+std::string HiddenText(std::size_t hidden) {
+  if (hidden == 0) return "";
+  return "; " + std::to_string(hidden) +
+         " modules with fewer toggles are not shown, --wide shows them";
+}
+
+std::uint64_t SumOf(const std::vector<std::uint64_t>& row) {
+  return std::accumulate(row.begin(), row.end(), std::uint64_t{0});
+}
+
+}  // namespace
+
+ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& subject,
+                        const OutputOptions& output) {
+  const auto& [base, profile, right] = run;
+  std::vector<std::uint64_t> totals;
+  for (const auto& row : profile.toggles) totals.push_back(SumOf(row));
+  const std::vector<std::uint64_t>& all = profile.toggles.front();
+  const std::uint64_t most = all.empty() ? 0 : *std::max_element(all.begin(), all.end());
+  const ToggleColumns toggles(profile.modules, totals, most, base, output);
+  ResultHead head{ProfileFacts(base, subject, profile.modules),
+                  "windows",
+                  {"begin", "end"},
+                  "-",
+                  {{"modules", toggles.paths()}}};
+  head.facts.emplace_back("folded", std::int64_t{profile.isFolded ? 1 : 0});
+  head.facts.emplace_back("toggles", WideCount{totals.front()});
+  if (!toggles.isTable()) head.columns.emplace_back("observed");
+  toggles.AppendTo(head.columns, profile.modules);
+  ResultOutput out(output, head);
+  for (std::size_t window = 0; window < profile.windows(); ++window) {
+    Row row{TimeCell(profile.edges[window], base, toggles.isTable()),
+            TimeCell(profile.edges[window + 1], base, toggles.isTable())};
+    if (!toggles.isTable()) row.emplace_back(WideCount{profile.observed[window]});
+    toggles.AppendTo(row, profile.observed[window],
+                     [&profile = profile, window](std::size_t module) {
+                       return profile.TogglesOf(module, window);
+                     });
+    out.Add(row);
+  }
+  out.End({{},
+           {},
+           std::to_string(totals.front()) + " toggles in " + std::to_string(profile.windows()) +
+               " windows" + HiddenText(toggles.hidden())});
+  return ExitStatus::Done;
+}
+
+ExitStatus WriteSplit(const ProfileRun<ValueSplit>& run, const ProfileSubject& subject,
+                      const OutputOptions& output) {
+  const auto& [base, split, right] = run;
+  std::vector<std::uint64_t> totals(split.modules.size());
+  std::uint64_t most = 0;
+  for (const ValueSplit::Part& part : split.parts) {
+    for (std::size_t module = 0; module < totals.size(); ++module) {
+      totals[module] += part.toggles[module];
+    }
+    most = std::max(most, part.toggles.front());
+  }
+  const ToggleColumns toggles(split.modules, totals, most, base, output);
+  ResultHead head{ProfileFacts(base, subject, split.modules),
+                  "values",
+                  {"value", "observed", "share"},
+                  "-",
+                  {{"modules", toggles.paths()}}};
+  head.facts.emplace_back("put_together", WideCount{split.others});
+  head.facts.emplace_back("toggles", WideCount{totals.front()});
+  toggles.AppendTo(head.columns, split.modules);
+  ResultOutput out(output, head);
+  for (const ValueSplit::Part& part : split.parts) {
+    const double share =
+        static_cast<double>(part.observed) / static_cast<double>(base.observedTicks);
+    Row row{part.value.empty() ? "others" : part.value,
+            TimeCell(part.observed, base, toggles.isTable()), share};
+    toggles.AppendTo(row, part.observed, [&](std::size_t module) { return part.toggles[module]; });
+    out.Add(row);
+  }
+  out.End({{},
+           {},
+           std::to_string(totals.front()) + " toggles by " + std::to_string(out.rows()) +
+               " values" + HiddenText(toggles.hidden())});
+  return ExitStatus::Done;
+}
+
+namespace {
+
+/// Modules or signals with their toggles.
+using Ranking = std::vector<std::pair<std::uint32_t, std::uint64_t>>;
+
+/// The most active ones first, of equal ones the earlier, and no more than are wanted.
+void KeepMost(Ranking& ranking, std::uint64_t limit) {
+  std::erase_if(ranking, [](const auto& one) { return one.second == 0; });
+  std::stable_sort(ranking.begin(), ranking.end(),
+                   [](const auto& one, const auto& other) { return one.second > other.second; });
+  if (ranking.size() > limit) ranking.resize(limit);
+}
+
+Ranking RankedModules(const ActivityRows& rows, std::uint32_t scope) {
+  Ranking modules;
+  const std::vector<ActivitySums> sums = rows.ModuleSums();
+  const std::vector<bool> inside = rows.ScopesIn(scope);
+  for (std::uint32_t at = Declarations::kDump + 1; at < sums.size(); ++at) {
+    if (inside[at] && at != scope)
+      modules.emplace_back(at, static_cast<std::uint64_t>(sums[at].tc));
+  }
+  return modules;
+}
+
+/// Each signal once, by its first name.
+Ranking SignalsOf(const ActivityRows& rows, std::uint32_t scope, const ActivityResult& result) {
+  Ranking signals;
+  std::vector<bool> isSeen(result.declarations.codes.size());
+  rows.ForEachSignal(scope, [&](const SignalRow& row) {
+    if (isSeen[row.variable.codeId]) return;
+    isSeen[row.variable.codeId] = true;
+    ActivitySums sums;
+    sums.Add(row.figures);
+    signals.emplace_back(row.variableId, static_cast<std::uint64_t>(sums.tc));
+  });
+  return signals;
+}
+
+/// Rows of what toggles in a peak.
+class PeakRows {
+ public:
+  PeakRows(const ProfileRun<Peak>& run, const OutputOptions& output, const std::string& dump,
+           const std::string& scope)
+      : run_(run), isTable_(IsTable(output)), out_(output, HeadOf(run, dump, scope, isTable_)) {}
+
+  void Add(const std::string& what, const std::string& path, std::uint64_t toggles) {
+    const Peak& peak = run_.figures;
+    Row row{what, path, WideCount{toggles}};
+    row.push_back(peak.toggles == 0
+                      ? Cell()
+                      : Cell(static_cast<double>(toggles) / static_cast<double>(peak.toggles)));
+    if (!isTable_) {
+      row.emplace_back(WideCount{peak.begin});
+      row.emplace_back(WideCount{peak.end});
+    }
+    out_.Add(row);
+  }
+  void End() {
+    const Peak& peak = run_.figures;
+    out_.End({{},
+              {},
+              std::to_string(peak.toggles) + " toggles after --begin " +
+                  TimeOf(peak.begin, run_.base) + " up to --end " + TimeOf(peak.end, run_.base)});
+  }
+
+ private:
+  static ResultHead HeadOf(const ProfileRun<Peak>& run, const std::string& dump,
+                           const std::string& scope, bool isTable) {
+    const ActivityResult& base = run.base;
+    ResultHead head{{{"dump", dump},
+                     {"figures", std::string("exact")},
+                     {"scope", scope.empty() ? Cell() : Cell(scope)},
+                     {"tick_fs", base.tick ? Cell(WideCount{*base.tick}) : Cell()},
+                     {"grain", WideCount{run.figures.grain}}},
+                    "peak",
+                    {"what", "path", "toggles", "share"}};
+    if (!isTable) head.columns.insert(head.columns.end(), {"begin", "end"});
+    return head;
+  }
+
+  const ProfileRun<Peak>& run_;
+  const bool isTable_;
+  ResultOutput out_;
+};
+
+}  // namespace
+
+ExitStatus WritePeak(const ProfileRun<Peak>& run, const ActivityResult* inPeak, std::uint32_t scope,
+                     std::uint64_t limit, const std::string& dump, const OutputOptions& output) {
+  const Declarations& declarations = run.base.declarations;
+  const std::string path = declarations.PathOf(scope);
+  PeakRows rows(run, output, dump, path);
+  rows.Add("all", path.empty() ? "/" : path, run.figures.toggles);
+  if (inPeak != nullptr) {
+    const ActivityRows activity(*inPeak);
+    Ranking modules = RankedModules(activity, scope);
+    KeepMost(modules, limit);
+    for (const auto& [module, toggles] : modules) {
+      rows.Add("module", declarations.PathOf(module), toggles);
+    }
+    Ranking signals = SignalsOf(activity, scope, *inPeak);
+    KeepMost(signals, limit);
+    for (const auto& [signal, toggles] : signals) {
+      rows.Add("signal", declarations.PathOf(declarations.variables[signal]), toggles);
+    }
+  }
+  rows.End();
+  return ExitStatus::Done;
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,121 @@
+// Clocks of reports.
+#include "cli/exact_figures/report_clocks.h"
+
+#include <algorithm>
+
+#include "cli/input/list_file.h"
+#include "cli/input/sdc_clocks.h"
+#include "cli/input/timing_report.h"
+#include "cli/process/messages.h"
+#include "cli/selection/scope_choice.h"
+#include "cli/selection/signal_choice.h"
+#include "kesncd/kesncd.h"
+#include "names/signal_search.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+constexpr double kMegahertzPeriod = 1e9;  // in femtoseconds
+constexpr std::size_t kMostByName = 12;
+
+std::size_t DepthOf(const Declarations& declarations, std::uint32_t scope) {
+  std::size_t depth = 0;
+  for (; scope != Declarations::kDump; scope = declarations.scopes[scope].parent) ++depth;
+  return depth;
+}
+
+/// Edges a microsecond by two, from the first edge to the last: a dump seldom begins with an edge.
+std::optional<double> FrequencyOf(const ToggleSpan& span, const ActivityResult& result) {
+  if (!result.tick || span.toggles < 2) return {};
+  const double microseconds = static_cast<double>(span.last - span.first) *
+                              static_cast<double>(*result.tick) / kMegahertzPeriod;
+  return static_cast<double>(span.toggles - 1) / 2 / microseconds;
+}
+
+}  // namespace
+
+ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
+    : sdc_(sdc), timing_(timing) {
+  if (!sdc.empty()) {
+    for (const DesignClock& clock : SdcClocks(ReadText(sdc))) {
+      const double mhz = kMegahertzPeriod / static_cast<double>(clock.period);
+      clocks_.push_back({clock.name, clock.signal, mhz, "SDC"});
+    }
+  }
+  if (timing.empty()) return;
+  orsa::kesncd::KesNCD analyser;
+  PassTimingReport(timing, [&](const std::string& path) {
+    analyser.twrFile = path;
+    analyser.ReadTWR2(0);
+  });
+  for (const auto& [name, mhz] : analyser.clockFreqs) {
+    clocks_.push_back({name, name, mhz >= 0 ? std::optional(mhz) : std::nullopt, "timing report"});
+  }
+}
+
+std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations,
+                                                const std::string& dump) {
+  for (Clock& clock : clocks_) clock.isFound = false;
+  std::vector<std::uint32_t> codes;
+  if (clocks_.empty()) {
+    FindByName(declarations, codes);
+    return codes;
+  }
+  std::vector<std::string> names;
+  for (const Clock& clock : clocks_) names.push_back(clock.signal);
+  const SignalSearch search(declarations, Declarations::kDump, true, names);
+  for (std::size_t i = 0; i < clocks_.size(); ++i) {
+    const std::vector<std::uint32_t>& found = search.Answer(i).variables;
+    if (found.size() != 1 || declarations.variables[found.front()].width != 1) {
+      const std::string why = found.size() > 1
+                                  ? " means several signals: " + PathsOf(found, declarations)
+                                  : " is no signal of one bit here";
+      Remark(dump, "clock " + names[i] + why);
+      continue;
+    }
+    const std::uint32_t codeId = declarations.variables[found.front()].codeId;
+    const auto place = std::find(codes.begin(), codes.end(), codeId);
+    clocks_[i].watched = static_cast<std::size_t>(place - codes.begin());
+    clocks_[i].isFound = true;
+    if (place == codes.end()) codes.push_back(codeId);
+  }
+  return codes;
+}
+
+/// The outermost signals that are called like clocks, each once.
+void ReportClocks::FindByName(const Declarations& declarations, std::vector<std::uint32_t>& codes) {
+  struct Candidate {
+    std::size_t depth;
+    std::uint32_t variable;
+  };
+  std::vector<Candidate> candidates;
+  for (std::uint32_t id = 0; id < declarations.variables.size(); ++id) {
+    const DumpVariable& variable = declarations.variables[id];
+    if (variable.width != 1 || !IsClockName(variable.name)) continue;
+    candidates.push_back({DepthOf(declarations, variable.scope), id});
+  }
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [](const auto& one, const auto& other) { return one.depth < other.depth; });
+  for (const Candidate& candidate : candidates) {
+    const DumpVariable& variable = declarations.variables[candidate.variable];
+    if (std::find(codes.begin(), codes.end(), variable.codeId) != codes.end()) continue;
+    if (codes.size() == kMostByName) break;
+    clocks_.push_back({declarations.ShortPathOf(variable), "", {}, "", codes.size(), true});
+    codes.push_back(variable.codeId);
+  }
+}
+
+std::vector<ReportFacts::Clock> ReportClocks::Measured(const ActivityResult& result) const {
+  std::vector<ReportFacts::Clock> clocks;
+  for (const Clock& clock : clocks_) {
+    std::optional<double> mhz;
+    if (clock.isFound) mhz = FrequencyOf(result.watched[clock.watched], result);
+    // What is only called like a clock and does not run is none.
+    if (!mhz && clock.source.empty()) continue;
+    clocks.push_back({clock.name, mhz, clock.mhz, clock.source});
+  }
+  return clocks;
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,176 @@
+// Reading figures one way or the other, and choosing a module of theirs.
+#include "cli/host_figures/figures.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <unordered_map>
+
+#include "cli/host_figures/host_runs.h"
+#include "cli/input/database_input.h"
+#include "cli/input/reading_threads.h"
+#include "cli/process/messages.h"
+#include "names/frequency.h"
+#include "names/scope_search.h"
+#include "text/failure.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+using orsa::kesncd::VmodHier;
+
+Figures ReadDirectly(const FigureOptions& options) {
+  Figures figures{NameOf(options.input), {}, false};
+  if (const auto database = OpenDatabase(options.input, options.window)) {
+    figures.run = database->ReadHost();
+    figures.origin = database->facts().dump;
+  } else {
+    UnpackedSource dump = OpenDump(options.input);
+    const unsigned jobs = UseThreads(options.input, dump);
+    figures.run = jobs > 1 ? ReadHostRun(*dump.file, figures.dump, options.window, jobs)
+                           : ReadHostRun(*dump.bytes, figures.dump, options.window);
+  }  // and with the dump goes the line that shows how far it was read
+  for (const std::string& remark : figures.run.remarks) Remark(figures.dump, remark);
+  if (!figures.run.whyUnknown.empty()) Remark(figures.dump, figures.run.whyUnknown);
+  return figures;
+}
+
+/// Turns a module tree into the declarations that all commands work on.
+class TreeCopy {
+ public:
+  explicit TreeCopy(HostRun& run) : run_(run) { run_.declarations.scopes.resize(1); }
+
+  void Copy(const VmodHier& root) {
+    struct Pending {
+      const VmodHier* node;
+      std::uint32_t parent;
+    };
+    std::vector<Pending> pending{{&root, Declarations::kDump}};
+    while (!pending.empty()) {
+      const Pending next = pending.back();
+      pending.pop_back();
+      const std::uint32_t scope = AddScope(*next.node, next.parent);
+      const auto& below = next.node->subMods;
+      for (auto child = below.rbegin(); child != below.rend(); ++child) {
+        pending.push_back({*child, scope});
+      }
+    }
+  }
+
+ private:
+  std::uint32_t AddScope(const VmodHier& node, std::uint32_t parent) {
+    Declarations& declarations = run_.declarations;
+    const auto scope = static_cast<std::uint32_t>(declarations.scopes.size());
+    declarations.scopes[parent].scopes.push_back(scope);
+    declarations.scopes.emplace_back();
+    declarations.scopes[scope].name = node.name;
+    declarations.scopes[scope].kind = "module";
+    declarations.scopes[scope].parent = parent;
+    declarations.scopes[scope].populated = true;
+    for (const auto& [symbol, signal] : node.signals) AddSignal(symbol, signal, scope);
+    return scope;
+  }
+
+  void AddSignal(const std::string& symbol, const orsa::kesncd::VmodSignal& signal,
+                 std::uint32_t scope) {
+    DumpVariable variable;
+    variable.name = signal.name;
+    variable.width = static_cast<std::uint32_t>(std::max(signal.width, 0));
+    variable.scope = scope;
+    variable.codeId = CodeId(symbol, static_cast<std::uint32_t>(signal.changes));
+    run_.declarations.scopes[scope].variables.push_back(
+        static_cast<std::uint32_t>(run_.declarations.variables.size()));
+    run_.declarations.variables.push_back(std::move(variable));
+  }
+
+  /// A code that was declared again after changes has fewer of them there: that is another signal.
+  std::uint32_t CodeId(const std::string& symbol, std::uint32_t changes) {
+    const auto [place, isNew] = codes_.try_emplace({symbol, changes}, run_.changes.size());
+    if (isNew) run_.changes.push_back(changes);
+    return static_cast<std::uint32_t>(place->second);
+  }
+
+  HostRun& run_;
+  std::map<std::pair<std::string, std::uint32_t>, std::size_t> codes_;
+};
+
+}  // namespace
+
+Cell Figures::Frequency(std::uint32_t changes) const {
+  if (!isAsIs && !run.whyUnknown.empty()) return {};
+  const double frequency =
+      ToggleFrequency(static_cast<int>(changes), run.spanTicks, run.nsPerTick.value_or(0));
+  if (!std::isfinite(frequency) || (!isAsIs && frequency < 0)) return {};
+  return frequency;
+}
+
+Figures FiguresOfTree(const std::string& dump, const VmodHier& root) {
+  Figures figures{dump, {}, true};
+  TreeCopy(figures.run).Copy(root);
+  figures.run.nsPerTick = orsa::kesncd::timeScale;
+  figures.run.firstTick = orsa::kesncd::startCycle;
+  figures.run.lastTick = orsa::kesncd::endCycle;
+  figures.run.spanTicks = orsa::kesncd::endCycle - orsa::kesncd::startCycle;
+  return figures;
+}
+
+Figures ReadFigures(const FigureOptions& options) {
+  if (!options.input.asIs) return ReadDirectly(options);
+  DumpInput input(options.input);
+  orsa::kesncd::KesNCD analyser;
+  ReadTree(analyser, input);
+  return FiguresOfTree(input.name(), *analyser.hierRoot);
+}
+
+std::string ScopeName(const Declarations& declarations, std::uint32_t scope) {
+  if (scope != Declarations::kDump) return declarations.ShortPathOf(scope);
+  return "/ (variables outside every scope)";
+}
+
+void SayProposedTop(const Figures& figures, const std::string& given, std::uint32_t scope) {
+  if (!given.empty()) return;
+  Remark(figures.dump,
+         "top module is " + ScopeName(figures.run.declarations, scope) + "; --top chooses another");
+}
+
+std::string RowPath(const Declarations& declarations, std::uint32_t scope) {
+  constexpr std::size_t kLongest = 1000;
+  constexpr std::size_t kMostScopes = 64;  // more than a design nests
+  std::uint32_t top = scope;
+  std::size_t length = 0;
+  for (std::size_t i = 0; top != Declarations::kDump; ++i) {
+    length += declarations.scopes[top].name.size() + 1;
+    if (i == kMostScopes || length > kLongest) break;
+    top = declarations.scopes[top].parent;
+  }
+  if (top == Declarations::kDump) return declarations.PathBelow(top, scope);
+  if (top != scope) return ".../" + declarations.PathBelow(top, scope);
+  return ".../" + declarations.scopes[scope].name.substr(0, kLongest) + "...";
+}
+
+std::uint32_t ChosenScope(const Figures& figures, const std::string& text) {
+  return ChosenScope(figures.dump, figures.run.declarations, text);
+}
+
+std::vector<std::string> ModulesWithVariables(const Declarations& declarations) {
+  std::vector<std::string> modules;
+  for (std::uint32_t i = 1; i < declarations.scopes.size(); ++i) {
+    const DumpScope& scope = declarations.scopes[i];
+    if (scope.kind != "module" || scope.variables.empty()) continue;
+    modules.push_back(declarations.PathOf(i));
+  }
+  return modules;
+}
+
+Facts RunFacts(const Figures& figures, const std::string& top) {
+  const HostRun& run = figures.run;
+  return {{"dump", figures.origin.empty() ? figures.dump : figures.origin},
+          {"top", top},
+          {"timescale_ns", run.nsPerTick ? Cell(*run.nsPerTick) : Cell()},
+          {"start_tick", run.firstTick},
+          {"end_tick", run.lastTick},
+          {"figures", std::string("host")}};
+}
+
+}  // namespace orsa::kesncd::cli

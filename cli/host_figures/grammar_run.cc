@@ -1,0 +1,96 @@
+// The grammar reader in a child process, since a bad time scale ends the process it runs in.
+#include "cli/host_figures/grammar_run.h"
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <memory>
+
+#include "cli/process/messages.h"
+#include "kesncd/kesncd.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+// The status with which the reader ends its process; none of the program's own.
+constexpr int kBadTimeScale = 4;
+
+struct Closer {
+  void operator()(std::FILE* file) const { (void)std::fclose(file); }
+};
+
+/// Sends standard output nowhere for its lifetime: the reader writes its last words there.
+class SilentOutput {
+ public:
+  SilentOutput() : kept_(dup(STDOUT_FILENO)) {
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(nowhere, STDOUT_FILENO);
+    close(nowhere);
+  }
+  ~SilentOutput() {
+    dup2(kept_, STDOUT_FILENO);
+    close(kept_);
+  }
+  SilentOutput(const SilentOutput&) = delete;
+  SilentOutput& operator=(const SilentOutput&) = delete;
+
+ private:
+  int kept_;
+};
+
+void Parse(DumpInput& input, const std::string& top) {
+  orsa::kesncd::KesNCD analyser;
+  analyser.SetTopModule(top);
+  const SilentOutput silent;
+  const bool isAccepted = input.Read([](const std::string& path) {
+    const std::unique_ptr<std::FILE, Closer> file(std::fopen(path.c_str(), "r"));
+    return orsa::kesncd::ParseVcdFile(file.get()) == 0;
+  });
+  if (!isAccepted) {
+    throw Failure(FailureKind::Unusable, input.name() + ": the grammar reader does not accept it");
+  }
+}
+
+int RunChild(DumpInput& input, const std::string& top, const std::function<ExitStatus()>& print) {
+  try {
+    Parse(input, top);
+    return static_cast<int>(print());
+  } catch (const Failure& failure) {
+    if (failure.kind() != FailureKind::ReaderGone) Say("", failure.what());
+    return static_cast<int>(StatusOf(failure));
+  } catch (const std::exception& error) {
+    Say("", error.what());
+    return static_cast<int>(ExitStatus::Unusable);
+  }
+}
+
+}  // namespace
+
+ExitStatus RunGrammarReader(DumpInput& input, const std::string& top,
+                            const std::function<ExitStatus()>& print) {
+  const pid_t child = fork();
+  if (child < 0) throw Failure(FailureKind::Unusable, "cannot start the grammar reader");
+  if (child == 0) {
+    // Who ends the program ends the reader too, before it leaves a result.
+    (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
+    _exit(RunChild(input, top, print));
+  }
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (!WIFEXITED(status))
+    throw Failure(FailureKind::Unusable, input.name() + ": the reading was ended");
+  if (WEXITSTATUS(status) == kBadTimeScale) {
+    throw Failure(FailureKind::Unusable, input.name() + ": its time scale is not understood");
+  }
+  return static_cast<ExitStatus>(WEXITSTATUS(status));
+}
+
+}  // namespace orsa::kesncd::cli

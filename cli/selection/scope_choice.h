@@ -1,0 +1,35 @@
+// The scope of a dump that a user names, and what is said where that is not clear.
+#ifndef KESNCD_CLI_SELECTION_SCOPE_CHOICE_H_
+#define KESNCD_CLI_SELECTION_SCOPE_CHOICE_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "vcd/declarations.h"
+
+namespace orsa::kesncd::cli {
+
+/// The one scope that a text means: a path from the top, else the end of a path or a name where
+/// only one scope has it; "/" is all of the dump. Throws Failure with NothingMatched where there is
+/// none, or where there are several, with their paths.
+std::uint32_t OnlyScope(const std::string& dump, const Declarations& declarations,
+                        const std::string& text);
+
+/// The scope that a text means, as every option for a module takes it: a path, the end of one or a
+/// name, "/" for the variables outside every scope; an empty text proposes one that declares
+/// variables. Says which one it took where several are meant. Throws Failure with NothingMatched,
+/// and what may have been meant, where there is none.
+std::uint32_t ChosenScope(const std::string& dump, const Declarations& declarations,
+                          const std::string& text);
+
+/// Throws Failure with NothingMatched that no scope is called so, and what may have been meant.
+[[noreturn]] void FailUnknownScope(const std::string& dump, const Declarations& declarations,
+                                   const std::string& text);
+
+/// The first of many names for a message, and how many more there are.
+std::string ShortList(const std::vector<std::string>& names);
+
+}  // namespace orsa::kesncd::cli
+
+#endif  // KESNCD_CLI_SELECTION_SCOPE_CHOICE_H_

@@ -1,0 +1,112 @@
+// Filtering, ordering and counting rows.
+#include "cli/selection/selection.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "names/name_order.h"
+#include "text/failure.h"
+
+namespace orsa::kesncd::cli {
+
+namespace {
+
+std::size_t BytesOf(const Row& row) {
+  std::size_t bytes = 0;
+  for (const Cell& cell : row) {
+    if (const auto* const text = std::get_if<std::string>(&cell)) bytes += text->size();
+  }
+  return bytes;
+}
+
+}  // namespace
+
+void AddSelectionOptions(Command& command, SelectionOptions& options) {
+  command.AddChoice(
+      "--sort", {{"toggles", SortBy::Toggles}, {"rate", SortBy::Rate}, {"name", SortBy::Name}},
+      options.sort, "order of the rows: the busiest first, or by name with numbers as numbers");
+  command.AddCount("--limit", "N", {0}, options.limit, "so many rows at most").Initially("all");
+  command.AddTexts("--match", "GLOB", options.match,
+                   "only what a pattern matches (again for more): *, ? and [a-z] within a part of "
+                   "a path, ** across parts; one without a / is for names in any scope");
+}
+
+PathFilter::PathFilter(const std::vector<std::string>& patterns) {
+  for (const std::string& pattern : patterns) globs_.emplace_back(pattern);
+}
+
+bool PathFilter::Takes(std::string_view scopePath, std::string_view name) const {
+  if (globs_.empty()) return true;
+  std::string path(scopePath);
+  if (!path.empty()) path += '/';
+  const std::size_t start = path.size();
+  path += name;
+  return std::any_of(globs_.begin(), globs_.end(),
+                     [&](const PathGlob& glob) { return glob.Matches(path, start); });
+}
+
+bool SelectedRows::IsBefore(const Kept& a, const Kept& b) const {
+  return sort_ == SortBy::Name ? IsNameBefore(a.name, b.name) : a.key > b.key;
+}
+
+double SelectedRows::KeyOf(std::optional<double> toggles, std::optional<double> rate) const {
+  const std::optional<double>& key = sort_ == SortBy::Toggles ? toggles : rate;
+  return key.value_or(-std::numeric_limits<double>::infinity());
+}
+
+bool SelectedRows::Wants(std::optional<double> toggles, std::optional<double> rate) const {
+  if (sort_ == SortBy::Nothing) return passed_ < limit_;
+  if (sort_ == SortBy::Name || !least_) return true;
+  return KeyOf(toggles, rate) > *least_;
+}
+
+void SelectedRows::Add(const SortKeys& keys, Row row) {
+  if (sort_ == SortBy::Nothing) {
+    if (passed_++ < limit_) out_.Add(row);
+    return;
+  }
+  keptBytes_ += BytesOf(row);
+  kept_.push_back({KeyOf(keys.toggles, keys.rate),
+                   sort_ == SortBy::Name ? std::string(keys.name) : std::string(), std::move(row)});
+  MakeRoom();
+}
+
+/// Of a large dump few rows are wanted: the others are let go of now and then, which has to be
+/// worth the sorting.
+void SelectedRows::MakeRoom() {
+  constexpr std::uint64_t kWorthDropping = 65536;
+  constexpr std::size_t kMostBytes = std::size_t{1} << 30;
+  if (limit_ < kept_.size()) {
+    const std::uint64_t more = kept_.size() - limit_;
+    if (more >= limit_ + kWorthDropping || keptBytes_ > worthBytes_) DropAllBut(limit_);
+  }
+  if (keptBytes_ > kMostBytes) {
+    throw Failure(
+        FailureKind::Unusable,
+        "the paths of the rows to sort are longer than 1 GB; --limit keeps the first rows");
+  }
+}
+
+/// Rows that are equal stay in the order in which they came.
+void SelectedRows::DropAllBut(std::uint64_t most) {
+  std::stable_sort(kept_.begin(), kept_.end(),
+                   [this](const Kept& a, const Kept& b) { return IsBefore(a, b); });
+  if (kept_.size() > most) {
+    kept_.erase(kept_.begin() + static_cast<std::ptrdiff_t>(most), kept_.end());
+  }
+  keptBytes_ = 0;
+  for (const Kept& kept : kept_) keptBytes_ += BytesOf(kept.row);
+  worthBytes_ = std::max(kWorthBytes, 2 * keptBytes_);
+  if (kept_.size() == most) {
+    least_ = kept_.empty() ? std::numeric_limits<double>::infinity() : kept_.back().key;
+  }
+}
+
+void SelectedRows::Finish() {
+  DropAllBut(limit_);
+  for (const Kept& kept : kept_) out_.Add(kept.row);
+  kept_.clear();
+}
+
+}  // namespace orsa::kesncd::cli

@@ -1,0 +1,189 @@
+// What the library's readers would get wrong in a dump.
+#ifndef KESNCD_FREE_FORMAT_FINDINGS_DUMP_FINDINGS_H_
+#define KESNCD_FREE_FORMAT_FINDINGS_DUMP_FINDINGS_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "free_format/dump_words.h"
+#include "vcd/declarations.h"
+#include "vcd/tally.h"
+
+namespace orsa::kesncd {
+
+/// The most harmful first, as far as they do harm (see IsFault).
+enum class FindingKind {
+  Packed,
+  Shrank,
+  Grows,
+  NoTimescale,
+  OddTimescale,
+  UnreadTimescale,
+  LateTimescale,
+  Torn,
+  OpenDefinitions,
+  NoSpan,
+  Unreachable,
+  Overlooked,
+  ControlBytes,
+  QuotedDeclarations,
+  QuotedItems,
+  Keywords,
+  PortCommands,
+  StampsNotAlone,
+  ChangesInLine,
+  CommandsNotAlone,
+  Ports,
+  MisreadSpan,
+  HugeStamps,
+  CutStamp,
+  BadStamps,
+  Backward,
+  DumpingOff,
+  Doubled,
+  Hidden,
+  WrongScope,
+  Foreign,
+  ScopeLines,
+  Split,
+  Late,
+  EmptyTop,
+  Weak,
+  GrammarCodes,
+  Attributes,
+  LongValues,
+  BeforeFirstStamp,
+  Unknown,
+  StaysUnknown,
+  TurnsUnknown,
+  UnknownBits,
+  Undeclared,
+  Strings,
+  Unended,
+  TornValue,
+  OpenEnd,
+  LateDeclarations,
+  Malformed,
+  Strays,
+  Fractions,
+  Escaped,
+  TwoIndices,
+  Parentheses,
+  Collisions,
+  WideRanges,
+  NotHandled,
+};
+
+/// What a finding does to figures.
+enum class Severity {
+  WrongFigures,  // some are wrong, or lack what the dump says or should say
+  WorthKnowing,  // they are what they are called, but a user may take them for something else
+};
+
+/// Whose reading of the dump a finding is about.
+enum class Concerns {
+  AllRuns,        // the program's own and those of hosts
+  Hosts,          // the library's line readers, and so --as-is
+  GrammarReader,  // nobody but the flat run's other reader
+};
+
+/// What a user can do about a finding.
+enum class Remedy {
+  None,
+  Unpack,
+  Prepare,
+  GiveTimescale,
+  SimulateAgain,
+  SimulateLonger,
+  AwaitEnd,
+  KeepDumping,
+  FixDump,
+  FinerTimescale,
+  CoarserTimescale,
+  ChooseTop,
+  SeeWhetherInitial,
+  ResetDesign,
+  TraceDrivers,
+  AskAsWritten,
+  ReadAsElement,
+  FindOrTree,
+  LeaveMemoriesOut,
+  UsePlainSignals,
+};
+
+struct Finding {
+  FindingKind kind;
+  Tally tally;
+};
+
+/// A kind in words ("signals not reachable ..."), what it counts, and what is known of every
+/// finding of the kind.
+struct FindingText {
+  std::string_view finding;
+  std::string_view of;
+  Severity severity;
+  Concerns concerns;
+  Remedy remedy;
+};
+const FindingText& TextOf(FindingKind kind);
+std::string_view TextOf(Severity severity);
+std::string_view TextOf(Concerns concerns);
+std::string_view TextOf(Remedy remedy);
+
+/// Whether a run of the program or of a host gives a wrong or incomplete figure.
+bool IsFault(FindingKind kind);
+
+/// Faults first, the most harmful before the others, then what is worth knowing, then what is about
+/// the grammar reader alone.
+void SortFindings(std::vector<Finding>& findings);
+
+/// What is found so far; kinds that were not met are left out.
+class Findings {
+ public:
+  void Add(FindingKind kind, const Tally& tally) {
+    if (tally) found_.push_back({kind, tally});
+  }
+  /// A finding about the dump as a whole.
+  void Add(FindingKind kind, bool isSo, std::uint64_t line, std::string_view example);
+  /// All, in the order of SortFindings.
+  std::vector<Finding> Sorted() &&;
+
+ private:
+  std::vector<Finding> found_;
+};
+
+/// What the declarations alone show.
+void FindInDeclarations(const Declarations& declarations, Findings& findings);
+/// Names that do not match a design's or one another.
+void FindInNames(const Declarations& declarations, Findings& findings);
+
+/// Figures of a body.
+struct BodyFacts {
+  std::uint64_t changes = 0;  // counted ones
+  std::uint64_t unknown = 0;  // to x or z
+  std::uint64_t stamps = 0;
+  std::uint64_t firstTick = 0;
+  std::uint64_t lastTick = 0;
+};
+
+/// Reads the body. `watch` has seen the words of the declarations.
+BodyFacts FindInBody(DumpWords& words, SlotWatch& watch, const Declarations& declarations,
+                     Findings& findings);
+
+/// All that one reading of a dump shows.
+struct DumpCheck {
+  Declarations declarations;
+  BodyFacts body;
+  std::vector<Finding> findings;  // in the order of SortFindings
+};
+
+/// Throws Failure with Unusable for what is no VCD file or declares no variable; messages call the
+/// dump `name`. `packing` is what the bytes were unpacked from, if they were.
+DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing = "",
+                    std::size_t block = DumpWords::kBlock);
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_FREE_FORMAT_FINDINGS_DUMP_FINDINGS_H_
