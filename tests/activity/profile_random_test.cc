@@ -10,7 +10,7 @@
 #include <string>
 
 #include "activity/activity_rows.h"
-#include "activity/profile_run.h"
+#include "activity/profile/profile_run.h"
 #include "tests/support/text_stream.h"
 
 namespace orsa::kesncd {

@@ -14,7 +14,7 @@
 #include <string>
 
 #include "activity/activity_rows.h"
-#include "activity/profile_run.h"
+#include "activity/profile/profile_run.h"
 #include "export/report_figures.h"
 #include "tests/support/text_stream.h"
 
