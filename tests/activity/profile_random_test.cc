@@ -26,7 +26,7 @@ class RandomDump {
     now_ = starts[seed % 4];
     longestStep_ = seed % 3 == 0 ? 1 : 40;
     WriteHeader();
-    for (std::uint64_t values = Below(6); values > 0; --values) WriteItem();
+    for (std::uint64_t items = Below(6); items > 0; --items) WriteItem();
     for (std::uint64_t step = 0, steps = 2 + Below(60); step < steps; ++step) {
       text += "#" + std::to_string(now_) + "\n";
       for (std::uint64_t items = Below(7); items > 0; --items) WriteItem();

@@ -97,8 +97,10 @@ TEST(RunComparison, ComparesRatesOfTimeWhateverTheTick) {
   ExpectDifferences({
       {Toggling(kOne, {{'a', {10, 20}}}), tens, 0, ""},
       {Toggling(kOne, {{'a', {10, 20}}}), kOne + "; #0 0a #10 1a #20 0a #30 1a #40 0a #200", 0, ""},
-      {Toggling(unscaled, {{'a', {10, 20}}}), unscaled + "; #5 0a #15 1a #25 0a #55 1a #105 0a", 0.5,
-       "changed tb 0.833, changed tb/a 0.833"},
+      {Toggling(unscaled, {{'a', {10, 20}}}), unscaled + "; #5 0a #15 1a #25 0a #55 1a #105 0a",
+       0.5, "changed tb 0.833, changed tb/a 0.833"},
+      // Rates are quotients, here of 0.1 * 3 and 0.001 * 300.
+      {"100ns tb{ reg:1:a:a } ; #0 0a #1 1a #3", "1ns tb{ reg:1:a:a } ; #0 0a #100 1a #300", 0, ""},
       // What was observed for no time has no rates, which differ from any that are known.
       {kOne + "; #5 0a", kOne + "; #9 1a", 0, ""},
       {kOne + "; #5 0a", Toggling(kOne, {{'a', {10}}}), 0.5, "changed tb 1, changed tb/a 1"},
@@ -118,8 +120,8 @@ TEST(RunComparison, ReportsWhatOnlyOneRunHas) {
   const std::string twice = "1us tb{ reg:1:a:a reg:1:b:a }";
   ExpectDifferences({
       // The module around them toggles as it did.
-      {Toggling(two, {{'a', {5}}, {'b', {10, 20}}}), Toggling(other, {{'a', {5}}, {'c', {10, 20}}}), 0,
-       "vanished tb/b 1, appeared tb/c 1"},
+      {Toggling(two, {{'a', {5}}, {'b', {10, 20}}}), Toggling(other, {{'a', {5}}, {'c', {10, 20}}}),
+       0, "vanished tb/b 1, appeared tb/c 1"},
       {Toggling(two, {{'b', {10, 20}}}), Toggling(other, {{'c', {10, 20, 30}}}), 1,
        "appeared tb/c 1, vanished tb/b 1"},
       {Toggling(inner, {{'a', {5}}, {'b', {10, 15}}}), Toggling(kOne, {{'a', {5}}}), 0.9,
@@ -153,11 +155,13 @@ TEST(RunComparison, PutsFirstWhatExplainsMost) {
        Toggling(blocks, {{'a', ten}, {'b', Every10(5)}, {'c', ten}, {'d', {}}}), 0.3,
        "changed tb/v 1, changed tb/v/d 1, changed tb 0.359, changed tb/u/b 0.5"},
       // A clock that is driven outside says nothing of the block that it is an input of.
-      {Toggling(driven, {{'a', ten}, {'b', {50, 90}}}), Toggling(driven, {{'a', {}}, {'b', {50, 90}}}), 0.5,
+      {Toggling(driven, {{'a', ten}, {'b', {50, 90}}}),
+       Toggling(driven, {{'a', {}}, {'b', {50, 90}}}), 0.5,
        "changed tb/u/clk 1, changed tb/clk 1, changed tb 0.833, changed tb/u 0.833"},
       // Where nobody says who drives it, the block counts as much as what is around it.
-      {Toggling(undriven, {{'a', ten}, {'b', {50, 90}}}), Toggling(undriven, {{'a', {}}, {'b', {50, 90}}}),
-       0.5, "changed tb/u/clk 1, changed tb/clk 1, changed tb/u 0.833, changed tb 0.833"},
+      {Toggling(undriven, {{'a', ten}, {'b', {50, 90}}}),
+       Toggling(undriven, {{'a', {}}, {'b', {50, 90}}}), 0.5,
+       "changed tb/u/clk 1, changed tb/clk 1, changed tb/u 0.833, changed tb 0.833"},
   });
 }
 

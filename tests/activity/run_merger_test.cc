@@ -157,8 +157,8 @@ TEST(RunMerger, KeepsNamesOfOneNetTogetherWhereAllRunsDo) {
     std::vector<std::string> runs;
     std::uint64_t bits, toggles;
   } rows[] = {
-      {{one}, 1, 1},       {{one, one}, 1, 2}, {{one, two}, 2, 3},   {{two, one}, 2, 3},
-      {{two, two}, 2, 2},  {{wide}, 4, 4},     {{wide, wide}, 4, 8}, {{one, two, one}, 2, 5},
+      {{one}, 1, 1},      {{one, one}, 1, 2}, {{one, two}, 2, 3},   {{two, one}, 2, 3},
+      {{two, two}, 2, 2}, {{wide}, 4, 4},     {{wide, wide}, 4, 8}, {{one, two, one}, 2, 5},
   };
   for (const auto& row : rows) {
     const ActivityResult sum = Merged(row.runs).Finish();

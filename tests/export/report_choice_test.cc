@@ -260,7 +260,7 @@ void AddKeys(const Json& json, std::set<std::string>& keys) {
 TEST(ReportChoice, HasTheKeysThatItsFormatNames) {
   ReportFacts facts;
   facts.clocks = {{"clk", 40.5, {}, ""}, {"</b>", {}, 100.0, "SDC"}};
-  facts.findings = {{"note", "said \"so\""}};
+  facts.findings = {ReportFacts::Finding{"note", "said \"so\""}};
   facts.reached = {{"pins", 3, UINT64_MAX, "n.json"}};
   const Account account(3);
   ReportLimits limits;
