@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <map>
 #include <random>
@@ -232,33 +231,6 @@ void AddByName(const ActivityResult& run, std::uint64_t factor, FiguresByBit& to
       sums[i] += figure * (i < 4 ? factor : 1);
     }
   }
-}
-
-/// A run of a design of which not all is dumped, in other scopes' order, with other ranges.
-std::string RandomRun(std::mt19937& random, const std::string& scale) {
-  const auto below = [&](std::size_t limit) { return random() % limit; };
-  std::string line = scale;
-  std::string body;
-  std::vector<std::string> scopes{"a", "b", "c"};
-  std::shuffle(scopes.begin(), scopes.end(), random);
-  for (const std::string& scope : scopes) {
-    line += " " + scope + "{";
-    for (const std::string name : {"p", "q", "r"}) {
-      if (below(3) == 0) continue;
-      const std::size_t low = below(3);
-      const std::size_t width = 1 + below(4);
-      const std::string code = below(4) == 0 ? "shared" + std::to_string(width) : scope + name;
-      line += " wire:" + std::to_string(width) + ":" + code + ":" + name + "[" +
-              std::to_string(low + width - 1) + ":" + std::to_string(low) + "]";
-      for (std::size_t i = below(6), time = 0; i > 0; --i) {
-        std::string value(width, '0');
-        for (char& bit : value) bit = "01xz"[below(4)];
-        body += " #" + std::to_string(time += below(9)) + " b" + value + " " + code;
-      }
-    }
-    line += " }";
-  }
-  return line + " reg:1:end:end ; #0" + body + " #100";
 }
 
 // The sum of random runs is that of their figures by name, also where sums are summed.

@@ -2,8 +2,11 @@
 #ifndef KESNCD_TESTS_SUPPORT_SMALL_DUMPS_H_
 #define KESNCD_TESTS_SUPPORT_SMALL_DUMPS_H_
 
+#include <algorithm>
+#include <random>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "activity/activity_rows.h"
 #include "activity/activity_run.h"
@@ -34,6 +37,33 @@ inline std::string SmallDump(const std::string& line) {
     text += (word[0] == '#' ? '\n' : ' ') + word;
   }
   return text + "\n";
+}
+
+/// A line of a design of which not all is dumped, its scopes and ranges different each time.
+inline std::string RandomRun(std::mt19937& random, const std::string& scale) {
+  const auto below = [&](std::size_t limit) { return random() % limit; };
+  std::string line = scale;
+  std::string body;
+  std::vector<std::string> scopes{"a", "b", "c"};
+  std::shuffle(scopes.begin(), scopes.end(), random);
+  for (const std::string& scope : scopes) {
+    line += " " + scope + "{";
+    for (const std::string name : {"p", "q", "r"}) {
+      if (below(3) == 0) continue;
+      const std::size_t low = below(3);
+      const std::size_t width = 1 + below(4);
+      const std::string code = below(4) == 0 ? "shared" + std::to_string(width) : scope + name;
+      line += " wire:" + std::to_string(width) + ":" + code + ":" + name + "[" +
+              std::to_string(low + width - 1) + ":" + std::to_string(low) + "]";
+      for (std::size_t i = below(6), time = 0; i > 0; --i) {
+        std::string value(width, '0');
+        for (char& bit : value) bit = "01xz"[below(4)];
+        body += " #" + std::to_string(time += below(9)) + " b" + value + " " + code;
+      }
+    }
+    line += " }";
+  }
+  return line + " reg:1:end:end ; #0" + body + " #100";
 }
 
 inline ActivityResult Counted(const std::string& line) {
