@@ -139,12 +139,15 @@ TEST(RunComparison, ReportsWhatOnlyOneRunHas) {
   DifferencesText(Toggling(inner, {}), Toggling(other, {}), 0, &comparison);
   EXPECT_EQ(comparison.signals, 3U);
   EXPECT_EQ(comparison.modules, 2U);
+  DifferencesText(Toggling(kOne, {}), Toggling(twice, {}), 0, &comparison);
+  EXPECT_EQ(comparison.differences.at(0).id, 1U);
 }
 
 TEST(RunComparison, PutsFirstWhatExplainsMost) {
   const std::string blocks = "1us tb{ reg:1:a:a u{ reg:1:b:b reg:1:c:c } v{ reg:1:d:d } }";
   const std::string driven = "1us tb{ reg:1:a:clk u{ wire:1:a:clk reg:1:b:q } }";
   const std::string undriven = "1us tb{ wire:1:a:clk u{ wire:1:a:clk reg:1:b:q } }";
+  const std::string twice = "1us tb{ u{ reg:1:a:clk reg:1:b:q } v{ reg:1:a:clk } }";
   const std::vector<int> ten = Every10(10);
   ExpectDifferences({
       // A block that stopped comes before its parts, and these before what is around them.
@@ -158,6 +161,11 @@ TEST(RunComparison, PutsFirstWhatExplainsMost) {
       {Toggling(driven, {{'a', ten}, {'b', {50, 90}}}),
        Toggling(driven, {{'a', {}}, {'b', {50, 90}}}), 0.5,
        "changed tb/u/clk 1, changed tb/clk 1, changed tb 0.833, changed tb/u 0.833"},
+      // Nor of one that two blocks drive is it known whose it is.
+      {Toggling(twice, {{'a', ten}, {'b', {50, 90}}}),
+       Toggling(twice, {{'a', {}}, {'b', {50, 90}}}), 0.5,
+       "changed tb/v 1, changed tb/u/clk 1, changed tb/v/clk 1, changed tb/u 0.833, changed tb "
+       "0.833"},
       // Where nobody says who drives it, the block counts as much as what is around it.
       {Toggling(undriven, {{'a', ten}, {'b', {50, 90}}}),
        Toggling(undriven, {{'a', {}}, {'b', {50, 90}}}), 0.5,

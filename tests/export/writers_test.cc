@@ -9,7 +9,6 @@
 
 #include "export/result_writer.h"
 #include "tests/support/text_stream.h"
-#include "text/number.h"
 #include "text/printable.h"
 
 namespace orsa::kesncd {
@@ -62,21 +61,6 @@ TEST(Writers, RoundAndAlignInTablesOnly) {
   EXPECT_EQ(Written(As::Json, {"name"}, {}), "{\n  \"dump\": \"d\",\n  \"rows\": []\n}\n");
 }
 
-TEST(Writers, RoundToSignificantDigits) {
-  const std::tuple<double, int, const char*> rows[] = {{0, 4, "0"},
-                                                       {33.333333, 4, "33.33"},
-                                                       {33.333333, 1, "30"},
-                                                       {99999, 4, "100000"},
-                                                       {123456.5, 7, "123456.5"},
-                                                       {0.1 + 0.2, 17, "0.30000000000000004"},
-                                                       {-0.00005, 4, "-0.00005"},
-                                                       {1e14, 4, "100000000000000"},
-                                                       {1e15, 4, "1e+15"},
-                                                       {5e-324, 4, "5e-324"},
-                                                       {1.23456e308, 4, "1.235e+308"}};
-  for (const auto& [value, digits, text] : rows) EXPECT_EQ(RoundedText(value, digits), text);
-}
-
 TEST(Writers, LetNothingSteerATerminal) {
   const std::tuple<std::string, std::string, std::string> rows[] = {
       {"clk", "clk", "clk"},
@@ -99,17 +83,6 @@ TEST(Writers, LetNothingSteerATerminal) {
     EXPECT_EQ(Written(As::Csv, {"n"}, {{name}}), "n\r\n" + name + "\r\n") << "programs get all";
     EXPECT_NE(Written(As::Json, {"n"}, {{name}}).find("{\"n\":\"" + escaped + "\"}"),
               std::string::npos);
-    // A terminal gets the same whatever the pieces it comes in.
-    for (std::size_t size = 1; size <= name.size(); ++size) {
-      TextSink out;
-      TerminalSink terminal(out);
-      for (std::size_t at = 0; at < name.size(); at += size) terminal.Write(name.substr(at, size));
-      terminal.Write("\r\n\r");
-      terminal.Finish();
-      std::string lines = shown;
-      if (name.find('\t') != std::string::npos) lines[4] = '\t';
-      EXPECT_EQ(out.text, lines + "\r\n?") << escaped << size;
-    }
   }
 }
 
@@ -126,8 +99,6 @@ TEST(Writers, BoundWhatLongNamesCost) {
   EXPECT_TRUE(wide.ends_with("\n" + name + "  " + name + "\n"));
   const std::string prose(100, 'p');
   EXPECT_EQ(Written(As::Table, {{"x", true}}, {{prose}}), "x\n" + prose + "\n");
-  EXPECT_EQ(Shortened("12345678", 7), "12...78");
-  EXPECT_EQ(Shortened("1234567", 7), "1234567");
 }
 
 /// Names as hostile dumps have them.

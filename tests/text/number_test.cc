@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <tuple>
 
 namespace orsa::kesncd {
 namespace {
@@ -120,6 +121,12 @@ TEST(Number, WritesExtremesInFull) {
     EXPECT_EQ(DisplayText(row.value), row.display);
     EXPECT_EQ(RoundedText(row.value, 4), row.rounded);
   }
+  const std::tuple<double, int, const char*> rounded[] = {
+      {33.333333, 1, "30"},         {99999, 4, "100000"},
+      {123456.5, 7, "123456.5"},    {0.1 + 0.2, 17, "0.30000000000000004"},
+      {1e14, 4, "100000000000000"}, {1e15, 4, "1e+15"},
+      {5e-324, 4, "5e-324"},        {1.23456e308, 4, "1.235e+308"}};
+  for (const auto& [value, digits, text] : rounded) EXPECT_EQ(RoundedText(value, digits), text);
   EXPECT_EQ(FixedText(-most).size(), 1U + 309 + 7);
   EXPECT_EQ(FixedText(-most).substr(0, 9), "-17976931");
 }

