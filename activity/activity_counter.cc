@@ -129,8 +129,8 @@ void ActivityCounter::KeepEdgesBefore() {
   for (const std::uint32_t codeId : seen_) {
     const Code& code = codes_[codeId];
     if (code.step != step_.number) continue;
-    edgesBefore_[codeId] =
-        code.kind == kScalar ? std::vector<BitEdge>{code.before} : vectors_.EdgesBefore(code.kind);
+    edgesBefore_[codeId] = code.kind == kScalar ? std::vector<BitEdge>{code.before}
+                                                : vectors_.EdgesBefore(code.kind, figures_.data());
   }
 }
 

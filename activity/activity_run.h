@@ -1,4 +1,11 @@
 // Reads a whole dump, once, and counts its exact activity.
+//
+// The parts, from a dump's bytes to figures:
+//
+//   DumpWords -> declarations -> ActivityStart (window, bits)
+//             -> DumpItems -> ReadBody -> ActivityCounter -> ActivityPart -> ActivityResult
+//
+// With several threads each has a counter and a stretch of the body, and the parts are added up.
 #ifndef KESNCD_ACTIVITY_ACTIVITY_RUN_H_
 #define KESNCD_ACTIVITY_ACTIVITY_RUN_H_
 
@@ -19,38 +26,45 @@
 
 namespace orsa::kesncd {
 
+/// Defaults count all of a dump, by one thread, without a limit to memory.
 struct ActivityOptions {
-  std::string dump;                     // what messages call it
-  TimeWindow window;                    // to count in
-  std::optional<std::uint64_t> tick;    // femtoseconds, for a dump without a time scale
+  std::string dump;  // what messages call it
+  // In femtoseconds; a window needs a tick.
+  TimeWindow window;                  // to count in
+  std::optional<std::uint64_t> tick;  // femtoseconds, for a dump without a time scale
+  // More bits are refused before memory is asked for; see MostBitsInMemory.
   std::uint64_t mostBits = UINT64_MAX;  // for which there is memory
   /// Picks codes of signals of one bit whose first and last toggles are wanted, each once; where
-  /// none is given, nothing is watched. What it throws ends the run.
+  /// none is given, nothing is watched. What it throws ends the run. Called once the declarations
+  /// are read; the codes that it gives come back as `watched`.
   std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
+  // For tests; the result does not depend on it.
   std::size_t block = DumpWords::kBlock;  // bytes that are read at a time
-  unsigned jobs = 1;                      // threads that may be used to read a file
+  // 1 of a source; more are used of a file only, and only where they have memory enough.
+  unsigned jobs = 1;  // threads that may be used to read a file
 };
 
 /// Throws Failure with Unusable for what is no VCD file, declares no variable or has more bits than
-/// there may be, with NothingMatched where nothing of the dump lies in the window.
+/// there may be, with NothingMatched where nothing of the dump lies in the window. The source is
+/// read once, from front to end.
 ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options);
 /// The same of a file, with as many threads as there may be, unless codes are watched. The result
-/// does not depend on them.
+/// does not depend on them. Watching needs the order of toggles over the whole body, which threads
+/// do not have.
 ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options);
 
-/// Turns what was counted in a whole body into its activity. Throws as CountActivity does.
+/// Turns what was counted in a whole body into its activity. Throws as CountActivity does. `items`
+/// are those of the whole body too. For parts that were added up elsewhere, on other machines
+/// perhaps.
 ActivityResult FinishActivity(Declarations declarations, ActivityPart part, ItemTallies items,
                               const ActivityOptions& options);
 
-/// Of this machine.
-std::uint64_t MemoryBytes();
-/// How many bits the memory of this machine holds the activity of.
+/// How many bits the memory of this machine holds the activity of. A generous guess, in order to
+/// refuse what cannot end well.
 std::uint64_t MostBitsInMemory();
-/// As many threads as may be used, at least one, but no more than take a quarter of the memory when
-/// each has so many bytes.
-unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs);
 
-/// What a user of the figures must know, the gravest first.
+/// What a user of the figures must know, the gravest first. Sentences that go on after "x.vcd: ",
+/// without a full stop.
 std::vector<std::string> RemarksOn(const ActivityResult& result);
 
 }  // namespace orsa::kesncd

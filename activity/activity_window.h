@@ -1,4 +1,7 @@
 // The part of a dump's time whose activity is counted, in ticks.
+//
+// For a window from 10 to 20: a toggle at 10 does not count and one at 20 does; a level from 5 to
+// 12 counts for 2 ticks. A window from 20 to 30 then has the rest, and nothing twice.
 #ifndef KESNCD_ACTIVITY_ACTIVITY_WINDOW_H_
 #define KESNCD_ACTIVITY_ACTIVITY_WINDOW_H_
 
@@ -7,13 +10,15 @@
 
 namespace orsa::kesncd {
 
-/// Bounds where both are known; without one, all of the dump up to there.
+/// Bounds where both are known; without one, all of the dump up to there. Both bounds are times of
+/// the dump, in ticks.
 struct ActivityWindow {
   std::uint64_t begin = 0;
   std::uint64_t end = UINT64_MAX;
 
   /// Where a time falls in the window: times counted between clamped ones lie in it. `begin` may
-  /// not be after `end`.
+  /// not be after `end`. So the ticks between two times that fall in the window are Clamp(b) -
+  /// Clamp(a).
   std::uint64_t Clamp(std::uint64_t ticks) const { return std::clamp(ticks, begin, end); }
   /// Whether a toggle at that time counts. What happens at `begin` is the initial value, so that
   /// windows that touch add up.

@@ -12,6 +12,8 @@
 
 namespace orsa::kesncd {
 
+/// Nothing in `next` can be wrong. Else it must begin right where this one ends, between two items,
+/// with time growing at the cut, for both counts.
 bool BodyPart::CanPrecede(const BodyPart& next) const {
   if (next.IsEmpty()) return true;
   return end == next.begin && endsCleanly && !endsDump && !next.beginsBody && activity.hasStamps &&
@@ -19,6 +21,7 @@ bool BodyPart::CanPrecede(const BodyPart& next) const {
          host.CanPrecede(next.host);
 }
 
+/// What is said of this part's end is now that of `next`; its begin stays.
 void BodyPart::Add(const CodeBits& codes, BodyPart&& next) {
   choice.last = next.choice.last;
   if (next.IsEmpty()) return;
@@ -45,7 +48,8 @@ StretchRange StretchOf(const BodyCuts& cuts, const PartChoice& choice) {
   return all;
 }
 
-/// Reads to the end of the stretch and no further.
+/// Reads to the end of the stretch and no further. What the part has to know of its end is asked
+/// right after the reading.
 void ReadStretch(StretchReader<BothCounters>& reader, BodyPart& part) {
   reader.Read();
   part.endsDump = reader.source().IsAtFileEnd();
@@ -58,11 +62,14 @@ void ReadStretch(StretchReader<BothCounters>& reader, BodyPart& part) {
 
 }  // namespace
 
+/// Everybody who counts a part of the file does this, on whatever machine: the cuts depend on the
+/// file and on the number of parts only.
 PartRun ReadBodyPart(ByteFile& file, const PartChoice& choice, const ActivityOptions& options) {
   FileDump dump(file, options.block);
   PartRun run;
   ActivityStart start(ReadDeclarations(dump.words(), options.dump), options);
   const Declarations& declarations = start.result.declarations;
+  // Exact figures of the window, hosts' figures of all time: see BothCounters.
   BothCounters counters(start.codes, start.window);
   BodyPart& part = run.part;
   part.choice = choice;
@@ -70,8 +77,10 @@ PartRun ReadBodyPart(ByteFile& file, const PartChoice& choice, const ActivityOpt
   part.beginsBody = choice.first == 0;
   const BodyCuts cuts(file, dump.words().Offset(), choice.parts);
   const StretchRange stretch = StretchOf(cuts, choice);
+  // A part without a stamp has begin and end in one place, and nothing is read for it.
   part.begin = stretch.begin;
   part.end = stretch.end == StretchSource::kFileEnd ? part.dumpBytes : stretch.end;
+  // The first part goes on from the declarations; others look for their first stamp.
   if (part.beginsBody) {
     dump.EndAt({stretch.end});
     StretchReader<BothCounters> reader(dump, declarations, counters);

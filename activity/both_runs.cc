@@ -16,10 +16,12 @@ namespace orsa::kesncd {
 
 namespace {
 
+// Of a bit in each thread.
 constexpr std::uint64_t kBytesPerBit = 150;  // of both counts
 
 }  // namespace
 
+/// Of a file: the stretches are counted apart and added up in the dump's order.
 BothRuns CountBoth(ByteFile& file, const ActivityOptions& options) {
   FileDump dump(file, options.block);
   ActivityStart start(ReadDeclarations(dump.words(), options.dump), options);
@@ -44,6 +46,7 @@ BothRuns CountBoth(ByteFile& file, const ActivityOptions& options) {
                     tallies, options);
 }
 
+/// Of any source, by one thread.
 BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options) {
   DumpWords words(dump, options.block, options.block / 4);
   ActivityStart start(ReadDeclarations(words, options.dump), options);
@@ -56,6 +59,7 @@ BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options) {
                     counters.host().TakePart(), tallies, options);
 }
 
+/// The declarations go through both: to the host's run and from there to the exact one.
 BothRuns FinishBoth(Declarations declarations, ActivityPart activity, HostPart host,
                     const ItemTallies& items, const ActivityOptions& options) {
   BothRuns runs;

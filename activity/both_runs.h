@@ -1,4 +1,6 @@
 // Both kinds of figures of a dump from one reading, which is all that a pipe allows.
+//
+// For databases, which hold both.
 #ifndef KESNCD_ACTIVITY_BOTH_RUNS_H_
 #define KESNCD_ACTIVITY_BOTH_RUNS_H_
 
@@ -11,6 +13,7 @@
 
 namespace orsa::kesncd {
 
+/// The two results of one reading; `exact` owns the declarations of both.
 struct BothRuns {
   ActivityResult exact;
   HostRun host;  // without declarations: they are those of `exact`

@@ -1,5 +1,8 @@
 // What differs between two runs: a block that stopped, a clock that runs on, a bus that woke up. A
 // regression asks this after every change of a design.
+//
+// Rates are compared, not counts, so runs may differ in length; that is why one without a time
+// scale cannot be compared with one that has it.
 #ifndef KESNCD_ACTIVITY_RUN_COMPARISON_H_
 #define KESNCD_ACTIVITY_RUN_COMPARISON_H_
 
@@ -12,12 +15,15 @@
 
 namespace orsa::kesncd {
 
+/// A row of the result. For `Appeared` only `after` has rates, for `Vanished` only `before`.
 struct RunDifference {
   enum class Kind : std::uint8_t { Changed, Appeared, Vanished };
 
-  /// Of one of the runs, nothing where it is not known, or where the run does not have it.
+  /// Of one of the runs, nothing where it is not known, or where the run does not have it. Means
+  /// over the bits of the row.
   struct Rates {
     std::optional<double> toggles;  // a microsecond and bit, or a tick and bit
+    // The share of time at 1, from 0 to 1.
     std::optional<double> high;
   };
 
@@ -27,17 +33,21 @@ struct RunDifference {
   std::uint32_t depth = 0;  // scopes around it
   Rates before;
   Rates after;
-  double share = 0;   // by which the rate or the duty differs, of the larger of the two
+  // From 0 to 1; 1 where only one run has it.
+  double share = 0;  // by which the rate or the duty differs, of the larger of the two
+  // What rows are sorted by. A row of 100 toggles that lost 50 has 25, one of 50 that lost all has
+  // 50.
   double weight = 0;  // toggles that came or went, times their share of the row's
 };
 
+/// The counts are of all rows that were compared, also those below the threshold.
 struct RunComparison {
   std::uint64_t signals = 0;  // compared ones, of both runs
   std::uint64_t modules = 0;
   std::vector<RunDifference> differences;  // those above the threshold, the gravest first
 };
 
-/// The path of what differs, and its name.
+/// The path of what differs, and its name. "tb/soc/q[7:0]" or "tb/soc".
 std::string PathOf(const RunDifference& difference, const ActivityResult& before,
                    const ActivityResult& after);
 
@@ -45,7 +55,8 @@ std::string PathOf(const RunDifference& difference, const ActivityResult& before
 /// time at 1 does by more than `threshold` of the larger one, and where only one run has it. Most
 /// weight has what lost or gained most toggles and is little else: a block that stopped stands
 /// before its parts, what is around it and what it drives. Throws Failure with Unusable where only
-/// one of the runs says how long a tick is.
+/// one of the runs says how long a tick is. `threshold` is a share, 0.01 for one percent. Both
+/// results are read only and may be let go of afterwards.
 RunComparison CompareRuns(const ActivityResult& before, const ActivityResult& after,
                           double threshold);
 

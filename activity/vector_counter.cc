@@ -75,6 +75,62 @@ void ToggleLanes(std::int32_t* times, std::uint8_t* counts, std::uint64_t toggle
              _mm_unpackhi_epi16(r16[half], r16[half]), all);
   }
 }
+
+/// Sums and carries of three numbers of one bit each, for 64 of them at once.
+struct BitSums {
+  std::uint64_t ones;
+  std::uint64_t twos;
+};
+BitSums Sum(std::uint64_t a, std::uint64_t b, std::uint64_t c) {
+  const std::uint64_t differs = a ^ b;
+  return {differs ^ c, (a & b) | (differs & c)};
+}
+
+/// How often each of 64 bits is set in seven words, as numbers of three bits.
+struct BitCounts {
+  std::uint64_t ones, twos, fours;
+
+  explicit BitCounts(const std::array<std::uint64_t, 7>& words) {
+    const BitSums first = Sum(words[0], words[1], words[2]);
+    const BitSums second = Sum(words[3], words[4], words[5]);
+    const BitSums third = Sum(first.ones, second.ones, words[6]);
+    const BitSums carries = Sum(first.twos, second.twos, third.twos);
+    ones = third.ones;
+    twos = carries.ones;
+    fours = carries.twos;
+  }
+};
+
+/// Adds the counts of sixteen lanes.
+void AddCounts(std::uint8_t* counts, const BitCounts& added, std::size_t from) {
+  auto* const at = reinterpret_cast<__m128i*>(counts);
+  const __m128i ones = _mm_and_si128(BytesOf(added.ones >> from), _mm_set1_epi8(1));
+  const __m128i twos = _mm_and_si128(BytesOf(added.twos >> from), _mm_set1_epi8(2));
+  const __m128i fours = _mm_and_si128(BytesOf(added.fours >> from), _mm_set1_epi8(4));
+  const __m128i sum = _mm_add_epi8(_mm_add_epi8(ones, twos), fours);
+  _mm_store_si128(at, _mm_add_epi8(_mm_load_si128(at), sum));
+}
+
+/// Adds to the times of sixteen lanes, for each of some values, its weight where a lane is set.
+template <std::size_t kValues>
+void AddWeights(std::int32_t* times, const std::array<std::uint64_t, kValues>& values,
+                const std::array<std::int32_t, kValues>& weights, std::size_t from) {
+  auto* const at = reinterpret_cast<__m128i*>(times);
+  __m128i sums[4];
+  for (std::size_t i = 0; i < 4; ++i) sums[i] = _mm_load_si128(at + i);
+  for (std::size_t k = 0; k < kValues; ++k) {
+    const __m128i set = BytesOf(values[k] >> from);
+    const __m128i weight = _mm_set1_epi32(weights[k]);
+    // A byte of ones twice is two of them, twice again four.
+    const __m128i low = _mm_unpacklo_epi8(set, set);
+    const __m128i high = _mm_unpackhi_epi8(set, set);
+    sums[0] = _mm_add_epi32(sums[0], _mm_and_si128(_mm_unpacklo_epi16(low, low), weight));
+    sums[1] = _mm_add_epi32(sums[1], _mm_and_si128(_mm_unpackhi_epi16(low, low), weight));
+    sums[2] = _mm_add_epi32(sums[2], _mm_and_si128(_mm_unpacklo_epi16(high, high), weight));
+    sums[3] = _mm_add_epi32(sums[3], _mm_and_si128(_mm_unpackhi_epi16(high, high), weight));
+  }
+  for (std::size_t i = 0; i < 4; ++i) _mm_store_si128(at + i, sums[i]);
+}
 #endif
 
 void ToggleLane(std::int32_t& time, std::uint8_t& count, bool isHigh, std::int32_t ticks,
@@ -94,6 +150,10 @@ std::uint32_t VectorCounter::Add(std::uint64_t firstBit, std::uint32_t width) {
   if (width >= kLeastSmall) {
     vector.firstSmall = static_cast<std::uint32_t>(smalls_.size());
     smalls_.resize(smalls_.size() + (width + kLanes - 1) / kLanes);
+    if (width <= kWordBits) {
+      vector.log = static_cast<std::uint32_t>(logs_.size());
+      logs_.emplace_back();
+    }
   }
   vectors_.push_back(vector);
   return static_cast<std::uint32_t>(vectors_.size() - 1);
@@ -101,6 +161,80 @@ std::uint32_t VectorCounter::Add(std::uint64_t firstBit, std::uint32_t width) {
 
 std::span<VectorCounter::Word> VectorCounter::WordsOf(const Vector& vector) {
   return {words_.data() + vector.firstWord, (vector.width + kWordBits - 1) / kWordBits};
+}
+
+/// Lets values of this step be written down.
+void VectorCounter::MakeRoom(Vector& vector, Log& log, BitFigures* figures) {
+  CountLog(vector, figures);
+  log.counts = step_.counts;
+  if (step_.ticks - vector.base < kMostTicks) return;
+  Flush(vector, figures);
+  vector.base = step_.ticks;
+}
+
+/// Counts the values that are written down, as Change would have done one after the other.
+void VectorCounter::CountLog(Vector& vector, BitFigures* figures) {
+  Log* const log = LogOf(vector);
+  if (log == nullptr || log->size == 0) return;
+  if (vector.changes + log->size > kMostChanges) Flush(vector, figures);
+  Word& word = words_[vector.firstWord];
+  if (!vector.isPending) word.base = word.now.high;
+  vector.isPending = true;
+  vector.changes = static_cast<std::uint16_t>(vector.changes + log->size);
+  const std::size_t last = log->size - 1U;
+  word.before.high = last > 0 ? log->values[last - 1] : word.now.high;
+  word.before.unknown = 0;
+  CountValues(vector, *log, word);
+  word.now.high = word.known = log->values[last];
+  word.hadKnown = word.hasKnown;
+  word.knew = word.before.high;
+  word.wasTouched = word.touched;
+  vector.wasSeen = true;
+  log->size = 0;
+}
+
+void VectorCounter::CountValues(Vector& vector, const Log& log, Word& word) {
+#ifdef __SSE2__
+  if (log.size == Log::kMost) {
+    std::array<std::uint64_t, Log::kMost + 1> values;
+    std::array<std::uint64_t, Log::kMost> toggles;
+    // A fall adds its time and a rise takes it off: so each value has the time of the change that
+    // ends it, less that of the one that began it.
+    std::array<std::int32_t, Log::kMost + 1> weights;
+    values[0] = word.now.high;
+    std::uint32_t before = 0;
+    for (std::size_t i = 0; i < Log::kMost; ++i) {
+      values[i + 1] = log.values[i];
+      toggles[i] = values[i] ^ values[i + 1];
+      weights[i] = static_cast<std::int32_t>(log.ticks[i] - before);
+      before = log.ticks[i];
+    }
+    weights[Log::kMost] = static_cast<std::int32_t>(-before);
+    const BitCounts counts(toggles);
+    Small* small = smalls_.data() + vector.firstSmall;
+    for (std::size_t from = 0; from < vector.width; from += kLanes, ++small) {
+      AddWeights(small->times.data(), values, weights, from);
+      if (log.counts) AddCounts(small->toggles.data(), counts, from);
+    }
+    return;
+  }
+#endif
+  std::uint64_t high = word.now.high;
+  for (std::size_t i = 0; i < log.size; ++i) {
+    const std::uint64_t toggles = high ^ log.values[i];
+    high = log.values[i];
+    ToggleSmall(vector, 0, toggles, high, static_cast<std::int32_t>(log.ticks[i]), log.counts);
+  }
+}
+
+/// Writes further values down if all bits are 0 or 1. A bit that is has had a known value, which is
+/// its last one, and nothing has touched it since: so nothing but its level changes.
+void VectorCounter::OpenLog(const Vector& vector) {
+  Log* const log = LogOf(vector);
+  if (log == nullptr) return;
+  const Word& word = words_[vector.firstWord];
+  log->isOpen = word.now.unknown == 0;
+  log->last = word.now.high;
 }
 
 /// Makes room in the small counters for one more change.
@@ -164,7 +298,13 @@ void VectorCounter::Toggle(Vector& vector, std::size_t word, std::uint64_t toggl
     return;
   }
   vector.isPending = true;
-  const auto ticks = static_cast<std::int32_t>(step_.ticks - vector.base);
+  ToggleSmall(vector, word, toggles, high, static_cast<std::int32_t>(step_.ticks - vector.base),
+              counts);
+}
+
+/// The same in the small counters, at a time relative to the base time.
+void VectorCounter::ToggleSmall(const Vector& vector, std::size_t word, std::uint64_t toggles,
+                                std::uint64_t high, std::int32_t ticks, bool counts) {
   Small* const small = smalls_.data() + vector.firstSmall + word * (kWordBits / kLanes);
 #ifdef __SSE2__
   if (!HasFewBits(toggles)) {
@@ -260,10 +400,11 @@ void VectorCounter::Begin(std::uint32_t number, const ValueWord* value, BitFigur
     left -= width;
   }
   vector.base = step_.ticks;
+  OpenLog(vector);
 }
 
-bool VectorCounter::Change(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
-  Vector& vector = vectors_[number];
+bool VectorCounter::ChangeWords(Vector& vector, const ValueWord* value, BitFigures* figures) {
+  CountLog(vector, figures);
   const std::span<Word> words = WordsOf(vector);
   const bool isSame =
       std::equal(words.begin(), words.end(), value,
@@ -288,11 +429,19 @@ bool VectorCounter::Change(std::uint32_t number, const ValueWord* value, BitFigu
       Learn(word, value[index], LowBits(left), figures + vector.firstBit + index * kWordBits);
     }
   }
+  OpenLog(vector);
   return true;
 }
 
 void VectorCounter::Correct(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
   Vector& vector = vectors_[number];
+  if (Log* const log = LogOf(vector); log != nullptr) {
+    if (log->size > 0 && value->unknown == 0) {  // the last value written down is this step's
+      log->values[log->size - 1U] = log->last = value->high;
+      return;
+    }
+    CountLog(vector, figures);
+  }
   const std::span<Word> words = WordsOf(vector);
   Prepare(vector, figures);
   std::size_t left = vector.width;
@@ -302,10 +451,12 @@ void VectorCounter::Correct(std::uint32_t number, const ValueWord* value, BitFig
     MoveLevels(vector, index, value[index], figures);
     Learn(words[index], value[index], LowBits(left), bits);
   }
+  OpenLog(vector);
 }
 
 void VectorCounter::AddToLevels(std::uint32_t number, std::uint64_t ticks, BitFigures* figures) {
   Vector& vector = vectors_[number];
+  CountLog(vector, figures);
   Flush(vector, figures);
   const std::span<Word> words = WordsOf(vector);
   for (std::uint32_t bit = 0; bit < vector.width; ++bit) {
@@ -316,6 +467,7 @@ void VectorCounter::AddToLevels(std::uint32_t number, std::uint64_t ticks, BitFi
 
 void VectorCounter::Leave(std::uint32_t number, BitFigures* figures, BitEdge* edges) {
   Vector& vector = vectors_[number];
+  CountLog(vector, figures);
   Flush(vector, figures);
   const std::span<Word> words = WordsOf(vector);
   for (std::uint32_t at = 0; at < vector.width; ++at) {
@@ -328,8 +480,9 @@ void VectorCounter::Leave(std::uint32_t number, BitFigures* figures, BitEdge* ed
   }
 }
 
-std::vector<BitEdge> VectorCounter::EdgesBefore(std::uint32_t number) const {
-  const Vector& vector = vectors_[number];
+std::vector<BitEdge> VectorCounter::EdgesBefore(std::uint32_t number, BitFigures* figures) {
+  Vector& vector = vectors_[number];
+  CountLog(vector, figures);
   std::vector<BitEdge> edges(vector.width);
   if (!vector.wasSeen) return edges;
   for (std::uint32_t at = 0; at < vector.width; ++at) {

@@ -3,6 +3,9 @@
 // A vector keeps its bits in words of 64. Where bits go between 0 and 1, which is nearly always,
 // their times and toggles are first added up in small counters of few bytes, which are relative to
 // a base time and go into the figures now and then; what happens with x and z goes there at once.
+//
+// A vector of up to 64 bits that are all 0 or 1 does not even count each change: it writes the
+// values and their times down, and counts a handful of them together.
 #ifndef KESNCD_ACTIVITY_VECTOR_COUNTER_H_
 #define KESNCD_ACTIVITY_VECTOR_COUNTER_H_
 
@@ -38,7 +41,20 @@ class VectorCounter {
   /// The first value in a stretch. `figures` are those of all bits, here and below.
   void Begin(std::uint32_t number, const ValueWord* value, BitFigures* figures);
   /// The first value in a step, if it differs from the one before; false where it does not.
-  bool Change(std::uint32_t number, const ValueWord* value, BitFigures* figures);
+  bool Change(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
+    Vector& vector = vectors_[number];
+    if (vector.log == kNone || !logs_[vector.log].isOpen || value->unknown != 0) [[unlikely]]
+      return ChangeWords(vector, value, figures);
+    Log& log = logs_[vector.log];
+    if (value->high == log.last) return false;
+    if (log.size == Log::kMost || log.counts != step_.counts ||
+        step_.ticks - vector.base >= kMostTicks) [[unlikely]] {
+      MakeRoom(vector, log, figures);
+    }
+    log.ticks[log.size] = static_cast<std::uint32_t>(step_.ticks - vector.base);
+    log.values[log.size++] = log.last = value->high;
+    return true;
+  }
   /// Another value in the step of the last one, which is as if it had not been.
   void Correct(std::uint32_t number, const ValueWord* value, BitFigures* figures);
 
@@ -47,7 +63,7 @@ class VectorCounter {
   /// Writes the edges of the vector's bits, after all that is counted went into the figures.
   void Leave(std::uint32_t number, BitFigures* figures, BitEdge* edges);
   /// The edges that the bits had before the step of the last value.
-  std::vector<BitEdge> EdgesBefore(std::uint32_t number) const;
+  std::vector<BitEdge> EdgesBefore(std::uint32_t number, BitFigures* figures);
 
  private:
   /// 64 bits; see BitEdge for what is kept of each.
@@ -65,12 +81,24 @@ class VectorCounter {
     std::array<std::int32_t, 16> times{};
     std::array<std::uint8_t, 16> toggles{};
   };
+  /// Values that were not counted yet. The last one may still be corrected.
+  struct alignas(64) Log {
+    static constexpr std::size_t kMost = 7;  // what three bits count
+
+    std::array<std::uint64_t, kMost> values{};
+    std::uint64_t last = 0;                    // the value that the vector has
+    std::array<std::uint32_t, kMost> ticks{};  // relative to the base time
+    std::uint8_t size = 0;
+    bool isOpen = false;  // all bits are 0 or 1
+    bool counts = false;  // whether the toggles lie in the window
+  };
   struct Vector {
     std::uint64_t firstBit = 0;
     std::uint64_t base = 0;  // time
     std::uint32_t width = 0;
     std::uint32_t firstWord = 0;
     std::uint32_t firstSmall = kNone;
+    std::uint32_t log = kNone;
     std::uint16_t changes = 0;  // since the base time
     bool isPending = false;     // the small counters are not all 0
     bool wasSeen = false;       // before the step of the last value
@@ -81,6 +109,12 @@ class VectorCounter {
   static constexpr std::uint64_t kMostTicks = std::uint64_t{1} << 31;
 
   std::span<Word> WordsOf(const Vector& vector);
+  Log* LogOf(const Vector& vector) { return vector.log == kNone ? nullptr : &logs_[vector.log]; }
+  bool ChangeWords(Vector& vector, const ValueWord* value, BitFigures* figures);
+  void MakeRoom(Vector& vector, Log& log, BitFigures* figures);
+  void CountLog(Vector& vector, BitFigures* figures);
+  void CountValues(Vector& vector, const Log& log, Word& word);
+  void OpenLog(const Vector& vector);
   void Prepare(Vector& vector, BitFigures* figures);
   void Flush(Vector& vector, BitFigures* figures);
   void FlushWord(const Word& word, Small* small, std::uint32_t width, std::uint64_t base,
@@ -88,6 +122,8 @@ class VectorCounter {
   void MoveLevels(Vector& vector, std::size_t index, const ValueWord& value, BitFigures* figures);
   void Toggle(Vector& vector, std::size_t word, std::uint64_t toggles, bool counts,
               BitFigures* figures);
+  void ToggleSmall(const Vector& vector, std::size_t word, std::uint64_t toggles,
+                   std::uint64_t high, std::int32_t ticks, bool counts);
   void Learn(Word& word, const ValueWord& value, std::uint64_t lanes, BitFigures* figures) const;
   void Unlearn(Word& word, BitFigures* figures) const;
 
@@ -95,6 +131,7 @@ class VectorCounter {
   std::vector<Vector> vectors_;
   std::vector<Word> words_;
   std::vector<Small> smalls_;
+  std::vector<Log> logs_;
 };
 
 }  // namespace orsa::kesncd

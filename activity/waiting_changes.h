@@ -10,16 +10,18 @@
 namespace orsa::kesncd {
 
 /// Calling order: Add until it returns true, then TakeAll; TakeAll before anything that the changes
-/// have to come before.
+/// have to come before. Changes are taken late, but in their order.
 class WaitingChanges {
  public:
-  /// Adds a change and fetches the memory of its code. Whether all have to be taken now.
+  /// Adds a change and fetches the memory of its code. Whether all have to be taken now. `memory`
+  /// is where the code's figures are. After true nothing may be added before TakeAll.
   bool Add(std::uint32_t codeId, char value, const void* memory) {
     __builtin_prefetch(memory, 1);
     changes_[held_++] = {codeId, value};
     return held_ == kMost;
   }
-  /// Calls `take(codeId, value)` for each.
+  /// Calls `take(codeId, value)` for each. In the order in which they came. Afterwards none is
+  /// waiting.
   template <class Take>
   void TakeAll(Take take) {
     for (std::size_t i = 0; i < held_; ++i) take(changes_[i].codeId, changes_[i].value);
@@ -27,6 +29,7 @@ class WaitingChanges {
   }
 
  private:
+  // About as many fetches as a processor keeps under way.
   static constexpr std::size_t kMost = 32;
   struct Change {
     std::uint32_t codeId;
@@ -34,6 +37,7 @@ class WaitingChanges {
   };
 
   std::array<Change, kMost> changes_;
+  // Changes that wait, kMost at most.
   std::size_t held_ = 0;
 };
 

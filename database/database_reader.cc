@@ -19,6 +19,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// 0 where it cannot be had: then no text may be read at all.
 std::uint64_t SizeOf(const std::string& path) {
   std::error_code error;
   const std::uintmax_t size = std::filesystem::file_size(path, error);
@@ -27,6 +28,7 @@ std::uint64_t SizeOf(const std::string& path) {
 
 }  // namespace
 
+/// 16 bytes with the NUL at the end.
 bool IsSqlite(std::string_view firstBytes) {
   using namespace std::string_view_literals;
   return firstBytes.starts_with("SQLite format 3\0"sv);
@@ -39,16 +41,19 @@ ActivityDatabase::ActivityDatabase(const std::string& path, const std::string& n
   ReadFacts();
 }
 
+/// No sum protects these: they come from the file's header.
 std::int64_t ActivityDatabase::Number(const char* sql) {
   TableReader rows(connection_, sql, budget_);
   if (!rows.Next()) connection_.FailCorrupt();
   return static_cast<std::int64_t>(rows.Count());
 }
 
+/// Any program's database may be given by mistake.
 void ActivityDatabase::CheckKind() {
   if (Number("SELECT application_id FROM pragma_application_id") != kApplicationId) {
     throw Failure(FailureKind::Unusable, name_ + ": is an SQLite database, but none of activity");
   }
+  // An older or a newer program's: its figures cannot be trusted to mean the same.
   const std::int64_t version = Number("SELECT user_version FROM pragma_user_version");
   if (version == kSchemaVersion) return;
   throw Failure(FailureKind::Unusable,
@@ -60,11 +65,13 @@ void ActivityDatabase::CheckKind() {
 /// wrote.
 void ActivityDatabase::CheckTables() {
   FactsByName found;
+  // Indices are SQLite's own and not used for reading.
   TableReader rows(connection_, "SELECT name, type, sql FROM sqlite_schema WHERE type <> 'index'",
                    budget_);
   while (rows.Next()) {
     std::string name = rows.Text();
     const std::string type = rows.Text();
+    // Letter by letter: a column more, or computed, is another table.
     const Fact sql = rows.Value();
     if (type == "table") found[std::move(name)] = sql;
   }
@@ -81,12 +88,14 @@ void ActivityDatabase::CheckTables() {
   facts_.part.emplace();
 }
 
+// Facts are there always, also those that are nothing.
 const Fact& ActivityDatabase::FactOf(const std::string& name) const {
   const auto place = byName_.find(name);
   if (place == byName_.end()) connection_.FailCorrupt();
   return place->second;
 }
 
+/// NULL is "not known", as of a dump without a time scale.
 std::optional<std::uint64_t> ActivityDatabase::OptionalCountOf(const std::string& name) const {
   const Fact& fact = FactOf(name);
   if (std::holds_alternative<std::monostate>(fact)) return {};
@@ -96,6 +105,7 @@ std::optional<std::uint64_t> ActivityDatabase::OptionalCountOf(const std::string
   return count;
 }
 
+/// "Not known" is corrupt here.
 std::uint64_t ActivityDatabase::CountOf(const std::string& name, std::uint64_t most) const {
   const std::optional<std::uint64_t> count = OptionalCountOf(name);
   if (!count || *count > most) connection_.FailCorrupt();
@@ -108,11 +118,13 @@ std::string ActivityDatabase::TextOf(const std::string& name) const {
   return *text;
 }
 
+/// To be called when the table was read to its end.
 void ActivityDatabase::CheckSum(const TableReader& rows, const std::string& table) const {
   if (rows.sum() != CountOf("checksum_" + table)) connection_.FailCorrupt();
 }
 
 void ActivityDatabase::ReadFacts() {
+  // Its own sum is left out of the sum.
   TableReader rows(connection_,
                    "SELECT name, value FROM run WHERE name <> 'checksum_run' ORDER BY name",
                    budget_);
@@ -121,6 +133,7 @@ void ActivityDatabase::ReadFacts() {
     byName_[std::move(name)] = rows.Value();
   }
   TableReader sum(connection_, "SELECT value FROM run WHERE name = 'checksum_run'", budget_);
+  // A row that is missing, or whose sum is another.
   if (!sum.Next() || sum.Count() != rows.sum()) connection_.FailCorrupt();
   facts_.dump = TextOf("dump");
   facts_.program = TextOf("program");
@@ -144,16 +157,19 @@ void ActivityDatabase::RefusePart() const {
                                            " of a dump; kesncd merge adds all parts up");
 }
 
+/// The sums of their tables stand for the declarations; what a dump says of itself must agree too.
 std::uint64_t ActivityDatabase::DeclarationsSum() const {
   RowSum sum;
   for (const char* const table : {"scope", "code", "signal"}) {
     sum.Add(CountOf(std::string("checksum_") + table));
   }
+  // Two runs of one design differ in their dates, even if they declare the same.
   sum.Add(TextOf("date"));
   sum.Add(TextOf("timescale"));
   return sum.value();
 }
 
+/// firstBit[i] and firstBit[i+1] are the ends of code i's bits, as in ActivityResult.
 void ActivityDatabase::ReadCodes(std::vector<std::uint64_t>& firstBit,
                                  std::vector<std::uint32_t>& changes) {
   firstBit.assign(1, 0);
@@ -161,10 +177,13 @@ void ActivityDatabase::ReadCodes(std::vector<std::uint64_t>& firstBit,
                    "SELECT id, first_bit, bits, changes FROM code NOT INDEXED ORDER BY id",
                    budget_);
   while (rows.Next()) {
+    // Rows are numbered from 0 on: one entry more than codes, hence the 1.
     rows.Place(firstBit.size() - 1);
+    // Each code begins where the one before it ends.
     if (rows.Count() != firstBit.back()) connection_.FailCorrupt();
     firstBit.push_back(firstBit.back() + rows.Count(INT32_MAX));
     const std::optional<std::uint64_t> changed = rows.OptionalCount();
+    // Counts of hosts for all codes or for none.
     if (changed.has_value() != facts_.hasHost || changed.value_or(0) > kMostChanges) {
       connection_.FailCorrupt();
     }
@@ -173,6 +192,7 @@ void ActivityDatabase::ReadCodes(std::vector<std::uint64_t>& firstBit,
   CheckSum(rows, "code");
 }
 
+/// Scopes are written with parents before children, which keeps a circle from being possible.
 void ActivityDatabase::ReadScopes(Declarations& declarations) {
   TableReader rows(connection_, "SELECT id, parent, kind, name FROM scope NOT INDEXED ORDER BY id",
                    budget_);
@@ -181,17 +201,22 @@ void ActivityDatabase::ReadScopes(Declarations& declarations) {
     const auto id = static_cast<std::uint32_t>(scopes.size());
     rows.Place(id);
     scopes.emplace_back();
+    // The parent is an earlier one; of scope 0 itself.
     scopes[id].parent = rows.Small(id == 0 ? 0 : id - 1);
     scopes[id].kind = rows.Text();
     scopes[id].name = rows.Text();
+    // The whole dump has no name.
     if (id == Declarations::kDump) continue;
     if (scopes[id].name.empty()) connection_.FailCorrupt();
+    // In the order of the file, which is the dump's.
     scopes[scopes[id].parent].scopes.push_back(id);
   }
   CheckSum(rows, "scope");
+  // At least the whole dump.
   if (scopes.empty()) connection_.FailCorrupt();
 }
 
+/// Variables with their scopes and codes; types are numbered as they are met.
 void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
                                    Declarations& declarations) {
   TableReader rows(connection_,
@@ -204,17 +229,21 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
     const auto id = static_cast<std::uint32_t>(declarations.variables.size());
     rows.Place(id);
     DumpVariable variable;
+    // Each is checked to be a number of something that is there.
     variable.scope = rows.Small(static_cast<std::uint32_t>(scopes.size() - 1));
     variable.codeId = rows.Small();
     if (std::uint64_t{variable.codeId} + 1 >= firstBit.size()) connection_.FailCorrupt();
     const auto [type, isNew] =
         types.try_emplace(rows.Text(), static_cast<std::uint32_t>(declarations.types.size()));
+    // Types are texts in the file, as SQL wants them, and numbers here.
     if (isNew) declarations.types.push_back(type->first);
     variable.typeId = type->second;
     variable.width = rows.Small(INT32_MAX);
+    // A variable may see fewer bits than its code has, never more.
     const std::uint64_t bits = firstBit[variable.codeId + 1] - firstBit[variable.codeId];
     if (variable.width > bits && TypeHasBits(type->first)) connection_.FailCorrupt();
     variable.name = rows.Text();
+    // Names are never empty, also in a dump with empty ones: see Declarations.
     if (variable.name.empty() || variable.name.size() > UINT32_MAX) connection_.FailCorrupt();
     variable.nameWord = rows.Small(static_cast<std::uint32_t>(variable.name.size()));
     variable.line = rows.Count();
@@ -222,7 +251,9 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
     declarations.variables.push_back(std::move(variable));
   }
   CheckSum(rows, "signal");
+  // A database without variables is none that this program writes.
   if (declarations.variables.empty()) connection_.FailCorrupt();
+  // From the leaves up: whether anything is declared in a scope or below.
   for (std::size_t scope = scopes.size(); scope-- > 0;) {
     scopes[scope].populated = scopes[scope].populated || !scopes[scope].variables.empty();
     if (scopes[scope].populated) scopes[scopes[scope].parent].populated = true;
@@ -246,11 +277,13 @@ void ActivityDatabase::ReadTallies(ActivityResult& result) {
   }
   CheckSum(rows, "tally");
   ForEachTally(result, [&](const char* name, Tally& tally) {
+    // A name that this program does not know is never asked for.
     const auto place = tallies.find(name);
     if (place != tallies.end()) tally = std::move(place->second);
   });
 }
 
+/// The bits' figures, which are most of the file. `observedTicks` and firstBit must be there.
 void ActivityDatabase::ReadBits(ActivityResult& result) {
   TableReader rows(connection_,
                    "SELECT id, t0, t1, tx, tz, tc, ig FROM bit NOT INDEXED ORDER BY id", budget_);
@@ -260,6 +293,8 @@ void ActivityDatabase::ReadBits(ActivityResult& result) {
     for (std::uint64_t* count : {&bit.t0, &bit.t1, &bit.tx, &bit.tz, &bit.tc, &bit.ig}) {
       *count = rows.Count();
     }
+    // In a database of one run all bits were observed for all of the time; merged runs may lack
+    // some.
     const WideCount known = WideCount{bit.t0} + bit.t1 + bit.tx + bit.tz;
     if (known > result.observedTicks || (known < result.observedTicks && facts_.runs == 1)) {
       connection_.FailCorrupt();
@@ -267,9 +302,11 @@ void ActivityDatabase::ReadBits(ActivityResult& result) {
     result.bits.push_back(bit);
   }
   CheckSum(rows, "bit");
+  // As many as the codes say.
   if (result.bits.size() != result.firstBit.back()) connection_.FailCorrupt();
 }
 
+/// Remarks in the order in which they were made.
 void ActivityDatabase::ReadHostRemarks(HostRun& run) {
   TableReader rows(connection_, "SELECT id, text FROM host_remark NOT INDEXED ORDER BY id",
                    budget_);
@@ -280,6 +317,7 @@ void ActivityDatabase::ReadHostRemarks(HostRun& run) {
   CheckSum(rows, "host_remark");
 }
 
+/// The hosts' span and why their frequencies may be unknown.
 void ActivityDatabase::SetHost(HostRun& run) {
   run.SetSpan(CountOf("host_first_tick"), CountOf("host_last_tick"));
   if (const std::optional<std::uint64_t> tick = OptionalCountOf("tick_fs")) {
@@ -289,6 +327,7 @@ void ActivityDatabase::SetHost(HostRun& run) {
   ReadHostRemarks(run);
 }
 
+/// Everything but declarations and codes, which were read before.
 void ActivityDatabase::SetExact(ActivityResult& result) {
   result.tick = result.declarations.tick;
   result.firstTick = CountOf("first_tick");
@@ -298,6 +337,7 @@ void ActivityDatabase::SetExact(ActivityResult& result) {
   result.notes.pauses = CountOf("dumping_pauses");
   result.notes.hasStamps = CountOf("has_stamps", 1) == 1;
   result.notes.isEndCutBack = CountOf("end_cut_back", 1) == 1;
+  // Impossible for what was counted.
   if (result.firstTick > result.lastTick || result.tick == 0) connection_.FailCorrupt();
   ReadTallies(result);
   ReadBits(result);
@@ -307,6 +347,7 @@ ActivityResult ActivityDatabase::ReadExact() {
   return ReadAll().exact;
 }
 
+/// Reads no bits, which are most of the file.
 HostRun ActivityDatabase::ReadHost() {
   RefusePart();
   if (!facts_.hasHost) {
@@ -330,6 +371,7 @@ StoredRun ActivityDatabase::ReadPart() {
   run.facts = facts_;
   Declarations& declarations = run.exact.declarations;
   ReadCodes(run.exact.firstBit, run.host.changes);
+  // Before memory is asked for.
   if (run.exact.firstBit.back() > MostBitsInMemory()) {
     throw Failure(FailureKind::Unusable, name_ + ": has more bits than the memory holds");
   }

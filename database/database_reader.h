@@ -1,4 +1,8 @@
 // Reads an activity database, which may be corrupt or made by somebody with bad intentions.
+//
+// How it is kept from doing harm: views and triggers are off, tables must be this program's own to
+// the letter, each table's rows must give the sum that was written, every number is checked before
+// it leads anywhere, and texts together may not be longer than the file.
 #ifndef KESNCD_DATABASE_DATABASE_READER_H_
 #define KESNCD_DATABASE_DATABASE_READER_H_
 
@@ -13,33 +17,41 @@
 
 namespace orsa::kesncd {
 
-/// Whether a file that begins so is an SQLite database, of whatever.
+/// Whether a file that begins so is an SQLite database, of whatever. 16 bytes are enough.
 bool IsSqlite(std::string_view firstBytes);
 
 /// Calling order: construct; facts and the readings as often as wanted. All throw Failure with
-/// Unusable where the file is no activity database, one of another version, or corrupt.
+/// Unusable where the file is no activity database, one of another version, or corrupt. Memory is
+/// that of what is read.
 class ActivityDatabase {
  public:
-  /// Messages call the file `name`.
+  /// Messages call the file `name`. Opens the file and reads its facts; `path` is that of a regular
+  /// file.
   ActivityDatabase(const std::string& path, const std::string& name);
 
+  /// Known from construction on.
   const StoredFacts& facts() const { return facts_; }
   ActivityResult ReadExact();
-  /// Throws too where there are no figures of hosts.
+  /// Throws too where there are no figures of hosts. For `flat`, `tree` and `find`: a merged
+  /// database has none.
   HostRun ReadHost();
-  /// Both, as they were written.
+  /// Both, as they were written. `host` has figures only if facts().hasHost says so.
   StoredRun ReadAll();
   /// What is held of a part of a dump.
   StoredRun ReadPart();
-  /// Equal for parts of the same declarations.
+  /// Equal for parts of the same declarations. For merging parts, which must have been counted in
+  /// dumps with the same declarations.
   std::uint64_t DeclarationsSum() const;
 
+  // What the constructor does, in this order.
  private:
   void CheckKind();
   void CheckTables();
   void RefusePart() const;
+  /// The one number that a statement gives.
   std::int64_t Number(const char* sql);
   void ReadFacts();
+  /// Facts by name; what is missing or of another kind is corrupt.
   const Fact& FactOf(const std::string& name) const;
   std::uint64_t CountOf(const std::string& name, std::uint64_t most = UINT64_MAX) const;
   std::optional<std::uint64_t> OptionalCountOf(const std::string& name) const;
@@ -55,8 +67,10 @@ class ActivityDatabase {
   void SetHost(HostRun& run);
   void SetExact(ActivityResult& result);
 
+  // For messages.
   const std::string name_;
   Connection connection_;
+  // The file's size at first; see TableReader.
   std::uint64_t budget_;  // bytes of texts that the file can still hold
   FactsByName byName_;
   StoredFacts facts_;

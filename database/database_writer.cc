@@ -20,14 +20,17 @@ namespace orsa::kesncd {
 namespace {
 
 /// A path that may be cut at its start: of scopes nested without end, whole paths would be out of
-/// all proportion to the dump.
+/// all proportion to the dump. Enough for any design; see RowPath, which bounds what commands
+/// print.
 std::string BoundedPath(const Declarations& declarations, std::uint32_t scope) {
   constexpr std::size_t kLongest = 1000;
   const std::string& own = declarations.scopes[scope].name;
+  // A single name that is longer: its end.
   if (own.size() > kLongest) return ".../" + own.substr(own.size() - kLongest);
   std::size_t length = 0;
   std::uint32_t top = scope;
   while (top != Declarations::kDump &&
+         // Upwards as long as the path stays short enough.
          length + declarations.scopes[top].name.size() + 1 <= kLongest + 1) {
     length += declarations.scopes[top].name.size() + 1;
     top = declarations.scopes[top].parent;
@@ -36,13 +39,15 @@ std::string BoundedPath(const Declarations& declarations, std::uint32_t scope) {
   return top == Declarations::kDump ? path : ".../" + path;
 }
 
-/// Where scopes stand in a walk of the tree: a scope and all below it are a range of places.
+/// Where scopes stand in a walk of the tree: a scope and all below it are a range of places. So
+/// "all scopes below soc" is `place BETWEEN soc.place AND soc.last` in SQL, without recursion.
 struct ScopePlaces {
   std::vector<std::uint32_t> first;
   std::vector<std::uint32_t> last;
 
   explicit ScopePlaces(const std::vector<DumpScope>& scopes)
       : first(scopes.size()), last(scopes.size()) {
+    // Depth first; backwards onto the stack, to come off in the dump's order.
     std::vector<std::uint32_t> pending{Declarations::kDump};
     for (std::uint32_t place = 0; !pending.empty(); ++place) {
       const std::uint32_t scope = pending.back();
@@ -59,7 +64,8 @@ struct ScopePlaces {
   }
 };
 
-/// A bit's index as a number, where it is one that SQLite can count with.
+/// A bit's index as a number, where it is one that SQLite can count with. Indices in a dump may be
+/// any digits; those beyond 64 bits are left to the names.
 std::optional<std::int64_t> IndexOf(const BitNames& names, std::uint32_t bit) {
   if (!names.IsIndexed()) return {};
   const std::string text = names.Index(bit);
@@ -69,15 +75,19 @@ std::optional<std::int64_t> IndexOf(const BitNames& names, std::uint32_t bit) {
   return index;
 }
 
+/// Calling order: construct, Write once. The connection is a new database in memory.
 class DatabaseWriter {
  public:
   DatabaseWriter(const StoredRun& run, Connection& to)
       : run_(run), declarations_(run.exact.declarations), to_(to) {}
 
   void Write() {
+    // In memory nothing has to survive a failure; pages of 16 KiB suit tables of millions of rows.
     to_.Run("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA page_size=16384");
+    // Both are in the file's header, where the reader looks first.
     to_.Run(("PRAGMA application_id=" + std::to_string(kApplicationId)).c_str());
     to_.Run(("PRAGMA user_version=" + std::to_string(kSchemaVersion)).c_str());
+    // One transaction, or every row would be one.
     to_.Run("BEGIN");
     for (const SchemaPart& table : SchemaTables()) to_.Run(table.sql);
     if (run_.facts.part) {
@@ -102,9 +112,11 @@ class DatabaseWriter {
     const ScopePlaces places(declarations_.scopes);
     for (std::uint32_t id = 0; id < declarations_.scopes.size(); ++id) {
       const DumpScope& scope = declarations_.scopes[id];
+      // Numbers of rows follow one another; the reader checks that.
       rows.DerivedNumber(id);
       rows.Count(std::uint64_t{scope.parent});
       rows.Text(scope.kind);
+      // The program builds its paths from names; this one is for those who ask in SQL.
       rows.Text(scope.name);
       const std::string path = BoundedPath(declarations_, id);
       rows.DerivedText(path);
@@ -115,13 +127,16 @@ class DatabaseWriter {
     facts_["checksum_scope"] = rows.sum();
   }
 
+  /// Where each code's bits are, and how often hosts counted it.
   void WriteCodes() {
     TableWriter rows(to_, "code", 4);
     const std::vector<std::uint64_t>& first = run_.exact.firstBit;
+    // One entry more than codes.
     for (std::size_t id = 0; id + 1 < first.size(); ++id) {
       rows.DerivedNumber(static_cast<std::int64_t>(id));
       rows.Count(first[id]);
       rows.Count(first[id + 1] - first[id]);
+      // NULL for a database without figures of hosts.
       rows.Count(run_.facts.hasHost ? std::optional<std::uint64_t>(run_.host.changes[id])
                                     : std::nullopt);
       rows.EndRow();
@@ -129,7 +144,9 @@ class DatabaseWriter {
     facts_["checksum_code"] = rows.sum();
   }
 
+  /// All variables, also those without bits, in the dump's order.
   void WriteSignals() {
+    // Which rows `kesncd activity` leaves out, so that views can do the same.
     const ActivityRows activity(run_.exact);
     std::vector<bool> isRepeated(declarations_.variables.size());
     activity.ForEachSignal(Declarations::kDump, [&](const SignalRow& row) {
@@ -142,9 +159,11 @@ class DatabaseWriter {
     facts_["checksum_signal"] = rows.sum();
   }
 
+  /// Written are what the declarations need; derived are what views need to name bits.
   void WriteSignal(std::uint32_t id, bool isRepeated, TableWriter& rows) {
     const DumpVariable& variable = declarations_.variables[id];
     const std::string& type = declarations_.TypeOf(variable);
+    // Reals have a width too, but no bits.
     const std::uint32_t bits = TypeHasBits(type) ? variable.width : 0;
     rows.DerivedNumber(id);
     rows.Count(std::uint64_t{variable.scope});
@@ -154,8 +173,10 @@ class DatabaseWriter {
     rows.Text(variable.name);
     rows.Count(std::uint64_t{variable.nameWord});
     const BitNames names(variable);
+    // The name without its index or range; NULL where that is all of it.
     const bool isWhole = bits == 0 || names.Base().size() == variable.name.size();
     rows.DerivedText(isWhole ? std::nullopt : std::optional(names.Base()));
+    // Names of bits are base[low + step * bit]: step is 1, -1, or 0 for a single bit.
     const std::optional<std::int64_t> low = bits > 0 ? IndexOf(names, 0) : std::nullopt;
     const std::optional<std::int64_t> next = bits > 1 && low ? IndexOf(names, 1) : low;
     rows.DerivedNumber(next ? low : std::nullopt);
@@ -166,6 +187,7 @@ class DatabaseWriter {
     rows.EndRow();
   }
 
+  /// The bits of all codes, by number: code.first_bit leads here.
   void WriteBits() {
     TableWriter rows(to_, "bit", 7);
     for (std::size_t id = 0; id < run_.exact.bits.size(); ++id) {
@@ -176,9 +198,11 @@ class DatabaseWriter {
       }
       rows.EndRow();
     }
+    // Each table's sum is kept as a fact; ActivityDatabase::CheckSum compares it.
     facts_["checksum_bit"] = rows.sum();
   }
 
+  /// What was passed over in the dump, by kind; kinds without any have no row.
   void WriteTallies() {
     std::map<std::string, Tally> tallies;  // in the order in which they are read
     ForEachTally(run_.exact, [&](const char* name, const Tally& tally) { tallies[name] = tally; });
@@ -194,6 +218,7 @@ class DatabaseWriter {
     facts_["checksum_tally"] = rows.sum();
   }
 
+  /// What the hosts' reading said, in its order.
   void WriteHostRemarks() {
     TableWriter rows(to_, "host_remark", 2);
     std::int64_t id = 0;
@@ -205,10 +230,12 @@ class DatabaseWriter {
     facts_["checksum_host_remark"] = rows.sum();
   }
 
+  /// A fact that is a number or nothing.
   void Note(const std::string& name, const std::optional<std::uint64_t>& count) {
     facts_[name] = count ? FactOfCount(*count) : Fact();
   }
 
+  /// All that is said once of the run. Names are part of the format.
   void GatherFacts() {
     const ActivityResult& exact = run_.exact;
     facts_["dump"] = run_.facts.dump;
@@ -218,6 +245,7 @@ class DatabaseWriter {
     facts_["timescale"] = declarations_.timescale;
     Note("window_begin_fs", run_.facts.window.begin);
     Note("window_end_fs", run_.facts.window.end);
+    // Numbers that are not known are facts without a value, so that every fact is always there.
     Note("runs", run_.facts.runs);
     Note("tick_fs", exact.tick);
     Note("first_tick", exact.firstTick);
@@ -233,12 +261,15 @@ class DatabaseWriter {
       Note("part_dump_bytes", run_.facts.dumpBytes);
       Note("part_dump_sample", run_.facts.dumpSample);
     }
+    // Without figures of hosts there is nothing further to say.
     if (!run_.facts.hasHost) return;
     Note("host_first_tick", run_.host.firstStamp);
     Note("host_last_tick", run_.host.lastStamp);
     facts_["host_unknown"] = run_.host.whyUnknown;
   }
 
+  /// Last, since it holds the sums of the other tables. Its own sum is the last row, over all
+  /// others.
   void WriteFacts() {
     GatherFacts();
     TableWriter rows(to_, "run", 2);
@@ -250,6 +281,7 @@ class DatabaseWriter {
       rows.EndRow();
     }
     const std::uint64_t sum = rows.sum();
+    // The table's own sum goes into it, so it is not part of itself.
     rows.Text("checksum_run");
     rows.Count(sum);
     rows.EndRow();
@@ -263,6 +295,7 @@ class DatabaseWriter {
 
 }  // namespace
 
+/// What messages call it: where it goes is not known here.
 void WriteDatabase(const StoredRun& run, ByteSink& out) {
   Connection connection = Connection::InMemory("the result");
   DatabaseWriter(run, connection).Write();

@@ -1,5 +1,9 @@
 // A part of a dump as an activity database keeps it until all parts are there: the figures that it
 // has by itself, and what is known of its ends, so that parts add up to the whole.
+//
+// Two tables: `part_bit` has the figures and edges of bits by piece (front, middle, tail),
+// `part_code` the hosts' counts by code. All that is one number is a fact, "part_begin" and so on.
+// Bits and codes without anything are left out: a part of a large dump has values for few of them.
 #ifndef KESNCD_DATABASE_PART_TABLES_H_
 #define KESNCD_DATABASE_PART_TABLES_H_
 
@@ -11,9 +15,13 @@
 namespace orsa::kesncd {
 
 /// Fills the tables of parts, and adds the part's facts. What was passed over is kept elsewhere.
+/// The tables must be there and empty. Sums over them are facts too ("checksum_part_bit").
 void WritePartTables(const BodyPart& part, Connection& to, FactsByName& facts);
 
 /// Reads the same back; `codes` are those of the declarations. Throws Failure with Unusable.
+/// `facts` are those of the file, `budget` what its texts may still take (see TableReader). The
+/// result has as many bits and codes as `codes`, however few rows there are; a file that cannot
+/// hold a part throws.
 BodyPart ReadPartTables(Connection& from, const CodeBits& codes, const FactsByName& facts,
                         std::uint64_t& budget);
 

@@ -12,23 +12,28 @@
 
 namespace orsa::kesncd {
 
-/// The same values in the same order give the same sum, on every machine.
+/// The same values in the same order give the same sum, on every machine. Calling order: Add for
+/// each value in turn, value. No protection against somebody who wants to deceive, who can compute
+/// it as well: only against what goes wrong by itself.
 class RowSum {
  public:
+  /// Multiplied by an odd number, so that no value is lost, and mixed, so that order matters.
   void Add(std::uint64_t value) {
     sum_ = (sum_ ^ value) * kFactor;
     sum_ ^= sum_ >> 32;
   }
+  /// The length first: "ab", "c" is not "a", "bc".
   void Add(std::string_view text) {
     Add(std::uint64_t{text.size()});
     for (std::size_t i = 0; i < text.size(); i += sizeof(std::uint64_t)) {
+      // The last bytes are filled up with zeros.
       std::uint64_t bytes = 0;
       std::memcpy(&bytes, text.data() + i, std::min(sizeof bytes, text.size() - i));
       if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
       Add(bytes);
     }
   }
-  /// Not negative, as SQLite has integers.
+  /// Not negative, as SQLite has integers. 63 bits.
   std::uint64_t value() const { return sum_ >> 1; }
 
  private:

@@ -8,6 +8,8 @@ namespace orsa::kesncd {
 
 namespace {
 
+// In the order in which they are made. INTEGER PRIMARY KEY is the row's own number, WITHOUT ROWID
+// keeps rows in the order of names.
 constexpr std::array<SchemaPart, 7> kTables{{
     {"run", "CREATE TABLE run(name TEXT PRIMARY KEY, value) WITHOUT ROWID"},
     {"tally",
@@ -36,7 +38,9 @@ constexpr std::array<SchemaPart, 2> kPartTables{{
 }};
 
 // Rates of a microsecond and of a bit: divided by ticks times bits, which are nothing or none of
-// them where no time was observed.
+// them where no time was observed. Views cost nothing until they are asked; the program itself uses
+// none of them. bit_activity has a row a bit ("tb/q[3]"), signal_activity a row a variable,
+// module_activity a row a scope with all below.
 constexpr std::array<SchemaPart, 3> kViews{{
     {"bit_activity", R"(CREATE VIEW bit_activity AS
 SELECT scope.id AS scope, iif(scope.path = '', '', scope.path || '/') || coalesce(base, signal.name) ||
@@ -74,6 +78,7 @@ GROUP BY module.id)"},
 
 }  // namespace
 
+/// The lists are constants of the program: they may be kept and shared.
 std::span<const SchemaPart> SchemaTables() {
   return kTables;
 }

@@ -1,5 +1,12 @@
 // The tables and views of an activity database, which docs/formats.md describes. All of a schema's
 // statements are here, so that reader and writer cannot know different ones.
+//
+// How the tables hang together:
+//
+//   scope.id <- signal.scope      signal.code -> code.id      code.first_bit .. + code.bits ->
+//   bit.id
+//
+// so `SELECT path, toggles FROM module_activity ORDER BY toggles DESC` needs no knowledge of codes.
 #ifndef KESNCD_DATABASE_SCHEMA_H_
 #define KESNCD_DATABASE_SCHEMA_H_
 
@@ -9,10 +16,13 @@
 
 namespace orsa::kesncd {
 
-/// "KNcd", by which the file is known among SQLite's.
+/// "KNcd", by which the file is known among SQLite's. In the file's header, where `file` and other
+/// tools look.
 inline constexpr std::int32_t kApplicationId = 0x4B4E6364;
+// A program reads its own version only: see ActivityDatabase::CheckKind.
 inline constexpr std::int32_t kSchemaVersion = 1;
 
+/// A table or view with the statement that makes it, letter by letter as SQLite keeps it.
 struct SchemaPart {
   std::string_view name;
   const char* sql;

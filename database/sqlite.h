@@ -1,5 +1,8 @@
 // A connection to SQLite and its statements, with errors as this program has them. Everything that
 // calls SQLite goes through here.
+//
+// SQLite's codes become Failures: OutputFailed for a database that is made, Unusable for one that
+// is read; memory that runs out is std::bad_alloc, as everywhere.
 #ifndef KESNCD_DATABASE_SQLITE_H_
 #define KESNCD_DATABASE_SQLITE_H_
 
@@ -19,27 +22,38 @@ namespace orsa::kesncd {
 struct StatementEnd {
   void operator()(sqlite3_stmt* statement) const;
 };
+// Ends with the pointer.
 using Statement = std::unique_ptr<sqlite3_stmt, StatementEnd>;
 
+/// Calling order: InMemory or ReadOnly; then Run, Prepare and Step as often as wanted. Movable. One
+/// thread only.
 class Connection {
  public:
-  /// A new database in memory. `name` is what messages call it, here and below.
+  /// A new database in memory. `name` is what messages call it, here and below. No file is made:
+  /// what is written goes out by Bytes.
   static Connection InMemory(const std::string& name);
   /// A file that is only read and does not change meanwhile. What its schema says is not trusted.
+  /// Views, triggers and functions in it are switched off; nothing beside the file is read, such as
+  /// a journal.
   static Connection ReadOnly(const std::string& path, const std::string& name);
 
+  /// One or several statements without results.
   void Run(const char* sql);
+  /// One statement, with "?" where values are bound.
   Statement Prepare(const char* sql);
-  /// Takes the next row of a statement; false where there is none left.
+  /// Takes the next row of a statement; false where there is none left. Also executes a statement
+  /// without rows, for which it returns false.
   bool Step(sqlite3_stmt* statement) const;
   /// The bytes of a database in memory, which are there until it changes or goes.
   std::string_view Bytes();
 
+  /// Throws the Failure that SQLite's code stands for.
   [[noreturn]] void Fail(int code) const;
   /// That what the file holds is not what was written.
   [[noreturn]] void FailCorrupt() const;
 
  private:
+  /// The handle is closed when the last statement is gone.
   struct Close {
     void operator()(sqlite3* handle) const;
   };
@@ -47,7 +61,9 @@ class Connection {
   Connection(std::string name, FailureKind kind) : name_(std::move(name)), kind_(kind) {}
   void Open(const std::string& path, int flags, const char* vfs);
 
+  // For messages.
   std::string name_;
+  // What failures of this connection are.
   FailureKind kind_;
   std::unique_ptr<sqlite3, Close> handle_;
 };

@@ -13,8 +13,10 @@
 
 namespace orsa::kesncd {
 
+/// What a database says of itself, in its table `run`.
 struct StoredFacts {
-  std::string dump;                // what it was called when it was counted
+  std::string dump;  // what it was called when it was counted
+  // For who looks at the file; no figure depends on it.
   std::string program;             // the version of the program that counted
   TimeWindow window;               // that was counted
   std::uint64_t runs = 1;          // more than one: dumps of one design, merged
@@ -24,6 +26,7 @@ struct StoredFacts {
   std::uint64_t dumpSample = 0;    // the same for the same dump, wherever it is
 };
 
+/// Figures by code and bit, with the declarations that give them names.
 struct StoredRun {
   StoredFacts facts;
   ActivityResult exact;

@@ -5,11 +5,13 @@
 
 namespace orsa::kesncd {
 
+/// Also begins the row's values from the left.
 bool TableReader::Next() {
   column_ = 0;
   return from_.Step(select_.get());
 }
 
+/// A count above 2^63 - 1; anything else in a text is no count.
 std::uint64_t TableReader::TextCount() {
   const auto* const text = static_cast<const char*>(sqlite3_column_blob(select_.get(), column_));
   const auto size = static_cast<std::size_t>(sqlite3_column_bytes(select_.get(), column_));
@@ -18,6 +20,7 @@ std::uint64_t TableReader::TextCount() {
   return *count;
 }
 
+/// The type is that of the value, not of the column: SQLite lets any value into any column.
 std::uint64_t TableReader::Count(std::uint64_t most) {
   std::uint64_t count = 0;
   const int type = sqlite3_column_type(select_.get(), column_);
@@ -28,6 +31,7 @@ std::uint64_t TableReader::Count(std::uint64_t most) {
   } else if (type == SQLITE_TEXT) {
     count = TextCount();
   } else {
+    // A blob, a null or a real.
     from_.FailCorrupt();
   }
   if (count > most) from_.FailCorrupt();
@@ -36,6 +40,7 @@ std::uint64_t TableReader::Count(std::uint64_t most) {
   return count;
 }
 
+/// As TableWriter adds it: whether there is one, then which.
 std::optional<std::uint64_t> TableReader::OptionalCount() {
   const bool isKnown = sqlite3_column_type(select_.get(), column_) != SQLITE_NULL;
   sum_.Add(std::uint64_t{isKnown ? 1U : 0U});
@@ -44,6 +49,7 @@ std::optional<std::uint64_t> TableReader::OptionalCount() {
   return std::nullopt;
 }
 
+/// Any 64 bits are right here; the sum over the table tells whether they are the ones written.
 std::uint64_t TableReader::Signed() {
   if (sqlite3_column_type(select_.get(), column_) != SQLITE_INTEGER) from_.FailCorrupt();
   const auto sum = static_cast<std::uint64_t>(sqlite3_column_int64(select_.get(), column_++));
@@ -51,20 +57,24 @@ std::uint64_t TableReader::Signed() {
   return sum;
 }
 
+/// Names that are no UTF-8 are blobs; both are bytes here.
 std::string TableReader::Text() {
   const int type = sqlite3_column_type(select_.get(), column_);
   if (type != SQLITE_TEXT && type != SQLITE_BLOB) from_.FailCorrupt();
   const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(select_.get(), column_));
   const auto size = static_cast<std::size_t>(sqlite3_column_bytes(select_.get(), column_));
   ++column_;
+  // Before anything is copied.
   if (size > budget_) from_.FailCorrupt();
   budget_ -= size;
+  // SQLite gives a null pointer for an empty text.
   const std::string_view text =
       bytes == nullptr ? std::string_view() : std::string_view(bytes, size);
   sum_.Add(text);
   return std::string(text);
 }
 
+/// Nothing takes no part in the sum, as TableWriter::DerivedNumber.
 Fact TableReader::Value() {
   const int type = sqlite3_column_type(select_.get(), column_);
   if (type == SQLITE_INTEGER) return Count();
@@ -74,6 +84,7 @@ Fact TableReader::Value() {
   return {};
 }
 
+/// Without it a row that was taken out of a table would make all rows after it another's.
 void TableReader::Place(std::uint64_t expected) {
   const bool isPlace =
       sqlite3_column_type(select_.get(), column_) == SQLITE_INTEGER &&

@@ -1,4 +1,10 @@
 // Rows for spreadsheets and scripts.
+//
+// For example, with quotes only where a field needs them:
+//
+//   path,t0,t1,tx,tz,tc,ig,freq_mhz,toggle_rate,high
+//   tb/count[1],20,20,0,0,2,0,25,50,0.5
+//   "a,b",...
 #include <variant>
 
 #include "export/result_writer.h"
@@ -7,6 +13,8 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// The heading goes out with the first rows. Facts, lists and the last line are left out: a program
+/// that reads CSV expects rows.
 class CsvWriter : public ResultWriter {
  public:
   CsvWriter(const ResultHead& head, ByteSink& out) : ResultWriter(out) {
@@ -14,6 +22,7 @@ class CsvWriter : public ResultWriter {
       if (!text_.empty()) text_ += ',';
       AppendQuoted(column.name);
     }
+    // The line end that RFC 4180 asks for.
     text_ += "\r\n";
   }
 
@@ -30,9 +39,11 @@ class CsvWriter : public ResultWriter {
     PassOn();
   }
 
+  // Also an empty result has its heading.
   void End(const ResultTail& /*tail*/) override { PassOn(0); }
 
  private:
+  /// A quote inside is doubled.
   void AppendQuoted(const std::string& text) {
     if (text.find_first_of(",\"\r\n") == std::string::npos) {
       text_ += text;

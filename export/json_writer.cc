@@ -1,4 +1,13 @@
 // A result for programs: one object, a row a line.
+//
+//   {
+//     "dump": "sim.vcd",
+//     "figures": "exact",
+//     "signals": [
+//       {"path":"tb/clk","tc":4,"freq_mhz":50.0},
+//       {"path":"tb/q","tc":0,"freq_mhz":null}
+//     ]
+//   }
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -14,6 +23,7 @@ namespace {
 
 using OrderedJson = nlohmann::ordered_json;
 
+/// The sum of a WideCount is cut to 64 bits here; AppendCell takes care of larger ones.
 OrderedJson JsonOf(const Cell& cell) {
   if (const auto* wide = std::get_if<WideCount>(&cell)) {
     return static_cast<std::uint64_t>(*wide);
@@ -21,6 +31,7 @@ OrderedJson JsonOf(const Cell& cell) {
   if (const auto* text = std::get_if<std::string>(&cell)) return *text;
   if (const auto* count = std::get_if<std::int64_t>(&cell)) return *count;
   if (const double* value = ValueIn(cell)) return *value;
+  // Nothing known, infinite or no number.
   return nullptr;
 }
 
@@ -28,8 +39,10 @@ OrderedJson JsonOf(const Cell& cell) {
 /// stands for one. Characters that steer a terminal, of which JSON itself escapes only the oldest,
 /// are written as escapes, which says the same.
 void AppendValue(std::string& out, const OrderedJson& value) {
+  // The JSON library's `replace` puts U+FFFD in the place of bytes that are no UTF-8.
   const std::string text = value.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
   for (std::string_view rest = text; !rest.empty();) {
+    // Printable ASCII, which is nearly all; everything else is looked at by itself.
     const auto isPlain = [](char c) { return c >= ' ' && c < '\x7f'; };
     const auto plain = static_cast<std::size_t>(
         std::find_if_not(rest.begin(), rest.end(), isPlain) - rest.begin());
@@ -37,6 +50,8 @@ void AppendValue(std::string& out, const OrderedJson& value) {
     rest.remove_prefix(plain);
     if (rest.empty()) return;
     const Utf8Character character = FirstCharacter(rest);
+    // Marks that change the direction of text, for one: harmless to programs, not to who looks at
+    // it.
     if (IsSteering(character.code)) {
       std::array<char, 8> escape{};
       (void)std::snprintf(escape.data(), escape.size(), "\\u%04x",
@@ -49,6 +64,7 @@ void AppendValue(std::string& out, const OrderedJson& value) {
   }
 }
 
+/// Calling order as ResultWriter has it. A program may read the rows line by line.
 class JsonWriter : public ResultWriter {
  public:
   JsonWriter(const ResultHead& head, ByteSink& out) : ResultWriter(out) {
@@ -56,12 +72,14 @@ class JsonWriter : public ResultWriter {
     AppendMembers(head.facts, head.lists);
     AppendKey(head.rowsName);
     text_ += "[";
+    // Keys are made once: rows have many of them.
     for (const Column& column : head.columns) {
       AppendValue(keys_.emplace_back(), column.name);
       keys_.back() += ':';
     }
   }
 
+  /// A line a row, so that a result can be searched by line.
   void Add(const Row& row) override {
     text_ += hasRows_ ? ",\n    " : "\n    ";
     hasRows_ = true;
@@ -76,6 +94,7 @@ class JsonWriter : public ResultWriter {
     PassOn();
   }
 
+  // An array without rows is "[]", on the line of its key.
   void End(const ResultTail& tail) override {
     text_ += hasRows_ ? "\n  ]" : "]";
     AppendMembers(tail.facts, tail.lists);
@@ -83,6 +102,7 @@ class JsonWriter : public ResultWriter {
     PassOn(0);
   }
 
+  /// Members of the outermost object stand on lines of their own.
  private:
   void AppendKey(const std::string& key) {
     text_ += hasMembers_ ? ",\n  " : "\n  ";
@@ -101,6 +121,7 @@ class JsonWriter : public ResultWriter {
     }
   }
 
+  /// Facts and lists of the head or the tail, in their order.
   void AppendMembers(const Facts& facts, const Lists& lists) {
     for (const auto& [key, cell] : facts) {
       AppendKey(key);
@@ -108,6 +129,7 @@ class JsonWriter : public ResultWriter {
     }
     for (const auto& [key, texts] : lists) {
       AppendKey(key);
+      // A list may be as long as the dump, so it is passed on in between.
       const char* separator = "[";
       for (const std::string& text : texts) {
         text_ += separator;

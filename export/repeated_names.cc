@@ -5,6 +5,7 @@
 
 namespace orsa::kesncd {
 
+/// Leaves one entry for each further occurrence: sorted, so it can be searched.
 void RepeatedNames::Settle() {
   std::sort(hashes_.begin(), hashes_.end());
   std::size_t kept = 0;
@@ -15,10 +16,12 @@ void RepeatedNames::Settle() {
   isSettled_ = true;
 }
 
+/// A handful of entries, mostly none.
 bool RepeatedNames::IsCandidate(std::uint64_t hash) const {
   return std::binary_search(hashes_.begin(), hashes_.end(), hash);
 }
 
+/// Counted by text, so a chance meeting of two hashes harms nobody.
 bool RepeatedNames::IsRepeated(std::string_view name) const {
   if (AllDiffer()) return false;
   const auto found = counts_.find(std::string(name));

@@ -7,17 +7,20 @@
 
 namespace orsa::kesncd {
 
+/// Most rows are shorter than a call is worth; see kBlock.
 void ResultWriter::PassOn(std::size_t most) {
   if (text_.size() < most) return;
   out_.Write(text_);
   text_.clear();
 }
 
+// An infinite or undefined value is a rate that nobody knows.
 const double* ValueIn(const Cell& cell) {
   const auto* const value = std::get_if<double>(&cell);
   return value != nullptr && std::isfinite(*value) ? value : nullptr;
 }
 
+/// As few digits as give the same double when they are read again.
 std::string NumberText(const Cell& cell) {
   if (const auto* count = std::get_if<std::int64_t>(&cell)) return std::to_string(*count);
   if (const auto* count = std::get_if<WideCount>(&cell)) return WideText(*count);

@@ -14,9 +14,11 @@
 
 namespace orsa::kesncd {
 
-/// The bytes of a file up to one of several ends, which can be passed one after the other.
+/// The bytes of a file up to one of several ends, which can be passed one after the other. A
+/// reader's words end there as at the end of a file, until Pass lets them go on.
 class StretchSource : public ByteSource {
  public:
+  // No file is that large.
   static constexpr std::uint64_t kFileEnd = UINT64_MAX;
   /// Thrown by Read when others have failed, so that nobody wants the bytes any more.
   struct Unwanted {};
@@ -27,8 +29,10 @@ class StretchSource : public ByteSource {
   StretchSource(ByteFile& file, std::uint64_t begin, std::vector<std::uint64_t> ends)
       : file_(file), at_(begin), ends_(std::move(ends)) {}
 
+  // Returns 0 also at the end of the stretch, until Pass.
   std::size_t Read(char* to, std::size_t most) override;
-  /// Goes on at an offset, up to other ends.
+  /// Goes on at an offset, up to other ends. The bytes that come next are those; what was met is
+  /// forgotten.
   void GoTo(std::uint64_t offset, std::vector<std::uint64_t> ends);
   /// Passes the end that was met; false where the file ended, or there is no other end.
   bool Pass();
@@ -42,11 +46,15 @@ class StretchSource : public ByteSource {
   bool IsAtFileEnd() const { return isAtFileEnd_; }
 
  private:
+  // Shared by all stretches, each of which reads it at offsets of its own.
   ByteFile& file_;
+  // The offset of the byte that comes next.
   std::uint64_t at_;
   std::vector<std::uint64_t> ends_;
+  // The index of the end that is met next.
   std::size_t end_ = 0;
   bool isAtFileEnd_ = false;
+  // Null where nobody may stop the reading.
   const std::atomic<bool>* isUnwanted_ = nullptr;
 };
 
@@ -66,9 +74,9 @@ class BodyCuts {
   BodyCuts(ByteFile& file, std::uint64_t bodyBegin, std::uint32_t parts);
 
   /// A part's stretch, empty where no stamp begins in the part. Stretches that are not empty follow
-  /// one another without a gap. Reads the file around the part's ends.
+  /// one another without a gap. Reads the file around the part's ends. Parts count from 0.
   StretchRange Stretch(std::uint32_t part) const;
-  /// All stretches that are not empty.
+  /// All stretches that are not empty. Their number may be smaller than that of the parts.
   std::vector<StretchRange> Stretches() const;
 
  private:

@@ -17,7 +17,7 @@
 namespace orsa::kesncd {
 
 /// The bounds of a window in ticks, both of them in it. Without `begin` the dump's first values
-/// count like all others.
+/// count like all others. Ticks are the dump's own; WindowInTicks turns times into them.
 struct TickWindow {
   std::optional<std::uint64_t> begin;
   std::optional<std::uint64_t> end;
@@ -28,15 +28,19 @@ struct BodyTime {
   std::uint64_t stamps = 0;  // all of the dump's, as far as it was read
   bool isOpen = false;       // something of the dump lies in the window
   bool isEndCut = false;     // END lies after the dump's last stamp
+  // Both are ticks, and 0 without a stamp.
   std::uint64_t first = 0;
   std::uint64_t last = 0;
 };
 
-/// How far a body was read in a window.
+/// How far a body was read in a window. A value, so that the reading may go on elsewhere from it.
 struct WindowState {
   BodyTime time;
+  // The dump's first stamp, which may lie before the window.
   std::uint64_t firstStamp = 0;
+  // The largest stamp so far.
   std::uint64_t now = 0;
+  // What the dump commands so far say.
   bool isDumping = true;
   bool hasBegun = false;  // `time.first` is known
   bool isDone = false;    // what follows lies after the window
@@ -54,8 +58,10 @@ struct WindowState {
 template <class Inner>
 class BodyWindow {
  public:
+  // Without BEGIN everything from the dump's first byte on is in the window.
   BodyWindow(const TickWindow& window, Inner& inner) : window_(window), inner_(inner) {
     state_.time.isOpen = !window.begin;
+    // No time lies in a window that ends before it begins.
     state_.isDone = window.begin && window.end && *window.begin > *window.end;
   }
   /// Goes on from a state, as the inner taker does from its own.
@@ -90,6 +96,7 @@ class BodyWindow {
       inner_.RememberReal(codeId, value);
     }
   }
+  // Also before the window: it says whether dumping is on when the window begins.
   void Command(Keyword command) {
     state_.isDumping = command != Keyword::DumpOff;
     if (state_.time.isOpen && !state_.isDone) inner_.Command(command);
@@ -97,28 +104,37 @@ class BodyWindow {
   void SectionEnd() {
     if (state_.time.isOpen && !state_.isDone) inner_.SectionEnd();
   }
+  // What a stamp does depends on where it lies: before BEGIN nothing, past it the window opens,
+  // past END it is over, and in between time moves.
   void Stamp(std::uint64_t ticks) {
     if (state_.isDone) return;
     const bool isFirst = state_.time.stamps++ == 0;
+    // Not larger: it belongs to the step that is open.
     if (!isFirst && ticks <= state_.now) return;
     if (isFirst) state_.firstStamp = ticks;
     const std::uint64_t before = isFirst ? ticks : state_.now;
     state_.now = ticks;
+    // All of the dump lies after the window; what came before its first stamp is then not in it
+    // either.
     if (window_.end && isFirst && ticks > *window_.end) {
       state_.time.isOpen = false;
       state_.isDone = true;
       return;
     }
+    // Opened at BEGIN, not at the stamp: the time between the two is the window's. Where the dump
+    // begins later, it opens there.
     if (!state_.time.isOpen && ticks > *window_.begin) OpenAt(std::max(before, *window_.begin));
     if (state_.time.isOpen) MoveTo(ticks);
   }
   bool IsDone() const { return state_.isDone; }
 
-  /// To be called when the body was read.
+  /// To be called when the body was read. A dump that ends with the stamp BEGIN has opened nothing
+  /// yet.
   void Finish() {
     const bool reaches = state_.time.stamps > 0 && state_.now >= window_.begin.value_or(0);
     if (!state_.time.isOpen && !state_.isDone && reaches) OpenAt(state_.now);
     state_.time.isEndCut = window_.end && !state_.isDone && state_.now < *window_.end;
+    // Without a window a dump without stamps may still have values.
     if (window_.begin || window_.end)
       state_.time.isOpen = state_.time.isOpen && state_.time.stamps > 0;
   }
@@ -135,8 +151,10 @@ class BodyWindow {
   }
 
   void MoveTo(std::uint64_t ticks) {
+    // The stamp after END closes the span at END.
     state_.isDone = window_.end && ticks > *window_.end;
     if (state_.isDone) ticks = *window_.end;
+    // The window opened at this very tick.
     if (state_.hasBegun && ticks <= state_.time.last) return;
     if (!state_.hasBegun) state_.time.first = ticks;
     state_.hasBegun = true;

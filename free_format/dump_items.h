@@ -17,6 +17,7 @@
 
 namespace orsa::kesncd {
 
+/// What an item holds besides its kind, by the names of the properties of DumpItems.
 enum class ItemKind {
   Stamp,       // `ticks`
   Command,     // `command`, one of the four dump commands
@@ -26,16 +27,18 @@ enum class ItemKind {
   Real,        // `text` and `codeId`
 };
 
-/// Where an item stood.
+/// Where an item stood. Findings ask for it, counting does not.
 struct ItemPlace {
   std::uint64_t line = 0;
+  // No word stands before it on its line.
   bool startsLine = false;
   bool isWhole = true;  // the line readers find its code: on the line, after a scalar at once
   // The line of the item before, if words without an item stood after it there; else 0.
   std::uint64_t crowdedLine = 0;
 };
 
-/// What is passed over, or not said as the dump says it.
+/// What is passed over, or not said as the dump says it. Each is a number of words or items, with
+/// the line and the text of the first.
 struct ItemTallies {
   Tally weak;        // scalars of H or L
   Tally ports;       // values of port dumps
@@ -68,13 +71,15 @@ class DumpItems {
   DumpItems(DumpWords& words, const Declarations& declarations, StretchSource& stretch,
             bool beginsBody);
 
-  /// Takes the next item; false at the end of the dump, or of the stretch.
+  /// Takes the next item; false at the end of the dump, or of the stretch. Properties are valid
+  /// until the next call.
   bool Next();
   /// Whether the stretch ended inside an item, which was then read to its end all the same.
   bool IsOverEnd() const { return isOverEnd_; }
-  /// Goes on after the end of the stretch.
+  /// Goes on after the end of the stretch. Only for a reader of stretches.
   void GoOn();
 
+  // Of the last item; which of them say something depends on its kind.
   ItemKind kind() const { return kind_; }
   std::uint64_t ticks() const { return ticks_; }
   Keyword command() const { return command_; }
@@ -85,6 +90,11 @@ class DumpItems {
   const ItemTallies& tallies() const { return tallies_; }
   /// The line that was reached, as far as plain lines are counted.
   std::uint64_t Line() const { return words_.Line(); }
+
+  /// Shows the words to come to a watch (see DumpWords::Show).
+  void Show(SlotWatch& watch) { words_.Show(watch); }
+  /// Control bytes that part words (see DumpWords::Controls).
+  const Tally& Controls() const { return words_.Controls(); }
 
   /// Whether the dump's last line has no end, and something stands on it. To be asked after Next
   /// has returned false.
@@ -98,7 +108,8 @@ class DumpItems {
   const CodeTable& codes() const { return codes_; }
   /// Characters of which a value is surely kept whole.
   std::size_t LongestValue() const { return words_.Longest() - 1; }
-  /// Takes note of a stamp among the plain lines; false, and no note, where it goes back.
+  /// Takes note of a stamp among the plain lines; false, and no note, where it goes back. Equal
+  /// stamps go on; the smaller one moves nothing.
   bool NoteStamp(std::uint64_t ticks) {
     if (ticks < largestStamp_) return false;
     largestStamp_ = ticks;
@@ -106,9 +117,11 @@ class DumpItems {
   }
 
  private:
+  // A word, or the last one again; inside an item it may lie after the stretch's end.
   bool Advance();
   bool AdvanceInItem();
   bool AdvanceInValue();
+  // Each takes the item that its first word begins; false where nothing counts.
   bool TakeWord(std::string_view word);
   bool TakeScalar(std::string_view word, char value);
   bool TakeVector(std::string_view word);
@@ -117,24 +130,29 @@ class DumpItems {
   bool TakeString();
   bool TakeStamp(std::string_view word);
   bool TakeKeyword(std::string_view word);
+  // A code that stands as a word of its own, and one that is known already.
   bool TakeCode();
   bool FindCode(std::string_view code);
   void SkipSection(Keyword keyword);
   void HoldText(std::string_view value, const Alphabet& alphabet);
 
+  // The words belong to the caller, as do the codes.
   DumpWords& words_;
   const CodeTable& codes_;
   StretchSource* const stretch_;  // null for a dump that is read as one
   bool repeat_;                   // the last word is to be taken again
   bool isOverEnd_ = false;
   bool isAfterItem_ = true;  // no word was taken since the last item
+  // 0 where no item shares its line with what follows.
   std::uint64_t crowdedLine_ = 0;
   ItemKind kind_ = ItemKind::SectionEnd;
   std::uint64_t ticks_ = 0;
+  // Smaller stamps than this one go back.
   std::uint64_t largestStamp_ = 0;
   Keyword command_ = Keyword::None;
   char value_ = 'x';
   std::uint32_t codeId_ = 0;
+  // A copy: the block may move while the code is read.
   std::string text_;
   ItemPlace place_;
   ItemTallies tallies_;

@@ -35,20 +35,23 @@ class DumpWords {
   /// Reads the first block, and passes over a byte order mark of UTF-8.
   explicit DumpWords(ByteSource& source, std::size_t block = kBlock, std::size_t kept = kKept);
 
+  // Never reached, and small enough to be doubled without an overflow.
   static constexpr std::size_t kNoLimit = SIZE_MAX / 4;
   /// Keeps words to come of up to so many characters whole, and in any case as many as the
   /// constructor was told.
   void SetLongest(std::size_t characters);
   /// Characters of which a word is surely kept whole.
   std::size_t Longest() const { return longest_; }
-  /// The dump's first bytes, until a word is taken.
+  /// The dump's first bytes, until a word is taken. At most the first block.
   std::string_view FirstBytes() const;
   /// Shows every word to come to a watch too. Plain lines are not shown to it: who takes some tells
   /// the watch himself.
   void Show(SlotWatch& watch) { watch_ = &watch; }
-  /// Takes the next word; false at the end of the dump.
+  /// Takes the next word; false at the end of the dump. Word, Line and the others are then those of
+  /// this word.
   bool Next();
 
+  // A view into the block, valid until Next.
   std::string_view Word() const { return {word_, length_}; }
   /// Of the source's bytes, how many stand before what comes after the word.
   std::uint64_t Offset() const { return read_ - static_cast<std::uint64_t>(end_ - at_); }
@@ -72,37 +75,46 @@ class DumpWords {
   void TakePlainLines(Taker& taker);
 
  private:
-  // Of a word that is cut: enough to know what kind of word it is.
+  // Of a word that is cut: enough to know what kind of word it is. "$enddefinitions" has 15.
   static constexpr std::size_t kBeginning = 16;
 
   static bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
   static std::size_t ShortLength(const char* word);
+  // The other four are blanks in line-based reading as well.
   static bool IsControl(char c) {
     return IsBlank(c) && c != ' ' && c != '\n' && c != '\t' && c != '\r';
   }
+  // Keeps count of lines and control bytes.
   void TakeBlank(char c);
   bool FinishLine();
   bool Refill(const char* keep);
+  // For words that reach over the end of the block.
   void FinishWord();
   void DropMiddle(std::size_t most);
   void SetEnd(std::size_t held);
 
   ByteSource& source_;
+  // Bytes that are asked for in one reading.
   const std::size_t readAtOnce_;
+  // Characters that are kept whatever SetLongest says.
   const std::size_t leastKept_;
   std::size_t longest_;  // characters of a word that are kept
+  // Its size changes only for long words that are kept.
   std::vector<char> block_;
   std::uint64_t read_ = 0;     // bytes of the source
   const char* at_ = nullptr;   // after the last word
   const char* end_ = nullptr;  // a blank and a letter stand here, so that scans stop
+  // The last word is a view into the block.
   const char* word_ = nullptr;
   std::size_t length_ = 0;
   std::uint64_t line_ = 1;
+  // Stays true over a run of plain lines, which ends after a newline.
   bool isAtStart_ = true;  // of a line: no word of it was taken
   bool startsLine_ = false;
   bool isCut_ = false;
   bool endsDump_ = false;
   Tally controls_;
+  // Null where nobody watches.
   SlotWatch* watch_ = nullptr;
 };
 
@@ -113,7 +125,8 @@ inline std::size_t DumpWords::ShortLength(const char* word) {
   std::uint64_t bytes = 0;
   std::memcpy(&bytes, word, sizeof bytes);
   if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
-  // The lowest bit set is that of the first byte below '!'; a borrow only spoils those after it.
+  // The lowest bit set is that of the first byte below '!'; a borrow only spoils those after it. A
+  // byte below "!" gives a borrow into its highest bit.
   const std::uint64_t blanks = (bytes - kOnes * '!') & ~bytes & kOnes * 0x80;
   return static_cast<std::size_t>(std::countr_zero(blanks)) / 8;
 }
@@ -128,6 +141,7 @@ inline void DumpWords::TakeBlank(char c) {
 }
 
 inline bool DumpWords::Next() {
+  // Lines are counted here, between words, and in TakePlainLines.
   for (;;) {
     while (IsBlank(*at_)) TakeBlank(*at_++);
     if (at_ < end_) break;  // else the letter after the end stopped the loop
@@ -137,19 +151,23 @@ inline bool DumpWords::Next() {
   isAtStart_ = false;
   isCut_ = false;
   word_ = at_;
+  // Eight bytes at a time, until a step ends early.
   std::size_t step = kReadAhead;
   for (; step == kReadAhead; at_ += step) step = ShortLength(at_);
   length_ = static_cast<std::size_t>(at_ - word_);
   if (at_ >= end_) {
+    // The word met the end of the block: the blank there is not the dump's.
     FinishWord();
   } else if (length_ > longest_ + kBeginning) [[unlikely]] {
     DropMiddle(longest_);  // whether the word met the end of a block makes no difference
   }
+  // The watch sees words as line readers would, each with its place on the line.
   if (watch_ != nullptr) watch_->Take(Word(), StartsLine());
   return true;
 }
 
-/// Takes the blanks after the last word; whether they end its line.
+/// Takes the blanks after the last word; whether they end its line. At the end of the block it
+/// cannot tell; Next reads on then.
 inline bool DumpWords::FinishLine() {
   while (!isAtStart_ && at_ < end_ && IsBlank(*at_)) TakeBlank(*at_++);
   return isAtStart_ && at_ < end_;
@@ -157,6 +175,7 @@ inline bool DumpWords::FinishLine() {
 
 /// Passes plain lines on and counts them.
 template <class Taker>
+/// The words do not see those lines one by one, but their number is needed for messages.
 struct CountedLines {
   Taker& taker;
   std::uint64_t lines = 0;
@@ -179,6 +198,7 @@ struct CountedLines {
 };
 
 template <class Taker>
+/// No line is too long: a block is what limits them.
 void DumpWords::TakePlainLines(Taker& taker) {
   if (!FinishLine()) return;
   CountedLines<Taker> counted{taker};

@@ -14,9 +14,11 @@
 namespace orsa::kesncd {
 
 /// A value as a number, to tell whether the next one repeats it. Different values have different
-/// numbers but for a chance of one in two thousand million.
+/// numbers but for a chance of one in two thousand million. A repeat that is missed, or one too
+/// many, changes a remark by one, never a count.
 inline std::uint32_t Fingerprint(std::string_view value) {
   constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
+  // The length goes in first, so "0" and "00" differ.
   std::uint64_t mixed = value.size();
   std::size_t i = 0;
   for (; i + sizeof mixed <= value.size(); i += sizeof mixed) {
@@ -28,14 +30,20 @@ inline std::uint32_t Fingerprint(std::string_view value) {
   for (; i < value.size(); ++i) {
     mixed = (mixed ^ static_cast<unsigned char>(value[i])) * kFactor;
   }
+  // Scalars are kept as their characters, which are below 2^31.
   return static_cast<std::uint32_t>(mixed >> 32) | 1U << 31;  // apart from those of scalars
 }
 
+/// A value that goes on from stretch to stretch; all times in ticks.
 struct DumpingState {
   std::uint32_t isOn = 1;
+  // Until the first stamp `now` means nothing.
   bool hasStamp = false;
+  // The largest stamp so far.
   std::uint64_t now = 0;
+  // The tick at which dumping was switched off; valid while it is off.
   std::uint64_t offSince = 0;
+  // The sum of the times that have ended.
   std::uint64_t offTicks = 0;
 };
 
@@ -48,6 +56,7 @@ class DumpingTime {
 
   /// A dump command; whether it switches dumping off or on.
   bool Take(Keyword command) {
+    // $dumpvars, $dumpall and $dumpon all switch it on.
     const std::uint32_t isOn = command != Keyword::DumpOff ? 1 : 0;
     if (isOn == state_.isOn) return false;
     state_.isOn = isOn;
@@ -58,6 +67,7 @@ class DumpingTime {
     }
     return true;
   }
+  // Stamps that go back are passed over.
   void Stamp(std::uint64_t ticks) {
     // Off from the start is off from the first stamp on.
     if (!state_.hasStamp) state_.offSince = state_.now = ticks;
@@ -70,8 +80,17 @@ class DumpingTime {
     Stamp(ticks);
   }
 
+  /// Adds that of a stretch that comes next, which was taken as beginning with dumping on. Dumping
+  /// is on, or nothing was taken yet.
+  void Join(const DumpingTime& next) {
+    const std::uint64_t offBefore = state_.offTicks;
+    state_ = next.state_;
+    state_.offTicks += offBefore;
+  }
+
   /// 1 while dumping is on, else 0: a number, so that counting needs no branch.
   std::uint32_t isOn() const { return state_.isOn; }
+  // A time that is still going on counts up to now.
   std::uint64_t OffTicks() const {
     return state_.offTicks + (state_.isOn == 0 ? state_.now - state_.offSince : 0);
   }

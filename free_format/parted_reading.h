@@ -25,9 +25,11 @@
 
 namespace orsa::kesncd {
 
-/// A dump in a plain file. Calling order: construct, `words` up to the body, Cut, the rest.
+/// A dump in a plain file. Calling order: construct, `words` up to the body, Cut, the rest. Source
+/// and words are one reader of the file's start; the other stretches have theirs.
 class FileDump {
  public:
+  // A quarter of a block of each word is kept, so that a block holds whole words.
   FileDump(ByteFile& file, std::size_t block)
       : block_(block), source_(file), words_(source_, block, block / 4) {}
 
@@ -36,18 +38,21 @@ class FileDump {
   ByteFile& file() const { return source_.file(); }
   std::size_t block() const { return block_; }
 
-  /// Cuts the body into up to so many stretches; `words` then ends with the first of them.
+  /// Cuts the body into up to so many stretches; `words` then ends with the first of them. Called
+  /// once, after the declarations were read.
   std::vector<StretchRange> Cut(std::uint32_t parts);
   /// Lets `words` end with a stretch that begins the body.
   void EndAt(const std::vector<std::uint64_t>& ends);
 
  private:
+  // Bytes that are read at a time, also by the other stretches' readers.
   const std::size_t block_;
   StretchSource source_;
   DumpWords words_;
 };
 
-/// One stretch with its reader.
+/// One stretch with its reader. Construct and Read, each in its thread; then GoOn, if need be, in
+/// the thread that adds up.
 template <class Taker>
 class StretchReader {
  public:
@@ -60,6 +65,8 @@ class StretchReader {
   /// Of one that begins with a stamp; it goes up to the first of `ends`.
   StretchReader(FileDump& dump, const Declarations& declarations, Taker& taker, std::uint64_t begin,
                 std::vector<std::uint64_t> ends)
+      // Owned here: threads share nothing but the file, the declarations and the flag that stops
+      // them.
       : ownSource_(std::make_unique<StretchSource>(dump.file(), begin, std::move(ends))),
         ownWords_(std::make_unique<DumpWords>(*ownSource_, dump.block(), dump.block() / 4)),
         source_(ownSource_.get()),
@@ -81,7 +88,7 @@ class StretchReader {
   StretchSource& source() const { return *source_; }
   const DumpWords& words() const { return *words_; }
   const ItemTallies& tallies() const { return items_.tallies(); }
-  /// Newlines that were read.
+  /// Newlines that were read. Joined tallies count their lines from these.
   std::uint64_t Lines() const { return words_->Line() - 1; }
   /// Whether the stretch ended between two items.
   bool EndsClean() const { return !items_.IsOverEnd(); }
@@ -89,6 +96,7 @@ class StretchReader {
   bool IsLast() const { return taker_.IsDone() || (EndsClean() && source_->IsAtFileEnd()); }
 
  private:
+  // Null for the stretch that begins the body, whose source and words are the dump's.
   std::unique_ptr<StretchSource> ownSource_;
   std::unique_ptr<DumpWords> ownWords_;
   StretchSource* source_;
@@ -102,6 +110,12 @@ class StretchReader {
 /// jobs run one after the other.
 void RunTogether(const std::vector<std::function<void()>>& jobs, std::atomic<bool>& isUnwanted);
 
+/// Of this machine.
+std::uint64_t MemoryBytes();
+/// As many threads as may be used, at least one, but no more than take a quarter of the memory when
+/// each has so many bytes.
+unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs);
+
 /// Where the stretches end, from one on.
 std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, std::size_t first);
 
@@ -112,7 +126,8 @@ std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, 
 ///                                             stamp adds to what this one took right before it
 ///
 /// and `take` gets a pointer to each one that counts, in the order of the dump, when all is read.
-/// Returns what was passed over.
+/// Returns what was passed over. `stretches` is not empty. All takers live at once, each with what
+/// it keeps.
 template <class Make, class Take>
 ItemTallies ReadInParts(FileDump& dump, const Declarations& declarations,
                         const std::vector<StretchRange>& stretches, Make make, Take take) {
@@ -137,21 +152,27 @@ ItemTallies ReadInParts(FileDump& dump, const Declarations& declarations,
   }
   RunTogether(jobs, isUnwanted);
 
+  // From here on only this thread works.
   ItemTallies tallies;
   std::uint64_t lines = 0;
   std::size_t next = 1;  // the stretch after those that were read
+  // Each round takes one reader whose stretch is known to begin right.
   for (std::size_t i = 0; i < readers.size(); i = next++) {
     Reader& reader = *readers[i];
     while (!reader.IsLast()) {
+      // Stretches that the reader has gone through are done.
       while (stretches[next - 1].end < reader.source().end()) ++next;
+      // Both must agree: the words end between items, and time goes on.
       const bool isNextGood = next < readers.size() && reader.EndsClean() &&
                               reader.taker().Precedes(readers[next]->taker());
       if (isNextGood) break;
+      // What the next stretch's own reader took is dropped.
       reader.GoOn();
     }
     tallies.Join(reader.tallies(), lines);
     lines += reader.Lines();
     const bool isLast = reader.IsLast();
+    // Its block's memory goes before the taker's results are joined.
     readers[i].reset();
     take(std::move(takers[i]));
     if (isLast) break;

@@ -5,6 +5,7 @@ namespace orsa::kesncd {
 
 std::string RemarkOn(const std::string& text, const Tally& tally) {
   std::string remark = text + ": " + std::to_string(tally.count);
+  // What has no line is about the dump as a whole.
   if (tally.line == 0) return remark;
   remark += " (first at line " + std::to_string(tally.line);
   if (!tally.example.empty()) remark += ": " + tally.example;
@@ -17,6 +18,7 @@ std::vector<std::string> ReadingRemarks(const Declarations& declarations,
     const Tally& tally;
     const char* text;
   };
+  // The order of the rows is that of the remarks.
   const Row rows[] = {
       {items.unended, "section without $end, after which nothing was read"},
       {items.torn, "value without a code at the end, where the dump is cut off"},
@@ -32,6 +34,7 @@ std::vector<std::string> ReadingRemarks(const Declarations& declarations,
       {items.fractions, "time stamps that lose their fractions"},
   };
   std::vector<std::string> remarks;
+  // Neither an end of the definitions nor a word of the body.
   if (!declarations.ended && !declarations.hasWord) {
     remarks.emplace_back("it ends inside its declarations and holds no change");
   }

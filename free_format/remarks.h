@@ -12,7 +12,8 @@
 
 namespace orsa::kesncd {
 
-/// "TEXT: COUNT (first at line LINE: EXAMPLE)".
+/// "TEXT: COUNT (first at line LINE: EXAMPLE)". Line and example are left out where there are none.
+/// The example is not made printable here.
 std::string RemarkOn(const std::string& text, const Tally& tally);
 
 /// One text for each kind of trouble, the gravest first; none for a dump that was read whole.

@@ -1,9 +1,13 @@
 // What the line readers read a time stamp as. They keep the digits of a stamp in one place, where
 // the digits end nothing: a longer text that stood there before goes on after them. In the flat
 // run's reader the second words of lines pass through the same place.
+//
+// A watch that begins in the middle of a dump does not know what stood in the places before; what
+// it saw is laid over what was there once that is known.
 #ifndef KESNCD_FREE_FORMAT_SLOT_WATCH_H_
 #define KESNCD_FREE_FORMAT_SLOT_WATCH_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,28 +15,68 @@
 
 namespace orsa::kesncd {
 
+/// Calling order: Take and its like for all words of a dump, or of a stretch of it, NoteStamp after
+/// a stamp; LayOver when the stretch that comes next was watched too.
 class SlotWatch {
  public:
+  /// Digits as they stand in both places when a stamp was taken. What is open goes on with what
+  /// stood there before the watch began.
+  struct Stamp {
+    struct Digits {
+      // The digits that were seen so far.
+      std::string text;
+      // More digits may follow, which stood there before the watch began.
+      bool isOpen = true;
+    };
+    std::array<Digits, 2> digits;
+
+    /// What the stamp is read as: otherwise than `ticks` if one of the readers does so.
+    double ReadAs(double ticks) const;
+  };
+
+  /// A watch for what comes next, with nothing in its places.
+  SlotWatch Next() const {
+    SlotWatch next;
+    next.index_ = index_;
+    return next;
+  }
+
   /// Every word of the dump, in order, but for those of plain lines.
   void Take(std::string_view word, bool startsLine) {
     index_ = startsLine ? 0 : index_ + 1;
+    // "#100 1!" is read as a stamp too here, though line readers want it alone: that it shares its
+    // line is a finding of its own.
     if (index_ == 0 && word.front() == '#') PutDigits(word.substr(1));
-    if (index_ == 1) Put(shared_, word, true);
+    // The filtered flat reader has a line's second word in the place of its stamps.
+    if (index_ == 1) Put(slots_[kShared], word, true);
   }
-  /// A plain line: a stamp, or a value with its code.
+  /// A plain line: a stamp, or a value with its code. Given without "#", and the code without its
+  /// blank.
   void TakeStampLine(std::string_view digits) { PutDigits(digits); }
-  void TakeValueLine(std::string_view code) { Put(shared_, code, true); }
-  /// What the stamp that was the last word taken is read as: otherwise than `ticks` if one of the
-  /// readers does so.
-  double StampFor(double ticks) const;
+  void TakeValueLine(std::string_view code) { Put(slots_[kShared], code, true); }
+
+  /// Notes the stamp that was the last word taken.
+  void NoteStamp(Stamp& stamp) const;
+  /// A stamp that a later watch noted, now that it is known what stood there before.
+  Stamp Completed(Stamp stamp) const;
+  /// Lets the places hold what a later watch leaves in them.
+  void LayOver(const SlotWatch& later);
 
  private:
+  // The filtered flat reader has the first one, the other two readers the second.
+  enum Slot : std::uint8_t {
+    kShared,  // of second words and stamps
+    kOwn,     // of stamps alone
+  };
+
+  // With `isEnded` a NUL is put after the word.
   void PutDigits(std::string_view stamp);
   static void Put(std::string& slot, std::string_view word, bool isEnded);
+  // Adds digits that stand in the place after those that are known.
+  static void AppendDigits(std::string_view slot, Stamp::Digits& digits);
 
-  std::size_t index_ = 0;
-  std::string shared_;  // of second words and stamps
-  std::string own_;     // of stamps alone
+  std::size_t index_ = 0;             // of the last word on its line
+  std::array<std::string, 2> slots_;  // as much of each as was written to
 };
 
 }  // namespace orsa::kesncd

@@ -16,12 +16,14 @@ namespace orsa::kesncd {
 namespace {
 
 // What topModName points to, if SetTopModule made it. Analysers come and go in any order and the
-// name is one for all of them, so it is released only when the next one is set or at unload.
+// name is one for all of them, so it is released only when the next one is set or at unload. What a
+// host itself puts there is the host's.
 std::unique_ptr<char[]> ownedTopModName;
 
 }  // namespace
 
 KesNCD::KesNCD() : twrFileOn(false), hierRoot(nullptr), unlinkedScopes_(nullptr) {
+  // Also for analysers that exist already: the name is one for all.
   topModName = nullptr;
 }
 
@@ -29,6 +31,7 @@ KesNCD::~KesNCD() {
   DeleteHierarchy();
 }
 
+/// The copy is made first: where memory ends the old name stays.
 void KesNCD::SetTopModule(const std::string& name) {
   auto copy = std::make_unique<char[]>(name.size() + 1);
   std::memcpy(copy.get(), name.c_str(), name.size() + 1);
@@ -40,33 +43,39 @@ void KesNCD::SetTWRFileOn(bool on) {
   twrFileOn = on;
 }
 
+/// An empty path is no setting; the report is read at once.
 void KesNCD::SetTWRFile(const std::string& path, int mode) {
   if (path.empty()) return;
   twrFile = path;
   ReadTWR2(mode);
 }
 
+/// Setting a dump reads it. The result is that of the reading.
 bool KesNCD::SetVCDFile(const std::string& path, const std::set<std::string>& signals,
                         std::string& message) {
   vcdFile = path;
   return ReadVCD(signals, message);
 }
 
+/// As above, for the tree.
 bool KesNCD::SetVCDFileHier(std::string path, const std::set<std::string>& signals,
                             std::string& message) {
   vcdFile = std::move(path);
   return ReadVCDHier(signals, message);
 }
 
+/// Without a selection all variables are taken.
 bool KesNCD::ParseVcdFile(std::FILE* file) {
   return ReadFlat(file, nullptr);
 }
 
+/// Its result has always been 0; hosts look at what was matched.
 int KesNCD::ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals) {
   ReadFlat(file, &signals);
   return 0;
 }
 
+/// The selection is not looked at: the tree takes all signals.
 bool KesNCD::ParseVcdFileHier(std::FILE* file, const std::set<std::string>& /*signals*/) {
   return ReadTree(file, {codeIndex, hierRoot, unlinkedScopes_});
 }

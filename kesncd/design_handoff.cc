@@ -9,9 +9,10 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// The host's number for "loaded from the sources as they are now".
+/// The host's number for "loaded from the sources as they are now". The host gives states of its
+/// data by numbers; this is the one that matters here.
 constexpr int kSourceIsCurrent = 0x200;
-/// Stands for preferences that there are none of.
+/// Stands for preferences that there are none of. The host wants some text in its place.
 constexpr char kNoPreferences[] = ".";
 
 using Frequencies = std::map<std::string, double>;
@@ -22,10 +23,12 @@ struct LoadedDesign {
   std::string name;
 };
 
+/// Empty where the host has no name.
 std::string NameOf(const NcdData* database) {
   return database != nullptr && database->name != nullptr ? database->name : "";
 }
 
+/// Nothing is loaded: the design is the one that the host shows.
 LoadedDesign CurrentDesign(CommonData& registry) {
   std::string name = NameOf(registry.findNcdObject());
   return {registry.findNcdPtr(), std::move(name)};
@@ -36,6 +39,7 @@ bool LoadDesign(CommonData& registry, const std::string& source, const std::stri
                 LoadedDesign& loaded) {
   registry.setNcdSource(source.c_str(), preferences.empty() ? kNoPreferences : preferences.c_str());
   NcdData* const database = registry.findNcdObject();
+  // Released first, or the host would go on with what it has.
   if (database == nullptr || database->releaseData() == 0 || database->loadData() == 0) {
     return false;
   }
@@ -46,6 +50,7 @@ bool LoadDesign(CommonData& registry, const std::string& source, const std::stri
 
 }  // namespace
 
+/// Null unless a design is loaded and its sources have not changed since.
 NC_DESIGN* KesNCD::isNcdAvailable(CommonData* registry) {
   if (registry == nullptr || registry->isNcdAvailable() == 0) return nullptr;
   NcdData* const database = registry->findNcdObject();
@@ -57,12 +62,15 @@ NC_DESIGN* KesNCD::isNcdAvailable(CommonData* registry) {
 std::intptr_t KesNCD::ExtractNCD() {
   NCD_EXTRACTION extraction;
   CommonData* const registry = CommonData::getGlobalInstance();
+  // 0 is what hosts take for a failure.
   if (registry == nullptr) return 0;
+  // A copy: signalFreqs stays for the host.
   Frequencies frequencies = signalFreqs;
   // What the dump shows of a net goes before what the report promises.
   if (twrFileOn) frequencies.insert(clockFreqs.begin(), clockFreqs.end());
   extraction.option = extractOption;
 
+  // Without sources named the design at hand will do, if it is current.
   LoadedDesign loaded{};
   if (ncdFile.empty() && prfFile.empty() && isNcdAvailable(registry) != nullptr) {
     loaded = CurrentDesign(*registry);

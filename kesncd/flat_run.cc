@@ -17,6 +17,7 @@ namespace {
 // not fill the memory.
 constexpr std::uint64_t kMostBusBits = 16777216;
 
+/// Counted before anything is entered, and no further than the limit.
 bool TooManyBusBits() {
   std::uint64_t bits = 0;
   for (int i = 0; i < topMod.GetSignalSize() && bits <= kMostBusBits; ++i) {
@@ -28,7 +29,9 @@ bool TooManyBusBits() {
 using Frequencies = std::map<std::string, double>;
 
 /// Enters the bits of one bus. Taken in the order of their names ("d_1", "d_10", "d_2"), each goes
-/// right after the one before, where the map need not be searched.
+/// right after the one before, where the map need not be searched. Appending at a known place takes
+/// constant time; searching for each of a million bits would not.
+/// Construct and Enter once.
 class BusEntry {
  public:
   BusEntry(const DesignNames& names, double frequency, Frequencies& frequencies)
@@ -37,23 +40,29 @@ class BusEntry {
         frequencies_(frequencies),
         next_(frequencies.lower_bound(names.base)) {}
 
+  // In the order of texts, which for numbers of different lengths is not that of values.
   void Enter() {
+    // Of [1000000:999998] nearly all that a walk by digits meets lies below the range.
     if (names_.low < 0 || names_.low > static_cast<std::int64_t>(names_.RangeSize())) {
       // The walk by digits would meet too many numbers below the range.
       for (std::int64_t bit = names_.low; bit <= names_.high; ++bit) EnterBit(bit);
       return;
     }
+    // 0 is no start of longer numbers.
     if (names_.low == 0) EnterBit(0);
     for (std::int64_t digit = 1; digit <= 9; ++digit) EnterFrom(digit);
   }
 
  private:
-  /// Enters the bits whose numbers begin with these digits.
+  /// Enters the bits whose numbers begin with these digits. 1, 10, 100, ..., 101, ..., 11, ...: a
+  /// number before all that it begins.
   void EnterFrom(std::int64_t number) {  // NOLINT(misc-no-recursion): a level a digit
+    // All longer ones are larger still.
     if (number > names_.high) return;
     if (number >= names_.low) EnterBit(number);
     for (std::int64_t digit = 0; digit <= 9; ++digit) EnterFrom(10 * number + digit);
   }
+  // A name that is there keeps its frequency; the hint moves past it either way.
   void EnterBit(std::int64_t bit) {
     next_ = frequencies_.emplace_hint(next_, names_.base + std::to_string(bit), frequency_);
     ++next_;
@@ -78,6 +87,7 @@ void EnterSignal(int index, Frequencies& frequencies) {
 
 }  // namespace
 
+/// Nothing is taken back when a run fails halfway: topMod shows what was read.
 bool KesNCD::ReadVCD(const std::set<std::string>& signals, std::string& message) {
   if (vcdFile.empty()) {
     message = kNoDump;
@@ -88,10 +98,13 @@ bool KesNCD::ReadVCD(const std::set<std::string>& signals, std::string& message)
     message = CannotOpen(vcdFile);
     return false;
   }
+  // The module starts empty; span and time scale go on from earlier readings.
   topMod.Clear();
   ParseVcdFile2(dump.get(), signals);
+  // Asked before the stream is closed.
   const bool failed = std::ferror(dump.get()) != 0;
   dump.reset();
+  // Whether this dump or an earlier one matched does not matter, as hosts expect.
   if (isTopModNameEverMatched == 0) {
     message = kTopModuleNotMatched;
     return false;
@@ -104,6 +117,7 @@ bool KesNCD::ReadVCD(const std::set<std::string>& signals, std::string& message)
     message = kTooManyBits;
     return false;
   }
+  // Made apart, so that a failure leaves the map of the run before.
   Frequencies frequencies;
   for (int i = 0; i < topMod.GetSignalSize(); ++i) EnterSignal(i, frequencies);
   signalFreqs.swap(frequencies);

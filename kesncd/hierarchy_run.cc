@@ -13,6 +13,7 @@ namespace orsa::kesncd {
 /// host has hung into a tree since, or has made the root, goes with that tree only.
 void KesNCD::DeleteHierarchy() {
   codeIndex.clear();
+  // Scopes of the list that a host has hung into the tree leave it first: the tree owns them now.
   if (unlinkedScopes_ != nullptr && hierRoot != nullptr) {
     hierRoot->Unlink();
     hierRoot->UnlinkBelow();
@@ -32,12 +33,14 @@ bool KesNCD::ReadVCDHier(const std::set<std::string>& signals, std::string& mess
     message = CannotOpen(vcdFile);
     return false;
   }
+  // The tree of the run before goes even if this one then fails.
   DeleteHierarchy();
   ParseVcdFileHier(dump.get(), signals);
   if (isTopModNameEverMatched == 0) {
     message = kTopModuleNotMatched;
     return false;
   }
+  // After a read error the tree is there, with counts that are too small.
   if (std::ferror(dump.get()) != 0) {
     message = CannotRead(vcdFile);
     return false;
@@ -45,6 +48,8 @@ bool KesNCD::ReadVCDHier(const std::set<std::string>& signals, std::string& mess
   return true;
 }
 
+/// For hosts that read changes themselves: each scope that declares the code counts, as often as it
+/// does.
 void KesNCD::IncreaseChangeForSymbol(const std::string& symbol) {
   const auto declared = codeIndex.find(symbol);
   if (declared == codeIndex.end()) return;

@@ -17,16 +17,18 @@ namespace orsa::kesncd {
 
 namespace {
 
+// The host's name of the section.
 constexpr char kConnections[] = "Hierarchical Connections";
 
 /// The table of connections; null for a document without one, or with a section of another kind
-/// under its name.
+/// under its name. By a cast at run time: a host may have other sections under any name.
 PD_TABLE* FindConnections(PD_DATA* data) {
   if (data == nullptr) return nullptr;
   const auto* section = dynamic_cast<PD_TBLSECT*>(data->GetSection(kConnections));
   return section == nullptr ? nullptr : section->table;
 }
 
+/// The table is the host's; all texts are copied.
 std::vector<KesSigFreq> ReadRecords(PD_TABLE& table) {
   RecordBuilder records;
   for (int row = 0; row < table.GetRowCount(); ++row) {
@@ -44,7 +46,8 @@ std::vector<KesSigFreq> ReadRecords(PD_TABLE& table) {
 /// walk the whole tree.
 class TreeLookup {
  public:
-  /// For the names that stand in `records`, which must stay there.
+  /// For the names that stand in `records`, which must stay there. Views into the records, whose
+  /// texts must not move.
   TreeLookup(const VmodHier& root, const std::vector<KesSigFreq>& records, bool exact)
       : root_(root), exact_(exact) {
     for (const KesSigFreq& signal : records) {
@@ -54,6 +57,7 @@ class TreeLookup {
     }
   }
 
+  // Answers of both ways are the same, so it does not matter when the index is made.
   bool Find(const std::string& module, const std::string& signal, double& freq) {
     if (searches_ < kMostSearches) {
       ++searches_;
@@ -66,6 +70,7 @@ class TreeLookup {
  private:
   static constexpr int kMostSearches = 4;  // about what the index costs
 
+  // Every name that a record can be asked for.
   void Note(const KesComp& component) {
     names_.emplace_back(component.name);
     for (const KesPort& port : component.outPorts) {
@@ -77,6 +82,7 @@ class TreeLookup {
   const VmodHier& root_;
   const bool exact_;
   std::vector<std::string_view> names_;
+  // How often the tree was walked.
   int searches_ = 0;
   std::optional<TreeIndex> index_;
 };
@@ -105,6 +111,7 @@ class TreeRecordLookup : public RecordLookup {
 // Hosts are linked against the operation as it stands, not const.
 // NOLINTNEXTLINE(readability-make-member-function-const)
 std::vector<KesSigFreq> KesNCD::CreateKesSigFreq(PD_DATA* data, double defaultFreq, bool exact) {
+  // Null for a document without the table: no records.
   PD_TABLE* const table = FindConnections(data);
   if (table == nullptr) return {};
   std::vector<KesSigFreq> records = ReadRecords(*table);

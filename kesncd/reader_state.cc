@@ -19,14 +19,14 @@ double endCycle = -1.0;
 int onlyOnce = 1;
 int currentLevel = -1;
 
-// The grammar reader.
+// The grammar reader. Kept between words, and between two dumps where one ends inside a value.
 int isReadingTopMod = 0;
 double cur_time = 0.0;
 int isReal = 0;
 int isBinary = 0;
 char vcdstr[1024] = {};
 
-// Its lexer.
+// Its lexer. yysbuf holds what was pushed back.
 std::FILE* yyin = nullptr;
 char yytext[1024] = {};
 char yysbuf[1024] = {};
@@ -34,7 +34,7 @@ char* yysptr = yysbuf;
 int yytchar = 0;
 int yylineno = 1;
 
-// Its parser.
+// Its parser. The stacks have room for 150 entries; a dump needs about ten.
 int yy_yys[150] = {};
 YYSTYPE yy_yyv[150] = {};
 int* yys = yy_yys;

@@ -9,13 +9,15 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Takes the top module's variables into `topMod`.
+/// Takes the top module's variables into `topMod`. The sink of a flat reading. Scopes other than
+/// the top module never come here.
 class TopModuleFiller : public DeclarationSink {
  public:
   explicit TopModuleFiller(CodeCounts& counts) : counts_(counts) {}
 
   void OpenScope(const char* name) override { topMod.SetName(name); }
   void CloseScope() override {}
+  // A code counts from its first declaration on.
   void Declare(Declaration& declaration) override {
     topMod.AddSignal(declaration.name, declaration.type, declaration.code, declaration.width);
     counts_.Add(declaration.code);
@@ -30,16 +32,20 @@ class TopModuleFiller : public DeclarationSink {
 
 bool ReadFlat(std::FILE* dump, const std::set<std::string>* selection,
               const ReadingOptions& options) {
+  // First, so that it is destroyed last and sees what the reading left.
   SharedState shared;
   CodeCounts counts(options.longestDirectCode);
   TopModuleFiller filler(counts);
   const FlatRules rules = selection == nullptr ? UnfilteredRules() : FilteredRules(*selection);
+  // As the module is before the reading: a name or signals of an earlier one count as found.
   const FlatTarget target{.topModule = topModName,
                           .isNamed = !topMod.GetName().empty(),
                           .hasSignals = topMod.GetSignalSize() > 0};
   FlatReader reader(dump, rules, target, filler, counts, shared.state, options);
+  // Only this reader counts for signals that were there before.
   if (selection == nullptr) topMod.AddCodesTo(counts);
   const bool complete = reader.Read();
+  // Also after a reading that gave up: what was counted until then counts.
   topMod.TakeChangesOf(counts);
   return complete;
 }
@@ -50,6 +56,7 @@ bool ReadTree(std::FILE* dump, ModuleTree tree, const ReadingOptions& options) {
   TreeBuilder builder(tree, counts);
   HierarchyReader reader(dump, builder, counts, shared.state, options);
   const bool complete = reader.Read();
+  // Also after a reading that gave up, so that the tree has its index and counts.
   builder.Finish();
   return complete;
 }

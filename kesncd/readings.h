@@ -13,11 +13,14 @@
 namespace orsa::kesncd {
 
 /// Reads the selected variables of the top module into `topMod`, all of them without a selection.
-/// Then changes of codes that `topMod` held before count too.
+/// Then changes of codes that `topMod` held before count too. True when it reached the end; see
+/// FlatReader::Read. The stream stays the caller's. Exceptions leave the module with what was
+/// declared until then.
 bool ReadFlat(std::FILE* dump, const std::set<std::string>* selection,
               const ReadingOptions& options = {});
 
-/// Reads all scopes into a tree, which may hold some before.
+/// Reads all scopes into a tree, which may hold some before. True when it reached the end; see
+/// HierarchyReader::Read.
 bool ReadTree(std::FILE* dump, ModuleTree tree, const ReadingOptions& options = {});
 
 }  // namespace orsa::kesncd

@@ -8,6 +8,8 @@
 
 namespace orsa::kesncd {
 
+/// Declare it in front of a reading, and give the reading its `state`. Whoever looks at the globals
+/// meanwhile sees those from before.
 class SharedState {
  public:
   SharedState()

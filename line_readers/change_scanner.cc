@@ -16,7 +16,8 @@ namespace {
 // what is put there past the splitter must not reach further.
 constexpr std::size_t kLongestText = Splitter::kLeastRoom - 1;
 
-// The second piece of a stamp and the second word of a line.
+// The second piece of a stamp and the second word of a line. Of a stamp "#1200" the digits, of a
+// line "b01 !" the code.
 constexpr int kSecond = 1;
 
 static_assert(LineSource::kPadding >= kScanPadding, "blocks are scanned to their last byte");
@@ -45,6 +46,7 @@ bool AllDigits(const char* text, std::size_t length) {
 
 }  // namespace
 
+/// Nothing is read here: the splitters' slots may still move before the body begins.
 ChangeScanner::ChangeScanner(CodeCounts& counts, ReadingState& state, Splitter& stampSplitter,
                              const Splitter* wordSplitter, std::size_t longestLine)
     : counts_(counts),
@@ -53,6 +55,7 @@ ChangeScanner::ChangeScanner(CodeCounts& counts, ReadingState& state, Splitter& 
       wordSplitter_(wordSplitter),
       longestLine_(longestLine) {}
 
+/// A lone "1" counts for the empty code, as on the plain path.
 inline void ChangeScanner::LineTaker::Scalar(const char* line, const char* newline) {
   counts.CountPlain(line + 1, static_cast<std::size_t>(newline - line - 1));
 }
@@ -63,7 +66,8 @@ inline bool ChangeScanner::LineTaker::Other(const char* line, const char* blank,
 }
 
 /// Takes one line of plain characters, but for a blank if any, that is no scalar change to 0 or 1;
-/// false when it is not plain.
+/// false when it is not plain. "b0110 !", "r0.5 !", "#1200", "x!" and the empty line are plain;
+/// changes to x and z count nothing.
 inline bool ChangeScanner::TakeOtherLine(const char* line, const char* blank, const char* end) {
   if (blank != nullptr) return TakeChangeWithCode(line, blank, end);
   const char first = *line;
@@ -74,9 +78,11 @@ inline bool ChangeScanner::TakeOtherLine(const char* line, const char* blank, co
 inline bool ChangeScanner::TakeChangeWithCode(const char* line, const char* blank,
                                               const char* end) {
   const char first = *line;
+  // Other lines of two words are rare ("1 !", "$upscope $end").
   if (first != 'b' && first != 'B' && first != 'r' && first != 'R') return false;
   const char* const code = blank + 1;
   const auto length = static_cast<std::size_t>(end - code);
+  // A longer code might not fit into its slot, which only the splitter can lengthen.
   if (length == 0 || length > kLongestText) return false;
   // The code lands in the slot from which stamps may be read.
   if (codeSlot_ != nullptr) StoreCode(code, length);
@@ -88,6 +94,7 @@ inline bool ChangeScanner::TakeChangeWithCode(const char* line, const char* blan
 inline void ChangeScanner::StoreCode(const char* code, std::size_t length) {
   std::uint32_t held = 0;
   std::uint32_t bytes = 0;
+  // Longer codes are copied with their NUL.
   if (length >= sizeof held) {
     std::memcpy(codeSlot_, code, length);
     codeSlot_[length] = '\0';
@@ -101,10 +108,12 @@ inline void ChangeScanner::StoreCode(const char* code, std::size_t length) {
 }
 
 /// Takes a stamp that only moves the end of the span. Its digits go to their slot; they are
-/// converted when no later stamp of the block has replaced them.
+/// converted when no later stamp of the block has replaced them. Not inlined: stamps are few beside
+/// changes, and the loop over those stays small.
 [[gnu::noinline]] bool ChangeScanner::TakeStampLine(const char* line, const char* end) {
   const char* const digits = line + 1;
   const auto length = static_cast<std::size_t>(end - digits);
+  // The first stamp opens the span: the plain path takes it, as any text that is no plain number.
   if (!spanOpen_ || length == 0 || length > kLongestText || !AllDigits(digits, length)) {
     return false;
   }
@@ -117,6 +126,7 @@ inline void ChangeScanner::StoreCode(const char* code, std::size_t length) {
 
 void ChangeScanner::ConvertStamp() {
   if (stamp_.empty()) return;
+  // With its terminator: what stands after the digits in the block is the rest of the dump.
   std::array<char, kLongestText + 1> text{};
   std::copy(stamp_.begin(), stamp_.end(), text.begin());
   ScanDouble(text.data(), state_.lastTick);
@@ -125,6 +135,7 @@ void ChangeScanner::ConvertStamp() {
 
 void ChangeScanner::TakeLines(LineSource& source) {
   if (state_.recording != 1) return;  // simulators write next to nothing while a dump is off
+  // Looked up anew in each call: a line of the plain path may have changed any of it.
   spanOpen_ = state_.firstTick >= 0 && state_.lastTick >= 0;
   tooLong_ = longestLine_;
   codeSlot_ = nullptr;
@@ -135,6 +146,7 @@ void ChangeScanner::TakeLines(LineSource& source) {
   }
   const std::string_view block = source.Block();
   LineTaker taker{*this, counts_};
+  // Up to LineSource::kPadding bytes after the block's end may be read.
   const char* const stop =
       ScanPlainLines(block.data(), block.data() + block.size(), tooLong_, taker);
   ConvertStamp();

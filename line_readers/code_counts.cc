@@ -9,6 +9,8 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// Texts that a host put into its module's list may hold one, and would lead to another code's
+/// cell; codes in a dump's lines end before it.
 bool HoldsNul(std::string_view code) {
   return code.find('\0') != std::string_view::npos;
 }
@@ -18,6 +20,7 @@ bool HoldsNul(std::string_view code) {
 void CodeCounts::Add(std::string_view code) {
   if (HoldsNul(code)) return;
   const auto [count, isNew] = cells_.Add(code);
+  // The cell may hold changes that the fast scan counted before.
   if (isNew) *count = 0;  // changes before the declaration count nothing
 }
 
@@ -33,6 +36,7 @@ std::uint32_t CodeCounts::Get(std::string_view code) {
 
 std::uint32_t CodeCounts::Take(std::string_view code) {
   const std::uint32_t count = Get(code);
+  // A code without changes may have no cell.
   if (count > 0) *cells_.Find(code) = 0;
   return count;
 }

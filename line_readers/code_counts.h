@@ -13,6 +13,7 @@
 
 namespace orsa::kesncd {
 
+/// Counts stop at 2147483647, since hosts see them as int.
 class CodeCounts {
  public:
   static constexpr std::size_t kReadAhead = CodeCells::kReadAhead;
@@ -21,7 +22,7 @@ class CodeCounts {
       : cells_(longestDirect) {}
 
   /// Gives a code a counter, unless it has one. A code that holds a NUL, which no dump can name,
-  /// gets none.
+  /// gets none. Changes before it count nothing.
   void Add(std::string_view code);
   /// Fetches what Add or Get of a code will look at: in a large header each waits for memory.
   void Fetch(std::string_view code) const { cells_.Fetch(code); }
@@ -36,11 +37,13 @@ class CodeCounts {
   }
   /// The changes of a code since they were last taken, 2147483647 at most.
   std::uint32_t Get(std::string_view code);
-  /// The same, and takes them: the code starts again from 0.
+  /// The same, and takes them: the code starts again from 0. The flat readers add what is taken to
+  /// a module's own counts, so a second reading goes on there.
   std::uint32_t Take(std::string_view code);
   /// To be called at least once in every kMostBetween calls of CountPlain, so that no counter
   /// overflows.
   void Settle();
+  // 2^31 changes on top of a settled counter, 2^31 - 1 at most, still fit into 32 bits.
   static constexpr std::uint32_t kMostBetween = 1U << 31;
 
  private:

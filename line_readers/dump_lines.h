@@ -24,12 +24,15 @@ struct ReadingOptions {
   std::size_t longestDirectCode = CodeCells::kLongestDirect;  // see CodeCells
 };
 
+/// Construct it for one dump, call Next until it is false, then Failed. The stream is the caller's;
+/// when this object goes it is right after the last line that was taken, where it can seek.
 class DumpLines {
  public:
   DumpLines(std::FILE* dump, std::size_t lineBytes, Splitters splitters, CodeCounts& counts,
             ReadingState& state, const ReadingOptions& options);
 
   /// The next line with words for the reader; false at the end. `inBody`: value changes are read.
+  /// `line` is valid until the next call: its words lie in the splitter's slots.
   bool Next(bool inBody, VcdLine& line);
   /// Whether a read error ended the lines.
   bool Failed() const { return source_.Failed(); }
@@ -41,8 +44,11 @@ class DumpLines {
  private:
   const bool scansPlainLines_;
   LineSource source_;
+  // Cuts lines into words, and stamps into pieces where it is shared.
   Splitter wordSplitter_;
+  // Cuts stamps where the readers keep two splitters; unused otherwise.
   Splitter ownStampSplitter_;
+  // Refers to one of the two above.
   Splitter& stampSplitter_;
   CodeCounts& counts_;
   ReadingState& state_;

@@ -11,6 +11,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// "$scope module NAME $end"; tasks and functions are none.
 bool IsModuleScope(const VcdLine& line, LineKind kind) {
   return kind == LineKind::Scope && line.Is(1, "module");
 }
@@ -18,10 +19,13 @@ bool IsModuleScope(const VcdLine& line, LineKind kind) {
 }  // namespace
 
 FlatRules UnfilteredRules() {
+  // Lines of up to 1023 characters; stamps have slots of their own.
   return {.lineBytes = 1024, .selection = nullptr, .splitters = Splitters::Separate};
 }
 
 FlatRules FilteredRules(const std::set<std::string>& selection) {
+  // Lines of up to 4095 characters. Words and stamps share their slots, so that a word's tail may
+  // reach a stamp: hosts have always seen it.
   return {.lineBytes = 4096, .selection = &selection, .splitters = Splitters::Shared};
 }
 
@@ -33,6 +37,7 @@ FlatReader::FlatReader(std::FILE* dump, const FlatRules& rules, const FlatTarget
       sink_(sink),
       lines_(dump, rules.lineBytes, rules.splitters, counts, state, options) {
   if (rules_.selection == nullptr) return;
+  // "u1/q" takes a variable "u1_q" too, as a flattened design calls it.
   for (const std::string& name : *rules_.selection) flatSelection_.insert(SlashesFlattened(name));
 }
 
@@ -44,10 +49,12 @@ bool FlatReader::Read() {
   return !lines_.Failed();
 }
 
-/// Takes one line; false when the reader gives up.
+/// Takes one line; false when the reader gives up. The order matters: a lone keyword is one in
+/// every state, before the state has its say.
 bool FlatReader::TakeLine(const VcdLine& line) {
   const LineKind kind = line.Kind();
   if (kind == LineKind::Timescale) {
+    // Also in the body. The line after it is the time scale, whatever it holds.
     state_ = State::Timescale;
     return true;
   }
@@ -67,11 +74,14 @@ bool FlatReader::TakeLine(const VcdLine& line) {
 }
 
 bool FlatReader::TakeHeaderLine(const VcdLine& line, LineKind kind) {
+  // Only here does the body begin: the sink takes stock, and a dump without the top module is given
+  // up.
   if (kind == LineKind::EndDefinitions) {
     state_ = State::Body;
     sink_.EndDefinitions();
     return target_.isNamed;
   }
+  // Every scope of the name opens, also a second one, or one inside another module.
   if (IsModuleScope(line, kind) && target_.topModule != nullptr && line.Is(2, target_.topModule)) {
     sink_.OpenScope(target_.topModule);
     target_.isNamed = true;
@@ -81,10 +91,12 @@ bool FlatReader::TakeHeaderLine(const VcdLine& line, LineKind kind) {
   return true;
 }
 
+/// One line and back: what the header goes on with is searched for the top module again.
 bool FlatReader::TakeTimescaleLine(const VcdLine& line) {
   double& nsPerTick = lines_.state().nsPerTick;
   nsPerTick = ReadTimescale(line.words, line.count, nsPerTick);
   state_ = State::Searching;
+  // -1.0 is what ReadTimescale gives for a line that it does not understand.
   return nsPerTick != -1.0;
 }
 
@@ -94,8 +106,11 @@ bool FlatReader::TakeTopModuleLine(const VcdLine& line, LineKind kind) {
   if (kind == LineKind::Upscope || IsModuleScope(line, kind)) {
     state_ = State::Searching;
     sink_.CloseScope();
+    // An empty top module is given up: a run for it would report nothing.
     return target_.hasSignals;
   }
+  // All other lines of the module are passed over, among them scopes that are no module: their
+  // variables count as the top module's.
   Declaration declaration;
   if (ReadDeclaration(line, declaration) && Selects(declaration.name)) {
     sink_.Declare(declaration);
@@ -104,7 +119,8 @@ bool FlatReader::TakeTopModuleLine(const VcdLine& line, LineKind kind) {
   return true;
 }
 
-/// Only names without a bit index or range are filtered.
+/// Only names without a bit index or range are filtered. Which bits of a variable with an index are
+/// wanted is not asked here.
 bool FlatReader::Selects(const std::string& name) const {
   return rules_.selection == nullptr || name.find('[') != std::string::npos ||
          rules_.selection->contains(name) || flatSelection_.contains(name);

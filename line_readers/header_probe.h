@@ -8,7 +8,8 @@
 namespace orsa::kesncd {
 
 /// The innermost module of the first unbroken run of module scopes: the one whose scope directly
-/// encloses the first declaration. Empty when there is none.
+/// encloses the first declaration. Empty when there is none. "tb", then "dut", then a declaration:
+/// "dut". The stream is left after the line that ended the run.
 std::string ProbeTopModule(std::FILE* dump);
 
 }  // namespace orsa::kesncd

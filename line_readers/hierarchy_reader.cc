@@ -7,10 +7,11 @@ namespace orsa::kesncd {
 
 namespace {
 
+// Lines of up to 4095 characters, as for the filtered reader.
 constexpr std::size_t kTreeLineBytes = 4096;
 
 /// Scopes of other kinds (begin, fork, ...) open no node: their signals land in the scope around
-/// them, and their end closes that one.
+/// them, and their end closes that one. `$upscope $end` does not say what it closes.
 bool OpensNode(const VcdLine& line, LineKind kind) {
   return kind == LineKind::Scope &&
          (line.Is(1, "module") || line.Is(1, "function") || line.Is(1, "task"));
@@ -30,7 +31,8 @@ bool HierarchyReader::Read() {
   return !lines_.Failed();
 }
 
-/// Takes one line; false when the reader stops.
+/// Takes one line; false when the reader stops. As in the flat readers a lone keyword comes first;
+/// scopes come next here.
 bool HierarchyReader::TakeLine(const VcdLine& line) {
   const LineKind kind = line.Kind();
   if (kind == LineKind::Timescale) {
@@ -46,6 +48,7 @@ bool HierarchyReader::TakeLine(const VcdLine& line) {
     state_ = State::Definitions;
     return true;
   }
+  // In Idle only a scope leads on: without one no value is ever read.
   switch (state_) {
     case State::Idle:
       return true;
@@ -61,6 +64,7 @@ bool HierarchyReader::TakeLine(const VcdLine& line) {
   return true;
 }
 
+/// The flat readers go on with the header after it, this one waits for the next scope.
 bool HierarchyReader::TakeTimescaleLine(const VcdLine& line) {
   double& nsPerTick = lines_.state().nsPerTick;
   nsPerTick = ReadTimescale(line.words, line.count, nsPerTick);
@@ -68,6 +72,7 @@ bool HierarchyReader::TakeTimescaleLine(const VcdLine& line) {
   return nsPerTick != -1.0;
 }
 
+/// A scope line of another kind is none of these and is passed over.
 void HierarchyReader::TakeDefinitionLine(const VcdLine& line, LineKind kind) {
   if (kind == LineKind::Upscope) {
     sink_.CloseScope();

@@ -10,14 +10,15 @@
 
 namespace orsa::kesncd {
 
-/// Construct it for one dump, then Read once.
+/// Construct it for one dump, then Read once. State Idle waits for a scope, Timescale takes the
+/// next line as one, Definitions builds the tree, Body counts until a scope opens again.
 class HierarchyReader {
  public:
   HierarchyReader(std::FILE* dump, DeclarationSink& sink, CodeCounts& counts, ReadingState& state,
                   const ReadingOptions& options);
 
   /// Reads to the end of the dump; false when it stops at a time scale that is not understood or
-  /// at a read error.
+  /// at a read error. Counts, span and tree of what was read until then stay.
   bool Read();
 
  private:

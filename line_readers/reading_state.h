@@ -6,12 +6,14 @@
 
 namespace orsa::kesncd {
 
+/// Bounds in ticks; they are doubles because hosts have them so, exact up to 2^53.
 struct ReadingState {
   double firstTick = -1.0;  // the first time stamp; negative: none yet
   double lastTick = -1.0;   // the latest one
-  double nsPerTick = 0.0;   // the time scale
-  int recording = 1;        // changes count while it is exactly 1; a caller may set any value
-  int topMatched = 0;       // becomes 1 when a reader meets its scope, and never 0 again
+  // In nanoseconds: 0 until a time scale was read, -1 after one that was not understood.
+  double nsPerTick = 0.0;  // the time scale
+  int recording = 1;       // changes count while it is exactly 1; a caller may set any value
+  int topMatched = 0;      // becomes 1 when a reader meets its scope, and never 0 again
 };
 
 }  // namespace orsa::kesncd

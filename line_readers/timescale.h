@@ -6,7 +6,8 @@ namespace orsa::kesncd {
 
 /// Converts the words of a time-scale line ("10ps", or "10" and "ps") into nanoseconds a tick,
 /// which it stores and returns; -1.0 when they are not understood. A number that does not scan
-/// leaves the earlier time scale in place, to be multiplied again.
+/// leaves the earlier time scale in place, to be multiplied again. Units are s to fs in small
+/// letters.
 double ReadTimescale(char** words, int count, double& nsPerTick);
 
 }  // namespace orsa::kesncd

@@ -8,6 +8,7 @@ namespace orsa::kesncd {
 /// The characters between words of a dump line.
 inline constexpr char kVcdBlanks[] = " \n\r\t";
 
+/// Stamps and scalar changes are Word, vectors Other.
 enum class LineKind {
   Timescale,       // "$timescale"
   RecordingOn,     // "$dumpall", "$dumpon" or "$dumpvars"
@@ -19,11 +20,13 @@ enum class LineKind {
   Other,           // every other line with words
 };
 
-/// A line cut into words; `count` is at least 1 where its kind is asked.
+/// A line cut into words; `count` is at least 1 where its kind is asked. The words are the
+/// splitter's, valid until its next call.
 struct VcdLine {
   char** words;
   int count;
 
+  // `index` is below `count`.
   bool Is(int index, const char* text) const;
   LineKind Kind() const;
 };

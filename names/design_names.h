@@ -10,10 +10,14 @@
 namespace orsa::kesncd {
 
 /// The names that one declared name stands for: `base` followed by each integer from `low` to
-/// `high`, or `base` alone when it is no range.
+/// `high`, or `base` alone when it is no range. A range is kept as its bounds: "data[2147483647:0]"
+/// costs as much as "data[1:0]".
 struct DesignNames {
+  // Ends with the bar that the bracket became: "data_".
   std::string base;
+  // Without a range `base` is the one name, "data_3" or "clk".
   bool isRange = false;
+  // Both have 32 bits, and `low` is not above `high`.
   std::int64_t low = 0;
   std::int64_t high = 0;
 
@@ -21,11 +25,13 @@ struct DesignNames {
   std::uint64_t RangeSize() const;
 };
 
+/// The rewriting never fails: what has no bracket is a name as it is.
 DesignNames RewriteName(const std::string& declared);
 
 /// A name of the flat map that may be a bit of a bus: "data_5" is the bit 5 of "data_". Takes the
 /// number off the name; false, with both untouched, for a name that ends in no number as it is
-/// written there: without a leading zero, and of no more than 32 bits.
+/// written there: without a leading zero, and of no more than 32 bits. Exactly the texts that
+/// std::to_string makes of a number count, since the map's names are made so.
 bool TakeBitNumber(std::string_view& name, std::int64_t& number);
 
 }  // namespace orsa::kesncd

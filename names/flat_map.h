@@ -16,21 +16,27 @@
 
 namespace orsa::kesncd {
 
-/// The ranges of one map together may stand for so many names, as in a host's.
+/// The ranges of one map together may stand for so many names, as in a host's. Some 16 million
+/// lines are more than anybody reads; a corrupt range of 2^31 bits is told from a memory by it.
 inline constexpr std::uint64_t kMostFlatNames = 16777216;
 
+/// Construct it for a scope, ask RangeNames, and Walk if those are not too many. The declarations
+/// are only read in the constructor.
 class FlatMap {
  public:
   /// All signals of a scope.
   FlatMap(const Declarations& declarations, std::uint32_t scope);
   /// Those that the names ask for: by the dump's own name, with or without its range, or by a name
-  /// of the map, which for a bus means a bit of it. "/" may stand for "_".
+  /// of the map, which for a bus means a bit of it. "/" may stand for "_". What is asked for in
+  /// vain is Missing.
   FlatMap(const Declarations& declarations, std::uint32_t scope,
           const std::vector<std::string>& names);
 
-  /// How many names its ranges stand for; more than kMostFlatNames are too many to walk.
+  /// How many names its ranges stand for; more than kMostFlatNames are too many to walk. Ranges
+  /// that overlap are counted each.
   std::uint64_t RangeNames() const;
-  /// Visits the names in order, bits by their number: `visit(name, variable)`.
+  /// Visits the names in order, bits by their number: `visit(name, variable)`. `variable` is an
+  /// index into the declarations' variables. A name is visited once.
   void Walk(
       const std::function<void(const std::string& name, std::uint32_t variable)>& visit) const;
   /// The names asked for that no signal has.
@@ -40,10 +46,13 @@ class FlatMap {
   /// `base` with each number from `low` to `high` after it, or `base` alone.
   struct Entry {
     std::string base;
+    // The name is the base and a number from `low` to `high`.
     bool hasNumber = false;
+    // A number without a range is a single name, "data_3".
     bool isRange = false;
     std::int64_t low = 0;
     std::int64_t high = 0;
+    // The index of the variable.
     std::uint32_t variable = 0;
   };
 
@@ -52,6 +61,7 @@ class FlatMap {
   void WalkGroup(std::size_t begin, std::size_t end,
                  const std::function<void(const std::string&, std::uint32_t)>& visit) const;
 
+  // Numbers of one base lie together, so that overlaps are seen.
   std::vector<Entry> entries_;  // by base, then by number
   std::vector<std::string> missing_;
 };

@@ -12,10 +12,11 @@
 namespace orsa::kesncd {
 
 /// Whether the two names mean the same object; see VmodHier::IsNameEqual. "exact" false ignores
-/// letter case.
+/// letter case. A signal "data[7:0]" is meant by "data[5]" and "data_5_", a signal "data[5]" by the
+/// same two.
 bool NamesMatch(std::string_view dumpName, std::string_view designName, bool exact);
 
-/// What a name of the dump stands for.
+/// What a name of the dump stands for. What it holds of the name is a view into that.
 struct DumpName {
   enum class Kind {
     Nothing,  // a ':' where no range is: matches no name
@@ -25,10 +26,12 @@ struct DumpName {
 
   Kind kind;
   std::string_view text;
+  // Both have 32 bits, and `low` is not above `high`.
   std::int64_t low = 0;
   std::int64_t high = 0;
 };
 
+/// The last bracket is the range's; "[0:7]" is the same range as "[7:0]".
 DumpName ParseDumpName(std::string_view name);
 
 /// A plain name with the bit index at its end written as a design writes it: "cnt[3]" is "cnt_3_".
@@ -45,13 +48,15 @@ struct IndexedName {
   std::int64_t index;
 };
 
+/// "data[05]" has no index, since no host writes one so; "data[-1]" has.
 std::optional<IndexedName> SplitIndex(std::string_view design, Slashes slashes);
 
 /// The part of a name that comparing sees: all of it, or as far as a C string goes when letter case
 /// is ignored.
 std::string_view SeenPart(std::string_view name, bool exact);
 
-/// The capital letter that a dump's name may have after a design's.
+/// The capital letter that a dump's name may have after a design's. A signal "clkI" is found under
+/// "clk"; hosts rely on it.
 inline constexpr char kExtraLetter = 'I';
 
 }  // namespace orsa::kesncd

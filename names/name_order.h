@@ -7,6 +7,8 @@
 
 namespace orsa::kesncd {
 
+/// Whether `a` is listed before `b`; names of upper case come before those of lower case. A strict
+/// order: only equal names are neither before nor after one another.
 bool IsNameBefore(std::string_view a, std::string_view b);
 
 }  // namespace orsa::kesncd

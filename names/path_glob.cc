@@ -8,6 +8,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+// What a backslash makes plain.
 constexpr std::string_view kSpecial = "*?[]\\";
 
 }  // namespace
@@ -15,9 +16,11 @@ constexpr std::string_view kSpecial = "*?[]\\";
 // NOLINTNEXTLINE(readability-function-cognitive-complexity): a branch for each kind of step
 PathGlob::PathGlob(std::string_view pattern)
     : pattern_(pattern), isName_(pattern.find('/') == std::string_view::npos) {
+  // Each round adds one step; a pattern of n characters has n steps at most.
   for (std::size_t at = 0; at < pattern.size();) {
     const std::string_view rest = pattern.substr(at);
     const bool isPartStart = at == 0 || pattern[at - 1] == '/';
+    // "**/" takes whole parts or nothing: "**/q" is q at any depth, also at the top.
     if (isPartStart && rest.starts_with("**/")) {
       steps_.push_back({Kind::WholeParts});
       at += 3;
@@ -27,6 +30,7 @@ PathGlob::PathGlob(std::string_view pattern)
     } else if (rest.front() == '*' || rest.front() == '?') {
       steps_.push_back({rest.front() == '*' ? Kind::Many : Kind::One});
       ++at;
+      // A "[" that begins no set is a character.
     } else if (const std::size_t set = rest.front() == '[' ? AddSet(rest) : 0; set > 0) {
       at += set;
     } else {
@@ -39,6 +43,7 @@ PathGlob::PathGlob(std::string_view pattern)
 }
 
 /// Adds the set that a text begins with and returns its length; 0 where the bracket is none's.
+/// "[!a-z]" and "[^a-z]" are the same.
 std::size_t PathGlob::AddSet(std::string_view rest) {
   std::size_t at = 1;
   const bool isInverted = rest.size() > 1 && (rest[1] == '!' || rest[1] == '^');
@@ -46,6 +51,7 @@ std::size_t PathGlob::AddSet(std::string_view rest) {
   const std::size_t end = rest.find(']', at + 1);  // a "]" at the start is one of the set
   if (end == std::string_view::npos) return 0;
   Step step{Kind::Set};
+  // "a-z" is all between its ends; "z-a" is nothing, and a "-" at the end is itself.
   while (at < end) {
     const auto first = static_cast<unsigned char>(rest[at]);
     auto last = first;
@@ -57,26 +63,31 @@ std::size_t PathGlob::AddSet(std::string_view rest) {
     ++at;
   }
   if (isInverted) step.set.flip();
+  // Also of an inverted set: no set reaches over the end of a part.
   step.set.reset('/');
   steps_.push_back(step);
   return end + 1;
 }
 
+/// Letter by letter first: "q[3]" means q[3], though as a pattern it means q3.
 bool PathGlob::Matches(std::string_view path, std::size_t name) const {
   const std::string_view text = isName_ ? path.substr(name) : path;
   return text == pattern_ || MatchesSteps(text);
 }
 
-/// Marks a step as reached, and those after it that need no character.
+/// Marks a step as reached, and those after it that need no character. Steps that take nothing lead
+/// on at once.
 void PathGlob::Enter(std::vector<bool>& reached, std::size_t step) const {
   for (; !reached[step]; ++step) {
     reached[step] = true;
+    // The end of the pattern is the place after its last step.
     if (step == steps_.size()) return;
     const Kind kind = steps_[step].kind;
     if (kind != Kind::Many && kind != Kind::ManyParts && kind != Kind::WholeParts) return;
   }
 }
 
+/// What is reached after one more character, from all that was reached before it.
 void PathGlob::Advance(const std::vector<bool>& from, std::vector<bool>& to,
                        unsigned char c) const {
   for (std::size_t i = 0; i < steps_.size(); ++i) {
@@ -92,9 +103,11 @@ void PathGlob::Advance(const std::vector<bool>& from, std::vector<bool>& to,
       case Kind::Set:
         if (step.set[c]) Enter(to, i + 1);
         break;
+      // It may take further characters: the same step stays reached, and so those after it.
       case Kind::Many:
         if (c != '/') Enter(to, i);
         break;
+      // As above, but a "/" does not stop it.
       case Kind::ManyParts:
         Enter(to, i);
         break;
@@ -106,6 +119,7 @@ void PathGlob::Advance(const std::vector<bool>& from, std::vector<bool>& to,
   }
 }
 
+/// Time is steps times characters, with no way back.
 bool PathGlob::MatchesSteps(std::string_view text) const {
   std::vector<bool> now(steps_.size() + 1);
   std::vector<bool> next(steps_.size() + 1);
@@ -115,6 +129,7 @@ bool PathGlob::MatchesSteps(std::string_view text) const {
     Advance(now, next, static_cast<unsigned char>(c));
     now.swap(next);
   }
+  // The pattern must be used up together with the text.
   return now.back();
 }
 

@@ -23,15 +23,20 @@ constexpr char kFlatBit = 'g';     // the same of a bit in a range
 constexpr std::uint32_t kTiers = 3;
 
 // Parts of a name that may be scopes. A name with more of them is looked up by its last ones.
+// Hostile names may have thousands.
 constexpr std::uint32_t kMostParts = 64;
+// More than any level of a whole path, so that those are surer.
 constexpr std::uint32_t kNotWhole = kTiers * (kMostParts + 1);
+// Half a megabyte: most texts of a dump are told from those asked for by one bit.
 constexpr std::size_t kFilterBits = std::size_t{1} << 22;
 
+/// The surest tier is 0.
 std::uint32_t TierOf(char kind) {
   if (kind == kDumpText) return 0;
   return kind == kDesignText || kind == kDesignBit ? 1 : 2;
 }
 
+/// Kinds are kept apart, since one text may be a dump's name and a design's.
 std::string KeyOf(std::uint32_t scopeText, char kind, std::string_view text) {
   std::string key(1, kind);
   key += std::to_string(scopeText);
@@ -44,12 +49,16 @@ std::string KeyOf(std::uint32_t scopeText, char kind, std::string_view text) {
 SignalSearch::SignalSearch(const Declarations& declarations, std::uint32_t top, bool exact,
                            const std::vector<std::string>& names)
     : exact_(exact), expected_(kFilterBits) {
+  // A bare name stands in any scope.
   scopeTexts_.emplace("", 0);
   for (const std::string& name : names) Ask(name);
+  // Only now are all bits known that are asked for.
   SortBits();
+  // Outermost first, which decides between variables of one code.
   for (const std::uint32_t scope : ScopesByDepth(declarations, top)) {
     const auto& variables = declarations.scopes[scope].variables;
     if (variables.empty()) continue;
+    // The same for all variables of the scope.
     const std::vector<ScopeText> texts = TextsOf(declarations, scope);
     for (const std::uint32_t variable : variables) Take(declarations, variable, texts);
   }
@@ -62,7 +71,8 @@ std::string SignalSearch::Folded(std::string_view text) const {
   return folded;
 }
 
-/// Cuts a name at each of its "/" into scopes and a signal; each cut is a reading.
+/// Cuts a name at each of its "/" into scopes and a signal; each cut is a reading. "a/b/q" is q in
+/// a/b, "b/q" in a, or all of it one name with slashes in it.
 void SignalSearch::Ask(const std::string& name) {
   const std::string folded = Folded(name);
   const auto [place, isNew] =
@@ -72,33 +82,40 @@ void SignalSearch::Ask(const std::string& name) {
   const std::uint32_t query = place->second;
   answers_.emplace_back();
   std::size_t cut = folded.rfind('/');
+  // The last "/" first: more scopes are surer than fewer.
   for (std::uint32_t rank = 0; rank < kMostParts && cut != std::string::npos && cut > 0; ++rank) {
     AddReadings(query, std::string_view(folded).substr(0, cut),
                 std::string_view(folded).substr(cut + 1), rank);
     cut = folded.rfind('/', cut - 1);
   }
+  // The least sure: all of it is the signal's name.
   AddReadings(query, "", folded, kMostParts);
 }
 
 void SignalSearch::AddReadings(std::uint32_t query, std::string_view scopeText,
                                std::string_view signal, std::uint32_t rank) {
+  // "tb/" names no signal.
   if (signal.empty()) return;
   const std::uint32_t id =
       scopeTexts_
           .try_emplace(std::string(scopeText), static_cast<std::uint32_t>(scopeTexts_.size()))
           .first->second;
   longestScopeText_ = std::max(longestScopeText_, scopeText.size());
+  // A rank's tiers come before those of the next rank.
   const auto reading = [&](char kind) { return Reading{query, rank * kTiers + TierOf(kind)}; };
   AddText(id, kDumpText, signal, reading(kDumpText));
   const std::string extra(1, exact_ ? kExtraLetter : static_cast<char>(std::tolower(kExtraLetter)));
+  // As it stands, and flattened if that is something else.
   const std::string forms[] = {std::string(signal), SlashesFlattened(signal)};
   for (std::size_t i = 0; i < (forms[0] == forms[1] ? 1U : 2U); ++i) {
     AddText(id, kDesignText, forms[i], reading(kDesignText));
+    // A dump's name may have the letter after a design's.
     AddText(id, kDesignText, forms[i] + extra, reading(kDesignText));
     AddText(id, kFlatText, forms[i], reading(kFlatText));
     if (const auto bit = SplitIndex(forms[i], Slashes::Kept)) {
       AddBit(id, kDesignBit, bit->base, bit->index, reading(kDesignBit));
     }
+    // "data_3" as the flat map lists it.
     std::string_view base = forms[i];
     std::int64_t bit = 0;
     if (TakeBitNumber(base, bit)) AddBit(id, kFlatBit, base, bit, reading(kFlatBit));
@@ -108,6 +125,7 @@ void SignalSearch::AddReadings(std::uint32_t query, std::string_view scopeText,
 void SignalSearch::AddText(std::uint32_t scopeText, char kind, std::string_view text,
                            const Reading& reading) {
   texts_[KeyOf(scopeText, kind, text)].push_back(reading);
+  // Before the walk, so that each variable costs a look or two.
   expected_[SecretTextHash{}(text) % kFilterBits] = true;
 }
 
@@ -125,18 +143,22 @@ void SignalSearch::SortBits() {
   for (auto& [key, bits] : bits_) {
     std::sort(bits.readings.begin(), bits.readings.end(),
               [](const auto& a, const auto& b) { return a.first < b.first; });
+    // One place more than there are readings stands for their end.
     bits.next.resize(bits.readings.size() + 1);
     for (std::uint32_t i = 0; i < bits.next.size(); ++i) bits.next[i] = i;
   }
 }
 
-/// The scope texts that the path of a scope ends in, the empty one among them.
+/// The scope texts that the path of a scope ends in, the empty one among them. From the scope's own
+/// name upwards.
 std::vector<SignalSearch::ScopeText> SignalSearch::TextsOf(const Declarations& declarations,
                                                            std::uint32_t scope) const {
   std::vector<ScopeText> texts{{0, scope == Declarations::kDump}};
   std::string end;
+  // Only the empty text was asked for where there is one alone.
   while (scope != Declarations::kDump && scopeTexts_.size() > 1) {
     const DumpScope& part = declarations.scopes[scope];
+    // No asked text is that long.
     if (end.size() + part.name.size() > longestScopeText_) break;
     end.insert(0, end.empty() ? Folded(part.name) : Folded(part.name) + "/");
     scope = part.parent;
@@ -147,6 +169,7 @@ std::vector<SignalSearch::ScopeText> SignalSearch::TextsOf(const Declarations& d
   return texts;
 }
 
+/// The names under which a variable may be asked for, as far as any of them is.
 void SignalSearch::Take(const Declarations& declarations, std::uint32_t variable,
                         const std::vector<ScopeText>& texts) {
   const std::uint32_t codeId = declarations.variables[variable].codeId;
@@ -154,12 +177,14 @@ void SignalSearch::Take(const Declarations& declarations, std::uint32_t variable
   const DumpName parsed = ParseDumpName(name);
   const std::optional<std::string> rewritten =
       parsed.kind == DumpName::Kind::Plain ? RewriteBitIndex(parsed.text) : std::nullopt;
+  // What has no bracket is its own flat name.
   const bool hasBrackets = name.find_first_of("[]") != std::string::npos;
   const DesignNames flat = hasBrackets ? RewriteName(name) : DesignNames{name};
   if (!IsExpected(name) && !IsExpected(parsed.text) && !(rewritten && IsExpected(*rewritten)) &&
       !IsExpected(flat.base)) {
     return;
   }
+  // Each scope text that the path ends in is a place where the name may have been asked.
   for (const ScopeText& scope : texts) {
     TakeText(variable, codeId, scope, kDumpText, name);
     if (parsed.kind == DumpName::Kind::Plain) {
@@ -188,6 +213,7 @@ void SignalSearch::TakeRange(std::uint32_t variable, std::uint32_t codeId, const
                              std::int64_t high) {
   const auto found = bits_.find(KeyOf(scope.id, kind, base));
   if (found == bits_.end()) return;
+  // The ways past full readings are shortened while they are walked.
   auto& [readings, next] = found->second;
   const auto follow = [&next = next](std::size_t i) {
     while (next[i] != i) {
@@ -196,6 +222,7 @@ void SignalSearch::TakeRange(std::uint32_t variable, std::uint32_t codeId, const
     }
     return i;
   };
+  // Only bits that were asked for are visited, however large the range.
   const auto first =
       std::lower_bound(readings.begin(), readings.end(), low,
                        [](const auto& a, std::int64_t bit) { return a.first < bit; });
@@ -212,12 +239,16 @@ void SignalSearch::TakeRange(std::uint32_t variable, std::uint32_t codeId, const
 bool SignalSearch::Enter(const Reading& reading, bool isWhole, std::uint32_t variable,
                          std::uint32_t codeId) {
   Query& query = answers_[reading.query];
+  // Any end of a path is less sure than every whole path.
   const std::uint32_t level = reading.level + (isWhole ? 0 : kNotWhole);
+  // A surer reading has found something.
   if (level > query.level) return true;
+  // Answers of less sure readings are dropped.
   if (level < query.level) {
     query = {};
     query.level = level;
   }
+  // A variable of the same signal: the outermost one stands for it.
   if (std::find(query.codes.begin(), query.codes.end(), codeId) != query.codes.end()) return true;
   if (query.codes.size() == kMostAnswers) {
     ++query.answer.more;

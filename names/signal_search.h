@@ -22,14 +22,15 @@
 
 namespace orsa::kesncd {
 
-/// What one name means.
+/// What one name means. Several variables are the same name for different signals.
 struct SignalAnswer {
+  // Indices; of each code the outermost variable only.
   std::vector<std::uint32_t> variables;  // outermost first; several: the name is ambiguous
   std::uint64_t more = 0;                // further ones that were not kept
 };
 
 /// The names are looked up together, in one walk of the tree: the time is in proportion to the
-/// names, the declarations and the answers.
+/// names, the declarations and the answers. Construct it, then ask for each answer.
 class SignalSearch {
  public:
   /// Looks the names up in the scope `top` and those below it. `exact` false: letter case makes no
@@ -37,35 +38,42 @@ class SignalSearch {
   SignalSearch(const Declarations& declarations, std::uint32_t top, bool exact,
                const std::vector<std::string>& names);
 
-  /// What the name of that number means.
+  /// What the name of that number means. `name` is the index in `names`. The answer lives as long
+  /// as this.
   const SignalAnswer& Answer(std::size_t name) const { return answers_[answerOf_[name]].answer; }
 
  private:
-  /// Answers kept for one name. Whoever asks for more means something else.
+  /// Answers kept for one name. Whoever asks for more means something else. A bare "clk" may mean a
+  /// signal of every module; a message lists a few of them.
   static constexpr std::size_t kMostAnswers = 64;
 
+  // A distinct name with what was found for it so far.
   struct Query {
     SignalAnswer answer;
     std::vector<std::uint32_t> codes;  // of the answer's variables
     std::uint32_t level = UINT32_MAX;  // how sure the reading is that found them; less is surer
   };
-  /// A reading of a name: whose it is, and how sure.
+  /// A reading of a name: whose it is, and how sure. `level` grows with what is less sure: a tier's
+  /// place within the number of scopes.
   struct Reading {
     std::uint32_t query;
     std::uint32_t level;
   };
   /// Readings as a bit of a range, by the bit's number. `next` leads past readings that need no
-  /// further answer.
+  /// further answer. A name that has enough answers is not looked at for the rest of the walk; a
+  /// bus of a million bits then costs no more than those that still want some.
   struct BitReadings {
     std::vector<std::pair<std::int64_t, Reading>> readings;
     std::vector<std::uint32_t> next;
   };
-  /// A scope text that names begin with, as a scope's path ends in it.
+  /// A scope text that names begin with, as a scope's path ends in it. Its number, and whether it
+  /// is the scope's whole path.
   struct ScopeText {
     std::uint32_t id;
     bool isWhole;
   };
 
+  // Before the walk: what names may be looked up by.
   void Ask(const std::string& name);
   void AddReadings(std::uint32_t query, std::string_view scopeText, std::string_view signal,
                    std::uint32_t rank);
@@ -73,6 +81,7 @@ class SignalSearch {
   void AddBit(std::uint32_t scopeText, char kind, std::string_view base, std::int64_t bit,
               const Reading& reading);
   void SortBits();
+  // In the walk: what a scope and its variables are looked up by.
   std::vector<ScopeText> TextsOf(const Declarations& declarations, std::uint32_t scope) const;
   void Take(const Declarations& declarations, std::uint32_t variable,
             const std::vector<ScopeText>& texts);
@@ -81,16 +90,22 @@ class SignalSearch {
   void TakeRange(std::uint32_t variable, std::uint32_t codeId, const ScopeText& scope, char kind,
                  std::string_view base, std::int64_t low, std::int64_t high);
   bool Enter(const Reading& reading, bool isWhole, std::uint32_t variable, std::uint32_t codeId);
+  // In small letters unless letter case counts.
   std::string Folded(std::string_view text) const;
   bool IsExpected(std::string_view text) const;
 
   const bool exact_;
   std::vector<Query> answers_;
   std::vector<std::uint32_t> answerOf_;  // by name: names that are alike are asked once
+  // The numbers of the queries, by folded name.
   std::unordered_map<std::string, std::uint32_t, SecretTextHash> queries_;
+  // The numbers of the scope texts; the empty one is 0.
   std::unordered_map<std::string, std::uint32_t, SecretTextHash> scopeTexts_;
+  // Longer ends of paths need not be looked up.
   std::size_t longestScopeText_ = 0;
+  // Readings by KeyOf.
   std::unordered_map<std::string, std::vector<Reading>, SecretTextHash> texts_;
+  // Readings as a bit, by KeyOf without the number of the bit.
   std::unordered_map<std::string, BitReadings, SecretTextHash> bits_;
   std::vector<bool> expected_;  // by hash: texts that some reading is looked up by
 };

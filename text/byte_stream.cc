@@ -14,6 +14,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// To be called right after the system call that failed, while errno still holds its reason.
 [[noreturn]] void Fail(const std::string& path) {
   throw Failure(FailureKind::Unusable, path + ": " + std::strerror(errno));
 }
@@ -28,6 +29,7 @@ int Open(const std::string& path) {
 
 FileSource::FileSource(const std::string& path) : path_(path), file_(Open(path)) {
   if (file_ < 0) Fail(path);
+  // A file without a status is taken for a pipe: its size is unknown and it never changes.
   if (fstat(file_, &opened_) != 0) opened_ = {};
 }
 
@@ -45,6 +47,8 @@ std::size_t FileSource::Read(char* to, std::size_t most) {
   return static_cast<std::size_t>(got);
 }
 
+/// As Read. pread leaves the file's own place alone, so threads may read different parts of a dump
+/// at the same time.
 std::size_t FileSource::ReadAt(std::uint64_t offset, char* to, std::size_t most) const {
   ssize_t got = 0;
   do {
@@ -55,14 +59,17 @@ std::size_t FileSource::ReadAt(std::uint64_t offset, char* to, std::size_t most)
 }
 
 std::uint64_t FileSource::size() const {
+  // Pipes and devices report a size too, but one that says nothing about what will arrive.
   return S_ISREG(opened_.st_mode) ? static_cast<std::uint64_t>(opened_.st_size) : 0;
 }
 
 /// A file that only grows is changed, not shrunk: a simulation may still be writing it.
 FileChange FileSource::Change() const {
   struct stat now {};
+  // What can no longer be asked is not reported: a reading that worked must not fail for it.
   if (!S_ISREG(opened_.st_mode) || fstat(file_, &now) != 0) return FileChange::None;
   if (now.st_size < opened_.st_size) return FileChange::Shrank;
+  // An editor or a second simulation may write as many bytes again, so the time decides as well.
   const bool isSame = now.st_size == opened_.st_size &&
                       now.st_mtim.tv_sec == opened_.st_mtim.tv_sec &&
                       now.st_mtim.tv_nsec == opened_.st_mtim.tv_nsec;
@@ -74,6 +81,7 @@ std::size_t ResumedSource::Read(char* to, std::size_t most) {
   if (given_ == start_.size()) return rest_->Read(to, most);
   const std::size_t got = start_.copy(to, most, given_);
   given_ += got;
+  // The start may be a block of a large file: its memory is released as soon as it is used up.
   if (given_ == start_.size()) {
     start_ = {};
     given_ = 0;
@@ -92,6 +100,7 @@ std::size_t ReadFully(ByteSource& source, char* to, std::size_t most) {
 }
 
 void CopyBytes(ByteSource& from, ByteSink& to) {
+  // A call for so many bytes costs next to nothing beside the bytes, and they stay in the cache.
   constexpr std::size_t kBlock = std::size_t{1} << 17;
   std::vector<char> block(kBlock);
   while (const std::size_t got = from.Read(block.data(), block.size())) {

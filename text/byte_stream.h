@@ -13,6 +13,7 @@
 
 namespace orsa::kesncd {
 
+/// Bytes in order, each of them once. For one thread at a time; whoever makes a source owns it.
 class ByteSource {
  public:
   ByteSource() = default;
@@ -40,6 +41,8 @@ class ByteFile {
   virtual std::size_t ReadAt(std::uint64_t offset, char* to, std::size_t most) = 0;
 };
 
+/// Takes bytes in order. What is to happen after the last of them (a commit, a last block of a
+/// compressed file) is an operation of the class at hand.
 class ByteSink {
  public:
   ByteSink() = default;
@@ -51,7 +54,9 @@ class ByteSink {
   virtual void Write(std::string_view bytes) = 0;
 };
 
-/// What became of a file while it was read.
+/// What became of a file while it was read. A shorter file has lost lines that a reading in parts
+/// may still ask for; a file that grew, or was rewritten, gives figures of which nobody can say
+/// what they are of.
 enum class FileChange { None, Shrank, Changed };
 
 /// A file, read as it is; "-" is standard input.
@@ -72,26 +77,33 @@ class FileSource : public ByteSource {
   FileChange Change() const;
 
  private:
+  // What messages call it; "-" is standard input.
   const std::string path_;
+  // This object owns the descriptor.
   const int file_;
+  // Its status when it was opened; st_mode is 0 where that could not be asked.
   struct stat opened_ {};
 };
 
 /// Bytes that were read before, then the rest of what they came from.
 class ResumedSource : public ByteSource {
  public:
+  /// The rest is read only when all of the start has been given.
   ResumedSource(std::string start, std::unique_ptr<ByteSource> rest)
       : start_(std::move(start)), rest_(std::move(rest)) {}
 
   std::size_t Read(char* to, std::size_t most) override;
 
  private:
+  // Its memory is released when all of it has been given.
   std::string start_;
   std::size_t given_ = 0;
   const std::unique_ptr<ByteSource> rest_;
 };
 
-/// Fills `to` as far as the source goes.
+/// Fills `to` as far as the source goes. Returns the bytes read: fewer than `most` only at the end.
+/// A single Read of a pipe may give less than was asked for although more is coming, so whoever
+/// looks at a file's first bytes to tell its format takes this.
 std::size_t ReadFully(ByteSource& source, char* to, std::size_t most);
 
 /// Passes all of a source on.

@@ -8,6 +8,8 @@
 
 namespace orsa::kesncd {
 
+/// Each kind is an exit status of the program, so that a script can tell them apart without reading
+/// the message.
 enum class FailureKind {
   NothingMatched,  // nothing of what was asked for is in the input
   Unusable,        // wrong use, or an input that cannot be read
@@ -15,7 +17,8 @@ enum class FailureKind {
   ReaderGone,      // who read the result through a pipe wants no more of it
 };
 
-/// The text, which may have several lines, is what the user reads.
+/// The text, which may have several lines, is what the user reads. A Failure ends the work at hand;
+/// what was written of a result by then is taken back by its owner (see WholeFile).
 class Failure : public std::runtime_error {
  public:
   Failure(FailureKind kind, const std::string& text) : std::runtime_error(text), kind_(kind) {}

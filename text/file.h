@@ -8,9 +8,12 @@
 
 namespace orsa::kesncd {
 
+/// A file that was only read has nothing to lose on closing; errors of the reading itself are what
+/// HasFailed and LineSource::Failed tell.
 struct FileCloser {
   void operator()(std::FILE* file) const { (void)std::fclose(file); }
 };
+/// A stream that is owned here, other than the one that a host passes to a reader.
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
 /// Opens a file for reading; null when it cannot be opened.

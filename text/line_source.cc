@@ -13,11 +13,14 @@ LineSource::LineSource(std::FILE* stream, std::size_t bufferBytes, std::size_t b
 
 LineSource::~LineSource() {
   const auto ahead = static_cast<long>(held_ - taken_);
-  // A pipe cannot take anything back; its reader has then read ahead.
+  // A pipe cannot take anything back; its reader has then read ahead. Reading on from another place
+  // than the last line taken would lose value changes to the caller.
   if (ahead > 0) (void)std::fseek(stream_, -ahead, SEEK_CUR);
 }
 
 void LineSource::ReadBlocks() {
+  // The block is what tells the two ways of reading apart (see Next), so it exists from here on
+  // only.
   if (block_.empty()) block_.resize(blockBytes_ + kPadding);
 }
 
@@ -31,7 +34,10 @@ const char* LineSource::Next() {
 const char* LineSource::NextOfStream() {
   const std::size_t longest = line_.size() - 1;
   std::size_t length = 0;
+  // Whole runs are taken from what the stream has read ahead; only where it has nothing ready is it
+  // asked for one character, which makes it read on.
   while (length < longest && (length == 0 || line_[length - 1] != '\n')) {
+    // An empty view: the stream is at the end of its own buffer, or the C library shows none.
     const std::string_view ahead = ReadAhead(stream_).substr(0, longest - length);
     if (ahead.empty()) {
       const int c = ReadCharacter(stream_);
@@ -48,6 +54,7 @@ const char* LineSource::NextOfStream() {
     TakeAhead(stream_, taken);
     length += taken;
   }
+  // What was read before an error or the end is a line without a newline.
   if (length == 0) return nullptr;
   line_[length] = '\0';
   return line_.data();
@@ -57,6 +64,8 @@ const char* LineSource::NextOfStream() {
 const char* LineSource::NextOfBlock() {
   const std::size_t longest = line_.size() - 1;
   std::size_t length = 0;
+  // As long as the block may end inside the line, more is read; a line that is as long as lines may
+  // be is complete without a newline.
   do {
     const std::string_view text = Block().substr(0, longest);
     const std::size_t newline = text.find('\n');
@@ -64,13 +73,15 @@ const char* LineSource::NextOfBlock() {
     if (newline != std::string_view::npos || length == longest) break;
   } while (Refill());
   if (length == 0) return nullptr;
+  // A line needs a terminator, and the block has no room for one between its lines.
   std::memcpy(line_.data(), block_.data() + taken_, length);
   line_[length] = '\0';
   taken_ += length;
   return line_.data();
 }
 
-/// Moves what is left of the block to its front and reads on after it; false at the end.
+/// Moves what is left of the block to its front and reads on after it; false at the end. A line
+/// that the end of the block cuts is whole then, so a block must be larger than a line.
 bool LineSource::Refill() {
   std::copy(block_.begin() + static_cast<std::ptrdiff_t>(taken_),
             block_.begin() + static_cast<std::ptrdiff_t>(held_), block_.begin());
@@ -79,6 +90,8 @@ bool LineSource::Refill() {
   const std::size_t wanted = blockBytes_ - held_;
   std::size_t got = 0;
   bool interrupted = false;
+  // A signal's interruption that came back with bytes is no matter: they are used, and the next
+  // call reads on. Without any, the read is repeated, or it would look like the end of the dump.
   do {
     got = std::fread(block_.data() + held_, 1, wanted, stream_);
     interrupted = got < wanted && WasInterrupted(stream_);

@@ -17,6 +17,8 @@
 
 namespace orsa::kesncd {
 
+/// Call Next until it gives null, then ask Failed. To read fast, call ReadBlocks once, and then
+/// take what lines you like from the start of Block with Skip before each Next.
 class LineSource {
  public:
   /// Bytes that may be read, though not looked at, after the end of a block.
@@ -48,8 +50,10 @@ class LineSource {
   const char* NextOfBlock();
   bool Refill();
 
+  // The stream belongs to the caller; null is a dump without lines.
   std::FILE* const stream_;
   const std::size_t blockBytes_;
+  // Set by a read error of this source only: a stream may come with its error flag set.
   bool failed_ = false;
   std::vector<char> line_;   // the line that Next returned
   std::vector<char> block_;  // empty while the stream is read line by line

@@ -12,20 +12,25 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// The locale in which all numbers are read and written: a decimal point, no grouping.
 locale_t CLocale() {
   // The "C" locale object is built into the C library: nothing is allocated or lost here.
   static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
   return locale;
 }
 
-/// Takes a text of digits only, as time stamps are, so few that each step is exact.
+/// Takes a text of digits only, as time stamps are, so few that each step is exact. False, with
+/// `value` untouched, for any other text, which scanf then judges.
 bool ScanDigits(const char* text, double& value) {
+  // Every integer below 10^15 is a double without rounding, so the result is scanf's to the last
+  // bit.
   constexpr int kExactDigits = 15;
   std::int64_t number = 0;
   int count = 0;
   for (; text[count] >= '0' && text[count] <= '9' && count < kExactDigits; ++count) {
     number = 10 * number + (text[count] - '0');
   }
+  // Longer numbers, signs, fractions and exponents are rare in a dump.
   if (count == 0 || text[count] != '\0') return false;
   value = static_cast<double>(number);
   return true;
@@ -33,6 +38,7 @@ bool ScanDigits(const char* text, double& value) {
 
 }  // namespace
 
+/// Of this thread only: the host's other threads keep their locale.
 CLocaleScope::CLocaleScope() : host_(uselocale(CLocale())) {}
 
 CLocaleScope::~CLocaleScope() {
@@ -47,6 +53,7 @@ bool ScanDouble(const char* text, double& value) {
 }
 
 int ScanInt(const char* text) {
+  // Cut, not clamped: widths and bit numbers outside 32 bits wrap around as they always have.
   return static_cast<int>(static_cast<std::uint32_t>(std::strtol(text, nullptr, 10)));
 }
 
@@ -59,6 +66,7 @@ std::string FixedText(double value) {
 
 std::string DisplayText(double value) {
   const CLocaleScope scope;
+  // The longest text has a sign, six digits, a point and an exponent: "-1.23457e-308".
   std::array<char, 32> text{};
   (void)std::snprintf(text.data(), text.size(), "%g", value);
   return text.data();
@@ -71,10 +79,13 @@ std::string ShortestText(double value) {
 }
 
 std::string RoundedText(double value, int digits) {
+  // Sizes between these bounds are shown in plain digits; outside, a row of zeros would hide the
+  // size.
   constexpr double kLeastPlain = 1e-9;
   constexpr double kMostPlain = 1e15;
   std::array<char, 64> text{};
   char* const end = text.data() + text.size();
+  // Rounded by way of a text: multiplying by a power of ten first would round twice.
   const auto rounding =
       std::to_chars(text.data(), end, value, std::chars_format::scientific, digits - 1);
   double rounded = value;

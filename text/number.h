@@ -8,7 +8,8 @@
 
 namespace orsa::kesncd {
 
-/// Puts the calling thread into the "C" locale for its lifetime.
+/// Puts the calling thread into the "C" locale for its lifetime. Not for two objects that overlap
+/// without nesting: each puts back the locale that it found.
 class CLocaleScope {
  public:
   CLocaleScope();
@@ -17,11 +18,13 @@ class CLocaleScope {
   CLocaleScope& operator=(const CLocaleScope&) = delete;
 
  private:
+  // The locale that the thread had before.
   locale_t host_;
 };
 
 /// Scans a number at the start of `text` as scanf's "%lf" does. False, with `value` untouched,
-/// where there is none.
+/// where there is none. Leading blanks, hexadecimal digits, "inf" and "nan" count as they do there,
+/// and what follows the number does not matter: "10ps" is 10.
 bool ScanDouble(const char* text, double& value);
 
 /// The decimal integer at the start of `text`, cut to 32 bits; 0 where there is none.
@@ -33,11 +36,13 @@ std::string FixedText(double value);
 /// A double as an output stream with default formatting writes it: six significant digits.
 std::string DisplayText(double value);
 
-/// The shortest text that reads back to the same value.
+/// The shortest text that reads back to the same value. For files that other programs read: no
+/// digit is lost.
 std::string ShortestText(double value);
 
 /// The value rounded to so many significant digits, without an exponent where a reader could still
-/// tell the size: "33.33", "0.0005".
+/// tell the size: "33.33", "0.0005". For figures that a person reads. `digits` is 1 to 17: a double
+/// holds no more.
 std::string RoundedText(double value, int digits);
 
 }  // namespace orsa::kesncd

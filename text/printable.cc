@@ -7,18 +7,22 @@ namespace orsa::kesncd {
 
 namespace {
 
+// UTF-8 has no characters of more bytes.
 constexpr std::size_t kLongestCharacter = 4;
 
+/// ASCII that can be shown as it is. Names in dumps are hardly ever anything else.
 bool IsPlain(char c) {
   return c >= 0x20 && c < 0x7f;
 }
 
+/// Whether a byte goes on with a character that an earlier byte began: binary 10xxxxxx.
 bool IsContinuation(char c) {
   return (static_cast<unsigned char>(c) & 0xc0U) == 0x80U;
 }
 
 /// The bytes of the character that starts with `first`; 0 for a byte that starts none.
 std::size_t LengthAfter(unsigned char first) {
+  // 0xc0 and 0xc1 would begin an overlong form of ASCII, 0x80 to 0xbf begin nothing.
   if (first < 0x80) return 1;
   if (first < 0xc2) return 0;
   if (first < 0xe0) return 2;
@@ -26,6 +30,7 @@ std::size_t LengthAfter(unsigned char first) {
   return first < 0xf5 ? 4 : 0;
 }
 
+/// Adds a text with "?" for what must not be shown. `kept` holds control characters that may stay.
 void AppendPrintable(std::string& out, std::string_view text, std::string_view kept) {
   while (!text.empty()) {
     const auto* const end = std::find_if_not(text.begin(), text.end(), IsPlain);
@@ -33,6 +38,7 @@ void AppendPrintable(std::string& out, std::string_view text, std::string_view k
     out += text.substr(0, plain);
     text.remove_prefix(plain);
     if (text.empty()) return;
+    // Runs of plain characters are copied at once above; here is a single other one.
     const Utf8Character character = FirstCharacter(text);
     const bool isShown = kept.find(text.front()) != std::string_view::npos ||
                          (character.isValid && !IsSteering(character.code));
@@ -56,6 +62,8 @@ std::size_t BytesOf(std::string_view text, std::size_t count) {
 Utf8Character FirstCharacter(std::string_view text) {
   const auto first = static_cast<unsigned char>(text.front());
   const std::size_t length = LengthAfter(first);
+  // What is no UTF-8 is taken byte by byte, so that a wrong byte never hides the good ones after
+  // it.
   const Utf8Character stray{first, 1, false};
   if (length == 0 || length > text.size()) return stray;
   if (length == 1) return {first, 1, true};
@@ -64,12 +72,14 @@ Utf8Character FirstCharacter(std::string_view text) {
     if (!IsContinuation(text[i])) return stray;
     code = code << 6U | (static_cast<unsigned char>(text[i]) & 0x3fU);
   }
+  // A second form of a shorter character could slip past a check for that character.
   const bool isOverlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
   const bool isSurrogate = code >= 0xd800 && code < 0xe000;
   if (isOverlong || isSurrogate || code > 0x10ffff) return stray;
   return {code, length, true};
 }
 
+/// Dumps come from others: a name with U+202E in it would show the rest of its line reversed.
 bool IsSteering(char32_t code) {
   return code < 0x20 || (code >= 0x7f && code < 0xa0) ||       // control characters, C1 codes
          code == 0x61c || code == 0x200e || code == 0x200f ||  // direction marks
@@ -90,14 +100,17 @@ std::string PrintableLines(std::string_view text) {
 }
 
 std::size_t CharacterCount(std::string_view text) {
+  // Every character has one byte that is no continuation.
   return static_cast<std::size_t>(
       std::count_if(text.begin(), text.end(), [](char c) { return !IsContinuation(c); }));
 }
 
 std::string Shortened(std::string_view text, std::size_t most) {
   constexpr std::string_view kGap = "...";
+  // A text of so few bytes has no more characters than that; most names are not counted at all.
   const std::size_t count = text.size() <= most ? 0 : CharacterCount(text);
   if (count <= most) return std::string(text);
+  // Both ends stay, since paths differ at their ends and their starts say which design it is.
   const std::size_t start = (most - kGap.size()) / 2;
   const std::size_t end = most - kGap.size() - start;
   std::string out(text.substr(0, BytesOf(text, start)));
@@ -119,6 +132,8 @@ void TerminalSink::Pass(std::string_view text) {
 }
 
 void TerminalSink::Write(std::string_view bytes) {
+  // Writes may end anywhere, also inside a character or between "\r" and "\n". The last bytes are
+  // looked at from the end: at most three of a character can be there without its last one.
   held_ += bytes;
   std::size_t whole = held_.size();
   for (std::size_t back = 1; back <= std::min(kLongestCharacter - 1, held_.size()); ++back) {

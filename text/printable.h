@@ -18,7 +18,8 @@ struct Utf8Character {
   bool isValid = false;  // else the character is one stray byte
 };
 
-/// For a text that is not empty.
+/// For a text that is not empty. Never more bytes than the text has. A text in another encoding
+/// gives stray bytes.
 Utf8Character FirstCharacter(std::string_view text);
 
 /// Whether a character would steer a terminal or the reading direction instead of being shown.
@@ -37,7 +38,8 @@ std::size_t CharacterCount(std::string_view text);
 /// them. The text must be printable, `most` at least 4.
 std::string Shortened(std::string_view text, std::size_t most);
 
-/// Passes a text on to a terminal, printable but with its line ends and tabs.
+/// Passes a text on to a terminal, printable but with its line ends and tabs. Write as often as you
+/// like, then Finish once. The sink that it writes to must outlive it.
 class TerminalSink : public ByteSink {
  public:
   explicit TerminalSink(ByteSink& to) : to_(to) {}

@@ -12,6 +12,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// The four words of the hash and what is done to them for each block. The numbers are SipHash's.
 struct SipState {
   std::uint64_t a, b, c, d;
 
@@ -28,6 +29,7 @@ struct SipState {
     c = std::rotl(c, 32);
   }
 
+  // A block enters one word before its round and another one after it.
   void Take(std::uint64_t block) {
     d ^= block;
     Round();
@@ -35,6 +37,7 @@ struct SipState {
   }
 };
 
+/// Up to eight bytes as a number, the first one lowest on every machine, as SipHash reads them.
 std::uint64_t LoadBlock(const char* bytes, std::size_t length) {
   std::uint64_t block = 0;
   if (length > 0) std::memcpy(&block, bytes, length);  // an empty text may have no bytes at all
@@ -42,6 +45,7 @@ std::uint64_t LoadBlock(const char* bytes, std::size_t length) {
   return block;
 }
 
+/// Never waits: a program started at boot must not hang for a hash.
 SecretKey DrawKey() {
   SecretKey key;
   if (getrandom(&key, sizeof key, GRND_NONBLOCK) == sizeof key) return key;
@@ -62,6 +66,7 @@ const SecretKey& ProcessKey() {
 }
 
 std::uint64_t KeyedHash(std::string_view text, const SecretKey& key) {
+  // The constants spell SipHash's text "somepseudorandomlygeneratedbytes".
   SipState state{key.low ^ 0x736F6D6570736575U, key.high ^ 0x646F72616E646F6DU,
                  key.low ^ 0x6C7967656E657261U, key.high ^ 0x7465646279746573U};
   constexpr std::size_t kBlock = sizeof(std::uint64_t);
@@ -70,6 +75,7 @@ std::uint64_t KeyedHash(std::string_view text, const SecretKey& key) {
     state.Take(LoadBlock(text.data() + at, kBlock));
   }
   const std::uint64_t rest = LoadBlock(text.data() + whole, text.size() - whole);
+  // The length in the highest byte keeps texts apart that differ in NUL bytes at the end only.
   state.Take(rest | static_cast<std::uint64_t>(text.size()) << 56);
   state.c ^= 0xFF;
   for (int i = 0; i < 3; ++i) state.Round();

@@ -10,12 +10,14 @@
 
 namespace orsa::kesncd {
 
+/// The 128 bits of a key.
 struct SecretKey {
   std::uint64_t low = 0;
   std::uint64_t high = 0;
 };
 
-/// The key of this process, drawn once.
+/// The key of this process, drawn once. Drawn again in every run, so the order of a hash table's
+/// entries differs from run to run: nothing that is written may depend on it.
 const SecretKey& ProcessKey();
 
 /// SipHash-1-3 of a text under a key.
@@ -26,7 +28,8 @@ inline std::uint64_t SecretHash(std::string_view text) {
   return KeyedHash(text, ProcessKey());
 }
 
-/// The same for the standard library's tables, which may then be asked by any kind of text.
+/// The same for the standard library's tables, which may then be asked by any kind of text. With
+/// std::equal_to<> beside it a std::string key is found by a std::string_view, without a copy.
 struct SecretTextHash {
   using is_transparent = void;
   std::size_t operator()(std::string_view text) const {

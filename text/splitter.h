@@ -12,7 +12,8 @@
 namespace orsa::kesncd {
 
 /// Reused for line after line. The array that a call returns is valid until the next call. Growth
-/// throws std::bad_alloc; the object stays usable then.
+/// throws std::bad_alloc; the object stays usable then. The slots are shared by words and pieces
+/// where a reader uses one splitter for both, so a stamp can show the tail of a word as well.
 class Splitter {
  public:
   Splitter();
@@ -46,9 +47,12 @@ class Splitter {
   void ClearSlot(std::size_t slot, std::size_t from);
   void KeepStrings();
 
+  // The sizes that Mem shows; how much memory there is, the held fields below say.
   int slotCount_;
   int slotLength_;
+  // All slots are owned: heldSlots_ strings of heldBytes_ bytes each.
   char** slots_ = nullptr;
+  // The owned copy of the line while its words are cut.
   char* workBuffer_ = nullptr;
   std::size_t heldSlots_ = 0;       // slots that exist
   std::size_t heldBytes_;           // bytes of every one of them

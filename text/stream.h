@@ -16,12 +16,14 @@ namespace orsa::kesncd {
 /// read on. A host's signal handlers may interrupt a read from a pipe or a network file. The C
 /// library reports that as an error, although nothing is lost.
 inline bool WasInterrupted(std::FILE* stream) {
+  // errno is asked last: it is only of this read when the read failed.
   if (std::feof(stream) != 0 || std::ferror(stream) == 0 || errno != EINTR) return false;
   std::clearerr(stream);
   return true;
 }
 
-/// Whether a read that came back short, and was not interrupted, failed.
+/// Whether a read that came back short, and was not interrupted, failed. By the end-of-file flag,
+/// for the reason above.
 inline bool HasFailed(std::FILE* stream) {
   return std::feof(stream) == 0;
 }
@@ -34,7 +36,9 @@ inline int ReadCharacter(std::FILE* stream) {
 }
 
 #ifdef __GLIBC__
-// These members are what the C library's own getc_unlocked uses in the programs that call it.
+// These members are what the C library's own getc_unlocked uses in the programs that call it. The
+// lexer and the line source look at them only between calls of the C library on the same stream, in
+// one thread, so the stream is never in the middle of a change.
 
 /// The bytes that the stream would give next, as far as it has read them; empty for no stream.
 /// Taking a word or a line from there spares a call, and a wait for the stream's own pointer, on
@@ -50,6 +54,7 @@ inline void TakeAhead(std::FILE* stream, std::size_t bytes) {
   if (bytes > 0) stream->_IO_read_ptr += bytes;
 }
 #else
+/// Other C libraries: every character comes by ReadCharacter.
 inline std::string_view ReadAhead(const std::FILE* /*stream*/) {
   return {};
 }

@@ -24,14 +24,17 @@ struct Place {
   bool IsRegular() const { return exists && S_ISREG(status.st_mode); }
 };
 
-/// An empty path and "-" are standard output.
+/// An empty path and "-" are standard output. Nothing is opened or made. A path that cannot be
+/// examined gives a Place with `error`.
 Place PlaceOf(const std::string& path);
 
 /// Whether what is written to one place would show in the other. Two streams that are open already
 /// take turns.
 bool IsSameFile(const Place& one, const Place& other);
 
-/// Is told of temporary files, so that a program that a signal ends can remove them.
+/// Is told of temporary files, so that a program that a signal ends can remove them. Made comes
+/// before the file exists and Gone after it is removed or renamed; a path told gone may never have
+/// existed.
 class TemporaryFiles {
  public:
   TemporaryFiles() = default;
@@ -43,7 +46,9 @@ class TemporaryFiles {
   virtual void Gone(const std::string& path) = 0;
 };
 
+/// What the user of a result wants besides the usual; see the class for that.
 struct WholeFileRules {
+  // Null: nobody has to know. Else it must outlive the file.
   TemporaryFiles* watch = nullptr;
   bool onlyRegular = false;  // a pipe or a device of that name is refused, not written to
   bool inPlaceIfFull =
@@ -58,15 +63,18 @@ struct WholeFileRules {
 /// renaming would lose something (further hard links, an owner, a list of permissions) or the
 /// folder takes no new file, it is made whole elsewhere and then copied over the old file's bytes;
 /// should that fail, the message says that the file may be corrupt. What is no regular file is
-/// written directly.
+/// written directly. A Failure from Write leaves the old file as it was, and so does the destructor
+/// without Commit.
 class WholeFile : public ByteSink {
  public:
+  /// Opens right away, so that a result that cannot be written is known before a dump of hours is
+  /// read.
   explicit WholeFile(const std::string& path, const WholeFileRules& rules = {});
   /// Takes back what was not committed.
   ~WholeFile() override;
 
   void Write(std::string_view bytes) override;
-  /// Puts the whole result in its place.
+  /// Puts the whole result in its place. Call it once, last; Write may not follow.
   void Commit();
   /// Whether a person may be looking.
   bool IsTerminal() const;
@@ -83,9 +91,12 @@ class WholeFile : public ByteSink {
 
   const std::string name_;  // for messages
   const WholeFileRules rules_;
+  // What the path led to at construction.
   const Place place_;
   std::string temporary_;  // in the folder of the place; empty for none
+  // Bytes go to their place at once: to a stream, a pipe or a device.
   bool isDirect_ = false;
+  // The descriptor that is written to; -1 after Commit.
   int file_ = -1;
 };
 

@@ -13,6 +13,7 @@ std::string_view TakeWord(std::string_view& text, std::string_view delims) {
 }
 
 std::string SlashesFlattened(std::string_view text) {
+  // "tb/dut" and "tb_dut" give the same flat name; readers that ask by flat name accept that.
   std::string flat(text);
   std::replace(flat.begin(), flat.end(), '/', '_');
   return flat;

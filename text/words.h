@@ -10,7 +10,8 @@
 namespace orsa::kesncd {
 
 /// Takes the first word off `text`, words standing between runs of the characters of `delims`.
-/// Empty when there is none left.
+/// Empty when there is none left. "a  b" with delims " " gives "a" and leaves "  b": the delimiters
+/// after a word stay until the next call.
 std::string_view TakeWord(std::string_view& text, std::string_view delims);
 
 /// The first `Most` words of `text`; empty where it has fewer.

@@ -12,14 +12,15 @@
 namespace orsa::kesncd {
 
 /// Whether variables of the type have bits that can be 0 or 1: not those of numbers, strings and
-/// events.
+/// events. Their activity is not one of bits, so exports leave them out.
 bool TypeHasBits(std::string_view type);
 
 /// A variable's bits. It refers to the text of the name that it was made of.
 class BitNames {
  public:
   /// Only a range that is a word of its own counts in an escaped name; `nameWord` is where it
-  /// begins, or the name's length.
+  /// begins, or the name's length. `width` need not agree with the range: a variable of 4 bits with
+  /// "[7:0]" has the bits [3] to [0], for its width says how many bits its values have.
   BitNames(std::string_view name, std::uint32_t nameWord, std::uint32_t width);
   explicit BitNames(const DumpVariable& variable)
       : BitNames(variable.name, variable.nameWord, variable.width) {}
@@ -37,8 +38,10 @@ class BitNames {
  private:
   bool TakeBracket(std::string_view bracket);
 
+  // The name without its bracket, or all of it.
   std::string_view base_;
   std::uint32_t width_;
+  // Without an index AppendName adds the base alone.
   bool isIndexed_ = false;
   bool isAscending_ = false;  // indices grow to the right: [0:3]
   bool isShort_ = true;       // `right_` holds the lowest bit's index

@@ -10,14 +10,18 @@ namespace orsa::kesncd {
 
 CodeCells::CodeCells(std::size_t longestDirect)
     : longestDirect_(longestDirect), salt_(ProcessKey().low), packed_(64) {
+  // Places for one character less than the longest: those for two take 132 kilobytes, and a dump
+  // with few signals needs no others. Those for three are 33 megabytes of addresses.
   ReservePlaces(std::max<std::size_t>(longestDirect, 2) - 1);
 }
 
 /// Makes places for codes of up to `longest` characters, more than there are.
 void CodeCells::ReservePlaces(std::size_t longest) {
   const std::size_t places = Places(longest);
+  // After the places, a bit for each: whether its code was added, for any value of its cell.
   const std::size_t words = places + places / 32;
   std::unique_ptr<std::uint32_t[], Release> more(
+      // calloc gives zeroed pages that take memory only when they are first written.
       static_cast<std::uint32_t*>(std::calloc(words, sizeof(std::uint32_t))));
   if (more == nullptr) throw std::bad_alloc();
   std::copy_n(direct_.get(), places_, more.get());
@@ -27,6 +31,7 @@ void CodeCells::ReservePlaces(std::size_t longest) {
 }
 
 std::uint64_t CodeCells::Pack(std::string_view code) {
+  // Load reads eight bytes whatever the length, so a shorter code is copied to where it may.
   std::array<char, kReadAhead> bytes{};
   code.copy(bytes.data(), bytes.size());
   return Load(bytes.data(), code.size());
@@ -39,6 +44,7 @@ std::uint32_t* CodeCells::Find(std::string_view code) {
   }
   const std::uint64_t key = Pack(code);
   if (IsDirect(key)) {
+    // Its place need not exist yet.
     if (key >= places_ || (AddedWord(key) & AddedBit(key)) == 0) return nullptr;
     return &direct_[key];
   }
@@ -62,12 +68,15 @@ CodeCells::Added CodeCells::Add(std::string_view code) {
   }
   const std::uint64_t key = Pack(code);
   if (IsDirect(key)) {
+    // Straight to the largest size: growing twice would copy the places twice.
     if (key >= places_) ReservePlaces(longestDirect_);
     const bool isNew = (AddedWord(key) & AddedBit(key)) == 0;
     AddedWord(key) |= AddedBit(key);
     return {&direct_[key], isNew};
   }
+  // Looked for before growing, so that repeated codes never grow the table.
   if (std::uint32_t* const cell = Find(code); cell != nullptr) return {cell, false};
+  // At most half full: searches end soon, and there is always a free slot to end them.
   if (2 * (packedCodes_ + 1) > packed_.size()) Grow();
   ++packedCodes_;
   Slot& slot = packed_[SlotOf(key)];
@@ -76,8 +85,10 @@ CodeCells::Added CodeCells::Add(std::string_view code) {
 }
 
 void CodeCells::Fetch(std::string_view code) const {
+  // Texts are spread over the heap by the hash table; there is no one line to fetch.
   if (code.size() > kLongestPacked) return;
   const std::uint64_t key = Pack(code);
+  // Neighbouring codes of direct places are in the cache already.
   if (!IsDirect(key)) __builtin_prefetch(&packed_[StartOf(key)]);
 }
 
@@ -91,6 +102,8 @@ void CodeCells::Grow() {
 
 std::uint32_t CodeTable::Add(std::string_view code) {
   const auto [cell, isNew] = cells_.Add(code);
+  // Cells hold the number and one, so that a cell of zero, as Look gives for a code that was not
+  // added, reads as kNone.
   if (isNew) *cell = ++size_;
   return *cell - 1;
 }

@@ -24,11 +24,14 @@
 
 namespace orsa::kesncd {
 
-/// A cell of 32 bits for each code. Codes hold no NUL.
+/// A cell of 32 bits for each code. Codes hold no NUL. Add the codes of a dump's header, then Look
+/// for those of its changes. Cells move when codes are added: no pointer to one is to be kept
+/// across Add.
 class CodeCells {
  public:
   /// Bytes that are read from the start of a code, however short it is, where a call says so.
   static constexpr std::size_t kReadAhead = sizeof(std::uint64_t);
+  // Places for four characters would be eight gigabytes.
   static constexpr std::size_t kLongestDirect = 3;
 
   /// Codes of up to `longestDirect` characters, 3 at most, index the table directly; tests ask for
@@ -62,13 +65,17 @@ class CodeCells {
     std::uint64_t key = 0;  // 0: free; only the empty code packs to 0, and it is a direct one
     std::uint32_t cell = 0;
   };
+  // The memory is calloc's, which delete cannot give back.
   struct Release {
     void operator()(void* memory) const { std::free(memory); }
   };
+  // A code of up to eight bytes is an integer without loss, zeros after its end: codes hold no NUL.
   static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
+  // Any bit of a fourth byte or beyond, and the highest bit of the first three.
   static constexpr std::uint64_t kNotDirect = 0xFFFFFFFFFF808080U;  // bits of a packed code
 
-  // Places for codes of up to `longest` ASCII characters.
+  // Places for codes of up to `longest` ASCII characters. The last byte is below 128, so its
+  // highest bit needs no places.
   static constexpr std::size_t Places(std::size_t longest) {
     return std::size_t{1} << (8 * longest - 1);
   }
@@ -127,7 +134,8 @@ inline std::uint64_t CodeCells::Load(const char* code, std::size_t length) {
   return length < kLongestPacked ? bytes & ((std::uint64_t{1} << 8 * length) - 1) : bytes;
 }
 
-/// Where the search for a packed code starts.
+/// Where the search for a packed code starts. The salt and two multiplications spread keys that
+/// differ in a byte only, also crafted ones.
 inline std::size_t CodeCells::StartOf(std::uint64_t key) const {
   const std::uint64_t salted = key ^ salt_;
   std::uint64_t mixed = (salted ^ salted >> 32) * 0x9E3779B97F4A7C15U;
@@ -135,6 +143,8 @@ inline std::size_t CodeCells::StartOf(std::uint64_t key) const {
   return (mixed ^ mixed >> 32) & (packed_.size() - 1);
 }
 
+/// The slot of a packed code, or the free one where it would go. The search ends, since at least
+/// half of the slots are free.
 inline std::size_t CodeCells::SlotOf(std::uint64_t key) const {
   const std::size_t mask = packed_.size() - 1;
   std::size_t slot = StartOf(key);
@@ -144,6 +154,7 @@ inline std::size_t CodeCells::SlotOf(std::uint64_t key) const {
 
 /// The place of a code of up to three characters. Four bytes are read.
 inline std::size_t CodeCells::PlaceOf(const char* code, std::size_t length) {
+  // A mask for each length costs less than a copy of so many bytes.
   static constexpr std::uint32_t kMasks[] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
   std::uint32_t bytes = 0;
   std::memcpy(&bytes, code, sizeof bytes);
@@ -154,6 +165,8 @@ inline std::size_t CodeCells::PlaceOf(const char* code, std::size_t length) {
 inline std::uint32_t* CodeCells::LookPlain(const char* code, std::size_t length) {
   if (length <= kLongestDirect) [[likely]] {
     const std::size_t place = PlaceOf(code, length);
+    // No place: a code of three characters while none of them was added, or one that tests have
+    // packed.
     if (place < places_) [[likely]]
       return &direct_[place];
   }
@@ -172,6 +185,7 @@ inline void CodeCells::FetchLook(const char* code, std::size_t length) const {
 inline std::uint32_t* CodeCells::Look(const char* code, std::size_t length) {
   if (length <= kLongestDirect) [[likely]] {
     const std::size_t place = PlaceOf(code, length);
+    // A byte of 128 or more would lead to another code's place, or past the table.
     if (place < places_ && (place & kNotDirect) == 0) [[likely]]
       return &direct_[place];
   }
@@ -185,6 +199,7 @@ inline const std::uint32_t* CodeCells::Look(const char* code, std::size_t length
 template <class Take>
 void CodeCells::ForEach(Take take) {
   for (std::size_t word = 0; word < places_ / 32; ++word) {
+    // Each bit of the word is a place; the lowest one is taken off until none is left.
     for (std::uint32_t bits = direct_[places_ + word]; bits != 0; bits &= bits - 1) {
       take(direct_[32 * word + static_cast<unsigned>(std::countr_zero(bits))]);
     }

@@ -5,7 +5,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-// Characters of a path in a message, and how many scopes may come into it.
+// Characters of a path in a message, and how many scopes may come into it. A hostile dump may nest
+// a million scopes; a message must not become that long.
 constexpr std::size_t kShortPath = 120;
 
 /// The last scopes of a path, as many as a message can show; false where some are left out.
@@ -18,6 +19,7 @@ bool AppendLastParts(const Declarations& declarations, std::uint32_t scope, std:
     length += parts.back()->size() + 1;
   }
   for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+    // Each name is cut too: one of them alone may be as long as a line.
     path += (part == parts.rbegin() ? "" : "/") + (*part)->substr(0, kShortPath);
   }
   return scope == Declarations::kDump;
@@ -29,12 +31,15 @@ std::string Declarations::PathOf(std::uint32_t scope) const {
   return PathBelow(kDump, scope);
 }
 
+/// Measured first and then filled from its end: the way leads upwards, and putting each name before
+/// the others would move all of them every time.
 std::string Declarations::PathBelow(std::uint32_t top, std::uint32_t scope) const {
   std::size_t length = 0;
   for (std::uint32_t at = scope; at != top; at = scopes[at].parent) {
     length += scopes[at].name.size() + 1;
   }
   if (length == 0) return "";
+  // All slashes at first; the names are written between them.
   std::string path(length - 1, '/');
   for (std::size_t end = path.size(); scope != top; scope = scopes[scope].parent) {
     const std::string& name = scopes[scope].name;
@@ -65,7 +70,8 @@ namespace {
 /// How many variables each scope declares with all below it.
 std::vector<std::size_t> SizesOf(const std::vector<DumpScope>& scopes) {
   std::vector<std::size_t> sizes(scopes.size());
-  // A scope comes after the one around it.
+  // A scope comes after the one around it. From the last scope back, so that each sum is complete
+  // before it goes to the scope around it.
   for (std::size_t i = scopes.size() - 1; i > 0; --i) {
     sizes[i] += scopes[i].variables.size();
     sizes[scopes[i].parent] += sizes[i];
@@ -73,7 +79,8 @@ std::vector<std::size_t> SizesOf(const std::vector<DumpScope>& scopes) {
   return sizes;
 }
 
-/// The largest of the outermost scopes that fit, the first such one.
+/// The largest of the outermost scopes that fit, the first such one. Level by level from the top: a
+/// deeper scope counts only where no scope above it fits.
 template <class Fits>
 std::uint32_t Outermost(const Declarations& declarations, Fits fits) {
   const std::vector<std::size_t> sizes = SizesOf(declarations.scopes);
@@ -83,6 +90,7 @@ std::uint32_t Outermost(const Declarations& declarations, Fits fits) {
     std::vector<std::uint32_t> below;
     for (const std::uint32_t index : level) {
       const DumpScope& scope = declarations.scopes[index];
+      // Of equally large ones the first stays.
       const bool isBetter = best == Declarations::kDump || sizes[index] > sizes[best];
       if (isBetter && fits(scope)) best = index;
       below.insert(below.end(), scope.scopes.begin(), scope.scopes.end());
@@ -96,6 +104,7 @@ std::uint32_t Outermost(const Declarations& declarations, Fits fits) {
 
 std::uint32_t OutermostWithVariables(const Declarations& declarations) {
   const auto hasVariables = [](const DumpScope& scope) { return !scope.variables.empty(); };
+  // Packages, interfaces and tasks declare variables too, so modules come first.
   const std::uint32_t module = Outermost(declarations, [&](const DumpScope& scope) {
     return scope.kind == "module" && hasVariables(scope);
   });

@@ -10,7 +10,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Extended dumps have commands of their own for ports, which mean the same.
+/// Extended dumps have commands of their own for ports, which mean the same. "$dumpports" stands
+/// where "$dumpvars" does, and so on.
 struct Row {
   std::string_view word;
   Keyword keyword;
@@ -37,7 +38,8 @@ constexpr Row kRows[] = {
     {"$vcdclose", Keyword::Close},
 };
 
-/// A "$" before anything else begins an identifier code, not a keyword.
+/// A "$" before anything else begins an identifier code, not a keyword. Codes are made of any
+/// printable characters, so "$" or "$1" may well be one.
 bool IsAnyLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
@@ -46,6 +48,7 @@ bool IsAnyLetter(char c) {
 
 Keyword KeywordOf(std::string_view word) {
   if (word.size() < 2 || word.front() != '$') return Keyword::None;
+  // A walk over the rows costs nothing: words that begin with "$" are rare in a body.
   for (const Row& row : kRows) {
     if (word.size() == row.word.size() &&
         strncasecmp(word.data(), row.word.data(), word.size()) == 0) {
@@ -56,16 +59,19 @@ Keyword KeywordOf(std::string_view word) {
 }
 
 bool IsPlainKeyword(std::string_view word) {
+  // By their spelling: what a port dump calls its commands is unknown to the strict readers.
   return !word.starts_with("$dumpports") &&
          std::any_of(std::begin(kRows), std::end(kRows),
                      [word](const Row& row) { return row.word == word; });
 }
 
 bool IsDumpCommand(Keyword keyword) {
+  // The four are neighbours in the enumeration.
   return keyword >= Keyword::DumpVars && keyword <= Keyword::DumpOff;
 }
 
 bool StartsSection(Keyword keyword) {
+  // A missing $end is found so: "$date today $version ..." has two sections.
   return keyword != Keyword::None && keyword != Keyword::End && keyword != Keyword::Section;
 }
 

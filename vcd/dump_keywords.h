@@ -6,6 +6,7 @@
 
 namespace orsa::kesncd {
 
+/// The four dump commands stand together and in this order; IsDumpCommand relies on it.
 enum class Keyword {
   None,  // any other word
   Comment,
@@ -24,7 +25,8 @@ enum class Keyword {
   End,
 };
 
-/// Keywords in capitals are keywords too.
+/// Keywords in capitals are keywords too. None for words that are no keyword and could not be one;
+/// Section for unknown ones, whose words up to $end are passed over.
 Keyword KeywordOf(std::string_view word);
 
 /// Whether the library's readers know the word too: in small letters, and none of a port dump.

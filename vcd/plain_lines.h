@@ -33,7 +33,8 @@ inline std::uint64_t MarkOddBytesPlainly(const char* bytes) {
   return marks;
 }
 
-/// The same, 16 bytes at a time where the processor can.
+/// The same, 16 bytes at a time where the processor can. Both ways must mark the same bytes; a test
+/// compares them.
 inline std::uint64_t MarkOddBytes(const char* bytes) {
 #ifdef __SSE2__
   const __m128i below = _mm_set1_epi8(' ');
@@ -51,12 +52,14 @@ inline std::uint64_t MarkOddBytes(const char* bytes) {
 #endif
 }
 
-/// The lowest `count` bits, all of them from 64 on.
+/// The lowest `count` bits, all of them from 64 on. `count` may be larger than 63, for which a
+/// shift would be undefined.
 inline std::uint64_t LowBits(std::size_t count) {
   return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
 }
 
-/// A change has three bytes at least; one may begin before its chunk.
+/// A change has three bytes at least; one may begin before its chunk. 64 bytes hold the ends of 21
+/// such lines ("0!" and a newline) and of one that began before them.
 inline constexpr std::size_t kMostCodesFound = 64 / 3 + 1;
 
 /// Where a line's identifier code probably is.
@@ -67,15 +70,20 @@ struct CodeInLine {
 
 /// The codes of the changes that end in the 64 bytes at `chunk`, as far as they lie before `end`,
 /// and nothing sure: what is no plain line gives any text of it. `line` is where the next line
-/// begins and moves on. Returns the end of what it wrote, kMostCodesFound at most.
+/// begins and moves on. Returns the end of what it wrote, kMostCodesFound at most. A taker
+/// fetches the memory of these codes before it counts their changes: in a large dump each change
+/// would wait for its own cell otherwise.
 inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* end,
                              CodeInLine* codes) {
+  // Bytes from `end` on are padding and mark nothing.
   std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
+  // Right for a scalar change; a blank later in the line moves it to the second word.
   const char* code = line + 1;
   for (; marks != 0; marks &= marks - 1) {
     const char* const odd = chunk + static_cast<unsigned>(std::countr_zero(marks));
     if (*odd == '\n') {
       *codes = {code, static_cast<std::uint32_t>(odd - code)};
+      // Stamps name no code, and lines of one byte have none.
       codes += odd > code && *line != '#' ? 1 : 0;
       line = odd + 1;
       code = odd + 2;
@@ -89,8 +97,10 @@ inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* e
 /// Hands one plain line to a taker of ScanPlainLines; false: refused.
 template <class Taker>
 bool TakePlainLine(Taker& taker, const char* line, const char* blank, const char* newline) {
+  // One comparison for the most frequent of all lines.
   if (blank != nullptr || (*line | 1) != '1') [[unlikely]]  // 0 and 1 alike
     return taker.Other(line, blank, newline);
+  // A taker that takes all of them needs no check on every change.
   if constexpr (std::is_void_v<decltype(taker.Scalar(line, newline))>) {
     taker.Scalar(line, newline);
     return true;
@@ -132,6 +142,8 @@ const char* ScanPlainLines(const char* begin, const char* end, std::size_t tooLo
   for (const char* chunk = begin; chunk < end; chunk += 64) {
     if (chunk >= ahead) [[unlikely]]
       ahead = LookAheadOf(taker, line, chunk, end);
+    // Checked once for 64 bytes, so a line is left to the plain path a little earlier than it must
+    // be.
     if (static_cast<std::size_t>(chunk + 64 - line) >= tooLong) return line;
     std::uint64_t marks = MarkOddBytes(chunk) & LowBits(static_cast<std::size_t>(end - chunk));
     for (; marks != 0; marks &= marks - 1) {
@@ -143,6 +155,7 @@ const char* ScanPlainLines(const char* begin, const char* end, std::size_t tooLo
       } else if (*odd == ' ' && blank == nullptr) {
         blank = odd;
       } else {
+        // A second blank, a tab, a carriage return, a NUL or a byte from 128 on: not plain.
         return line;
       }
     }

@@ -8,12 +8,14 @@
 
 namespace orsa::kesncd {
 
+/// Add or Join in the order of the dump, so that the example is the first one of all.
 struct Tally {
   std::uint64_t count = 0;
   std::uint64_t line = 0;  // of the example
   std::string example;
 
   void Add(std::uint64_t atLine, std::string_view what) {
+    // Counted alone after the first time: a hostile dump must not cost a text for each.
     if (count++ > 0) return;
     line = atLine;
     example = what.substr(0, kShown);
@@ -31,6 +33,7 @@ struct Tally {
   explicit operator bool() const { return count > 0; }
 
  private:
+  // Bytes of an example. The cut may split a character, so it is shown as printable text only.
   static constexpr std::size_t kShown = 100;
 };
 

@@ -10,6 +10,7 @@
 namespace orsa::kesncd {
 
 /// "1.5us", "10PS"; nothing for any other text, a part of a femtosecond or more than five hours.
+/// Units are s to fs, in either case.
 std::optional<std::uint64_t> Femtoseconds(std::string_view text);
 
 /// The time in the largest unit that leaves it whole: "100ps".

@@ -7,6 +7,7 @@
 
 namespace orsa::kesncd {
 
+/// A walk over six rows: a dump has one unit.
 const TimeUnit* FindTimeUnit(const char* text, UnitCase unitCase) {
   const auto compare = unitCase == UnitCase::Exact ? std::strcmp : strcasecmp;
   for (const TimeUnit& unit : kTimeUnits) {

@@ -4,13 +4,16 @@
 
 namespace orsa::kesncd {
 
+/// A unit such as "ps". Its two sizes are for whole femtoseconds and for hosts, which compute in
+/// nanoseconds.
 struct TimeUnit {
   const char* text;    // as a time scale writes it
   int zeros;           // of one unit in femtoseconds
   double nanoseconds;  // in one unit
 };
 
-/// From the largest to the smallest.
+/// From the largest to the smallest. WholeUnits takes the first that divides a time, so the order
+/// matters.
 inline constexpr TimeUnit kTimeUnits[] = {
     {"s", 15, 1e9}, {"ms", 12, 1e6},  {"us", 9, 1000},
     {"ns", 6, 1},   {"ps", 3, 0.001}, {"fs", 0, 1e-6},

@@ -9,7 +9,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// What the characters `from` become; every other one becomes `rest`.
+/// What the characters `from` become; every other one becomes `rest`. `from` and `to` have the same
+/// length; equal places go together.
 constexpr Alphabet MakeAlphabet(char rest, std::string_view from, std::string_view to) {
   Alphabet alphabet{};
   for (char& c : alphabet) c = rest;
@@ -21,8 +22,12 @@ constexpr Alphabet MakeAlphabet(char rest, std::string_view from, std::string_vi
 
 }  // namespace
 
+// H and L are weak 1 and 0, W weak and unknown, U not yet driven, "-" any value.
 constexpr Alphabet kScalarValues = MakeAlphabet('\0', "01xXzZHhLlUuWw-", "01xxzz1100xxxxx");
+// Vectors may hold what no scalar change begins with; it is x.
 constexpr Alphabet kBitValues = MakeAlphabet('x', "01zZHhLl", "01zz1100");
+// From outside D, U; from inside L, H; from both 0, 1; small letters by several drivers. Z, T, F
+// are not driven; N, X, "?" and conflicts of both sides (A to C) say no level.
 constexpr Alphabet kPortStates = MakeAlphabet('x', "DdLl0UuHh1ZTF", "0000011111zzz");
 
 void Translate(std::string_view value, char* to, const Alphabet& alphabet) {
@@ -34,6 +39,7 @@ void Translate(std::string_view value, char* to, const Alphabet& alphabet) {
   for (; i + sizeof kZeros <= value.size(); i += sizeof kZeros) {
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, value.data() + i, sizeof bytes);
+    // Every byte is "0" or "1", which differ in the lowest bit alone.
     if (((bytes ^ kZeros) & ~kOneBits) == 0) {
       std::memcpy(to + i, &bytes, sizeof bytes);
     } else {

@@ -10,7 +10,8 @@
 
 namespace orsa::kesncd {
 
-/// What each character becomes.
+/// What each character becomes. A table for all bytes: a value costs one look per character and no
+/// branch.
 using Alphabet = std::array<char, 256>;
 
 /// Of a scalar change; '\0' for a character that begins no scalar change.
@@ -24,7 +25,8 @@ inline char In(const Alphabet& alphabet, char c) {
   return alphabet[static_cast<unsigned char>(c)];
 }
 
-/// Writes what the characters of a value become to `to`, which has room for them.
+/// Writes what the characters of a value become to `to`, which has room for them. `to` may not
+/// overlap the value, unless it is the value itself.
 void Translate(std::string_view value, char* to, const Alphabet& alphabet);
 
 }  // namespace orsa::kesncd

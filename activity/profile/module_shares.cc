@@ -11,7 +11,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Calls `visit(scope, depth)` for a scope and all below it, in the dump's order.
+/// Calls `visit(scope, depth)` for a scope and all below it, in the dump's order. Without
+/// recursion, as a hostile dump may nest scopes any number deep.
 template <class Visit>
 void ForEachScope(const Declarations& declarations, std::uint32_t scope, Visit visit) {
   struct Pending {
@@ -24,12 +25,14 @@ void ForEachScope(const Declarations& declarations, std::uint32_t scope, Visit v
     pending.pop_back();
     visit(next.scope, next.depth);
     const auto& below = declarations.scopes[next.scope].scopes;
+    // Backwards onto the stack, to come off in the dump's order.
     for (auto child = below.rbegin(); child != below.rend(); ++child) {
       pending.push_back({*child, next.depth + 1});
     }
   }
 }
 
+/// By the number of the type.
 std::vector<bool> TypesWithBits(const Declarations& declarations) {
   std::vector<bool> withBits;
   for (const std::string& type : declarations.types) withBits.push_back(TypeHasBits(type));
@@ -42,7 +45,9 @@ ModuleTree ModulesIn(const Declarations& declarations, std::uint32_t scope, std:
   ModuleTree tree;
   tree.places.assign(declarations.scopes.size(), ModuleTree::kOutside);
   ForEachScope(declarations, scope, [&](std::uint32_t at, std::uint32_t level) {
+    // The module around; the outermost is its own.
     const std::uint32_t around = level == 0 ? 0 : tree.places[declarations.scopes[at].parent];
+    // Deeper than modules go: it counts in the module that it is in.
     if (level > depth) {
       tree.places[at] = around;
       return;
@@ -57,7 +62,7 @@ ModuleTree ModulesIn(const Declarations& declarations, std::uint32_t scope, std:
 
 /// The names of every code on the way through the scopes. Of those passed only the ones that are
 /// seen from here matter, as tops of a skyline: after a name with more bits none with fewer is
-/// seen, so each further name meets few of them.
+/// seen, so each further name meets few of them. Calling order: construct, Take once.
 class ModuleShares::Walk {
  public:
   Walk(const Declarations& declarations, const ModuleTree& tree)
@@ -70,6 +75,7 @@ class ModuleShares::Walk {
   std::vector<Found> Take() {
     ForEachScope(declarations_, tree_.scopes.front(),
                  [this](std::uint32_t scope, std::uint32_t depth) {
+                   // Those around the scope, itself included.
                    around_.resize(depth);
                    around_.push_back(scope);
                    places_[scope] = place_++;
@@ -91,18 +97,23 @@ class ModuleShares::Walk {
     std::uint32_t before;  // the next name that is seen after it
   };
 
+  // Adds the name's bits to its module, and takes those that an earlier name has too off the
+  // innermost module around both.
   void TakeName(const DumpVariable& variable) {
     const std::uint32_t width = variable.width;
     Add(variable.codeId, variable.scope, 1, 0, width);
+    // Bits below this have been taken off already.
     std::uint32_t covered = 0;
     std::uint32_t& seen = seen_[variable.codeId];
     while (seen != kNone) {
       const Name& name = names_[seen];
+      // What both names have.
       const std::uint32_t shared = std::min(name.width, width);
       if (shared > covered) {
         Add(variable.codeId, InnermostAround(name.scope), -1, covered, shared);
         covered = shared;
       }
+      // The earlier name has bits that no later one hides, so it stays in view.
       if (name.width > width) break;
       seen = name.before;
     }
@@ -142,10 +153,12 @@ ModuleShares::ModuleShares(std::size_t codes, std::vector<Found> found) {
   };
   std::sort(found.begin(), found.end(),
             [&](const Found& one, const Found& other) { return key(one) < key(other); });
+  // Shares of equal codes stand together now.
   first_.resize(codes + 1);
   for (std::size_t at = 0; at < found.size();) {
     ModuleShare share = found[at].share;
     const auto same = key(found[at]);
+    // Added and taken off in the same module: they cancel.
     while (++at < found.size() && key(found[at]) == same) share.times += found[at].share.times;
     if (share.times == 0) continue;
     shares_.push_back(share);
@@ -163,6 +176,7 @@ ModuleShares ModuleShares::ByOwner(const Declarations& declarations, const CodeB
                                    const ModuleTree& tree) {
   const std::vector<bool> typeHasBits = TypesWithBits(declarations);
   std::vector<Found> found;
+  // Modules come before those in them, so the first of equal depth is the first in the dump.
   std::vector<std::uint32_t> owners(codes.codes(), ModuleTree::kOutside);
   for (std::uint32_t module = 0; module < tree.size(); ++module) {
     for (const std::uint32_t id : declarations.scopes[tree.scopes[module]].variables) {

@@ -5,6 +5,9 @@
 // it and is taken off the innermost module around each two neighbouring names, which would else
 // have it twice. So a change costs as many additions as its signal has names, not as many as there
 // are modules around them.
+//
+// For example, soc/u1/clk and soc/u2/clk are one code: it adds 1 to u1 and 1 to u2 and takes 1 off
+// soc, so that the sums with those below are 1, 1 and 1.
 #ifndef KESNCD_ACTIVITY_PROFILE_MODULE_SHARES_H_
 #define KESNCD_ACTIVITY_PROFILE_MODULE_SHARES_H_
 
@@ -30,7 +33,8 @@ struct ModuleTree {
 
   std::size_t size() const { return scopes.size(); }
 
-  /// Turns sums of modules without those below into sums with them.
+  /// Turns sums of modules without those below into sums with them. From the last module to the
+  /// first, so that a sum is complete before it is added.
   template <class Sum>
   void AddUp(std::vector<Sum>& sums) const {
     for (std::size_t module = size(); module-- > 1;) sums[parents[module]] += sums[module];
@@ -38,7 +42,7 @@ struct ModuleTree {
 };
 
 /// The modules in a scope down to `depth` levels below it. What lies deeper counts in the deepest
-/// module around it.
+/// module around it. A design of a million modules would need as many sums, hence the depth.
 ModuleTree ModulesIn(const Declarations& declarations, std::uint32_t scope, std::uint32_t depth);
 
 /// Bits of a code that count so many times, which may be less than none, in a module's own sum.
@@ -51,6 +55,7 @@ struct ModuleShare {
   bool operator==(const ModuleShare&) const = default;
 };
 
+/// Made once for declarations and a tree, then asked for each change.
 class ModuleShares {
  public:
   /// As `kesncd activity` sums: a module has the codes named in it or below it, each once, at the
@@ -61,6 +66,7 @@ class ModuleShares {
   static ModuleShares ByOwner(const Declarations& declarations, const CodeBits& codes,
                               const ModuleTree& tree);
 
+  // Empty for a code that no module wants.
   std::span<const ModuleShare> Of(std::uint32_t codeId) const {
     return {shares_.data() + first_[codeId], shares_.data() + first_[codeId + 1]};
   }
@@ -70,6 +76,7 @@ class ModuleShares {
     std::uint32_t codeId;
     ModuleShare share;
   };
+  // What makes the shares of ByName; see module_shares.cc.
   class Walk;
 
   ModuleShares(std::size_t codes, std::vector<Found> found);

@@ -10,6 +10,7 @@ namespace {
 
 __extension__ using Wide = unsigned __int128;
 
+// Values beyond this many are put together: a counter has no end of them.
 constexpr std::size_t kMostParts = 4096;
 std::string ValueKey(const std::vector<ValueWord>& value) {
   std::string key(value.size() * sizeof(ValueWord), '\0');
@@ -17,6 +18,7 @@ std::string ValueKey(const std::vector<ValueWord>& value) {
   return key;
 }
 
+/// As a dump writes it, all bits: "01xz".
 std::string TextOf(const std::vector<ValueWord>& value, std::uint32_t width) {
   std::string text(width, '0');
   for (std::uint32_t bit = 0; bit < width; ++bit) {
@@ -28,6 +30,7 @@ std::string TextOf(const std::vector<ValueWord>& value, std::uint32_t width) {
   return text;
 }
 
+/// What a signal is before it has a value.
 std::vector<ValueWord> AllUnknown(std::uint32_t width) {
   std::vector<ValueWord> value((width + kWordBits - 1) / kWordBits);
   ReadVectorValue("x", width, value.data());
@@ -39,7 +42,8 @@ void AddToggles(std::vector<std::uint64_t>& sums, const std::vector<std::uint64_
   for (std::size_t at = 0; at < more.size(); ++at) sums[at] += more[at];
 }
 
-/// Ticks of the window that were observed up to the last stamp.
+/// Ticks of the window that were observed up to the last stamp. Clamped to the window on both
+/// sides, less pauses.
 std::uint64_t ObservedSoFar(const ToggleCounter& toggles) {
   const CountedTime& time = toggles.time();
   if (!time.hasStamps) return 0;
@@ -49,14 +53,18 @@ std::uint64_t ObservedSoFar(const ToggleCounter& toggles) {
 
 }  // namespace
 
+/// A rising edge is a known 1 after a known 0, with whatever between them.
 void ClockRows::Value(const std::vector<ValueWord>& value) {
+  // x or z: what was known stays known.
   if ((value.front().unknown & 1) != 0) return;
   const auto level = static_cast<unsigned>(value.front().high & 1);
+  // The step's toggles belong to the row that ends with it.
   const std::uint64_t now = toggles_.time().lastStamp;
   if (known_ == 0 && level == 1 && toggles_.window().Counts(now)) Cut(now);
   known_ = level;
 }
 
+/// Room is asked for first: a clock of a long dump has more cycles than there is memory for.
 void ClockRows::Cut(std::uint64_t ticks) {
   rows_.RequireRoom(edges_.size());
   rows_.Take(toggles_.Sums(), edges_.size());
@@ -64,6 +72,7 @@ void ClockRows::Cut(std::uint64_t ticks) {
   unobserved_.push_back(toggles_.time().UnobservedUpTo(ticks));
 }
 
+/// The last row ends with the dump, where something of it is after the last edge.
 Profile ClockRows::Finish(ModuleTree tree) {
   Profile profile;
   const CountedTime& time = toggles_.time();
@@ -92,6 +101,7 @@ ValueParts::ValueParts(ToggleCounter& toggles, std::uint32_t width, std::uint64_
       now_(AllUnknown(width)),
       part_(PartOf(now_)) {}
 
+/// 0 for a value that finds no room any more.
 std::size_t ValueParts::PartOf(const std::vector<ValueWord>& value) {
   std::string key = ValueKey(value);
   const auto known = places_.find(key);
@@ -113,6 +123,7 @@ void ValueParts::Cut() {
 }
 
 void ValueParts::Value(const std::vector<ValueWord>& value) {
+  // Given again, but the same.
   if (value == now_) return;
   Cut();
   now_ = value;
@@ -126,9 +137,11 @@ void ValueParts::Pause() {
   part_ = PartOf(now_);
 }
 
+/// Parts are ranked by time, and listed by value.
 ValueSplit ValueParts::Finish(ModuleTree tree, std::uint64_t mostValues) {
   Cut();
   ValueSplit split;
+  // kOthers is the first part, for values that had no room.
   ValueSplit::Part others = std::move(parts_[kOthers]);
   split.others = others.observed > 0 ? 1 : 0;
   parts_.erase(parts_.begin());
@@ -136,6 +149,7 @@ ValueSplit ValueParts::Finish(ModuleTree tree, std::uint64_t mostValues) {
     return one.observed > other.observed;
   });
   for (ValueSplit::Part& part : parts_) {
+    // AllUnknown has a part from the start, which may never have held.
     if (part.observed == 0) continue;
     if (split.parts.size() < mostValues) {
       split.parts.push_back(std::move(part));
@@ -153,16 +167,17 @@ ValueSplit ValueParts::Finish(ModuleTree tree, std::uint64_t mostValues) {
   return split;
 }
 
-/// The end of the grain that a time lies in.
+/// The end of the grain that a time lies in. Rounded up to a whole grain.
 std::uint64_t PeakSearch::GrainEnd(std::uint64_t ticks) const {
   const Wide end = (Wide{ticks} + grain_ - 1) / grain_ * grain_;
   return end > UINT64_MAX ? UINT64_MAX : static_cast<std::uint64_t>(end);
 }
 
-/// Takes the toggles of a step into the stretch that ends with it.
+/// Takes the toggles of a step into the stretch that ends with it. Nothing toggled: no step.
 void PeakSearch::EndStep(std::uint64_t ticks) {
   const std::uint64_t toggles = std::exchange(toggles_.Sums().front(), 0);
   if (toggles == 0) return;
+  // Steps of one grain are one.
   const std::uint64_t now = GrainEnd(ticks);
   if (!steps_.empty() && steps_.back().ticks == now) {
     steps_.back().toggles += toggles;
@@ -170,9 +185,12 @@ void PeakSearch::EndStep(std::uint64_t ticks) {
     steps_.push_back({now, toggles});
   }
   sum_ += toggles;
+  // Whole grains only, so that both ends are rounded alike.
   const std::uint64_t length = length_ - length_ % grain_;
+  // What is too long ago leaves the sum.
   while (now - steps_[first_].ticks >= length) sum_ -= steps_[first_++].toggles;
   if (sum_ > best_.toggles) best_ = {now - std::min(now, length), now, sum_, grain_};
+  // From time to time the steps that left are thrown away.
   if (first_ > steps_.size() / 2) {
     steps_.erase(steps_.begin(), steps_.begin() + static_cast<std::ptrdiff_t>(first_));
     first_ = 0;

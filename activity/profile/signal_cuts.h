@@ -23,6 +23,8 @@ namespace orsa::kesncd {
 ///
 ///   void Value(const std::vector<ValueWord>& value)   one that was given, changed or not
 ///   void Pause()                                      observation ends; no value goes on
+/// Values of a step are told before the stamp that ends it moves time, so that a listener that cuts
+/// at it takes exactly what toggled up to then.
 template <class Listener>
 class SignalWatch {
  public:
@@ -31,6 +33,7 @@ class SignalWatch {
         listener_(listener),
         codeId_(codeId),
         width_(width),
+        // In words of 64 bits, as ReadVectorValue fills them.
         value_((width + 63) / 64) {}
 
   void Scalar(std::uint32_t codeId, char value) {
@@ -57,9 +60,11 @@ class SignalWatch {
   void SectionEnd() {}
   bool IsDone() const { return false; }
 
+  /// The last step of the dump ends too.
   void Finish() { EndStep(); }
 
  private:
+  /// Later values of a step replace earlier ones.
   void Note(std::string_view value) {
     if (!toggles_.time().isObserving) return;
     ReadVectorValue(value, width_, value_.data());
@@ -79,18 +84,21 @@ class SignalWatch {
 };
 
 /// Listens to a clock: a row for each rising edge, which ends at it. Calling order: construct, the
-/// calls of SignalWatch, Finish.
+/// calls of SignalWatch, Finish. A profile of clock cycles: windows whose edges are the clock's.
 class ClockRows {
  public:
   ClockRows(ToggleCounter& toggles, std::string dump, std::uint64_t mostCells)
       : toggles_(toggles), rows_(std::move(dump), toggles.Sums().size(), mostCells) {}
 
+  /// Cuts at 0 to 1; x and z are passed over, so 0 x 1 is an edge too.
   void Value(const std::vector<ValueWord>& value);
+  /// After a pause the level has to become known anew.
   void Pause() { known_ = kNone; }
 
   Profile Finish(ModuleTree tree);
 
  private:
+  // No known value.
   static constexpr unsigned kNone = 2;
 
   void Cut(std::uint64_t ticks);
@@ -102,7 +110,8 @@ class ClockRows {
   std::vector<std::uint64_t> unobserved_;  // ticks up to there
 };
 
-/// Listens to a signal and splits what is counted by its values. Calling order as of ClockRows.
+/// Listens to a signal and splits what is counted by its values. Calling order as of ClockRows. For
+/// each value the time that it held and what toggled meanwhile. At most 4096 values are kept apart.
 class ValueParts {
  public:
   ValueParts(ToggleCounter& toggles, std::uint32_t width, std::uint64_t mostCells);
@@ -116,6 +125,7 @@ class ValueParts {
  private:
   static constexpr std::size_t kOthers = 0;  // the part of values that are not kept apart
 
+  /// What toggled since the last cut belongs to the value that held until now.
   void Cut();
   std::size_t PartOf(const std::vector<ValueWord>& value);
 
@@ -131,7 +141,8 @@ class ValueParts {
 
 /// A taker of ReadBody in front of a ToggleCounter of one module that looks for the stretch of a
 /// length in which it toggles most: at every step, so exactly, unless a stretch holds more steps
-/// than there is room for. Calling order: construct, ReadBody, Finish.
+/// than there is room for. Calling order: construct, ReadBody, Finish. Two pointers over the steps:
+/// one at the step that ends, one at the first that is still within the length.
 class PeakSearch {
  public:
   /// `length` is in ticks, not 0.
@@ -153,6 +164,7 @@ class PeakSearch {
   Peak Finish();
 
  private:
+  // A step, or a grain of several, and what toggled in it.
   struct Step {
     std::uint64_t ticks;
     std::uint64_t toggles;
@@ -165,9 +177,11 @@ class PeakSearch {
   ToggleCounter& toggles_;
   const std::uint64_t length_;
   const std::size_t mostSteps_;
+  // Ticks to which steps are rounded: 1 as long as there is room.
   std::uint64_t grain_ = 1;
   std::vector<Step> steps_;  // those in the stretch from `first_` on; those before left it
   std::size_t first_ = 0;
+  // Toggles of the steps from first_ on.
   std::uint64_t sum_ = 0;
   Peak best_;
 };

@@ -9,6 +9,8 @@ namespace orsa::kesncd {
 
 /// Windows of span / parts ticks each, which need be no whole number. Toggles happen at whole
 /// ticks, so edges rounded down have the same toggles between them as those that are not rounded.
+/// For 10 ticks in 4 parts edges are 0, 2, 5, 7 and 10 (2.5 and 7.5 rounded down). Products need
+/// 128 bits.
 struct TimeGrid {
   __extension__ using Wide = unsigned __int128;
 

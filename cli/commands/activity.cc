@@ -1,4 +1,10 @@
 // kesncd activity: for every bit of a dump how long it was 0, 1, x and z and how often it toggled.
+//
+// What happens, in order: the options are checked (CheckExactOptions), the places of inputs and
+// outputs compared (CheckExactPlaces), the dump or database read once (ReadExactRun), the clock's
+// factor found (ClockCheck), and the figures written in the format that was asked for (WriteExact).
+// A database of a dump (-o x.kact) and a part of one (--part 3/16) take a short way: they hold all
+// figures and know no selection, scale or estimator option.
 #include <charconv>
 #include <memory>
 #include <utility>
@@ -36,10 +42,14 @@ constexpr char kActivityHelp[] =
     "microsecond, toggle_rate all of them, high the share of time at 1. Of signals and modules\n"
     "the first are sums, the last means of a bit.\n";
 
+/// Reads the figures, with the clocks watched where `clocks` is given: only a reading of the dump
+/// itself sees when a clock toggles, and it has to know the codes before it starts on the body.
 StoredRun Count(const ExactOptions& options, ClockCheck* clocks) {
   ExactInput input;
   input.input = options.input;
   input.window = options.window;
+  // A database answers `flat`, `tree` and `find` as well as exact commands, so it gets both kinds
+  // of figures from the one reading.
   input.wantsHost = options.format == ExactFormat::Db;
   if (clocks != nullptr) {
     input.watch = [&](const Declarations& declarations) {
@@ -49,19 +59,23 @@ StoredRun Count(const ExactOptions& options, ClockCheck* clocks) {
   return ReadExactRun(input);
 }
 
-/// Rates that are missing in every row want a reason.
+/// Rates that are missing in every row want a reason. The two causes need different advice: a
+/// missing time scale can be supplied, a dump that ends where it begins has nothing to measure.
 void SayWhyNoRates(const ExactRun& run) {
   if (!run.result.tick) {
     Remark(run.dump,
            "it has no time scale, so no rate is known; kesncd prepare --timescale gives one");
   } else if (run.result.observedTicks == 0 && run.result.notes.hasStamps) {
+    // A dump without stamps has had its own remark from the reading.
     Remark(run.dump, "no time was observed, so no rate is known");
   }
 }
 
-/// With the factor of the design's clock, if there is one.
+/// With the factor of the design's clock, if there is one. All times and rates of the run are then
+/// to be multiplied and divided by `scale`; the figures themselves stay in the dump's ticks.
 ExactRun CountScaled(const ExactOptions& options) {
   const bool hasClocks = !options.clock.clock.empty() || !options.clock.sdc.empty();
+  // Opened only to tell a database from a dump; the reading below opens it again.
   if (hasClocks && OpenDatabase(options.input, options.window)) {
     throw Failure(FailureKind::Unusable,
                   NameOf(options.input) +
@@ -72,29 +86,40 @@ ExactRun CountScaled(const ExactOptions& options) {
   StoredRun stored = Count(options, hasClocks ? &clocks : nullptr);
   ExactRun run;
   run.dump = NameOf(options.input);
+  // What the dump was called when it was counted, which a database remembers: a result made from
+  // the database is then the same as one made from the dump.
   run.origin = std::move(stored.facts.dump);
   run.result = std::move(stored.exact);
+  // SAIF and Tcl without a time scale are an error of their own, so only rows need the remark.
   if (options.HasRows()) SayWhyNoRates(run);
   run.scale = clocks.ScaleOf(run.result, run.dump);
   return run;
 }
 
-/// "3/16"
+/// "3/16" The choice that a text such as "3/16" means: users count parts from 1, PartChoice from 0.
+/// Throws Failure with Unusable for "0/4", "5/4", "3/", "3/16 " and the like.
 PartChoice PartOf(const std::string& text) {
   PartChoice choice;
   const char* const end = text.data() + text.size();
+  // from_chars reads no sign, no blank and no number beyond 32 bits, so each of these is refused
+  // without a rule of its own.
   const auto number = std::from_chars(text.data(), end, choice.first);
   const bool isFirst = number.ec == std::errc() && number.ptr != end && *number.ptr == '/';
   const auto count = isFirst ? std::from_chars(number.ptr + 1, end, choice.parts) : number;
+  // More parts than that are no job list but a slip of the keyboard; a part's edges cost a search
+  // in the dump each.
   constexpr std::uint32_t kMostParts = 65536;
   if (!isFirst || count.ec != std::errc() || count.ptr != end || choice.first == 0 ||
       choice.first > choice.parts || choice.parts > kMostParts) {
     throw Failure(FailureKind::Unusable, text + " is no part such as 3/16");
   }
+  // One part only; a merge makes longer stretches where two parts have to be read as one.
   choice.last = --choice.first;
   return choice;
 }
 
+/// A part carries what adding up needs (first values, open excursions), which no other format has
+/// room for, and its edges are stretches of the file, which a window in time would cut across.
 void CheckPart(const ExactOptions& options) {
   if (!options.part) return;
   if (options.format != ExactFormat::Db) {
@@ -107,6 +132,7 @@ void CheckPart(const ExactOptions& options) {
 }
 
 ExitStatus RunActivity(const ExactOptions& options) {
+  // Before the reading, which may take long: an output that is an input would end it.
   CheckExactPlaces({options.input.dump, options.clock.sdc}, options);
   if (options.part) {
     WriteDatabaseFile(ReadPart(options.input, *options.part), options.output.path);
@@ -119,7 +145,11 @@ ExitStatus RunActivity(const ExactOptions& options) {
   return WriteExact(CountScaled(options), options);
 }
 
+/// --part is taken apart while the line is parsed, so that a wrong one is refused before anything
+/// is opened.
 void AddPartOption(Command& command, ExactOptions& options) {
+  // AddText wants a target; what is taken goes to `options.part` instead, so nothing ever writes to
+  // this one after the function has returned.
   std::string unused;
   command
       .AddText("--part", "K/N", unused,

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
-#include "cli/input/reading_threads.h"
+#include "cli/input/dump_check.h"
 #include "free_format/findings/dump_findings.h"
 #include "names/scope_search.h"
 #include "text/number.h"
@@ -179,9 +179,7 @@ ExitStatus RunCheck(const CheckChoices& options) {
   CheckOutputs({options.input.dump}, {options.output.path});
   const std::string name = NameOf(options.input);
   UnpackedSource dump = OpenDump(options.input);
-  (void)UseThreads(options.input, dump);  // a plain file is looked through in one
-  DumpCheck check = CheckDump(*dump.bytes, name, dump.packing);
-  dump.bytes.reset();
+  DumpCheck check = CheckDumpOf(options.input, dump);
   if (dump.change != nullptr) AddChange(*dump.change, check.findings);
   const TopNames tops = TopNamesOf(check.declarations);
   ResultOutput result(options.output, {CheckFacts(name, check, tops),

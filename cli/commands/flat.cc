@@ -1,4 +1,9 @@
 // kesncd flat: the toggle frequencies of one module.
+//
+// The library's classic result, for a power estimator that knows one module's nets: every signal of
+// the module with its frequency by the hosts' counting rule, buses bit by bit ("data_0"). Three
+// ways lead there: counting directly (usual), the library's line reader on the untouched dump
+// (--as-is), and the library's grammar reader (--reader grammar). All write through FlatRows.
 #include <memory>
 #include <optional>
 #include <set>
@@ -17,18 +22,24 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+/// Lines: counted directly, or by the library's line reader under --as-is. Grammar: by the
+/// library's second reader, which keeps names as they are declared.
 enum class Reader { Lines, Grammar };
 
 struct FlatOptions {
   FigureOptions figures;
+  // The module; empty: the outermost that declares variables.
   std::string top;
+  // --signal, as often as given.
   std::vector<std::string> signals;
+  // File of further ones.
   std::string signalsFrom;
   Reader reader = Reader::Lines;
   std::optional<std::string> activity;  // empty: beside the dump
   SelectionOptions selection;
   OutputOptions output;
 
+  // The whole list is read when it is needed, not while the line is parsed.
   bool IsSelective() const { return !signals.empty() || !signalsFrom.empty(); }
   std::vector<std::string> Selected() const {
     std::vector<std::string> names = signals;
@@ -54,16 +65,18 @@ constexpr char kFlatHelp[] =
     "the library read. Under --as-is --signal selects as a host does: names with an index are\n"
     "always taken.\n";
 
+/// The columns of all three ways, so that scripts need not know which was taken.
 ResultHead FlatHead(Facts facts) {
   return {std::move(facts), "signals", {"signal", "freq_mhz"}};
 }
 
-/// The rows of a module that the user wants.
+/// The rows of a module that the user wants. Calling order: Add for each signal, then Finish.
 class FlatRows {
  public:
   FlatRows(const SelectionOptions& options, std::string module, ResultOutput& out)
       : module_(std::move(module)), filter_(options.match), selected_(options, out) {}
 
+  /// `frequency` may be a cell of which nothing is known; such rows are sorted last.
   void Add(const std::string& name, const Cell& frequency) {
     if (!filter_.Takes(module_, name)) return;
     const double* const known = ValueIn(frequency);
@@ -78,24 +91,30 @@ class FlatRows {
   SelectedRows selected_;
 };
 
+/// Ends the result. An empty one is written all the same (CSV has its heading), with a message and
+/// status 1.
 ExitStatus EndFlat(const std::string& dump, const std::string& top, ResultOutput& out) {
   if (out.rows() == 0) Say(dump, "no signal of " + top + " was selected");
   out.End();
   return out.rows() == 0 ? ExitStatus::NothingMatched : ExitStatus::Done;
 }
 
-/// Writes the signals of a module as they are declared.
+/// Writes the signals of a module as they are declared. Not bit by bit and not under design-style
+/// names: hosts read this file by the dump's own names.
 void SaveActivity(const Figures& figures, std::uint32_t scope, const FlatOptions& options) {
   const Declarations& declarations = figures.run.declarations;
   ActivityText text(declarations.scopes[scope].name);
   for (const std::uint32_t index : declarations.scopes[scope].variables) {
     const Cell frequency = figures.FrequencyOf(declarations.variables[index]);
+    // The file has no word for "unknown"; hosts write 0 there.
     const double* const known = std::get_if<double>(&frequency);
     text.Add(declarations.variables[index].name, known == nullptr ? 0.0 : *known);
   }
   text.Save(ActivityPath(*options.activity, options.figures.input.dump));
 }
 
+/// Counts the dump directly. Names that the module does not have are said, each, since a misspelt
+/// --signal would otherwise look like a signal that was left out.
 ExitStatus FlatDirectly(const FlatOptions& options) {
   const std::vector<std::string> selected = options.Selected();
   const Figures figures = ReadFigures(options.figures);
@@ -103,14 +122,18 @@ ExitStatus FlatDirectly(const FlatOptions& options) {
   const std::uint32_t scope = ChosenScope(figures, options.top);
   const std::string top = ScopeName(declarations, scope);
   SayProposedTop(figures, options.top, scope);
+  // Without a choice all signals of the module; the map then has nothing missing.
   const FlatMap map =
       options.IsSelective() ? FlatMap(declarations, scope, selected) : FlatMap(declarations, scope);
   for (const std::string& name : map.Missing()) {
     Remark(figures.dump, std::string(top).append(" has no signal ").append(name));
   }
+  // A hostile range stands for more names than memory holds; refused before the walk, in a host's
+  // own words.
   if (map.RangeNames() > kMostFlatNames) {
     throw Failure(FailureKind::Unusable, figures.dump + ": ERROR: Too many bus bits.");
   }
+  // Before the rows: if the file cannot be written, no result claims that the run went well.
   if (options.activity) SaveActivity(figures, scope, options);
   ResultOutput out(options.output, FlatHead(RunFacts(figures, declarations.PathOf(scope))));
   FlatRows rows(options.selection, declarations.PathOf(scope), out);
@@ -121,6 +144,7 @@ ExitStatus FlatDirectly(const FlatOptions& options) {
   return EndFlat(figures.dump, top, out);
 }
 
+/// The same from the library's exported module after a run of its own.
 void SaveHostActivity(const FlatOptions& options) {
   using orsa::kesncd::topMod;
   ActivityText text(topMod.GetName());
@@ -130,8 +154,11 @@ void SaveHostActivity(const FlatOptions& options) {
   text.Save(ActivityPath(*options.activity, options.figures.input.dump));
 }
 
+/// The library's flat run on the untouched dump, with whatever its line reader makes of it. Its
+/// selection takes names with an index always, which the help says.
 ExitStatus FlatAsHost(const FlatOptions& options) {
   DumpInput input(options.figures.input);
+  // A host has to name a module, so --as-is proposes one as the direct way does.
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   if (options.top.empty()) {
     Remark(input.name(), "top module is " + top + "; --top chooses another");
@@ -151,13 +178,18 @@ ExitStatus FlatAsHost(const FlatOptions& options) {
   return EndFlat(input.name(), top, out);
 }
 
-/// The grammar reader knows no selection and keeps names as they are declared.
+/// The grammar reader knows no selection and keeps names as they are declared. Prepared unless
+/// --as-is: the grammar takes only little of what simulators write. Frequencies come from topMod in
+/// declaration order, a bus as one signal.
 ExitStatus RunGrammar(const FlatOptions& options) {
   const InputOptions& dump = options.figures.input;
+  // All that needs the result happens in the closure, inside the child process that holds topMod;
+  // see RunGrammarReader.
   DumpInput input(dump, dump.asIs ? Passing::AsIs : Passing::Prepared);
   const std::string top = options.top.empty() ? input.ProposedTop() : options.top;
   return RunGrammarReader(input, top, [&] {
     using orsa::kesncd::topMod;
+    // The reader itself does not fail at a module that is not there.
     if (orsa::kesncd::isTopModNameEverMatched == 0) {
       throw RunFailure(input, "the top module " + top + " is not in it");
     }
@@ -174,6 +206,8 @@ ExitStatus RunGrammar(const FlatOptions& options) {
 }
 
 /// Before a run that may take long: an output must not end the input, or a file of the user's.
+/// --activity without a FILE goes beside the dump, whose name a user may have other plans for: what
+/// is there and is no activity file is left alone.
 void CheckFlatPlaces(const FlatOptions& options) {
   std::vector<std::string> outputs{options.output.path};
   if (options.activity) {
@@ -189,6 +223,7 @@ ExitStatus RunFlat(const FlatOptions& options) {
   return options.figures.input.asIs ? FlatAsHost(options) : FlatDirectly(options);
 }
 
+/// What the grammar reader cannot do is refused, not ignored.
 void CheckFlatOptions(const FlatOptions& options) {
   CheckFigureOptions(options.figures);
   if (options.reader != Reader::Grammar) return;

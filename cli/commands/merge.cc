@@ -1,4 +1,9 @@
 // kesncd merge: the activity of several dumps of one design, summed.
+//
+// Two operations that share their files but not their sense. Runs of different stimuli are summed
+// by path: times add up, rates become means weighted by time. Parts of one dump (kesncd activity
+// --part K/N) are put together again to exactly what one reading of the dump gives. The first file
+// tells which of the two is meant.
 #include <algorithm>
 #include <memory>
 #include <utility>
@@ -17,9 +22,12 @@ namespace orsa::kesncd::cli {
 namespace {
 
 struct MergeOptions {
+  // Dumps and databases; or parts of one dump, in any order.
   std::vector<std::string> runs;
+  // Where the parts' dump is now; empty: where it was counted.
   std::string dump;
   bool byRun = false;
+  // --scope, --per, --format, ... as in kesncd activity.
   ExactOptions exact;
 };
 
@@ -42,7 +50,11 @@ constexpr char kMergeHelp[] =
     "\n"
     "Parts of one dump, from kesncd activity --part, add up to what one reading of it gives.\n";
 
+/// One remark a run that lacks names which others have: a test that was compiled with another
+/// configuration looks like this. Not an error, since such names keep the time of the runs that
+/// have them.
 void SayLacking(const RunMerger& merger) {
+  // Of a regression with thousands of runs a screenful is enough.
   constexpr std::size_t kMostTold = 20;
   const std::vector<LackingRun> lacking = merger.Lacking();
   for (std::size_t i = 0; i < std::min(lacking.size(), kMostTold); ++i) {
@@ -54,6 +66,10 @@ void SayLacking(const RunMerger& merger) {
   Remark("", std::to_string(lacking.size() - kMostTold) + " further runs lack signals");
 }
 
+/// Rows of modules, each with the run in which it toggles most and the mean over all:
+///
+///   path    run       toggle_rate  mean_toggle_rate
+///   tb/soc  dma.kact          812               310
 ExitStatus WriteByRun(const RunMerger& merger, const ExactRun& run, const MergeOptions& options) {
   const ActivityResult& sum = run.result;
   const std::vector<ActivitySums> sums = ActivityRows(sum).ModuleSums();
@@ -63,10 +79,13 @@ ExitStatus WriteByRun(const RunMerger& merger, const ExactRun& run, const MergeO
   ResultOutput out(options.exact.output, head);
   SelectedRows rows(options.exact.selection, out);
   const PathFilter filter(options.exact.selection.match);
+  // Toggles a tick and bit to toggles a microsecond and bit: there are 1e9 fs in one.
   const double perTick = sum.tick ? 1e9 / static_cast<double>(*sum.tick) : 0;
+  // From 1: scope 0 is the whole dump and no module.
   for (std::uint32_t scope = 1; scope < sums.size(); ++scope) {
     const BusiestRun& busiest = merger.busiest()[scope];
     const DumpScope& module = sum.declarations.scopes[scope];
+    // No bits in any run, so there is nothing to compare.
     if (busiest.togglesPerTick < 0) continue;
     if (!filter.Takes(sum.declarations.PathOf(module.parent), module.name)) continue;
     const std::string path = sum.declarations.PathOf(scope);
@@ -81,8 +100,11 @@ ExitStatus WriteByRun(const RunMerger& merger, const ExactRun& run, const MergeO
   return out.rows() > 0 ? ExitStatus::Done : ExitStatus::NothingMatched;
 }
 
+/// Adds the runs one by one: memory is that of the sum and of one run, not of all. `merger` stays
+/// the caller's, who asks it for the busiest runs afterwards.
 StoredRun AddRuns(const MergeOptions& options, RunMerger& merger) {
   StoredRun merged;
+  // Counted up below: a merged database that is merged again brings all of its runs.
   merged.facts.runs = 0;
   for (const std::string& path : options.runs) {
     ExactInput input;
@@ -91,6 +113,7 @@ StoredRun AddRuns(const MergeOptions& options, RunMerger& merger) {
     StoredRun run = ReadExactRun(input);
     merged.facts.runs += run.facts.runs;
     try {
+      // The merger knows no files; what it refuses needs the name of the run that it refused.
       merger.Add(std::move(run.exact), NameOf(input.input));
     } catch (const Failure& failure) {
       throw Failure(failure.kind(), NameOf(input.input) + ": " + failure.what());
@@ -98,15 +121,18 @@ StoredRun AddRuns(const MergeOptions& options, RunMerger& merger) {
   }
   SayLacking(merger);
   merged.facts.dump = std::to_string(merged.facts.runs) + " runs";
+  // Hosts count value changes of one dump; a sum of them belongs to no dump.
   merged.facts.program = KESNCD_VERSION;
   merged.facts.hasHost = false;
   merged.exact = merger.Finish();
+  // Sums of dumps that declare only reals and events, say.
   if (merged.exact.declarations.variables.empty()) {
     throw Failure(FailureKind::Unusable, "the runs have no signal with bits");
   }
   return merged;
 }
 
+/// Which of the two operations it is, is told by the first file before anything is read.
 ExitStatus RunMerge(const MergeOptions& options) {
   std::vector<std::string> inputs = options.runs;
   inputs.push_back(options.dump);
@@ -116,14 +142,17 @@ ExitStatus RunMerge(const MergeOptions& options) {
   if (areParts && options.byRun) {
     throw Failure(FailureKind::Unusable, "--by-run: these are parts of one run");
   }
+  // A dump has no place in a sum of runs; ignoring the option would hide a mistake.
   if (!areParts && !options.dump.empty()) {
     throw Failure(FailureKind::Unusable, "--dump is for parts of a dump");
   }
+  // Afterwards `merger` still knows the runs and, of each module, the busiest one: see WriteByRun.
   StoredRun merged = areParts ? AddParts(options.runs, options.dump) : AddRuns(options, merger);
   if (options.exact.format == ExactFormat::Db) {
     WriteDatabaseFile(merged, options.exact.output.path);
     return ExitStatus::Done;
   }
+  // Results call the sum "3 runs", there being no dump to name.
   ExactRun run;
   run.dump = run.origin = merged.facts.dump;
   run.result = std::move(merged.exact);
@@ -131,12 +160,14 @@ ExitStatus RunMerge(const MergeOptions& options) {
                        : WriteExact(std::move(run), options.exact);
 }
 
+/// `options.exact.format` is set by this, so RunMerge may rely on it.
 void CheckMergeOptions(MergeOptions& options) {
   if (options.runs.empty()) throw Failure(FailureKind::Unusable, "no runs to merge");
   if (std::count(options.runs.begin(), options.runs.end(), "-") > 1) {
     throw Failure(FailureKind::Unusable, "standard input can be one run only");
   }
   CheckExactOptions(options.exact);
+  // It has columns of its own, so all that shapes other rows or files is refused.
   const bool isRows = options.exact.HasRows() && options.exact.netlist.empty();
   if (options.byRun && (!isRows || !options.exact.scope.empty())) {
     throw Failure(FailureKind::Unusable, "--by-run has rows of its own: --format table, csv, json");

@@ -50,6 +50,8 @@ constexpr std::uint64_t kParts = 200;
 constexpr std::uint64_t kValues = 64;
 constexpr std::uint64_t kLimit = 10;
 
+/// The five ways to cut time exclude each other, and some options belong to one of them only: an
+/// option without effect would hide a mistake.
 void CheckProfileOptions(const ProfileChoices& options) {
   const auto refuse = [](bool isWrong, const std::string& why) {
     if (isWrong) throw Failure(FailureKind::Unusable, why);
@@ -99,6 +101,7 @@ ExitStatus RunWindows(const ProfileChoices& options) {
   return WriteProfile(run, subject, options.output);
 }
 
+/// A row a cycle: rows end at the clock's rising edges, so the span need not be known before.
 ExitStatus RunClock(const ProfileChoices& options) {
   const ProfileRun<Profile> run =
       ReadProfile(options.input, ProfileCounting(options), {}, CountClockProfile);
@@ -115,6 +118,7 @@ auto ReadOnce(const ProfileChoices& options, const ProfileOptions& counting, Cou
   return run;
 }
 
+/// A row a value of the signal, for "how much does it switch while busy is 1?".
 ExitStatus RunValues(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
@@ -138,6 +142,8 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices&
   return CountActivity(*bytes.bytes, again);
 }
 
+/// Two readings of a file: the first finds the stretch, the second counts what toggles in it. Of a
+/// pipe there is only the first.
 ExitStatus RunPeak(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;

@@ -6,6 +6,7 @@
 #include "cli/commands/commands.h"
 #include "cli/exact_figures/profile_reading.h"
 #include "cli/exact_figures/report_clocks.h"
+#include "cli/input/dump_check.h"
 #include "cli/input/netlist_input.h"
 #include "cli/output/path_ending.h"
 #include "export/netlist_pins.h"
@@ -42,6 +43,8 @@ struct ReportChoices {
   std::string output;
 };
 
+/// In the page's three words. What gives wrong figures only under some readers is a warning; what
+/// leaves figures right is a note.
 ReportFacts::Finding FindingOf(const Finding& finding) {
   const FindingText& text = TextOf(finding.kind);
   std::string severity = "note";
@@ -56,7 +59,7 @@ void CheckDumpFor(const ReportChoices& options, ReportFacts& facts,
                   std::optional<std::uint64_t>& last) {
   if (!CanReadTwice(options.input)) return;
   UnpackedSource dump = OpenDump(options.input);
-  const DumpCheck check = CheckDump(*dump.bytes, NameOf(options.input), dump.packing);
+  const DumpCheck check = CheckDumpOf(options.input, dump);
   facts.findings.emplace();
   for (const Finding& finding : check.findings) {
     if (TextOf(finding.kind).concerns != Concerns::GrammarReader) {
@@ -66,10 +69,13 @@ void CheckDumpFor(const ReportChoices& options, ReportFacts& facts,
   last = check.body.lastTick;
 }
 
+/// Without folders: a report is passed on, and where its dump was is nobody's business.
 std::string FileName(const std::string& path) {
   return std::filesystem::path(path).filename().string();
 }
 
+/// How many pins of the netlist's cells the dump reaches; nothing where no netlist is given. Throws
+/// as NetlistPins does.
 void AddReached(const ReportChoices& options, const ActivityResult& result, ReportFacts& facts) {
   if (options.netlist.empty()) return;
   const Netlist netlist = ReadNetlistOf(options.netlist);

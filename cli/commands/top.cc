@@ -1,4 +1,9 @@
 // kesncd top: the module that a dump's header proposes.
+//
+// A host that has to name a top module before it reads a dump asks the library's header probe. This
+// shows what the probe says, for one line of a script: kesncd flat x.vcd --top "$(kesncd top
+// x.vcd)". It is not what the other commands take without --top: they read all declarations and
+// take the outermost module that has variables.
 #include <cstdio>
 #include <memory>
 #include <new>
@@ -23,7 +28,9 @@ constexpr char kTopHelp[] =
     "encloses the first declaration. Runs without --top take the outermost module that declares\n"
     "signals.\n";
 
-/// A stream over bytes that may come from anywhere.
+/// A stream over bytes that may come from anywhere. The probe reads a FILE*, as hosts have it,
+/// while a dump may come unpacked or through a pipe. It is closed with the object; the source stays
+/// the caller's and must outlive it. Throws std::bad_alloc where there is no memory for a stream.
 class ByteStream {
  public:
   explicit ByteStream(ByteSource& source) {
@@ -40,12 +47,15 @@ class ByteStream {
   File file_;
 };
 
+/// The probe stops at the first declaration in a module, so that of a pipe little is taken.
 ExitStatus RunTop(const InputOptions& options) {
   const std::string name = NameOf(options);
   const UnpackedSource dump = OpenDump(options);
   const std::string top = ProbeTopModule(ByteStream(*dump.bytes).get());
+  // Not an input error: a dump may declare scopes of other kinds than modules only.
   if (top.empty()) throw Failure(FailureKind::NothingMatched, name + ": no module to propose");
   OutputFile out("");
+  // One bare line and no --format: the output is made for $(...).
   out.Write(top + "\n");
   out.Commit();
   return ExitStatus::Done;

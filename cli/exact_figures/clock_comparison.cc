@@ -13,8 +13,11 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// A tenth of the report's frequency: achieved frequencies of a report and rounded periods of a test
+// bench differ by less.
 constexpr double kTolerance = 0.1;
 
+/// Six significant digits: "33.3333 MHz".
 std::string Megahertz(double frequency) {
   constexpr int kDigits = 6;
   std::array<char, 32> text{};
@@ -25,15 +28,18 @@ std::string Megahertz(double frequency) {
 
 }  // namespace
 
+/// All names in one walk over the declarations.
 std::map<std::string, double> ClocksInDump(const Figures& figures, std::uint32_t top,
                                            const std::map<std::string, double>& clocks) {
   std::vector<std::string> names;
   names.reserve(clocks.size());
+  // The report's frequencies do not matter for finding.
   for (const auto& [name, promised] : clocks) names.push_back(name);
   const SignalSearch search(figures.run.declarations, top, true, names);
   std::map<std::string, double> found;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const SignalAnswer& answer = search.Answer(i);
+    // Not declared at or below `top`: extract's clock may be another module's.
     if (answer.variables.empty()) continue;
     const Cell frequency =
         figures.FrequencyOf(figures.run.declarations.variables[answer.variables.front()]);
@@ -44,10 +50,12 @@ std::map<std::string, double> ClocksInDump(const Figures& figures, std::uint32_t
   return found;
 }
 
+/// Only what differs is said: a user reads what a remark is about.
 void SayWrongClocks(const std::string& dump, const std::map<std::string, double>& clocks,
                     const std::map<std::string, double>& inDump) {
   for (const auto& [name, promised] : clocks) {
     const auto found = inDump.find(name);
+    // The library marks what a report does not say by a frequency below 0.
     if (found == inDump.end() || promised < 0) continue;
     if (std::abs(found->second - promised) <= kTolerance * promised) continue;
     Remark(dump, "clock " + name + " runs at " + Megahertz(found->second) + " here, but at " +

@@ -1,5 +1,8 @@
 // The clocks of a timing report against what ran in a simulation. A clock period in the test bench
 // that is not the design's is the usual cause of wrong power.
+//
+// Used by `clocks --dump`, `extract` and its like, whose figures are those of hosts. (Exact
+// commands compare periods by single edges: see clock_scale.h and report_clocks.h.)
 #ifndef KESNCD_CLI_EXACT_FIGURES_CLOCK_COMPARISON_H_
 #define KESNCD_CLI_EXACT_FIGURES_CLOCK_COMPARISON_H_
 
@@ -12,12 +15,17 @@
 namespace orsa::kesncd::cli {
 
 /// The frequencies that a dump's signals of these names have, by name; names that the scope `top`
-/// and those below it do not hold are left out.
+/// and those below it do not hold are left out. MHz. The keys of `clocks` are the names, searched
+/// as `kesncd find` does; of an ambiguous one the outermost signal counts. What is not known is
+/// left out.
 std::map<std::string, double> ClocksInDump(const Figures& figures, std::uint32_t top,
                                            const std::map<std::string, double>& clocks);
 
 /// Says of each clock whose frequency in the dump, by name in `inDump`, is more than a tenth off
-/// the report's what it is. Without a time span of the dump there is nothing to compare.
+/// the report's what it is. Without a time span of the dump there is nothing to compare. `clocks`
+/// and `inDump` hold MHz. A remark each:
+///
+///   kesncd: sim.vcd: clock clk runs at 50 MHz here, but at 100 MHz in the timing report: ...
 void SayWrongClocks(const std::string& dump, const std::map<std::string, double>& clocks,
                     const std::map<std::string, double>& inDump);
 

@@ -16,25 +16,34 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// Products of a time in ticks, a tick in femtoseconds and a number of edges do not fit 64 bits.
 __extension__ using Wide = unsigned __int128;
 
 /// A period in the dump as a quotient of femtoseconds: twice the time between a clock's first and
-/// last edge by the number of edges after the first.
+/// last edge by the number of edges after the first. Twice the time, so that both numbers are
+/// whole.
 struct Period {
   Wide time = 0;
+  // Half periods, as a clock toggles twice in each. 0: unknown.
   std::uint64_t halves = 0;
 
   bool IsKnown() const { return halves > 0; }
   double Femtoseconds() const { return static_cast<double>(time) / static_cast<double>(halves); }
 };
 
+/// From the first edge to the last, not over the dump's whole time: a clock that starts late, or
+/// stops, still has its period. Fewer than two toggles have no period.
 Period MeasuredPeriod(const ToggleSpan& span, const ActivityResult& result) {
   if (!result.tick || span.toggles < 2) return {};
+  // Of 5 toggles the 4 half periods between them.
   return {2 * Wide{span.last - span.first} * *result.tick, span.toggles - 1};
 }
 
-/// The quotient with both numbers small enough for what is multiplied with them.
+/// The quotient with both numbers small enough for what is multiplied with them. First by their
+/// common divisor, which leaves nothing out; then, where they are still beyond 2^40, by halves,
+/// rounded up so that neither becomes 0.
 void SetQuotient(ClockScale& scale, Wide numerator, Wide denominator) {
+  // Euclid's algorithm.
   Wide divisor = numerator;
   for (Wide rest = denominator; rest != 0;) {
     divisor %= rest;
@@ -42,6 +51,7 @@ void SetQuotient(ClockScale& scale, Wide numerator, Wide denominator) {
   }
   numerator /= divisor;
   denominator /= divisor;
+  // Times of 64 bits are multiplied by them, in 128.
   constexpr Wide kMost = Wide{1} << 40U;
   while (numerator > kMost || denominator > kMost) {
     numerator = (numerator + 1) / 2;
@@ -56,6 +66,7 @@ void SetQuotient(ClockScale& scale, Wide numerator, Wide denominator) {
 DesignClock DesignClockOf(const std::string& text) {
   const std::size_t equals = text.rfind('=');
   DesignClock clock;
+  // "=2ns" has no name.
   if (equals != std::string::npos && equals > 0) {
     clock.name = clock.signal = text.substr(0, equals);
     clock.periodText = text.substr(equals + 1);
@@ -69,6 +80,7 @@ DesignClock DesignClockOf(const std::string& text) {
 }
 
 ClockCheck::ClockCheck(const ClockOptions& options)
+    // FindIn and ScaleOf rely on the order: the clock to scale to comes first.
     : scales_(!options.clock.empty()), sdc_(options.sdc) {
   if (scales_) clocks_.push_back(DesignClockOf(options.clock));
   if (sdc_.empty()) return;
@@ -80,10 +92,12 @@ ClockCheck::ClockCheck(const ClockOptions& options)
 std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
                                               const std::string& dump) {
   std::vector<std::string> names;
+  // All together, in one walk over the declarations.
   for (const DesignClock& clock : clocks_) names.push_back(clock.signal);
   const SignalSearch search(declarations, Declarations::kDump, true, names);
   std::vector<std::uint32_t> codes;
   for (std::size_t i = 0; i < clocks_.size(); ++i) {
+    // From here on, of each clock: is it there, once, with one bit?
     const std::vector<std::uint32_t>& variables = search.Answer(i).variables;
     std::string fault;
     if (variables.empty()) {
@@ -94,12 +108,14 @@ std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
     } else if (declarations.variables[variables.front()].width != 1) {
       fault = names[i] + " is no signal of one bit";
     }
+    // A second clock of a code is not watched twice: places in `codes` are those in `watched`.
     if (fault.empty()) {
       const std::uint32_t codeId = declarations.variables[variables.front()].codeId;
       const auto place = std::find(codes.begin(), codes.end(), codeId);
       found_.push_back({clocks_[i], static_cast<std::size_t>(place - codes.begin())});
       if (place == codes.end()) codes.push_back(codeId);
     } else if (scales_ && i == 0) {
+      // Only the clock of --clock is needed for the result.
       throw Failure(FailureKind::NothingMatched, std::string(dump).append(": ").append(fault));
     } else {
       Remark(dump, std::string(fault).append(", a clock of ").append(sdc_));
@@ -110,6 +126,7 @@ std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
 
 ClockScale ClockCheck::ScaleOf(const ActivityResult& result, const std::string& dump) const {
   ClockScale scale;
+  // FindIn would have thrown had it not found the clock of --clock, so it is the first of found_.
   if (scales_) {
     const Found& found = found_.front();
     const Period period = MeasuredPeriod(result.watched[found.watched], result);
@@ -118,13 +135,17 @@ ClockScale ClockCheck::ScaleOf(const ActivityResult& result, const std::string& 
                     dump + ": " + found.clock.name + " has no period: it " +
                         (result.tick ? "toggles less than twice" : "has no time scale"));
     }
+    // Kept for results, which name the clock and its period.
     scale.clock = found.clock;
+    // The design's period by the dump's: period / (time / halves).
     SetQuotient(scale, Wide{found.clock.period} * period.halves, period.time);
+    // Said always: figures that were scaled must not be taken for the dump's own.
     Remark(dump, found.clock.name + " has a period of " +
                      TimeText(static_cast<std::uint64_t>(std::llround(period.Femtoseconds()))) +
                      " here: all times are multiplied by " + ShortestText(scale.Factor()) +
                      " to make it " + found.clock.periodText);
   }
+  // Those of the constraints, after scaling.
   for (std::size_t i = scales_ ? 1 : 0; i < found_.size(); ++i) {
     Compare(found_[i], scale, result, dump);
   }
@@ -133,18 +154,21 @@ ClockScale ClockCheck::ScaleOf(const ActivityResult& result, const std::string& 
 
 void ClockCheck::Compare(const Found& found, const ClockScale& scale, const ActivityResult& result,
                          const std::string& dump) const {
+  // 1 %: constraints and test benches round periods.
   constexpr double kTolerated = 0.01;
   const Period period = MeasuredPeriod(result.watched[found.watched], result);
   if (!period.IsKnown()) {
     Remark(dump, "clock " + found.clock.name + " of " + sdc_ + " does not run here");
     return;
   }
+  // As it would be with the design's clock.
   const double here = period.Femtoseconds() * scale.Factor();
   const double factor = static_cast<double>(found.clock.period) / here;
   if (std::abs(here - static_cast<double>(found.clock.period)) <=
       kTolerated * static_cast<double>(found.clock.period)) {
     return;
   }
+  // With the option to paste, "--clock clk=2ns".
   Remark(dump, "clock " + found.clock.name + " has a period of " +
                    TimeText(static_cast<std::uint64_t>(std::llround(here))) + " here, but of " +
                    found.clock.periodText + " in " + sdc_ + ", " + RoundedText(factor, 4) +

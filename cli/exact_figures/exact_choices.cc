@@ -18,6 +18,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// The words of --format. Db is last, which FormatOf relies on.
 const std::vector<std::pair<std::string, ExactFormat>>& ExactFormats() {
   static const std::vector<std::pair<std::string, ExactFormat>> kFormats{
       {"table", ExactFormat::Table}, {"csv", ExactFormat::Csv}, {"json", ExactFormat::Json},
@@ -25,14 +26,18 @@ const std::vector<std::pair<std::string, ExactFormat>>& ExactFormats() {
   return kFormats;
 }
 
-/// The format that was asked for, or that the path ends in.
+/// The format that was asked for, or that the path ends in. Settled once, before the reading:
+/// whether a path, a terminal or a packed name suits the format is told at once.
 ExactFormat FormatOf(const ExactOptions& options) {
+  // A database's word is "db", but its files end in ".kact".
   std::vector<std::pair<std::string, ExactFormat>> endings = ExactFormats();
   endings.back().first = "kact";
   const ExactFormat format =
       ChosenFormat(options.asked, options.output.path, endings, ExactFormat::Table);
+  // What is left is about databases only.
   if (format != ExactFormat::Db) return format;
   const std::string& path = options.output.path;
+  // SQLite pages are found by their place in the file, which a packed one would not have.
   if (EndingOf(path).isPacked) {
     throw Failure(FailureKind::Unusable, path + ": a database is not packed");
   }
@@ -55,8 +60,10 @@ void CheckDatabaseOptions(const ExactOptions& options) {
       "for what is made from it");
 }
 
-/// What goes with some formats only is refused with others rather than overlooked.
+/// What goes with some formats only is refused with others rather than overlooked. An option that
+/// is overlooked in silence gives a file that the user takes for another.
 void CheckTogether(const ExactOptions& options) {
+  // Throws for a combination that is wrong.
   const auto refuse = [](bool isWrong, const std::string& why) {
     if (isWrong) throw Failure(FailureKind::Unusable, why);
   };
@@ -66,12 +73,16 @@ void CheckTogether(const ExactOptions& options) {
          "--root and --unwritten are for --format saif");
   refuse(!options.strip.empty() && options.HasRows() && !hasNetlist,
          "--strip is for --format saif and tcl, and for --netlist");
+  // Only a Tcl file counts toggles in a unit of time.
   refuse(options.timeUnit.has_value() && options.format != ExactFormat::Tcl,
          "--time-unit is for --format tcl");
   refuse(options.timeUnit == 0, "--time-unit: 0 is no unit");
+  // SAIF and Tcl have an order of their own and are never cut.
   refuse(!options.HasRows() &&
              (options.selection.sort != SortBy::Nothing || options.selection.limit != UINT64_MAX),
          "--sort and --limit are for rows: --format table, csv, json");
+  // Pins in files belong to a netlist's cells, all of them: a part of them would be an estimate of
+  // a part.
   refuse(!options.HasRows() && hasNetlist && !options.selection.match.empty(),
          "--match and --netlist go together in rows only");
   refuse(!hasNetlist &&
@@ -82,6 +93,7 @@ void CheckTogether(const ExactOptions& options) {
   CheckDatabaseOptions(options);
 }
 
+/// For formats without rows this is never looked at.
 Format RowFormatOf(ExactFormat format) {
   if (format == ExactFormat::Csv) return Format::Csv;
   return format == ExactFormat::Json ? Format::Json : Format::Table;
@@ -104,6 +116,7 @@ void AddExactChoices(Command& command, ExactOptions& options) {
   AddLookOptions(command, options.output);
 }
 
+/// Those of SAIF and Tcl first, then those of netlists.
 void AddEstimatorOptions(Command& command, ExactOptions& options) {
   command.AddText("--strip", "PATH", options.strip,
                   "the scope that is the design: the way to it is left out of SAIF and Tcl");
@@ -123,6 +136,7 @@ void AddEstimatorOptions(Command& command, ExactOptions& options) {
 }
 
 void CheckExactOptions(ExactOptions& options) {
+  // In this order: the checks go by the format.
   options.format = FormatOf(options);
   options.output.format = RowFormatOf(options.format);
   CheckTogether(options);
@@ -130,6 +144,7 @@ void CheckExactOptions(ExactOptions& options) {
 
 void CheckExactPlaces(std::vector<std::string> inputs, const ExactOptions& options) {
   std::vector<std::string> outputs{options.output.path};
+  // The lists of what is missing are outputs as well.
   for (const std::string& path : {options.unwritten, options.unmatched}) {
     if (!path.empty()) outputs.push_back(path);
   }
@@ -137,7 +152,9 @@ void CheckExactPlaces(std::vector<std::string> inputs, const ExactOptions& optio
   CheckOutputs(inputs, outputs);
 }
 
+/// Pins go before formats: with a netlist every format has pins in it.
 ExitStatus WriteExact(ExactRun run, const ExactOptions& options) {
+  // A scope that is not there fails here: which ones there are is known only after the reading.
   if (!options.scope.empty()) {
     run.scope = OnlyScope(run.dump, run.result.declarations, options.scope);
   }

@@ -15,6 +15,7 @@ namespace {
 
 StoredRun CountRun(const ExactInput& options) {
   StoredRun run;
+  // What a database of this run will say of itself.
   run.facts.dump = NameOf(options.input);
   run.facts.program = KESNCD_VERSION;
   run.facts.window = options.window;
@@ -23,9 +24,13 @@ StoredRun CountRun(const ExactInput& options) {
   ActivityOptions counting;
   counting.dump = run.facts.dump;
   counting.window = options.window;
+  // Checked against the declarations, before memory is asked for.
   counting.mostBits = MostBitsInMemory();
   counting.watch = options.watch;
+  // Threads read parts of a plain file; a packed one is unpacked by a thread of its own. Must come
+  // before `bytes` is used.
   counting.jobs = UseThreads(options.input, dump);
+  // More costly than one kind alone, so only for databases.
   if (options.wantsHost) {
     BothRuns both =
         counting.jobs > 1 ? CountBoth(*dump.file, counting) : CountBoth(*dump.bytes, counting);
@@ -41,6 +46,7 @@ StoredRun CountRun(const ExactInput& options) {
 }  // namespace
 
 StoredRun ReadExactRun(const ExactInput& options) {
+  // Null for a dump. A database that is corrupt throws.
   const std::unique_ptr<ActivityDatabase> database = OpenDatabase(options.input, options.window);
   StoredRun run = database ? database->ReadAll() : CountRun(options);
   for (const std::string& remark : RemarksOn(run.exact)) Remark(NameOf(options.input), remark);

@@ -11,15 +11,19 @@
 
 namespace orsa::kesncd::cli {
 
+/// A window and `watch` are for dumps; see ReadExactRun for databases.
 struct ExactInput {
   InputOptions input;
+  // In femtoseconds; a database is taken only if it holds the same one.
   TimeWindow window;
   bool wantsHost = false;  // the hosts' figures too, from the same reading
   /// See ActivityOptions. A database does not hold when signals toggled: who gives one takes care.
   std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
 };
 
-/// Reads the figures and says what a user must know about them. Throws Failure.
+/// Reads the figures and says what a user must know about them. Throws Failure. A database is taken
+/// for the dump where it is given as one. Remarks are the same for both. In the result `host` is
+/// set only where it was wanted or the database has it.
 StoredRun ReadExactRun(const ExactInput& options);
 
 }  // namespace orsa::kesncd::cli

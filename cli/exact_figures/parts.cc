@@ -20,6 +20,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+/// Parts are of the whole time: no window, no tick of the user's.
 ActivityOptions OptionsFor(const std::string& dump) {
   ActivityOptions options;
   options.dump = dump;
@@ -27,12 +28,14 @@ ActivityOptions OptionsFor(const std::string& dump) {
   return options;
 }
 
+/// "part 3 of 16 (3.kact)", counting from 1 as users do.
 std::string NameOf(const PartChoice& choice, const std::string& path) {
   return "part " + std::to_string(choice.first + 1) + " of " + std::to_string(choice.parts) + " (" +
          path + ")";
 }
 
-/// A dump that can be read in parts.
+/// A dump that can be read in parts. Throws Failure with Unusable for one that cannot. No progress:
+/// jobs have no terminal.
 std::shared_ptr<ByteFile> OpenFile(const std::string& path) {
   InputOptions input;
   input.dump = path;
@@ -45,30 +48,39 @@ std::shared_ptr<ByteFile> OpenFile(const std::string& path) {
 }
 
 /// A number made of places all over a file: the same for the same dump on every machine, and hardly
-/// ever for another.
+/// ever for another. Not a checksum of the whole file, which would take a reading as long as the
+/// count. 64 blocks of 4 KiB, the first at the start and the last near the end: another run of the
+/// same design differs in its values everywhere, in its date at the start and in its last stamps at
+/// the end.
 std::uint64_t SampleOf(ByteFile& file) {
   constexpr std::uint64_t kPlaces = 64;
   constexpr std::uint64_t kBlock = 4096;
+  // Where the last block begins; 0 for a file that is smaller than a block.
   const std::uint64_t last = file.size() > kBlock ? file.size() - kBlock : 0;
   RowSum sum;
   std::string block;
   for (std::uint64_t place = 0; place < kPlaces; ++place) {
     block.resize(kBlock);
+    // Shorter only in a file that is smaller than a block, or that was cut meanwhile.
     block.resize(file.ReadAt(last / (kPlaces - 1) * place, block.data(), block.size()));
     sum.Add(block);
   }
   return sum.value();
 }
 
-/// A part's file, as far as it has to be known to put it into its place.
+/// A part's file, as far as it has to be known to put it into its place. Without figures: of
+/// thousands of parts only the one in hand is read whole.
 struct PartFile {
   std::string path;
   StoredFacts facts;
+  // A sum over all that is declared; the same for all parts of a dump.
   std::uint64_t declarations = 0;
 
+  // From 0.
   std::uint32_t number() const { return facts.part->first; }
 };
 
+/// Reads what a part's file says of itself. Throws Failure with Unusable where it is none.
 PartFile Look(const std::string& path) {
   const ActivityDatabase database(path, path);
   if (!database.facts().part) {
@@ -78,7 +90,11 @@ PartFile Look(const std::string& path) {
   return {path, database.facts(), database.DeclarationsSum()};
 }
 
+/// Parts fit together only if every job saw the same bytes and cut them into as many parts. Times
+/// of files and paths say nothing, as each machine has its own.
 void CheckSameDump(const PartFile& first, const PartFile& other) {
+  // Size and sample tell dumps apart, declarations those that were counted by programs that read
+  // them differently.
   const bool isSame = other.facts.part->parts == first.facts.part->parts &&
                       other.facts.dumpBytes == first.facts.dumpBytes &&
                       other.facts.dumpSample == first.facts.dumpSample &&
@@ -88,10 +104,13 @@ void CheckSameDump(const PartFile& first, const PartFile& other) {
                                            first.path + ", or was cut in another way");
 }
 
-/// The parts in their order. Throws where one is missing, foreign or there twice.
+/// The parts in their order. Throws where one is missing, foreign or there twice. `paths` may be in
+/// any order and from any place; a message names the numbers that are missing as the user counts
+/// them.
 std::vector<PartFile> InOrder(const std::vector<std::string>& paths) {
   std::vector<PartFile> files;
   for (const std::string& path : paths) {
+    // Looked at apart from Look, so that a dump among the parts gets this message too.
     if (!IsPart(path)) {
       throw Failure(FailureKind::Unusable,
                     path + ": is no part of a dump: parts are merged with parts only");
@@ -99,21 +118,25 @@ std::vector<PartFile> InOrder(const std::vector<std::string>& paths) {
     files.push_back(Look(path));
     CheckSameDump(files.front(), files.back());
   }
+  // By number; by path where two are the same, so that the message does not depend on the order.
   std::sort(files.begin(), files.end(), [](const PartFile& a, const PartFile& b) {
     return std::tuple(a.number(), a.path) < std::tuple(b.number(), b.path);
   });
   std::vector<std::string> missing;
+  // The next number that is wanted.
   std::uint32_t expected = 0;
   for (std::size_t i = 0; i < files.size(); ++i) {
     if (i > 0 && files[i].number() == files[i - 1].number()) {
       throw Failure(FailureKind::Unusable,
                     files[i].path + ": holds the same part as " + files[i - 1].path);
     }
+    // Numbers that were passed over, in the middle.
     for (; expected < files[i].number(); ++expected)
       missing.push_back(std::to_string(expected + 1));
     ++expected;
   }
   const std::uint32_t parts = files.front().facts.part->parts;
+  // And those at the end.
   for (; expected < parts; ++expected) missing.push_back(std::to_string(expected + 1));
   if (missing.empty()) return files;
   throw Failure(FailureKind::Unusable, files.front().facts.dump + ": of its " +
@@ -121,21 +144,30 @@ std::vector<PartFile> InOrder(const std::vector<std::string>& paths) {
                                            ShortList(missing));
 }
 
-/// Adds parts that are given in order.
+/// Adds parts that are given in order. Calling order: construct, Add for each part in order,
+/// Finish. The last part stays apart from the sum until it is known whether the next one can follow
+/// it: if not, both are read again as one.
 class PartSum {
  public:
+  // Where to read stretches again; by default where the first part says the dump was.
   PartSum(const PartFile& first, std::string dump) : first_(first), dump_(std::move(dump)) {
     if (dump_.empty()) dump_ = first.facts.dump;
   }
 
+  /// `file` is the next one in the dump's order.
   void Add(const PartFile& file) {
     StoredRun run = ActivityDatabase(file.path, file.path).ReadPart();
     if (!last_) {
+      // The first part. Declarations are the same in all, so the first ones do.
       declarations_ = std::move(run.exact.declarations);
       last_ = std::move(run.part);
     } else if (!last_->CanPrecede(run.part)) {
+      // Time does not grow at the cut, or a comment goes across it: from the start of the last part
+      // on, both are read as one.
       last_ = ReadAgain({last_->choice.first, run.part.choice.last, run.part.choice.parts}, file);
     } else if (run.part.IsEmpty()) {
+      // No stamp begins in it: its stretch is part of the one before, so the last part stays the
+      // last.
       last_->Add(CodeBits(declarations_), std::move(run.part));
     } else {
       Keep();
@@ -143,10 +175,12 @@ class PartSum {
     }
   }
 
+  /// Turns the sum into figures of a whole dump, both kinds. Once, last.
   StoredRun Finish() {
     Keep();
     ActivityOptions options = OptionsFor(first_.facts.dump);
     BodyPart& whole = *sum_;
+    // All parts are in the sum, which is what FinishBoth wants.
     BothRuns both = FinishBoth(std::move(declarations_), std::move(whole.activity),
                                std::move(whole.host), whole.items, options);
     StoredRun run;
@@ -168,21 +202,26 @@ class PartSum {
     last_.reset();
   }
 
+  /// Reads several parts from the dump, as one. The dump must be the one that was counted.
   BodyPart ReadAgain(const PartChoice& choice, const PartFile& file) {
     const std::string why =
         NameOf(*file.facts.part, file.path) + " cannot be told from what comes before it, and ";
+    // The reason first: a user must know why a dump is wanted at all.
     try {
       const std::shared_ptr<ByteFile> dump = OpenFile(dump_);
+      // A file of that name may be another run's by now.
       if (dump->size() != first_.facts.dumpBytes || SampleOf(*dump) != first_.facts.dumpSample) {
         throw Failure(FailureKind::Unusable, "is not the dump that the parts were counted in");
       }
       return ReadBodyPart(*dump, choice, OptionsFor(dump_)).part;
     } catch (const Failure& failure) {
+      // Its own kind (unreadable, not there), with what led to it.
       throw Failure(failure.kind(), why + dump_ + " cannot be read for it: " + failure.what() +
                                         "; --dump FILE says where the dump is");
     }
   }
 
+  // For the first part's facts, which the sum takes over.
   const PartFile& first_;
   std::string dump_;
   Declarations declarations_;
@@ -192,16 +231,19 @@ class PartSum {
 
 }  // namespace
 
+/// A packed dump cannot be cut: OpenFile says so.
 StoredRun ReadPart(const InputOptions& input, const PartChoice& choice) {
   const std::shared_ptr<ByteFile> dump = OpenFile(input.dump);
   StoredRun run;
   PartRun part = ReadBodyPart(*dump, choice, OptionsFor(input.dump));
+  // What merging will compare with other parts, and where the dump is to be found.
   run.facts.dump = input.dump;
   run.facts.program = KESNCD_VERSION;
   run.facts.hasHost = false;
   run.facts.part = choice;
   run.facts.dumpBytes = part.part.dumpBytes;
   run.facts.dumpSample = SampleOf(*dump);
+  // A part is no run: its figures stay empty, but a database stores these in any case.
   run.exact.declarations = std::move(part.declarations);
   run.exact.tick = run.exact.declarations.tick;
   run.exact.firstBit = CodeBits(run.exact.declarations).all();
@@ -213,10 +255,12 @@ StoredRun ReadPart(const InputOptions& input, const PartChoice& choice) {
 bool IsPart(const std::string& path) {
   InputOptions input;
   input.dump = path;
+  // No window: a part is of the whole time.
   const auto database = OpenDatabase(input, {});
   return database && database->facts().part;
 }
 
+/// All are looked at before the first is added: a missing part must not cost hours.
 StoredRun AddParts(const std::vector<std::string>& paths, const std::string& dump) {
   const std::vector<PartFile> files = InOrder(paths);
   PartSum sum(files.front(), dump);

@@ -1,5 +1,9 @@
 // Parts of a dump that jobs on several machines count, and their sum.
 #ifndef KESNCD_CLI_EXACT_FIGURES_PARTS_H_
+//
+// On a cluster, job K of N runs `kesncd activity dump.vcd --part K/N -o K.kact`, then one more runs
+// `kesncd merge *.kact`. Every job finds the same cuts by itself, so jobs need no common plan; the
+// sum is to the last tick what one reading gives.
 #define KESNCD_CLI_EXACT_FIGURES_PARTS_H_
 
 #include <string>
@@ -11,16 +15,20 @@
 
 namespace orsa::kesncd::cli {
 
-/// Counts one part of a dump. Throws Failure.
+/// Counts one part of a dump. Throws Failure. Reads the declarations and the part's stretch, so of
+/// N jobs each reads about 1/N of the file. The result is complete but for figures, which only the
+/// whole has: `part` holds what adding up needs.
 StoredRun ReadPart(const InputOptions& input, const PartChoice& choice);
 
-/// Whether a file holds a part; not what cannot be read as one.
+/// Whether a file holds a part; not what cannot be read as one. False for a dump and for a database
+/// of a whole one. Throws for a database that cannot be read.
 bool IsPart(const std::string& path);
 
 /// Adds all parts of a dump up to what one reading of it gives. Stretches that no part could read
 /// on its own are read from `dump`, or from where the parts were counted if it is empty. Throws
 /// Failure with Unusable, which names it, for a part that is missing, there twice or another
-/// dump's.
+/// dump's. `paths` in any order. Memory is that of a few parts, however many there are. The sum has
+/// both kinds of figures and its remarks are said.
 StoredRun AddParts(const std::vector<std::string>& paths, const std::string& dump);
 
 }  // namespace orsa::kesncd::cli

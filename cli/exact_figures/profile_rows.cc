@@ -17,6 +17,7 @@ namespace orsa::kesncd::cli {
 namespace {
 
 constexpr double kMicrosecond = 1e9;  // in femtoseconds
+// More columns do not fit on a terminal; --wide shows all.
 constexpr std::size_t kTableModules = 6;
 
 bool IsTable(const OutputOptions& output) {
@@ -32,10 +33,12 @@ std::string TimeOf(std::uint64_t ticks, const ActivityResult& base) {
   return TimeText(femtoseconds);
 }
 
+/// A table shows times in units; programs get ticks.
 Cell TimeCell(std::uint64_t ticks, const ActivityResult& base, bool isTable) {
   return isTable ? Cell(TimeOf(ticks, base)) : Cell(WideCount{ticks});
 }
 
+/// Toggles a microsecond, not per bit; nothing without a time scale.
 Cell RateOf(std::uint64_t toggles, std::uint64_t ticks, const ActivityResult& base) {
   if (!base.tick || ticks == 0) return {};
   const double microseconds =
@@ -43,7 +46,8 @@ Cell RateOf(std::uint64_t toggles, std::uint64_t ticks, const ActivityResult& ba
   return static_cast<double>(toggles) / microseconds;
 }
 
-/// As long as `part` is of `whole`, but something for whatever is not nothing.
+/// As long as `part` is of `whole`, but something for whatever is not nothing. In "#", 40 at most,
+/// so that a row fits beside its figures.
 std::string BarOf(std::uint64_t part, std::uint64_t whole) {
   constexpr double kLongest = 40;
   if (part == 0) return "";
@@ -52,18 +56,22 @@ std::string BarOf(std::uint64_t part, std::uint64_t whole) {
 }
 
 /// The rows' columns after those of their own: toggles with their rate, a column for each module in
-/// the scope, and in a table a bar.
+/// the scope, and in a table a bar. Calling order: construct, AppendTo for the heading, AppendTo
+/// for each row. Which modules have columns is decided in the constructor, the same for all rows.
 class ToggleColumns {
  public:
   ToggleColumns(const ModuleTree& tree, std::vector<std::uint64_t> totals, std::uint64_t most,
                 const ActivityResult& base, const OutputOptions& output)
       : base_(base), isTable_(IsTable(output)), most_(most) {
+    // Module 0 is the scope itself, whose toggles are the column "toggles".
     for (std::uint32_t module = 1; module < tree.size(); ++module) {
       if (HasBits(tree, module)) shown_.push_back(module);
     }
+    // All of them, for the list of modules in JSON.
     for (const std::uint32_t module : shown_) {
       paths_.push_back(base.declarations.PathOf(tree.scopes[module]));
     }
+    // The most active ones, in the dump's order again.
     if (!isTable_ || output.look.isWide || shown_.size() <= kTableModules) return;
     hidden_ = shown_.size() - kTableModules;
     std::stable_sort(shown_.begin(), shown_.end(), [&](std::uint32_t one, std::uint32_t other) {
@@ -75,6 +83,7 @@ class ToggleColumns {
 
   void AppendTo(std::vector<Column>& columns, const ModuleTree& tree) const {
     columns.insert(columns.end(), {"toggles", "toggles_per_us"});
+    // Names of columns that are not modules.
     std::set<std::string> taken;
     for (const Column& column : columns) taken.insert(column.name);
     for (const std::uint32_t module : shown_) {
@@ -89,8 +98,10 @@ class ToggleColumns {
   /// `toggles` gives those of a module.
   template <class TogglesOf>
   void AppendTo(Row& row, std::uint64_t observed, TogglesOf toggles) const {
+    // Of the scope itself.
     const std::uint64_t all = toggles(0);
     row.emplace_back(WideCount{all});
+    // By the time that was observed, not by the length of the window.
     row.push_back(RateOf(all, observed, base_));
     for (const std::uint32_t module : shown_) row.emplace_back(WideCount{toggles(module)});
     if (isTable_) row.emplace_back(BarOf(all, most_));
@@ -114,6 +125,7 @@ class ToggleColumns {
   std::size_t hidden_ = 0;
 };
 
+/// The facts of JSON; null for what is not known.
 Facts ProfileFacts(const ActivityResult& base, const ProfileSubject& subject,
                    const ModuleTree& tree) {
   const std::string scope = base.declarations.PathOf(tree.scopes.front());
@@ -128,6 +140,7 @@ Facts ProfileFacts(const ActivityResult& base, const ProfileSubject& subject,
           {"observed", WideCount{base.observedTicks}}};
 }
 
+/// For a table's last line. A column that is missing has to be said: rows of a table look complete.
 std::string HiddenText(std::size_t hidden) {
   if (hidden == 0) return "";
   return "; " + std::to_string(hidden) +
@@ -140,11 +153,15 @@ std::uint64_t SumOf(const std::vector<std::uint64_t>& row) {
 
 }  // namespace
 
+/// In two steps: which modules have columns depends on all windows, so totals come first, then a
+/// row a window.
 ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& subject,
                         const OutputOptions& output) {
   const auto& [base, profile, right] = run;
+  // By module, over all windows.
   std::vector<std::uint64_t> totals;
   for (const auto& row : profile.toggles) totals.push_back(SumOf(row));
+  // The longest bar is the busiest window's.
   const std::vector<std::uint64_t>& all = profile.toggles.front();
   const std::uint64_t most = all.empty() ? 0 : *std::max_element(all.begin(), all.end());
   const ToggleColumns toggles(profile.modules, totals, most, base, output);
@@ -161,6 +178,7 @@ ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& su
   for (std::size_t window = 0; window < profile.windows(); ++window) {
     Row row{TimeCell(profile.edges[window], base, toggles.isTable()),
             TimeCell(profile.edges[window + 1], base, toggles.isTable())};
+    // Less than end - begin where dumping was off.
     if (!toggles.isTable()) row.emplace_back(WideCount{profile.observed[window]});
     toggles.AppendTo(row, profile.observed[window],
                      [&profile = profile, window](std::size_t module) {
@@ -175,8 +193,10 @@ ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& su
   return ExitStatus::Done;
 }
 
+/// Rows are in the order of values, as a table of states is read.
 ExitStatus WriteSplit(const ProfileRun<ValueSplit>& run, const ProfileSubject& subject,
                       const OutputOptions& output) {
+  // As above, but rows are values.
   const auto& [base, split, right] = run;
   std::vector<std::uint64_t> totals(split.modules.size());
   std::uint64_t most = 0;
@@ -197,8 +217,10 @@ ExitStatus WriteSplit(const ProfileRun<ValueSplit>& run, const ProfileSubject& s
   toggles.AppendTo(head.columns, split.modules);
   ResultOutput out(output, head);
   for (const ValueSplit::Part& part : split.parts) {
+    // Of the time that was observed.
     const double share =
         static_cast<double>(part.observed) / static_cast<double>(base.observedTicks);
+    // An empty value stands for those that were put together.
     Row row{part.value.empty() ? "others" : part.value,
             TimeCell(part.observed, base, toggles.isTable()), share};
     toggles.AppendTo(row, part.observed, [&](std::size_t module) { return part.toggles[module]; });
@@ -218,12 +240,14 @@ using Ranking = std::vector<std::pair<std::uint32_t, std::uint64_t>>;
 
 /// The most active ones first, of equal ones the earlier, and no more than are wanted.
 void KeepMost(Ranking& ranking, std::uint64_t limit) {
+  // What never toggles in the peak explains nothing of it.
   std::erase_if(ranking, [](const auto& one) { return one.second == 0; });
   std::stable_sort(ranking.begin(), ranking.end(),
                    [](const auto& one, const auto& other) { return one.second > other.second; });
   if (ranking.size() > limit) ranking.resize(limit);
 }
 
+/// In the scope, without itself: it is the row "all".
 Ranking RankedModules(const ActivityRows& rows, std::uint32_t scope) {
   Ranking modules;
   const std::vector<ActivitySums> sums = rows.ModuleSums();
@@ -249,7 +273,7 @@ Ranking SignalsOf(const ActivityRows& rows, std::uint32_t scope, const ActivityR
   return signals;
 }
 
-/// Rows of what toggles in a peak.
+/// Rows of what toggles in a peak. Calling order: construct, Add for each row, End.
 class PeakRows {
  public:
   PeakRows(const ProfileRun<Peak>& run, const OutputOptions& output, const std::string& dump,
@@ -259,6 +283,7 @@ class PeakRows {
   void Add(const std::string& what, const std::string& path, std::uint64_t toggles) {
     const Peak& peak = run_.figures;
     Row row{what, path, WideCount{toggles}};
+    // A share of nothing is unknown.
     row.push_back(peak.toggles == 0
                       ? Cell()
                       : Cell(static_cast<double>(toggles) / static_cast<double>(peak.toggles)));
@@ -272,6 +297,7 @@ class PeakRows {
     const Peak& peak = run_.figures;
     out_.End({{},
               {},
+              // To be pasted: the window that other commands take.
               std::to_string(peak.toggles) + " toggles after --begin " +
                   TimeOf(peak.begin, run_.base) + " up to --end " + TimeOf(peak.end, run_.base)});
   }
@@ -298,12 +324,16 @@ class PeakRows {
 
 }  // namespace
 
+/// First all of the scope, then its modules, then its signals, each list with the most active one
+/// first.
 ExitStatus WritePeak(const ProfileRun<Peak>& run, const ActivityResult* inPeak, std::uint32_t scope,
                      std::uint64_t limit, const std::string& dump, const OutputOptions& output) {
   const Declarations& declarations = run.base.declarations;
   const std::string path = declarations.PathOf(scope);
   PeakRows rows(run, output, dump, path);
+  // "/" is the whole dump.
   rows.Add("all", path.empty() ? "/" : path, run.figures.toggles);
+  // A pipe is gone by now, so only the peak itself is known.
   if (inPeak != nullptr) {
     const ActivityRows activity(*inPeak);
     Ranking modules = RankedModules(activity, scope);

@@ -16,9 +16,12 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// 1e9 fs is a microsecond, the period of 1 MHz.
 constexpr double kMegahertzPeriod = 1e9;  // in femtoseconds
+// More would be dividers and gates of clocks, far down in the design.
 constexpr std::size_t kMostByName = 12;
 
+/// How many scopes are around: 1 for a top-level one, 0 for the whole dump.
 std::size_t DepthOf(const Declarations& declarations, std::uint32_t scope) {
   std::size_t depth = 0;
   for (; scope != Declarations::kDump; scope = declarations.scopes[scope].parent) ++depth;
@@ -26,6 +29,7 @@ std::size_t DepthOf(const Declarations& declarations, std::uint32_t scope) {
 }
 
 /// Edges a microsecond by two, from the first edge to the last: a dump seldom begins with an edge.
+/// A clock that runs through half the dump has its true frequency this way, not half of it.
 std::optional<double> FrequencyOf(const ToggleSpan& span, const ActivityResult& result) {
   if (!result.tick || span.toggles < 2) return {};
   const double microseconds = static_cast<double>(span.last - span.first) *
@@ -39,17 +43,20 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
     : sdc_(sdc), timing_(timing) {
   if (!sdc.empty()) {
     for (const DesignClock& clock : SdcClocks(ReadText(sdc))) {
+      // SdcClocks gives no clock without a period, so this divides by no 0.
       const double mhz = kMegahertzPeriod / static_cast<double>(clock.period);
       clocks_.push_back({clock.name, clock.signal, mhz, "SDC"});
     }
   }
   if (timing.empty()) return;
+  // The library's own reader of timing reports; 0 is the lower of constraint and achieved.
   orsa::kesncd::KesNCD analyser;
   PassTimingReport(timing, [&](const std::string& path) {
     analyser.twrFile = path;
     analyser.ReadTWR2(0);
   });
   for (const auto& [name, mhz] : analyser.clockFreqs) {
+    // Below 0 is the library's word for "not said".
     clocks_.push_back({name, name, mhz >= 0 ? std::optional(mhz) : std::nullopt, "timing report"});
   }
 }
@@ -67,6 +74,7 @@ std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations
   const SignalSearch search(declarations, Declarations::kDump, true, names);
   for (std::size_t i = 0; i < clocks_.size(); ++i) {
     const std::vector<std::uint32_t>& found = search.Answer(i).variables;
+    // An ambiguous clock is left out rather than guessed; it stays in the list without a frequency.
     if (found.size() != 1 || declarations.variables[found.front()].width != 1) {
       const std::string why = found.size() > 1
                                   ? " means several signals: " + PathsOf(found, declarations)
@@ -75,6 +83,7 @@ std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations
       continue;
     }
     const std::uint32_t codeId = declarations.variables[found.front()].codeId;
+    // Several clocks on one signal share a place.
     const auto place = std::find(codes.begin(), codes.end(), codeId);
     clocks_[i].watched = static_cast<std::size_t>(place - codes.begin());
     clocks_[i].isFound = true;
@@ -92,15 +101,19 @@ void ReportClocks::FindByName(const Declarations& declarations, std::vector<std:
   std::vector<Candidate> candidates;
   for (std::uint32_t id = 0; id < declarations.variables.size(); ++id) {
     const DumpVariable& variable = declarations.variables[id];
+    // One bit: "clk_div[3:0]" is a counter.
     if (variable.width != 1 || !IsClockName(variable.name)) continue;
     candidates.push_back({DepthOf(declarations, variable.scope), id});
   }
+  // Outer ones first; of the same depth in the dump's order.
   std::stable_sort(candidates.begin(), candidates.end(),
                    [](const auto& one, const auto& other) { return one.depth < other.depth; });
   for (const Candidate& candidate : candidates) {
     const DumpVariable& variable = declarations.variables[candidate.variable];
+    // An alias further in: the same clock again.
     if (std::find(codes.begin(), codes.end(), variable.codeId) != codes.end()) continue;
     if (codes.size() == kMostByName) break;
+    // In the order of Clock's members: name, signal, mhz, source, watched, isFound.
     clocks_.push_back({declarations.ShortPathOf(variable), "", {}, "", codes.size(), true});
     codes.push_back(variable.codeId);
   }

@@ -20,27 +20,37 @@ namespace {
 
 using orsa::kesncd::VmodHier;
 
+/// Counts the dump, or takes the counts of a database. Both give the same figures and remarks.
 Figures ReadDirectly(const FigureOptions& options) {
   Figures figures{NameOf(options.input), {}, false};
+  // A database is found by its first bytes, whatever it is called.
   if (const auto database = OpenDatabase(options.input, options.window)) {
     figures.run = database->ReadHost();
+    // A database may have another name now than the dump had that was counted.
     figures.origin = database->facts().dump;
   } else {
     UnpackedSource dump = OpenDump(options.input);
+    // May put a thread between the packed bytes and the reading; must come before `bytes` is used.
     const unsigned jobs = UseThreads(options.input, dump);
     figures.run = jobs > 1 ? ReadHostRun(*dump.file, figures.dump, options.window, jobs)
                            : ReadHostRun(*dump.bytes, figures.dump, options.window);
   }  // and with the dump goes the line that shows how far it was read
   for (const std::string& remark : figures.run.remarks) Remark(figures.dump, remark);
+  // Said once for all rows; each shows an unknown frequency.
   if (!figures.run.whyUnknown.empty()) Remark(figures.dump, figures.run.whyUnknown);
   return figures;
 }
 
-/// Turns a module tree into the declarations that all commands work on.
+/// Turns a module tree into the declarations that all commands work on. The hosts' tree is a graph
+/// of nodes with signals by code; declarations are arrays. The copy gives --as-is the same commands
+/// as direct counting without a second version of each. Calling order: construct, Copy once.
 class TreeCopy {
  public:
+  // Scope 0 is the whole dump.
   explicit TreeCopy(HostRun& run) : run_(run) { run_.declarations.scopes.resize(1); }
 
+  // Without recursion, as a hostile dump may nest scopes any number deep; children are pushed
+  // backwards to come off in the dump's order.
   void Copy(const VmodHier& root) {
     struct Pending {
       const VmodHier* node;
@@ -59,12 +69,15 @@ class TreeCopy {
   }
 
  private:
+  /// Appends a scope and its signals. Every scope of the tree counts as populated: the library
+  /// makes nodes for modules, functions and tasks only, and --as-is shows what it makes.
   std::uint32_t AddScope(const VmodHier& node, std::uint32_t parent) {
     Declarations& declarations = run_.declarations;
     const auto scope = static_cast<std::uint32_t>(declarations.scopes.size());
     declarations.scopes[parent].scopes.push_back(scope);
     declarations.scopes.emplace_back();
     declarations.scopes[scope].name = node.name;
+    // The tree does not keep the kinds; without "module" no command would take a scope for one.
     declarations.scopes[scope].kind = "module";
     declarations.scopes[scope].parent = parent;
     declarations.scopes[scope].populated = true;
@@ -72,10 +85,12 @@ class TreeCopy {
     return scope;
   }
 
+  // By code, since that is how a node keeps its signals: the order of the dump is lost in it.
   void AddSignal(const std::string& symbol, const orsa::kesncd::VmodSignal& signal,
                  std::uint32_t scope) {
     DumpVariable variable;
     variable.name = signal.name;
+    // A host's width may be negative where the dump's number was.
     variable.width = static_cast<std::uint32_t>(std::max(signal.width, 0));
     variable.scope = scope;
     variable.codeId = CodeId(symbol, static_cast<std::uint32_t>(signal.changes));
@@ -98,13 +113,18 @@ class TreeCopy {
 }  // namespace
 
 Cell Figures::Frequency(std::uint32_t changes) const {
+  // Under --as-is a dump without a time scale has 0 MHz, as for a host.
   if (!isAsIs && !run.whyUnknown.empty()) return {};
+  // A host's counter stops at 2147483647, which fits an int.
   const double frequency =
       ToggleFrequency(static_cast<int>(changes), run.spanTicks, run.nsPerTick.value_or(0));
+  // An infinite one is unknown either way; a negative one, of a span that goes back, is what a host
+  // gets.
   if (!std::isfinite(frequency) || (!isAsIs && frequency < 0)) return {};
   return frequency;
 }
 
+/// Signals outside of the root are not in the tree; ReadTree says how many scopes that are.
 Figures FiguresOfTree(const std::string& dump, const VmodHier& root) {
   Figures figures{dump, {}, true};
   TreeCopy(figures.run).Copy(root);
@@ -116,6 +136,7 @@ Figures FiguresOfTree(const std::string& dump, const VmodHier& root) {
 }
 
 Figures ReadFigures(const FigureOptions& options) {
+  // What --as-is exchanges: who reads. Everything after this is the same.
   if (!options.input.asIs) return ReadDirectly(options);
   DumpInput input(options.input);
   orsa::kesncd::KesNCD analyser;
@@ -125,6 +146,7 @@ Figures ReadFigures(const FigureOptions& options) {
 
 std::string ScopeName(const Declarations& declarations, std::uint32_t scope) {
   if (scope != Declarations::kDump) return declarations.ShortPathOf(scope);
+  // "/" is what --top takes for it.
   return "/ (variables outside every scope)";
 }
 
@@ -135,16 +157,20 @@ void SayProposedTop(const Figures& figures, const std::string& given, std::uint3
 }
 
 std::string RowPath(const Declarations& declarations, std::uint32_t scope) {
+  // A path of a real design has some 100 characters. Without a bound, n scopes in one another would
+  // give rows of n names each: a dump of a megabyte, results of many gigabytes.
   constexpr std::size_t kLongest = 1000;
   constexpr std::size_t kMostScopes = 64;  // more than a design nests
   std::uint32_t top = scope;
   std::size_t length = 0;
+  // From the scope up, as far as both bounds allow.
   for (std::size_t i = 0; top != Declarations::kDump; ++i) {
     length += declarations.scopes[top].name.size() + 1;
     if (i == kMostScopes || length > kLongest) break;
     top = declarations.scopes[top].parent;
   }
   if (top == Declarations::kDump) return declarations.PathBelow(top, scope);
+  // The last part alone is longer than the bound.
   if (top != scope) return ".../" + declarations.PathBelow(top, scope);
   return ".../" + declarations.scopes[scope].name.substr(0, kLongest) + "...";
 }

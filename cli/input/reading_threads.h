@@ -8,14 +8,17 @@
 
 namespace orsa::kesncd::cli {
 
-/// Plain files from this size on are read in parts without being told to.
+/// Plain files from this size on are read in parts without being told to. 16 MiB take one thread
+/// some tens of milliseconds: below that, starting threads costs as much as they save.
 inline constexpr std::uint64_t kWorthCutting = std::uint64_t{16} << 20;
 
-/// The cores that this process may use.
+/// The cores that this process may use. Never 0. Not the cores of the machine: containers and batch
+/// systems give a process fewer.
 unsigned UsableCores();
 
 /// The threads that may read the dump in parts: 1 where it is no plain file. A packed dump is
-/// unpacked by a thread of its own from now on, unless there is to be but one.
+/// unpacked by a thread of its own from now on, unless there is to be but one. Called once, after
+/// OpenDump and before `dump.bytes` is used: it may wrap the source.
 unsigned UseThreads(const InputOptions& options, UnpackedSource& dump);
 
 }  // namespace orsa::kesncd::cli

@@ -13,21 +13,26 @@ namespace orsa::kesncd::cli {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
+// Longer periods are a slip of units.
 constexpr double kLongestPeriod = 1e15;  // femtoseconds: a second
 
+// The words of one command, without what parts them; braces and quotes are still there.
 using Words = std::vector<std::string>;
 
-/// Reads commands one by one. What is in braces, brackets or quotes belongs to one word.
+/// Reads commands one by one. What is in braces, brackets or quotes belongs to one word. Calling
+/// order: construct, Next until it gives nothing. The text must outlive it.
 class Commands {
  public:
   explicit Commands(std::string_view text) : text_(text) {}
 
-  /// The words of the next command; nothing at the end.
+  /// The words of the next command; nothing at the end. A command ends at a newline or ";". Empty
+  /// ones, of blank lines, are passed over.
   std::optional<Words> Next() {
     words_.clear();
     while (at_ < text_.size()) {
       if (TakeCharacter(text_[at_++]) && !words_.empty()) return std::move(words_);
     }
+    // The last command needs no end.
     EndWord();
     if (words_.empty()) return std::nullopt;
     return std::move(words_);
@@ -36,15 +41,18 @@ class Commands {
  private:
   /// True for a character that ends a command.
   bool TakeCharacter(char c) {
+    // What comes after a backslash is itself, also a brace: it must not nest.
     if (c == '\\' && at_ < text_.size()) {
       TakeEscaped(text_[at_++]);
       return false;
     }
+    // A comment is allowed where a command could begin, and only there.
     if (c == '#' && words_.empty() && word_.empty()) {
       at_ = std::min(text_.find('\n', at_), text_.size());
       return false;
     }
     Nest(c);
+    // A closing brace does not end its word: what comes before the next blank belongs to it.
     const bool isOpen = depth_ > 0 || isQuoted_;
     const bool endsCommand = !isOpen && (c == '\n' || c == ';');
     if (endsCommand || (!isOpen && kBlanks.find(c) != std::string_view::npos)) {
@@ -55,18 +63,23 @@ class Commands {
     return endsCommand;
   }
 
-  /// A line that ends in a backslash goes on with the next one.
+  /// A line that ends in a backslash goes on with the next one. "\<newline>" is a blank between
+  /// words, and one inside a word with braces or quotes.
   void TakeEscaped(char c) {
     word_ += c == '\n' ? ' ' : c;
     if (c == '\n' && depth_ == 0 && !isQuoted_) EndWord();
   }
 
+  /// Braces and brackets are counted together: a file in which they do not match is nobody's to
+  /// repair, and is read as well as it goes.
   void Nest(char c) {
+    // Quotes inside braces count too, unlike in Tcl; names have none.
     if (c == '"') isQuoted_ = !isQuoted_;
     if (c == '{' || c == '[') ++depth_;
     if ((c == '}' || c == ']') && depth_ > 0) --depth_;
   }
 
+  /// Blanks at a word's end come from a line break that was escaped.
   void EndWord() {
     while (!word_.empty() && kBlanks.find(word_.back()) != std::string_view::npos) word_.pop_back();
     if (!word_.empty()) words_.push_back(std::move(word_));
@@ -74,14 +87,17 @@ class Commands {
   }
 
   Words words_;
+  // The word that is being read.
   std::string word_;
+  // Open braces and brackets. 64 bits: a hostile file may be nothing else.
   std::int64_t depth_ = 0;
   bool isQuoted_ = false;
   const std::string_view text_;
   std::size_t at_ = 0;
 };
 
-/// A word without the braces or quotes around it.
+/// A word without the braces or quotes around it. Of "{clk}" "clk"; a word in brackets stays, as
+/// its first word is a command.
 std::string Bare(const std::string& word) {
   const bool isWrapped = word.size() > 1 && ((word.front() == '{' && word.back() == '}') ||
                                              (word.front() == '"' && word.back() == '"'));
@@ -89,12 +105,15 @@ std::string Bare(const std::string& word) {
 }
 
 /// The names in "[get_ports {a b}]", "{a b}" or "a". Nobody nests lists deeper than `levels`.
+/// Options among them ("-nocase") and the query's own name are left out.
 Words NamesIn(const std::string& word, int levels = 8) {
   Words names;
+  // Braces around a query do not matter here.
   std::string text = Bare(word);
   const bool isQuery = text.size() > 1 && text.front() == '[' && text.back() == ']';
   if (isQuery) text = text.substr(1, text.size() - 2);
   const std::optional<Words> words = Commands(text).Next();
+  // From 1 in a query: the first word is get_ports or the like.
   for (std::size_t i = isQuery ? 1 : 0; words && i < words->size(); ++i) {
     const std::string& name = (*words)[i];
     if (name.front() == '-') continue;
@@ -108,6 +127,8 @@ Words NamesIn(const std::string& word, int levels = 8) {
   return names;
 }
 
+/// `text` is a number in `unit` (femtoseconds); nothing for "$period", 0, a negative or an endless
+/// one.
 std::optional<std::uint64_t> PeriodOf(const std::string& text, std::uint64_t unit) {
   double number = 0;
   const char* const end = text.data() + text.size();
@@ -118,6 +139,8 @@ std::optional<std::uint64_t> PeriodOf(const std::string& text, std::uint64_t uni
   return static_cast<std::uint64_t>(period);
 }
 
+/// Takes one create_clock command apart. Unknown options are passed over without their values,
+/// which then look like signals: the last word that is no option counts.
 void AddClocks(const Words& words, std::uint64_t unit, std::vector<DesignClock>& clocks) {
   DesignClock clock;
   Words signals;
@@ -130,14 +153,18 @@ void AddClocks(const Words& words, std::uint64_t unit, std::vector<DesignClock>&
       clock.name = value;
       ++i;
     } else if (words[i] == "-waveform" || words[i] == "-comment") {
+      // Their value is a list or a text, and no signal.
       ++i;
     } else if (words[i].front() != '-') {
       signals = NamesIn(words[i]);
     }
   }
+  // No period, or one that is no number: nothing to compare.
   if (clock.period == 0) return;
+  // A virtual clock has no signal; a dump may have one of that name all the same.
   if (signals.empty() && !clock.name.empty()) signals.push_back(clock.name);
   clock.periodText = TimeText(clock.period);
+  // One clock for each signal that carries it.
   for (const std::string& signal : signals) {
     clocks.push_back(clock);
     clocks.back().signal = signal;
@@ -149,12 +176,15 @@ void AddClocks(const Words& words, std::uint64_t unit, std::vector<DesignClock>&
 
 std::vector<DesignClock> SdcClocks(std::string_view text) {
   std::vector<DesignClock> clocks;
+  // Nanoseconds, unless set_units says otherwise.
   std::uint64_t unit = Femtoseconds("1ns").value_or(1);
   Commands commands(text);
   while (const std::optional<Words> words = commands.Next()) {
+    // The unit may change between two clocks; each has the one before it.
     if (words->front() == "create_clock") AddClocks(*words, unit, clocks);
     for (std::size_t i = 1; words->front() == "set_units" && i + 1 < words->size(); ++i) {
       if ((*words)[i] != "-time") continue;
+      // "-time ps" and "-time 1ps" are both written.
       const std::string text_ = Bare((*words)[i + 1]);
       const bool hasNumber = text_.find_first_of("0123456789") == 0;
       unit = Femtoseconds(hasNumber ? text_ : "1" + text_).value_or(unit);

@@ -1,4 +1,13 @@
 // The clocks of a design's timing constraints, to hold a dump's clocks against.
+//
+// Constraints are Tcl. Of a file such as
+//
+//   set_units -time ps
+//   create_clock -name core -period 2000 [get_ports clk]
+//   create_clock -period 10000 {clk_a clk_b}
+//
+// this reads the clocks core on clk with 2 ns, clk_a and clk_b with 10 ns. Nothing is executed:
+// variables, loops and `source` are not followed, so a clock whose period is computed is not seen.
 #ifndef KESNCD_CLI_INPUT_SDC_CLOCKS_H_
 #define KESNCD_CLI_INPUT_SDC_CLOCKS_H_
 
@@ -9,17 +18,22 @@
 
 namespace orsa::kesncd::cli {
 
-/// A clock and its period in the design.
+/// A clock and its period in the design. Ready to be compared with a dump: the period in the unit
+/// that dumps are measured in.
 struct DesignClock {
+  // What -name says, else the signal.
   std::string name;
   std::string signal;        // what carries it: a port's name, mostly its own
   std::uint64_t period = 0;  // femtoseconds
+  // For messages: "2ns".
   std::string periodText;
 };
 
 /// The clocks that create_clock commands of a text make, one for each object that carries it.
 /// Periods are in nanoseconds unless set_units says otherwise; clocks whose period is no number,
-/// but a variable say, are left out.
+/// but a variable say, are left out. `text` is the whole file; its clocks come in the file's order.
+/// Never throws for what it does not understand: other commands of the constraints are none of its
+/// business.
 std::vector<DesignClock> SdcClocks(std::string_view text);
 
 }  // namespace orsa::kesncd::cli

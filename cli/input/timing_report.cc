@@ -5,6 +5,8 @@
 
 namespace orsa::kesncd::cli {
 
+/// ReadText unpacks and fails for what it cannot read to its end; the library would take half a
+/// report for a whole one.
 void PassTimingReport(const std::string& report,
                       const std::function<void(const std::string& path)>& read) {
   const TextByPath text(ReadText(report));

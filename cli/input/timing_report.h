@@ -8,7 +8,8 @@
 namespace orsa::kesncd::cli {
 
 /// Calls `read` with a path under which the report's text can be opened. Throws Failure with
-/// Unusable for a report that cannot be read to its end, where the library would not say so.
+/// Unusable for a report that cannot be read to its end, where the library would not say so. The
+/// path is good during the call only. Exceptions of `read` pass through.
 void PassTimingReport(const std::string& report,
                       const std::function<void(const std::string& path)>& read);
 

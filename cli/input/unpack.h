@@ -11,19 +11,23 @@
 namespace orsa::kesncd::cli {
 
 /// A source with what it holds already: "gzip", "zstd", "xz", "bzip2" or "fst", or nothing for
-/// plain bytes.
+/// plain bytes. Move-only; may be kept as long as wanted.
 struct UnpackedSource {
   std::unique_ptr<ByteSource> bytes;
   std::string_view packing;
-  /// What became of the file, once it was read to its end; null where nobody looked.
+  /// What became of the file, once it was read to its end; null where nobody looked. The value
+  /// changes when the end of the file is met.
   std::shared_ptr<const FileChange> change;
-  /// The same bytes where they stand in a plain file, to be read instead of `bytes`.
+  /// The same bytes where they stand in a plain file, to be read instead of `bytes`. Null for what
+  /// is packed, comes through a pipe or is FST.
   std::shared_ptr<ByteFile> file;
   bool isRegularFile = false;  // plain or packed
 };
 
 /// The bytes of a source, unpacked while they are read where they are packed. Messages call the
-/// source `name`.
+/// source `name`. Known by the first bytes only, so a name's ending does not matter: x.vcd may be
+/// packed. Throws what the source throws, std::bad_alloc, and while reading Failure with Unusable
+/// for corrupt bytes.
 UnpackedSource Unpack(std::unique_ptr<ByteSource> source, const std::string& name);
 
 }  // namespace orsa::kesncd::cli

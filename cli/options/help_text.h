@@ -1,4 +1,10 @@
 // What --help prints: from the same list of options that is parsed.
+//
+// For example:
+//
+//   Options:
+//     --limit N                 so many rows at most (default: all)
+//     -o, --output FILE         write the result to FILE, packed if it ends in .gz
 #ifndef KESNCD_CLI_OPTIONS_HELP_TEXT_H_
 #define KESNCD_CLI_OPTIONS_HELP_TEXT_H_
 
@@ -8,19 +14,23 @@
 
 namespace orsa::kesncd::cli {
 
-/// The help of the program, with its commands.
+/// The help of the program, with its commands. Ends in a newline, as the next one does.
 std::string HelpOf(const CommandLine& line);
 
-/// The help of one of its commands.
+/// The help of one of its commands. The command's summary and text, its usage line, operands and
+/// options.
 std::string HelpOf(const CommandLine& line, const Command& command);
 
-/// "-o, --output FILE"
+/// "-o, --output FILE" Of an operand "NAME..." where it may be repeated; an optional value shows as
+/// "[=FILE]".
 std::string OptionText(const Option& option);
 
-/// The option's help with what it must be and its default.
+/// The option's help with what it must be and its default. "(required)", "(optional)" or "(default:
+/// 4)". Also used by the man page, so that both say the same.
 std::string HelpWithDefault(const Option& option);
 
-/// "[OPTION]... --nets FILE DUMP [NAME]...", without the command's name.
+/// "[OPTION]... --nets FILE DUMP [NAME]...", without the command's name. Required options are
+/// named, the others are "[OPTION]...".
 std::string UsageOf(const Command& command);
 
 }  // namespace orsa::kesncd::cli

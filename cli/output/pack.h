@@ -10,8 +10,11 @@
 
 namespace orsa::kesncd::cli {
 
-/// Packs what is written to it, then once Finish. The bytes do not depend on the hour.
+/// Packs what is written to it, then once Finish. The bytes do not depend on the hour. Calling
+/// order: construct, Write any number of times, Finish once. What is written without Finish is cut
+/// off, and every reader says so. Throws std::bad_alloc; what the sink throws passes through.
 class GzipSink : public ByteSink {
+  // The sink is the caller's and must outlive the packer; it is not ended by Finish.
  public:
   explicit GzipSink(ByteSink& to);
   ~GzipSink() override;
@@ -21,8 +24,10 @@ class GzipSink : public ByteSink {
   void Finish();
 
  private:
+  // zlib's stream and a block of packed bytes, kept out of this header.
   struct State;
 
+  /// Hands bytes to zlib and what comes out of it to the sink; `isEnd` flushes all.
   void Pack(std::string_view bytes, bool isEnd);
 
   ByteSink& to_;

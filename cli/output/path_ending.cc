@@ -13,13 +13,16 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-/// The last ending of a path, in small letters; takes it off the path.
+/// The last ending of a path, in small letters; takes it off the path. "a/b.csv" becomes "a/b" and
+/// gives "csv".
 std::string TakeEnding(std::filesystem::path& path) {
   std::string ending = path.extension().string();
   path.replace_extension();
+  // ASCII, whatever the locale.
   for (char& c : ending) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
+  // Without its dot.
   return ending.empty() ? ending : ending.substr(1);
 }
 
@@ -30,11 +33,13 @@ PathEnding EndingOf(const std::string& path) {
   PathEnding ending;
   ending.format = TakeEnding(left);
   ending.isPacked = ending.format == "gz";
+  // "x.gz" alone says only that it is packed.
   if (ending.isPacked) ending.format = TakeEnding(left);
   return ending;
 }
 
 void RefuseOtherEnding(const std::string& path, const std::vector<std::string>& words) {
+  // "vcd" is what prepare writes, "html" what report does, "kact" is a database.
   constexpr std::array<std::string_view, 7> kFormats{"csv",  "json", "saif", "tcl",
                                                      "html", "vcd",  "kact"};
   const std::string ending = EndingOf(path).format;

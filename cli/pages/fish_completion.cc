@@ -1,4 +1,9 @@
 // Completion for fish: a line for each command and option.
+//
+// Lines such as
+//
+//   complete -c kesncd -n __fish_use_subcommand -a flat -d 'Toggle frequencies of ...'
+//   complete -c kesncd -n '__fish_seen_subcommand_from flat' -l top -x -d 'module whose ...'
 #include <algorithm>
 #include <ostream>
 
@@ -8,6 +13,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+/// In single quotes, where only a quote and a backslash have to be escaped.
 std::string FishText(const std::string& text) {
   std::string out = "'";
   for (const char c : text) {
@@ -17,12 +23,15 @@ std::string FishText(const std::string& text) {
   return out + "'";
 }
 
+/// `start` says for which command the line counts.
 void WriteOption(std::ostream& out, const std::string& start, const Option& option) {
   out << start;
   for (const std::string& flag : option.flags) {
     const bool isLong = flag.rfind("--", 0) == 0;
+    // -l for a long flag, -s for a single letter.
     out << (isLong ? " -l " : " -s ") << flag.substr(isLong ? 2 : 1);
   }
+  // -x: a value is needed and no file; -a: these are the ones to offer; -F: files too.
   if (!option.choices.empty()) {
     out << " -x -a " << FishText(Join(option.choices, " "));
   } else if (!option.argument.empty()) {
@@ -31,9 +40,11 @@ void WriteOption(std::ostream& out, const std::string& start, const Option& opti
   out << " -d " << FishText(option.help) << "\n";
 }
 
+/// The lines of one command.
 void WriteCommand(std::ostream& out, const std::string& program, const Command& command) {
   const std::string start =
       "complete -c " + program + " -n '__fish_seen_subcommand_from " + command.name() + "'";
+  // Fish offers files only where it is told to, because of the -f below.
   const bool takesFiles = std::any_of(command.operands().begin(), command.operands().end(),
                                       [](const Option& row) { return row.isFile; });
   if (takesFiles) out << start << " -F\n";

@@ -10,8 +10,10 @@
 
 namespace {
 
+/// 0 when the page was written, 1 when it could not be, 2 for wrong use.
 int Write(int argc, char** argv) {
   using namespace orsa::kesncd::cli;
+  // The words that cli/pages/CMakeLists.txt uses.
   const std::map<std::string, void (*)(std::ostream&, const CommandLine&)> writers{
       {"man", WriteManPage},
       {"bash", WriteBashCompletion},
@@ -23,6 +25,7 @@ int Write(int argc, char** argv) {
     return 2;
   }
   writer->second(std::cout, MakeCommandLine());
+  // A page that is cut off must not be installed.
   return std::cout.flush() ? 0 : 1;
 }
 

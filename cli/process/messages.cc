@@ -13,15 +13,19 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// Set while the command line is parsed, before any thread is started.
 bool isQuiet = false;  // of this process: remarks come from many places
 
 }  // namespace
 
 void Say(const std::string& subject, const std::string& text) {
+  // "kesncd:" in bold on a terminal, so that messages stand out between rows. Names come from dumps
+  // and command lines and may hold control characters, which Printable replaces.
   const std::string start =
       Bold(STDERR_FILENO, "kesncd:") + " " + (subject.empty() ? "" : Printable(subject) + ": ");
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
+    // One insertion a line: standard error is not buffered, so a line goes out in one piece.
     std::cerr << start + Printable(line) + "\n";
   }
 }

@@ -5,7 +5,9 @@
 namespace orsa::kesncd::cli {
 
 /// Keeps the places of streams that were closed before the program started: a dump that is opened
-/// must not become the standard output. Writing to such a stream still fails.
+/// must not become the standard output. Writing to such a stream still fails. Called before
+/// anything is opened. A closed stream is rare but real: daemons and some schedulers start programs
+/// so.
 void HoldStandardStreams();
 
 }  // namespace orsa::kesncd::cli

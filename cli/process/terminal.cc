@@ -10,6 +10,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+/// A variable of the environment; one that is not set reads as empty.
 std::string_view Setting(const char* name) {
   const char* const value = std::getenv(name);
   return value == nullptr ? "" : value;
@@ -22,8 +23,10 @@ bool IsTerminal(int file) {
 }
 
 std::string Bold(int file, const std::string& text) {
+  // Without TERM it is not known which codes the terminal takes.
   const bool isPlain = !IsTerminal(file) || !Setting("NO_COLOR").empty() ||
                        Setting("TERM").empty() || Setting("TERM") == "dumb";
+  // ECMA-48: 1 is bold, 0 ends it.
   return isPlain ? text : "\033[1m" + text + "\033[0m";
 }
 

@@ -11,7 +11,8 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-/// Scopes with variables go before those without.
+/// Scopes with variables go before those without. `scopes` is not empty and outermost first, as
+/// FindScopes gives it.
 std::uint32_t BestOf(const Declarations& declarations, const std::vector<std::uint32_t>& scopes) {
   for (const std::uint32_t scope : scopes) {
     if (!declarations.scopes[scope].variables.empty()) return scope;
@@ -19,6 +20,8 @@ std::uint32_t BestOf(const Declarations& declarations, const std::vector<std::ui
   return scopes.front();
 }
 
+/// "x.vcd: u1 means 3 scopes; taken is tb/u1, not tb/a/u1, tb/b/u1"; nothing where there is but
+/// one.
 void SayWhichOf(const std::string& dump, const Declarations& declarations,
                 const std::vector<std::uint32_t>& scopes, const std::string& text,
                 std::uint32_t chosen) {
@@ -35,8 +38,10 @@ void SayWhichOf(const std::string& dump, const Declarations& declarations,
 
 std::uint32_t OnlyScope(const std::string& dump, const Declarations& declarations,
                         const std::string& text) {
+  // Before any search: "/" means this also where a scope is called so.
   if (text == "/") return Declarations::kDump;
   const std::vector<std::uint32_t> scopes = FindScopes(declarations, text);
+  // Does not return.
   if (scopes.empty()) FailUnknownScope(dump, declarations, text);
   if (scopes.size() == 1) return scopes.front();
   std::vector<std::string> paths;
@@ -49,6 +54,7 @@ std::uint32_t OnlyScope(const std::string& dump, const Declarations& declaration
 
 std::uint32_t ChosenScope(const std::string& dump, const Declarations& declarations,
                           const std::string& text) {
+  // What the user left out is proposed, without a word here: the caller knows whether it matters.
   if (text.empty()) return OutermostWithVariables(declarations);
   if (text == "/") return Declarations::kDump;
   const std::vector<std::uint32_t> scopes = FindScopes(declarations, text);
@@ -61,6 +67,8 @@ std::uint32_t ChosenScope(const std::string& dump, const Declarations& declarati
 void FailUnknownScope(const std::string& dump, const Declarations& declarations,
                       const std::string& text) {
   std::vector<std::string> near = NearScopes(declarations, text);
+  // Nothing that looks like it: the scopes that could be chosen help more than a bare refusal. A
+  // hundred are enough for the list, which shows twelve and counts the rest.
   std::string hint = "; did you mean " + ShortList(near) + "?";
   if (near.empty()) {
     for (std::uint32_t i = 1; i < declarations.scopes.size() && near.size() < 100; ++i) {
@@ -71,6 +79,7 @@ void FailUnknownScope(const std::string& dump, const Declarations& declarations,
   throw Failure(FailureKind::NothingMatched, dump + ": no scope " + text + hint);
 }
 
+/// A message must not fill a screen, however many scopes a dump has.
 std::string ShortList(const std::vector<std::string>& names) {
   constexpr std::size_t kShown = 12;
   std::string text;

@@ -14,9 +14,12 @@ namespace orsa::kesncd::cli {
 namespace {
 
 /// Variables called so without their range: a user who means a whole bus need not give it. Each
-/// signal once, by its first name.
+/// signal once, by its first name. "data" or "soc/data" for the dump's "data[7:0]". SignalSearch
+/// takes "data" for a name of its own and a bit's name, but not for a bus as a whole, so this comes
+/// after it found nothing.
 std::vector<std::uint32_t> FindWithoutRange(const Declarations& declarations,
                                             const std::string& text) {
+  // Scopes of the text, if it has any, are compared as the end of the path below.
   const std::size_t slash = text.rfind('/');
   const std::string_view name =
       std::string_view(text).substr(slash == std::string::npos ? 0 : slash + 1);
@@ -24,7 +27,9 @@ std::vector<std::uint32_t> FindWithoutRange(const Declarations& declarations,
   std::unordered_set<std::uint32_t> codes;
   for (std::uint32_t id = 0; id < declarations.variables.size(); ++id) {
     const DumpVariable& variable = declarations.variables[id];
+    // The cheap test first: this walks all variables of the dump.
     if (variable.width == 0 || BitNames(variable).Base() != name) continue;
+    // Slashes on both sides make whole parts match only: "c/data" is no end of "soc/data".
     const std::string path = "/" + declarations.PathOf(variable.scope) + "/" + std::string(name);
     if (path.ends_with("/" + text) && codes.insert(variable.codeId).second) found.push_back(id);
   }
@@ -35,6 +40,7 @@ std::vector<std::uint32_t> FindWithoutRange(const Declarations& declarations,
 
 const DumpVariable& OnlySignal(const std::string& dump, const Declarations& declarations,
                                const std::string& text) {
+  // Exact: letter case counts.
   const SignalSearch search(declarations, Declarations::kDump, true, {text});
   std::vector<std::uint32_t> found = search.Answer(0).variables;
   if (found.empty()) found = FindWithoutRange(declarations, text);
@@ -45,6 +51,7 @@ const DumpVariable& OnlySignal(const std::string& dump, const Declarations& decl
     fault = text + " means several signals: " + PathsOf(found, declarations);
   } else if (const DumpVariable& signal = declarations.variables[found.front()];
              signal.width > 0 && TypeHasBits(declarations.TypeOf(signal))) {
+    // A real or an event may be the only one that is called so; that is worth another message.
     return signal;
   } else {
     fault = text + " has no bits";
@@ -62,6 +69,7 @@ std::string PathsOf(const std::vector<std::uint32_t>& variables, const Declarati
 }
 
 bool IsClockName(std::string name) {
+  // ASCII only, whatever the locale says of other letters.
   for (char& c : name) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }

@@ -8,17 +8,21 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Signals of several names in one scope: each such signal, and each name but its first.
+/// Signals of several names in one scope: each such signal, and each name but its first. `prepare`
+/// gives each name a code of its own, so both go away by it.
 void FindAliases(const Declarations& declarations, Findings& findings) {
+  // `prepare` goes by the same sharing.
   const auto shares = ShareCodes(declarations);
   std::set<std::pair<std::uint32_t, std::uint32_t>> signals;
   Tally doubled;
   Tally hidden;
   for (std::size_t i = 0; i < shares.size(); ++i) {
     const DumpVariable& variable = declarations.variables[i];
+    // The readers keep figures for the first name of a code in a scope only.
     const bool isHidden = shares[i].name > 0 || shares[i].isLeftOut;
     if (!isHidden && !shares[i].isRepeated) continue;
     const std::string path = hidden ? "" : declarations.ShortPathOf(variable);
+    // Once for each scope that declares the code.
     if (signals.emplace(variable.scope, variable.codeId).second) doubled.Add(variable.line, path);
     if (isHidden) hidden.Add(variable.line, path);
   }
@@ -26,10 +30,12 @@ void FindAliases(const Declarations& declarations, Findings& findings) {
   findings.Add(FindingKind::Hidden, hidden);
 }
 
-/// The first outermost module that holds signals but declares none.
+/// The first outermost module that holds signals but declares none. Where a user takes the
+/// outermost module by habit, the flat run is empty.
 void FindEmptyTop(const Declarations& declarations, Findings& findings) {
   for (const std::uint32_t index : declarations.scopes[Declarations::kDump].scopes) {
     const DumpScope& scope = declarations.scopes[index];
+    // A scope without variables in it, as of a package, is not taken for the design.
     if (!scope.populated) continue;
     findings.Add(FindingKind::EmptyTop, scope.variables.empty(), scope.line, scope.name);
     return;
@@ -40,6 +46,7 @@ void FindEmptyTop(const Declarations& declarations, Findings& findings) {
 /// itself; what it does to signals after it is found where they are.
 void FindForeign(const Declarations& declarations, Findings& findings) {
   Tally foreign;
+  // Scope 0 is the dump itself.
   for (std::size_t i = 1; i < declarations.scopes.size(); ++i) {
     const DumpScope& scope = declarations.scopes[i];
     if (!scope.populated || IsTreeKind(scope.kind)) continue;
@@ -59,6 +66,7 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
   findings.Add(FindingKind::UnreadTimescale, declarations.tick && !lines.timescale, line,
                timescale);
   findings.Add(FindingKind::LateTimescale, lines.lateTimescale);
+  // Torn or open: the dump ended before its body, or the body came without $enddefinitions.
   findings.Add(FindingKind::Torn, !declarations.ended && !declarations.hasWord, 0, "");
   findings.Add(FindingKind::OpenDefinitions, !declarations.ended && declarations.hasWord, 0, "");
   findings.Add(FindingKind::Unreachable, lines.unreachable);

@@ -10,13 +10,15 @@ namespace orsa::kesncd {
 
 namespace {
 
+// Short names for the table.
 constexpr Severity kWrong = Severity::WrongFigures;
 constexpr Severity kNote = Severity::WorthKnowing;
 constexpr Concerns kAll = Concerns::AllRuns;
 constexpr Concerns kHosts = Concerns::Hosts;
 constexpr Concerns kGrammar = Concerns::GrammarReader;
 
-// In the order of the kinds.
+// In the order of the kinds. Where a text alone may not be clear, an example of what is found
+// stands above its row.
 constexpr FindingText kTexts[] = {
     {"packed: no reader but this program's unpacks it", "dump", kWrong, kHosts, Remedy::Unpack},
     {"became shorter while it was read", "dump", kWrong, kAll, Remedy::SimulateAgain},
@@ -24,15 +26,19 @@ constexpr FindingText kTexts[] = {
     {"no time scale: all frequencies are 0 or unknown", "dump", kWrong, kAll,
      Remedy::GiveTimescale},
     {"time scale not understood", "dump", kWrong, kAll, Remedy::GiveTimescale},
+    // "$timescale 1ns $end" on one line.
     {"time scale not read: all frequencies are 0", "dump", kWrong, kHosts, Remedy::Prepare},
     {"time scale after a scope: readers lose their place there", "sections", kWrong, kHosts,
      Remedy::Prepare},
     {"dump ends inside its declarations", "dump", kWrong, kAll, Remedy::SimulateAgain},
+    // "$enddefinitions $end #0", or none before the first "#0".
     {"no $enddefinitions on a line of its own: no value is read", "dump", kWrong, kHosts,
      Remedy::Prepare},
     {"no time span: all frequencies are 0 or unknown", "dump", kWrong, kAll,
      Remedy::SimulateLonger},
+    // Such as those of all top-level scopes but the first.
     {"signals not reachable from the tree's root", "signals", kWrong, kHosts, Remedy::Prepare},
+    // "$var wire 1 ! a $end $var wire 1 # b $end"
     {"declarations not on a line of their own are not read", "signals", kWrong, kHosts,
      Remedy::Prepare},
     {"control bytes, which spoil their lines", "bytes", kWrong, kHosts, Remedy::Prepare},
@@ -44,13 +50,19 @@ constexpr FindingText kTexts[] = {
      Remedy::Prepare},
     {"dump commands in capitals or of port dumps are not obeyed", "commands", kWrong, kHosts,
      Remedy::Prepare},
+    // "#10 1!"
     {"time stamps that share their lines are not read", "stamps", kWrong, kHosts, Remedy::Prepare},
+    // "#10 1!" again, for the change; "1 !"
     {"changes after another word or apart from their codes are not counted", "changes", kWrong,
      kHosts, Remedy::Prepare},
+    // "$dumpoff #20"
     {"dump commands that share their lines are not obeyed", "commands", kWrong, kHosts,
      Remedy::Prepare},
+    // "pU 0 6 <1"
     {"values of port dumps are not counted", "changes", kWrong, kHosts, Remedy::Prepare},
+    // "#1000" and then "#5", read as 5000; see text/splitter.h.
     {"readers misread the time span", "dump", kWrong, kHosts, Remedy::Prepare},
+    // From 2^53 on.
     {"time stamps so large that the span between them is not exact", "dump", kWrong, kHosts,
      Remedy::CoarserTimescale},
     {"time stamp cut off at the end of the dump", "stamps", kWrong, kAll, Remedy::SimulateAgain},
@@ -59,6 +71,7 @@ constexpr FindingText kTexts[] = {
      Remedy::FixDump},
     {"dumping was off for a part of the span, where nothing counts", "stretches", kWrong, kAll,
      Remedy::KeepDumping},
+    // Two declarations with the code "!" in one scope.
     {"signals with several names in a scope count several times in the tree", "signals", kWrong,
      kHosts, Remedy::Prepare},
     {"further names of a signal in a scope have no figures", "signals", kWrong, kHosts,
@@ -72,9 +85,12 @@ constexpr FindingText kTexts[] = {
      Remedy::Prepare},
     {"outermost module declares no signal: a flat run of it is empty", "scopes", kNote, kAll,
      Remedy::ChooseTop},
+    // "H!"
     {"changes to H or L are not counted", "changes", kWrong, kHosts, Remedy::Prepare},
+    // "$var wire 8 # data $end"
     {"codes that the grammar reader takes for times or values", "signals", kWrong, kGrammar,
      Remedy::Prepare},
+    // $attrbegin
     {"sections that the grammar reader does not know", "sections", kWrong, kGrammar,
      Remedy::Prepare},
     {"values too long for a line of every reader", "changes", kWrong, kHosts, Remedy::Prepare},
@@ -100,9 +116,12 @@ constexpr FindingText kTexts[] = {
     {"declarations without a code", "declarations", kWrong, kAll, Remedy::FixDump},
     {"words that are not understood", "words", kWrong, kAll, Remedy::FixDump},
     {"time stamps with fractions, which are lost", "stamps", kWrong, kAll, Remedy::FinerTimescale},
+    // "\cpu.pc[2]"
     {"escaped names keep their backslash", "signals", kNote, kAll, Remedy::AskAsWritten},
+    // "mem[0][31:0]"
     {"names with two indices: a flat row mem_0 is the whole element mem[0][31:0]", "signals", kNote,
      kAll, Remedy::ReadAsElement},
+    // "gen(3)"
     {"names with parentheses, where designs have brackets", "signals", kNote, kAll,
      Remedy::AskAsWritten},
     {"different signals with one name in the flat map, which the first one has", "signals", kWrong,
@@ -114,7 +133,7 @@ constexpr FindingText kTexts[] = {
 };
 static_assert(std::size(kTexts) == static_cast<std::size_t>(FindingKind::NotHandled) + 1);
 
-// In the order of the remedies.
+// In the order of the remedies. What a user types or does, in a few words.
 constexpr std::string_view kRemedies[] = {
     "none",
     "gunzip, unzstd or kesncd prepare",
@@ -139,7 +158,7 @@ constexpr std::string_view kRemedies[] = {
 };
 static_assert(std::size(kRemedies) == static_cast<std::size_t>(Remedy::UsePlainSignals) + 1);
 
-/// Where a kind is listed: faults, notes, the grammar reader's.
+/// Where a kind is listed: faults, notes, the grammar reader's. Only the first list makes a fault.
 int ListOf(FindingKind kind) {
   const FindingText& text = TextOf(kind);
   if (text.concerns == Concerns::GrammarReader) return 2;
@@ -177,12 +196,14 @@ bool IsFault(FindingKind kind) {
 }
 
 void SortFindings(std::vector<Finding>& findings) {
+  // The kinds themselves are in the order of harm.
   std::sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
     return std::pair(ListOf(a.kind), a.kind) < std::pair(ListOf(b.kind), b.kind);
   });
 }
 
 void Findings::Add(FindingKind kind, bool isSo, std::uint64_t line, std::string_view example) {
+  // A condition instead of a tally: the finding counts once.
   if (!isSo) return;
   Tally tally;
   tally.Add(line, example);
@@ -192,22 +213,6 @@ void Findings::Add(FindingKind kind, bool isSo, std::uint64_t line, std::string_
 std::vector<Finding> Findings::Sorted() && {
   SortFindings(found_);
   return std::move(found_);
-}
-
-DumpCheck CheckDump(ByteSource& in, const std::string& name, std::string_view packing,
-                    std::size_t block) {
-  DumpWords words(in, block, block / 4);
-  SlotWatch watch;
-  words.Show(watch);
-  DumpCheck check{ReadDeclarations(words, name), {}, {}};
-  Findings findings;
-  findings.Add(FindingKind::Packed, !packing.empty(), 0, packing);
-  FindInDeclarations(check.declarations, findings);
-  FindInNames(check.declarations, findings);
-  check.body = FindInBody(words, watch, check.declarations, findings);
-  findings.Add(FindingKind::ControlBytes, words.Controls());
-  check.findings = std::move(findings).Sorted();
-  return check;
 }
 
 }  // namespace orsa::kesncd

@@ -7,12 +7,14 @@
 
 namespace orsa::kesncd {
 
+/// A user who gives another file is told what it is, not that line 1 is no declaration.
 struct ForeignFormat {
   std::string_view name;    // empty for what may be a VCD file
   std::string_view remedy;  // how to get a VCD file from it
 };
 
-/// Names a file's format by its first bytes.
+/// Names a file's format by its first bytes. Some 4000 bytes tell all of them; fewer may leave a
+/// format unknown.
 ForeignFormat ForeignFormatOf(std::string_view firstBytes);
 
 /// "is NAME, no VCD file: REMEDY"

@@ -10,24 +10,30 @@ namespace orsa::kesncd {
 
 namespace {
 
+// A flat run prints a row for each bit.
 constexpr std::uint32_t kWide = 4096;
 
-/// The names that a variable has in the flat map: `base` alone, or with each of some numbers.
+/// The names that a variable has in the flat map: `base` alone, or with each of some numbers. A row
+/// of the flat map is the base with a number after a bar: q_3. -1: the base alone.
 struct FlatNames {
   std::string_view base;
   std::int64_t low = -1;
   std::int64_t high = -1;
+  // The index in the declarations.
   std::uint32_t variable = 0;
 };
 
+/// Gives 0 where no number is there.
 std::int64_t IndexIn(std::string_view text) {
   std::int32_t number = 0;
   (void)std::from_chars(text.data(), text.data() + text.size(), number);
   return number;
 }
 
-/// "q[7:0]" is q with 0 to 7; "q[3]" and "q_3" are q with 3.
+/// "q[7:0]" is q with 0 to 7; "q[3]" and "q_3" are q with 3. The numbers overlap where two
+/// variables give the same row.
 FlatNames FlatNamesOf(std::string_view name, std::uint32_t variable) {
+  // Only the first index counts: "mem[0][31:0]" is mem with 0.
   name = name.substr(0, name.find(']'));
   const std::size_t bracket = name.find('[');
   if (bracket != std::string_view::npos) {
@@ -38,8 +44,10 @@ FlatNames FlatNamesOf(std::string_view name, std::uint32_t variable) {
         colon == std::string_view::npos ? left : IndexIn(range.substr(colon + 1));
     return {name.substr(0, bracket), std::min(left, right), std::max(left, right), variable};
   }
+  // "q_3" as a name of its own meets the row of bit 3 of q.
   const std::size_t bar = name.rfind('_');
   const std::string_view digits = bar == std::string_view::npos ? "" : name.substr(bar + 1);
+  // Numbers that a range could have, and as a row writes them: without zeros in front.
   const bool isNumber = !digits.empty() && digits.size() < 10 &&
                         digits.find_first_not_of("0123456789") == std::string_view::npos &&
                         (digits == "0" || digits.front() != '0');
@@ -51,13 +59,17 @@ FlatNames FlatNamesOf(std::string_view name, std::uint32_t variable) {
 void FindCollisions(const Declarations& declarations, const DumpScope& scope,
                     const std::vector<CodeShare>& shares, Tally& collisions) {
   std::vector<FlatNames> names;
+  // A name that is repeated with its code is the same signal.
   for (const std::uint32_t index : scope.variables) {
     if (shares[index].isRepeated) continue;
     names.push_back(FlatNamesOf(declarations.variables[index].name, index));
   }
+  // By base and then by number, so that overlaps are neighbours; of equal ones the first declared
+  // has the row.
   std::sort(names.begin(), names.end(), [](const FlatNames& a, const FlatNames& b) {
     return std::tie(a.base, a.low, a.variable) < std::tie(b.base, b.low, b.variable);
   });
+  // The highest number that the base has so far.
   std::int64_t reached = -1;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const bool isNewBase = i == 0 || names[i].base != names[i - 1].base;
@@ -78,10 +90,12 @@ void FindInNames(const Declarations& declarations, Findings& findings) {
   Tally wide;
   Tally collisions;
   std::vector<bool> hasParentheses(declarations.scopes.size());
+  // Asked once for all scopes.
   const auto shares = ShareCodes(declarations);
   for (std::size_t i = 0; i < declarations.scopes.size(); ++i) {
     const DumpScope& scope = declarations.scopes[i];
-    // A scope comes after the one around it.
+    // A scope comes after the one around it. An instance in a generate loop has parentheses in
+    // VHDL, and all below it in their paths.
     hasParentheses[i] = hasParentheses[scope.parent] || scope.name.find('(') != std::string::npos;
     FindCollisions(declarations, scope, shares, collisions);
   }
@@ -91,6 +105,7 @@ void FindInNames(const Declarations& declarations, Findings& findings) {
       if (isSo) tally.Add(variable.line, tally ? "" : declarations.ShortPathOf(variable));
     };
     add(escaped, name.front() == '\\');
+    // The first bracket is not the last one.
     add(indices, name.find('[') != name.rfind('['));
     add(parentheses, hasParentheses[variable.scope] || name.find('(') != std::string::npos);
     add(wide, variable.width > kWide);

@@ -10,10 +10,13 @@ namespace orsa::kesncd {
 namespace {
 
 // In byte order. Left out: b, r, x and z, values in front of a word; e, p and x, which go on a
-// number that stands before them in a reader's memory; and every digit and sign.
+// number that stands before them in a reader's memory; and every digit and sign. 40 letters: three
+// of them name 64000 signals.
 constexpr std::string_view kLetters = "ACDFGHIJKLMNOQSTUVWYacdfghijklmnoqstuvwy";
 
-/// Counts names by code in one scope after another.
+/// Counts names by code in one scope after another. Enter each scope, then Take its variables in
+/// their order. A code's entry is of the scope that took it last, so nothing is cleared between
+/// scopes.
 class ScopeNames {
  public:
   explicit ScopeNames(const Declarations& declarations)
@@ -21,16 +24,19 @@ class ScopeNames {
 
   void Enter(std::uint32_t scope) {
     scope_ = scope;
+    // Only codes with several names in this scope are in it; most scopes have none.
     shared_.clear();
   }
 
   CodeShare Take(std::uint32_t variable) {
     const DumpVariable& taken = declarations_.variables[variable];
     Entry& entry = byCode_[taken.codeId];
+    // The code's first name in this scope.
     if (entry.names == 0 || entry.scope != scope_) {
       entry = {scope_, 1, variable};
       return {};
     }
+    // The first name goes into the set only now that there is a second one.
     if (entry.names == 1) shared_.emplace(taken.codeId, declarations_.variables[entry.first].name);
     if (!shared_.emplace(taken.codeId, taken.name).second) return {0, true, false};
     if (entry.names == kMostNames) return {0, false, true};
@@ -38,9 +44,12 @@ class ScopeNames {
   }
 
  private:
+  // The last scope that declared the code.
   struct Entry {
     std::uint32_t scope = 0;
+    // How many names of the code it has.
     std::uint32_t names = 0;
+    // The variable that has the first of them.
     std::uint32_t first = 0;
   };
 
@@ -66,6 +75,7 @@ std::vector<CodeShare> ShareCodes(const Declarations& declarations) {
 
 NewCodes::NewCodes(const Declarations& declarations, const std::vector<CodeShare>& shares)
     : isShared_(declarations.codes.size()), further_(declarations.codes.size()) {
+  // A code needs as many further texts as its fullest scope has further names.
   for (std::size_t i = 0; i < shares.size(); ++i) {
     const std::uint32_t code = declarations.variables[i].codeId;
     further_[code].count = std::max(further_[code].count, shares[i].name);
@@ -77,7 +87,9 @@ NewCodes::NewCodes(const Declarations& declarations, const std::vector<CodeShare
     furtherTexts += further.count;
   }
   const std::size_t all = further_.size() + furtherTexts;
+  // The shortest length that names all of them.
   for (std::size_t room = kLetters.size(); room < all; room *= kLetters.size()) ++length_;
+  // Texts lie apart by four or eight bytes, so that reading eight never leaves the vectors.
   step_ = length_ <= kReadAhead / 2 ? kReadAhead / 2 : kReadAhead;
   first_.resize(further_.size() * step_ + kReadAhead);
   furtherTexts_.resize(furtherTexts * step_ + kReadAhead);
@@ -87,8 +99,10 @@ std::string_view NewCodes::CodeOf(const DumpVariable& variable, const CodeShare&
   char* const text =
       share.name == 0 ? &first_[variable.codeId * step_]
                       : &furtherTexts_[(further_[variable.codeId].start + share.name - 1) * step_];
+  // Not given out yet: a code stands for the same signal in every scope.
   if (text[0] == '\0') {
     std::uint64_t number = given_++;
+    // The last letter changes fastest, so codes in order are texts in order.
     for (std::size_t i = length_; i-- > 0; number /= kLetters.size()) {
       text[i] = kLetters[number % kLetters.size()];
     }

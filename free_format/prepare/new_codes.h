@@ -17,8 +17,10 @@
 
 namespace orsa::kesncd {
 
-/// How a variable takes part in the codes of its scope.
+/// How a variable takes part in the codes of its scope. Made by ShareCodes, in the order of the
+/// declarations of each scope.
 struct CodeShare {
+  // 0 for the first name.
   std::uint32_t name = 0;   // the how many-eth name of its code in its scope
   bool isRepeated = false;  // name and code stood in the scope before
   bool isLeftOut = false;   // one name too many
@@ -28,22 +30,26 @@ struct CodeShare {
 /// name, so without a bound a short dump with very many names of a clock would become a huge one.
 inline constexpr std::uint32_t kMostNames = 32;
 
-/// One for each variable.
+/// One for each variable. By the index of the variable.
 std::vector<CodeShare> ShareCodes(const Declarations& declarations);
 
+/// Construct it, call CodeOf for every variable that the header declares, then First and Further.
 class NewCodes {
  public:
   /// Room for every code of the dump with its further names.
   NewCodes(const Declarations& declarations, const std::vector<CodeShare>& shares);
 
-  /// The code of a variable; its number is given out when it is first asked for.
+  /// The code of a variable; its number is given out when it is first asked for. Numbers are given
+  /// out in the order of these calls, which is the order of the declarations.
   std::string_view CodeOf(const DumpVariable& variable, const CodeShare& share);
 
   /// Bytes that may be read from the start of a code.
   static constexpr std::size_t kReadAhead = 8;
+  // Characters of a code, the same for all.
   std::size_t length() const { return length_; }
   /// The code of the first name that a dump's code has in a scope, and how many more it has.
   const char* First(std::uint32_t code) const { return &first_[code * step_]; }
+  // 0 for nearly all codes.
   std::uint32_t FurtherNames(std::uint32_t code) const {
     return isShared_[code] ? further_[code].count : 0;
   }
@@ -53,6 +59,7 @@ class NewCodes {
   }
 
  private:
+  // A code's further names lie one after the other.
   struct Range {
     std::uint32_t count = 0;
     std::uint32_t start = 0;
@@ -62,9 +69,11 @@ class NewCodes {
   std::size_t length_ = 1;
   std::size_t step_ = 0;     // from one code's text to the next one's
   std::vector<char> first_;  // texts by the dump's codes
+  // Says whether a look into `further_` is worth it.
   std::vector<bool> isShared_;
   std::vector<Range> further_;  // by the dump's codes, of furtherTexts_
   std::vector<char> furtherTexts_;
+  // How many codes have been given out.
   std::uint64_t given_ = 0;
 };
 

@@ -21,18 +21,22 @@
 
 namespace orsa::kesncd {
 
-/// The bounds of a window in femtoseconds, both of them in it.
+/// The bounds of a window in femtoseconds, both of them in it. As a user gives them, independent of
+/// a dump's time scale.
 struct TimeWindow {
   std::optional<std::uint64_t> begin;
   std::optional<std::uint64_t> end;
 };
 
 /// The window in ticks: BEGIN is rounded up, END down. Throws Failure with Unusable where a dump
-/// without a tick is to have a window; messages call it `name`.
+/// without a tick is to have a window; messages call it `name`. Rounded so, the window keeps no
+/// tick that lies outside it.
 TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> tick,
                          const std::string& name);
 
+/// What a user wants of the rewrite; without any of it all of the dump is kept in its order.
 struct PrepareOptions {
+  // A path, as a rule.
   std::string dump;  // what messages call it
   // Says which scope goes first; without it they stay in their order.
   std::function<std::uint32_t(const Declarations&)> chooseTop;
@@ -41,6 +45,7 @@ struct PrepareOptions {
   std::size_t block = DumpWords::kBlock;  // bytes that are read and written at a time
 };
 
+/// All figures are of what was written.
 struct PrepareReport {
   std::optional<std::uint64_t> tick;  // femtoseconds
   std::string timescale;              // as the dump has it
@@ -48,9 +53,11 @@ struct PrepareReport {
   std::uint64_t changes = 0;          // those that were written, before they were written by name
   std::uint64_t unknown = 0;          // scalars among them that became x or z
   std::uint64_t stamps = 0;           // written ones
+  // In the dump's ticks: the span of the prepared dump.
   std::uint64_t firstTick = 0;
   std::uint64_t lastTick = 0;
   bool isEndCut = false;  // the window ends after the dump does
+  // Names that were missing.
   Tally unnamed;
   Tally renamed;                    // names that no reader could take
   Tally leftOut;                    // further names of a signal, beyond what is written for one
@@ -65,7 +72,8 @@ struct PrepareReport {
 };
 
 /// Throws Failure with Unusable for what is no VCD file or declares no variable, with
-/// NothingMatched where the window holds nothing.
+/// NothingMatched where the window holds nothing. Writes to `out` while it reads; on a Failure what
+/// was written is worth nothing.
 PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& options);
 
 }  // namespace orsa::kesncd

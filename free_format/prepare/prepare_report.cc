@@ -6,6 +6,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// A remark with a count.
 struct Row {
   const Tally& tally;
   const char* text;  // before the count
@@ -13,15 +14,18 @@ struct Row {
 
 }  // namespace
 
+/// Time first: without it no figure means anything.
 std::vector<std::string> PrepareReport::Remarks() const {
   std::vector<std::string> remarks;
   if (!tick && timescale.empty()) {
     remarks.emplace_back("it has no time scale, so all frequencies are 0; --timescale gives one");
+    // Cut, as a hostile dump may have a long one.
   } else if (!tick) {
     remarks.push_back("its time scale \"" + timescale.substr(0, 40) +
                       "\" is not understood, so all frequencies are 0; --timescale gives one");
   }
   if (tickNotNeeded) remarks.emplace_back("it has a time scale of its own, which stands");
+  // One of the two at most.
   if (stamps == 0) {
     remarks.emplace_back("it has no time stamp, so all frequencies are 0");
   } else if (firstTick == lastTick) {
@@ -29,6 +33,7 @@ std::vector<std::string> PrepareReport::Remarks() const {
   }
   if (isEndCut)
     remarks.emplace_back("the window ends after the dump: it is cut back to the dump's end");
+  // What could not be read is missing in the prepared dump, too.
   remarks.insert(remarks.end(), unread.begin(), unread.end());
   const Row rows[] = {
       {weak, "changes to H or L, which now count as 1 or 0"},
@@ -37,12 +42,14 @@ std::vector<std::string> PrepareReport::Remarks() const {
       {renamed, "names that were too long or keywords, replaced"},
       {leftOut, "further names of signals with very many names in one scope, left out"},
   };
+  // Rows without a count say nothing.
   for (const Row& row : rows) {
     if (row.tally) remarks.push_back(RemarkOn(row.text, row.tally));
   }
   if (!addedRoot.empty()) {
     remarks.push_back("it has several top-level scopes, which now stand in " + addedRoot);
   }
+  // Scalars only; a bus with such bits counts.
   if (unknown > 0) {
     remarks.push_back(std::to_string(unknown) + " of " + std::to_string(changes) +
                       " changes are to x or z, which do not count");

@@ -12,9 +12,13 @@ namespace orsa::kesncd::standalone {
 
 namespace {
 
+/// Give it each line, then Finish. Rows come into the caller's list as their ends are met; a quoted
+/// cell may reach over several lines.
 class CsvParser {
  public:
   explicit CsvParser(Rows& rows) : rows_(rows) {
+    // Strict: a quote inside an unquoted cell, and a file that ends inside a quoted one, are
+    // errors.
     if (csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI) != 0) throw std::bad_alloc();
   }
   ~CsvParser() { csv_free(&parser_); }
@@ -44,17 +48,20 @@ class CsvParser {
     }
   }
 
+  // Throws what a callback kept, and what libcsv says about memory; else returns what it was given.
   bool Passed(bool good) {
     if (failure_) std::rethrow_exception(failure_);
     if (!good && csv_error(&parser_) == CSV_ENOMEM) throw std::bad_alloc();
     return good;
   }
 
+  // A cell's text is libcsv's, so it is copied.
   static void TakeCell(void* text, std::size_t length, void* self) {
     auto* parser = static_cast<CsvParser*>(self);
     parser->Guard([&] { parser->row_.emplace_back(static_cast<const char*>(text), length); });
   }
 
+  // The list of cells is empty again for the next row.
   static void TakeRowEnd(int /*terminator*/, void* self) {
     auto* parser = static_cast<CsvParser*>(self);
     parser->Guard([&] { parser->rows_.push_back(std::exchange(parser->row_, {})); });
@@ -62,10 +69,13 @@ class CsvParser {
 
   csv_parser parser_{};
   Rows& rows_;
+  // The cells of the row so far.
   std::vector<std::string> row_;
+  // What a callback has caught.
   std::exception_ptr failure_;
 };
 
+/// The start of a message about a line, from 1.
 std::string At(const std::string& path, std::size_t line) {
   return path + ":" + std::to_string(line) + ": ";
 }
@@ -80,6 +90,7 @@ bool ReadCsvRows(const std::string& path, std::size_t fewest, std::size_t most, 
   for (std::string line; std::getline(file, line);) {
     ++number;
     const std::size_t before = rows.size();
+    // std::getline drops the newline; the last line gets one even where the file has none.
     if (!parser.TakeLine(line + '\n')) {
       message = At(path, number) + parser.Error();
       return false;
@@ -92,6 +103,7 @@ bool ReadCsvRows(const std::string& path, std::size_t fewest, std::size_t most, 
       return false;
     }
   }
+  // Reading stopped before the end.
   if (!file.eof()) {  // never opened, or a folder
     message = path + ": cannot be read";
     return false;

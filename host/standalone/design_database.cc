@@ -16,13 +16,15 @@ constexpr char kBlanks[] = " \t\r";
 /// The one state of its sources that the library asks for: loaded from them as they are now.
 constexpr int kSourceIsCurrent = 0x200;
 
+/// To say why nothing is read, before anything is dropped.
 bool CanRead(const std::string& path) {
   std::ifstream file(path);
   file.peek();  // a folder opens, but nothing can be read from it
   return file.is_open() && !file.bad();
 }
 
-/// One net a line, blanks around it and blank lines left out.
+/// One net a line, blanks around it and blank lines left out. A carriage return counts as a blank,
+/// for files of other systems.
 std::unique_ptr<NC_DESIGN> ReadDesign(const std::string& path) {
   auto design = std::make_unique<NC_DESIGN>();
   std::ifstream file(path, std::ios::binary);
@@ -46,6 +48,7 @@ DesignDatabase& Database() {
 void DesignDatabase::SetSource(const std::string& database, const std::string& preferences) {
   database_ = database;
   preferences_ = preferences;
+  // Even where the sources are the same as before: their files may have changed.
   isCurrent_ = false;
 }
 
@@ -57,9 +60,11 @@ bool DesignDatabase::Load() {
   } else if (preferences_ != kNoPreferences && !CanRead(preferences_)) {
     message_ = preferences_ + ": cannot be read";
   }
+  // The first source that cannot be read is named.
   if (!message_.empty()) return false;
   design_ = ReadDesign(database_);
   designName_ = std::filesystem::path(database_).stem().string();
+  // Public data of the host's class, so it points into this object.
   name = designName_.c_str();
   isCurrent_ = true;
   return true;
@@ -73,10 +78,13 @@ const std::string& DesignMessage() {
 
 // The operations that the library calls. Each only passes on: what they mean is the class's.
 
+// The state is in Database(); the objects that hosts pass around hold no data of their own.
 using orsa::kesncd::standalone::Database;
 
+// Declared in host/design_data.h; the library finds them in the program.
 FileData::~FileData() = default;
 
+/// No other state is known here.
 int FileData::getIsSourceUpdated(int which) {
   return which == orsa::kesncd::standalone::kSourceIsCurrent && Database().IsCurrent() ? 1 : 0;
 }
@@ -85,6 +93,7 @@ NC_DESIGN* NcdData::findData() {
   return Database().Design();
 }
 
+/// Releasing cannot fail.
 int NcdData::releaseData() {
   Database().Release();
   return 1;
@@ -94,6 +103,7 @@ int NcdData::loadData() {
   return Database().Load() ? 1 : 0;
 }
 
+/// Without data: its operations ask Database().
 CommonData* CommonData::getGlobalInstance() {
   static CommonData registry;
   return &registry;

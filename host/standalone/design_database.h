@@ -11,6 +11,7 @@
 /// A design is the names of its nets.
 class NC_DESIGN {
  public:
+  // Names in the order of the file.
   std::vector<std::string> nets;
 };
 
@@ -38,11 +39,14 @@ class DesignDatabase : public NcdData {
   const std::string& Message() const { return message_; }
 
  private:
+  // Both as SetSource was given them.
   std::string database_;
   std::string preferences_;
+  // The public `name` points to its text.
   std::string designName_;
   std::string message_;
   std::unique_ptr<NC_DESIGN> design_;
+  // The sources have not been set again since the last loading.
   bool isCurrent_ = false;
 };
 

@@ -11,7 +11,8 @@ namespace {
 // Kept after the operation: the library's caller is told a status only, not the frequencies.
 Extraction lastExtraction;
 
-/// In the order of the design's list, also the nets that nothing is known of.
+/// In the order of the design's list, also the nets that nothing is known of. Names are compared as
+/// they stand: the library's are design names already.
 std::vector<NetFrequency> FrequenciesOf(const NC_DESIGN& design,
                                         const std::map<std::string, double>& frequencies) {
   std::vector<NetFrequency> nets;
@@ -31,6 +32,7 @@ const Extraction& LastExtraction() {
 
 }  // namespace orsa::kesncd::standalone
 
+/// The field is the host's to use; here it leads to the report.
 NCD_EXTRACTION::NCD_EXTRACTION() : state(&orsa::kesncd::standalone::lastExtraction) {}
 
 NCD_EXTRACTION::~NCD_EXTRACTION() = default;
@@ -38,6 +40,7 @@ NCD_EXTRACTION::~NCD_EXTRACTION() = default;
 std::intptr_t NCD_EXTRACTION::extractNCD(NC_DESIGN* design, std::string designName,
                                          std::string scope,
                                          std::map<std::string, double> frequencies) {
+  // 0 tells the library that nothing was extracted, and the last report stays.
   if (design == nullptr) return 0;
   auto nets = orsa::kesncd::standalone::FrequenciesOf(*design, frequencies);
   auto& report = *static_cast<orsa::kesncd::standalone::Extraction*>(state);

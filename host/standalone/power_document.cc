@@ -8,9 +8,11 @@ namespace orsa::kesncd::standalone {
 
 namespace {
 
+// The name that the library asks for.
 constexpr char kConnections[] = "Hierarchical Connections";
 
-/// A table section that owns its table.
+/// A table section that owns its table. The public pointer leads to the member, which goes with the
+/// section.
 class OwnedTable : public PD_TBLSECT {
  public:
   explicit OwnedTable(Rows rows) {
@@ -28,7 +30,9 @@ PowerDocument::PowerDocument() = default;
 PowerDocument::~PowerDocument() = default;
 
 bool PowerDocument::ReadConnections(const std::string& path, std::string& message) {
+  // Read apart, so that a file with an error leaves the document as it was.
   Rows rows;
+  // Kind and column 1; column 2 where the kind has one.
   if (!ReadCsvRows(path, 2, 3, rows, message)) return false;
   AddTable(kConnections, std::move(rows));
   return true;
@@ -38,6 +42,7 @@ void PowerDocument::AddTable(const std::string& name, std::vector<std::vector<st
   sections_[name] = std::make_unique<OwnedTable>(std::move(rows));
 }
 
+/// For tests of what the library does with a section that is no table.
 void PowerDocument::AddOtherSection(const std::string& name) {
   sections_[name] = std::make_unique<PD_SECTION>();
 }
@@ -53,6 +58,7 @@ PD_SECTION* PD_DATA::GetSection(const char* name) {
   return section == document->sections_.end() ? nullptr : section->second.get();
 }
 
+// Empty for a cell that a short row lacks: the library wants a text in any case.
 const char* PD_TABLE::GetValueAt(int row, int column) {
   const auto r = static_cast<std::size_t>(row);
   const auto c = static_cast<std::size_t>(column);

@@ -11,11 +11,13 @@
 namespace orsa::kesncd {
 
 /// Changes are gathered by code and belong to `topMod` when WriteCounts has been called. Nothing is
-/// pending while a declaration is read, so none is lost when a time scale ends the process.
+/// pending while a declaration is read, so none is lost when a time scale ends the process. Give
+/// each reduction of the parse to Reduce, then call WriteCounts once.
 class DumpActions {
  public:
   /// Runs the action of a rule with the values of its symbols. Nearly all of a dump is values, so
-  /// their way is the shortest.
+  /// their way is the shortest. `values` are those of the rule's right side, from its first symbol
+  /// on; valid during the call.
   void Reduce(const Reduction& reduction, const YYSTYPE* values) {
     if (reduction.action == Action::TakeValue) {
       TakeValue(values[0].text);
@@ -23,13 +25,15 @@ class DumpActions {
       Run(reduction.action, values);
     }
   }
-  /// Adds the gathered changes to the signals of `topMod`.
+  /// Adds the gathered changes to the signals of `topMod`. Also after a parse that was given up.
   void WriteCounts();
 
  private:
+  // All actions but the most frequent one.
   void Run(Action action, const YYSTYPE* values);
   void TakeValue(const char (&word)[sizeof vcdstr]);
   void TakeScalar(const char* word);
+  // `code` ends in a NUL.
   void CountChange(const char* code);
 
   CodeCounts counts_;

@@ -17,7 +17,8 @@
 
 namespace orsa::kesncd {
 
-/// The left sides of the rules, numbered after the tokens.
+/// The left sides of the rules, numbered after the tokens. A file such as "$timescale 1 ns $end
+/// $scope module tb $end ... $enddefinitions $end #0 1!" is read as file: declarations dumps.
 enum Nonterminal : int {
   kStart = kVersion + 1,
   kFile,
@@ -33,10 +34,12 @@ enum Nonterminal : int {
   kValues,
   kValue,
 };
+/// Tokens are smaller, so one comparison tells what a symbol is.
 inline constexpr int kFirstNonterminal = kStart;
 inline constexpr int kNonterminals = kValue - kStart + 1;
 
-/// What the reader does when a rule has been read (see actions.h).
+/// What the reader does when a rule has been read (see actions.h). One byte, for it stands in every
+/// reduction of the tables.
 enum class Action : std::uint8_t {
   None,
   OneWordTimescale,
@@ -53,7 +56,8 @@ enum class Action : std::uint8_t {
   TakeValue,
 };
 
-/// The symbols on the right of a rule.
+/// The symbols on the right of a rule. Seven symbols are what the longest rule has: a variable with
+/// its range.
 class RightSide {
  public:
   constexpr RightSide(std::initializer_list<int> symbols)
@@ -68,13 +72,15 @@ class RightSide {
   std::uint32_t size_;
 };
 
+/// `left` is made of `right`.
 struct Rule {
   Nonterminal left;
   RightSide right;
   Action action = Action::None;
 };
 
-/// The rules by their numbers; number 0 accepts.
+/// The rules by their numbers; number 0 accepts. The blocks are the file, declarations, their
+/// commands, dump items, and values.
 inline constexpr Rule kGrammar[] = {
     /*  0 */ {kStart, {kFile}},
     /*  1 */ {kFile, {kDeclarations, kDumps}},
@@ -86,16 +92,23 @@ inline constexpr Rule kGrammar[] = {
     /*  6 */ {kDeclaration, {kUpscopeCommand}},
     /*  7 */ {kDeclaration, {kVariable}},
 
+    // $scope module tb $end
     /*  8 */ {kScopeCommand, {kScope, kWord, kWord, kEnd}, Action::EnterScope},
+    // $timescale 1ns $end
     /*  9 */ {kTimescaleCommand, {kTimescale, kWord, kEnd}, Action::OneWordTimescale},
+    // $timescale 1 ns $end
     /* 10 */ {kTimescaleCommand, {kTimescale, kWord, kWord, kEnd}, Action::TwoWordTimescale},
+    // $upscope $end
     /* 11 */ {kUpscopeCommand, {kUpscope, kEnd}, Action::LeaveScope},
+    // $var wire 8 # q $end
     /* 12 */ {kVariable, {kVar, kWord, kWord, kWord, kWord, kEnd}, Action::Declare},
+    // $var wire 8 # q [7:0] $end
     /* 13 */ {kVariable, {kVar, kWord, kWord, kWord, kWord, kWord, kEnd}, Action::DeclareRange},
 
     /* 14 */ {kDumps, {}},
     /* 15 */ {kDumps, {kDumps, kDumpItem}},
     /* 16 */ {kDumpItem, {kValue}},
+    // $dumpvars 0! b0110 # $end
     /* 17 */ {kDumpItem, {kDumpCommand, kValues, kEnd}, Action::EndDump},
     /* 18 */ {kDumpCommand, {kDumpall}, Action::StartDumpall},
     /* 19 */ {kDumpCommand, {kDumpvars}, Action::StartDumpvars},
@@ -104,6 +117,7 @@ inline constexpr Rule kGrammar[] = {
 
     /* 22 */ {kValues, {}},
     /* 23 */ {kValues, {kValues, kValue}},
+    // #100, 1!, b0110, or the code after such a value
     /* 24 */ {kValue, {kWord}, Action::TakeValue},
 };
 

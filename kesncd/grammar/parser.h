@@ -16,6 +16,8 @@
 
 namespace orsa::kesncd {
 
+/// Construct it and Parse once. Its state is in the exported variables, where hosts may look at it
+/// between two tokens.
 template <class Actions>
 class Parser {
  public:
@@ -23,24 +25,29 @@ class Parser {
 
   /// Parses the lexer's tokens; false when the parse is given up.
   bool Parse() {
+    // As if nothing had been parsed before; a look-ahead token of an earlier parse is dropped.
     yynerrs = yyerrflag = 0;
     yychar = kNoToken;
     MoveTo(0);
     Enter(0);
     for (;;) {
       const ParserState& state = StateAt(state_);
+      // A state that does not look ahead reduces before the next word is read.
       if (state.looksAhead) {
         if (yychar == kNoToken) yychar = yylex();
+        // The short way for a list's items.
         if (TakesItem(state)) {
           TakeItem(state.item);
           continue;
         }
+        // The plain way: shift if the token fits, accept at the end.
         const int next = ShiftOf(state, yychar);
         if (next != kNoState) {
           if (next == kAccept || !Shift(next)) return next == kAccept;
           continue;
         }
       }
+      // Nothing fits: reduce, or the token is an error.
       if (!ReduceOrRecover(state.reduction)) return false;
     }
   }
@@ -50,6 +57,7 @@ class Parser {
   static constexpr int kRecovering = 3;  // shifts until an error is reported again
   static constexpr std::ptrdiff_t kDeepest = std::size(yy_yys);
 
+  // States are numbers below 64.
   const ParserState& StateAt(int state) const {
     return tables_.states[static_cast<std::size_t>(state)];
   }
@@ -57,6 +65,7 @@ class Parser {
     return state.shifts[static_cast<std::size_t>(ColumnOf(token))];
   }
 
+  // Only where the stack would have had room for it.
   bool TakesItem(const ParserState& state) const {
     return yychar == kWord && state.item.count > 0 && top_ + 1 < kDeepest;
   }
@@ -71,11 +80,14 @@ class Parser {
     yypv = yyv + entry;
   }
 
+  // The variables show the state as the plain way leaves it.
   void Enter(int state) {
     state_ = state;
     *yyps = yystate = state;
   }
 
+  // False when the stack is full, which ends the parse. No dump gets there: its lists are
+  // left-recursive.
   bool Push(int state) {
     if (top_ + 1 == kDeepest) {
       yyerror("yacc stack overflow");
@@ -86,6 +98,7 @@ class Parser {
     return true;
   }
 
+  // The token has its place on the stack, so the next one is to be read.
   bool Shift(int state) {
     if (!Push(state)) return false;
     CopyValue(yypv->text, yylval.text);
@@ -99,8 +112,10 @@ class Parser {
   void TakeItem(const ListItem& item) {
     yychar = kNoToken;
     CopyValue(yypv[1].text, yylval.text);
+    // The stacks hold above their top what Shift would leave there.
     CopyValue(yyval.text, yylval.text);
     yyps[1] = item.lastState;
+    // All but the last see the word where it was shifted, the last one the list before it.
     const std::uint8_t last = item.count - 1;
     for (std::uint8_t i = 0; i < last; ++i) actions_.Reduce(item.reductions[i], yypv + 1);
     actions_.Reduce(item.reductions[last], yypv);
@@ -124,7 +139,9 @@ class Parser {
   bool Reduce(const Reduction& reduction) {
     yytmp = reduction.rule;
     Drop(reduction.length);
+    // The rule's symbols lie above the top now, but are still there.
     const YYSTYPE* values = yypv + 1;
+    // yyval is what the rule's first token was, as hosts see it.
     if (reduction.startsWithToken) CopyValue(yyval.text, values->text);
     actions_.Reduce(reduction, values);
     return Push(StateAt(*yyps).gotos[static_cast<std::size_t>(reduction.left)]);
@@ -133,16 +150,19 @@ class Parser {
   /// Handles a token that does not fit: states are dropped until one can go on with the error
   /// token. False when none can. While recovering, tokens are dropped in silence.
   bool Recover() {
+    // A second error in a row drops the token; at the end of the input the parse is over.
     if (yyerrflag == kRecovering) {
       const bool atEnd = yychar == kEndOfInput;
       yychar = kNoToken;
       return !atEnd;
     }
+    // Errors shortly after one another are reported once.
     if (yyerrflag == 0) {
       yyerror("syntax error");
       ++yynerrs;
     }
     yyerrflag = kRecovering;
+    // Rules without the error token, as a dump's, end the parse here.
     while (ShiftOf(StateAt(*yyps), kErrorToken) == kNoState) {
       if (top_ == 0) return false;
       MoveTo(top_ - 1);
@@ -150,6 +170,7 @@ class Parser {
     return Push(ShiftOf(StateAt(*yyps), kErrorToken));
   }
 
+  // Tables and actions must outlive the parse.
   const ParseTables& tables_;
   Actions& actions_;
   std::ptrdiff_t top_ = 0;  // index of the top in both stacks

@@ -16,14 +16,18 @@
 
 namespace orsa::kesncd {
 
-/// Builds the tables; rule 0 is the one that accepts.
+/// Builds the tables; rule 0 is the one that accepts. Call Build once. All of it runs in the
+/// compiler, where a wrong index is an error of the build.
 class TableBuilder {
  public:
   constexpr explicit TableBuilder(std::span<const Rule> rules) : rules_(rules), sets_(rules) {}
 
   constexpr ParseTables Build() {
+    // State 0: nothing of rule 0 has been read.
     StateOf({{0, 0}});
+    // Filling a state may add states, which are filled in their turn.
     for (std::size_t i = 0; i < starts_.size(); ++i) FillState(i);
+    // Last, since it follows the transitions of finished states.
     for (std::size_t i = 0; i < starts_.size(); ++i) FindItem(tables_.states[i]);
     return tables_;
   }
@@ -35,6 +39,7 @@ class TableBuilder {
     std::size_t dot;
     constexpr bool operator==(const Item&) const = default;
   };
+  // Kept in the order of the rules, so that equal sets compare equal.
   using Items = std::vector<Item>;
   static constexpr int kNoSymbol = -1;
 
@@ -44,8 +49,10 @@ class TableBuilder {
     return item.dot < right.size() ? right[item.dot] : kNoSymbol;
   }
 
-  /// Adds the rules that can begin where `items` stand.
+  /// Adds the rules that can begin where `items` stand. "kDumps: . kDumps kDumpItem" adds all rules
+  /// of kDumps.
   constexpr void Close(Items& items) const {
+    // Each left side once, or the closure would have no end.
     std::array<bool, kNonterminals> added = {};
     for (std::size_t i = 0; i < items.size(); ++i) {
       const int symbol = NextSymbol(items[i]);
@@ -58,6 +65,7 @@ class TableBuilder {
     }
   }
 
+  // The items with the mark moved over a symbol.
   constexpr Items After(const Items& items, int symbol) const {
     Items moved;
     for (const Item& item : items) {
@@ -66,7 +74,8 @@ class TableBuilder {
     return moved;
   }
 
-  /// The state that begins with these items, a new one if there is none yet.
+  /// The state that begins with these items, a new one if there is none yet. States are few, so a
+  /// search from the first one will do.
   constexpr std::uint8_t StateOf(const Items& start) {
     std::size_t state = 0;
     while (state < starts_.size() && starts_[state] != start) ++state;
@@ -74,12 +83,14 @@ class TableBuilder {
     return static_cast<std::uint8_t>(state);
   }
 
+  // `state` stays where it is: the tables are of a fixed size.
   constexpr void FillState(std::size_t index) {
     ParserState& state = tables_.states[index];
     state.shifts.fill(kNoState);
     state.gotos.fill(kNoState);
     Items items = starts_[index];
     Close(items);
+    // A rule read to its end reduces; a token shifts; a left side is where a reduction goes on.
     for (const Item& item : items) {
       const int symbol = NextSymbol(item);
       if (symbol == kNoSymbol) {
@@ -95,12 +106,14 @@ class TableBuilder {
     CountConflict(state);
   }
 
+  // Rule 0 does not reduce: at the end of the input its file is accepted.
   constexpr void AddReduction(ParserState& state, std::size_t rule) {
     if (rule == 0) {
       state.shifts[static_cast<std::size_t>(ColumnOf(kEndOfInput))] = kAccept;
       state.looksAhead = true;
       return;
     }
+    // Two rules at their ends: which one to take would need the token.
     if (state.reduction.rule != kNoRule) ++tables_.conflicts;
     const RightSide& right = rules_[rule].right;
     state.reduction = {.rule = static_cast<std::uint8_t>(rule),
@@ -112,17 +125,19 @@ class TableBuilder {
 
   /// Follows a word through the reductions that it sets off, if they are those of a list's item:
   /// rules of one symbol, then the one that lengthens the list. The state is where that list has
-  /// been read, so this one leads back to it.
+  /// been read, so this one leads back to it. At most three reductions: value, dump item, list.
   constexpr void FindItem(ParserState& state) const {
     ListItem item;
     std::uint8_t next = state.shifts[static_cast<std::size_t>(ColumnOf(kWord))];
     while (next != kNoState && item.count < item.reductions.size()) {
       const ParserState& above = tables_.states[next];
+      // Each reduction must be certain, whatever comes next.
       if (above.looksAhead) return;
       const RightSide& right = rules_[above.reduction.rule].right;
       item.reductions[item.count++] = above.reduction;
       item.lastState = next;
       if (right.size() != 1) {
+        // "kDumps: kDumps kDumpItem" lengthens its own list.
         if (right.size() == 2 && right[0] == rules_[above.reduction.rule].left) state.item = item;
         return;
       }
@@ -130,7 +145,8 @@ class TableBuilder {
     }
   }
 
-  /// A token that may be shifted must not be able to follow what the state could reduce.
+  /// A token that may be shifted must not be able to follow what the state could reduce. Such a
+  /// token would be shifted where it asks for the reduction.
   constexpr void CountConflict(const ParserState& state) {
     if (state.reduction.rule == kNoRule) return;
     const auto rule = static_cast<std::size_t>(state.reduction.rule);
@@ -140,6 +156,7 @@ class TableBuilder {
     }
   }
 
+  // The grammar, which is a constant.
   std::span<const Rule> rules_;
   TokenSets sets_;
   ParseTables tables_;

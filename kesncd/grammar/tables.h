@@ -16,16 +16,19 @@
 
 namespace orsa::kesncd {
 
+/// States number from 0; the two marks are above all of them.
 inline constexpr std::uint8_t kNoState = 255;
 inline constexpr std::uint8_t kAccept = 254;
 inline constexpr std::uint8_t kNoRule = 255;
 
-/// The column of a token: the end of input, then the codes from the error token on.
+/// The column of a token: the end of input, then the codes from the error token on. Tokens from 256
+/// on are close together; the end of input is 0.
 constexpr int ColumnOf(int token) {
   return token == kEndOfInput ? 0 : token - kErrorToken + 1;
 }
 inline constexpr int kColumns = ColumnOf(kVersion) + 1;
 
+/// A rule's number and all that the parser needs of it, so that it never looks at the grammar.
 struct Reduction {
   std::uint8_t rule = kNoRule;
   std::uint8_t length = 0;  // symbols on the rule's right
@@ -35,13 +38,15 @@ struct Reduction {
 };
 
 /// What a word does in a state where it is one more item of a list: the reductions that follow its
-/// shift, of which the last joins it to the list and leads back to the state.
+/// shift, of which the last joins it to the list and leads back to the state. For a word in a dump:
+/// value, dump item, dumps.
 struct ListItem {
   std::array<Reduction, 3> reductions = {};
   std::uint8_t count = 0;      // 0: a word is no item here
   std::uint8_t lastState = 0;  // above the list, before the last reduction
 };
 
+/// As large as a line of the processor's cache, and on one: a step of the parse touches one.
 struct alignas(64) ParserState {
   std::array<std::uint8_t, kColumns> shifts = {};      // by token: the next state
   std::array<std::uint8_t, kNonterminals> gotos = {};  // by left side: the state after a reduction
@@ -50,6 +55,7 @@ struct alignas(64) ParserState {
   ListItem item;
 };
 
+/// Room for more states than the grammar has.
 struct ParseTables {
   std::array<ParserState, 64> states = {};
   int conflicts = 0;

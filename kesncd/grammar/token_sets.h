@@ -11,9 +11,12 @@
 
 namespace orsa::kesncd {
 
-/// Sets of tokens as bits by column, grown over the rules until nothing is missing.
+/// Sets of tokens as bits by column, grown over the rules until nothing is missing. Only for the
+/// check on conflicts; the parser itself needs none of it.
 class TokenSets {
  public:
+  // The file is followed by the end of the input. Each round adds what the last one made known;
+  // when a round adds nothing, all is found.
   constexpr explicit TokenSets(std::span<const Rule> rules) {
     follow_[0] = Bit(kEndOfInput);
     for (bool grown = true; grown;) {
@@ -22,6 +25,7 @@ class TokenSets {
     }
   }
 
+  // A column for each token, and kEmpty beyond them.
   static constexpr std::uint32_t Bit(int token) { return 1U << ColumnOf(token); }
   constexpr std::uint32_t Follow(Nonterminal left) const { return follow_[Index(left)]; }
 
@@ -31,12 +35,14 @@ class TokenSets {
   static constexpr std::size_t Index(int symbol) {
     return static_cast<std::size_t>(symbol - kFirstNonterminal);
   }
+  // Adds to a set; returns whether anything was new.
   static constexpr bool Grow(std::uint32_t& set, std::uint32_t more) {
     const bool grown = (set | more) != set;
     set |= more;
     return grown;
   }
 
+  // The tokens that a symbol can begin with; of a token, itself.
   constexpr std::uint32_t First(int symbol) const {
     return symbol < kFirstNonterminal ? Bit(symbol) : first_[Index(symbol)];
   }
@@ -47,12 +53,15 @@ class TokenSets {
     return (first & kEmpty) == 0 ? first : (first & ~kEmpty) | rest;
   }
 
+  // From the right: what can begin the rest of a rule after each symbol.
   constexpr bool GrowFirst(const Rule& rule) {
     std::uint32_t tokens = kEmpty;
     for (std::size_t i = rule.right.size(); i-- > 0;) tokens = Before(rule.right[i], tokens);
     return Grow(first_[Index(rule.left)], tokens);
   }
 
+  // What follows the left side follows a symbol at the end of the right side; elsewhere it is what
+  // the symbol after it begins with.
   constexpr bool GrowFollow(const Rule& rule) {
     bool grown = false;
     std::uint32_t tokens = Follow(rule.left);
@@ -64,6 +73,7 @@ class TokenSets {
     return grown;
   }
 
+  // Both sets are kept by left side.
   std::array<std::uint32_t, kNonterminals> first_ = {};
   std::array<std::uint32_t, kNonterminals> follow_ = {};
 };

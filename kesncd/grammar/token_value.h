@@ -15,12 +15,15 @@
 
 namespace orsa::kesncd {
 
+/// 1024, a multiple of eight.
 inline constexpr std::size_t kValueBytes = sizeof(YYSTYPE::text);
 
-/// Eight characters of a value, held as an integer.
+/// Eight characters of a value, held as an integer. Append characters, then MoveTo; or MoveFrom,
+/// and go on.
 class ValueBlock {
  public:
-  /// Puts the character at `index` of the value into its block.
+  /// Puts the character at `index` of the value into its block. The place must not have been
+  /// written since the block was emptied.
   void Append(int c, std::size_t index) {
     constexpr bool kFirstIsLow = std::endian::native == std::endian::little;
     const std::size_t byte = index % sizeof bytes_;
@@ -35,18 +38,23 @@ class ValueBlock {
     bytes_ = 0;
   }
   /// Copies the bytes above a blank at the start of a block, with zeros after them; returns how
-  /// many these are.
+  /// many these are. Eight bytes are read and written. On other machines nothing is taken, and
+  /// words come by characters.
   static std::size_t CopyWord(char* to, const char* from) {
     if constexpr (std::endian::native != std::endian::little) return 0;
     constexpr std::uint64_t kFirstAbove = kOnes * (' ' + 1);
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, from, sizeof bytes);
+    // The highest bit of each byte at or below a blank; a borrow spoils only those after the first.
+    // A byte from 128 on ends nothing.
     const std::uint64_t ends = (bytes - kFirstAbove) & ~bytes & (kOnes << 7);
+    // Nothing after the first such byte is kept.
     if (ends != 0) bytes &= ((ends & -ends) >> 7) - 1;
     std::memcpy(to, &bytes, sizeof bytes);
     return static_cast<std::size_t>(std::countr_zero(ends)) / 8;
   }
-  /// Copies a block; whether it holds the terminator.
+  /// Copies a block; whether it holds the terminator. The terminator may lie anywhere in the block;
+  /// what follows it is copied along.
   static bool Copy(char* to, const char* from) {
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, from, sizeof bytes);
@@ -55,12 +63,14 @@ class ValueBlock {
   }
 
  private:
+  // A one in each byte.
   static constexpr std::uint64_t kOnes = 0x0101010101010101;
 
   std::uint64_t bytes_ = 0;
 };
 
-/// Copies a value's text up to its terminator.
+/// Copies a value's text up to its terminator. The last block is copied without looking: a value
+/// always ends in it at the latest.
 inline void CopyValue(char (&to)[kValueBytes], const char (&from)[kValueBytes]) {
   std::size_t at = 0;
   while (!ValueBlock::Copy(to + at, from + at) && at < kValueBytes - sizeof(ValueBlock)) {

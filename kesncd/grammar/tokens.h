@@ -6,7 +6,8 @@
 
 namespace orsa::kesncd {
 
-/// What yylex returns; the error token exists inside the parser only.
+/// What yylex returns; the error token exists inside the parser only. The numbers are the interface
+/// of yylex: 257 for words, 260 to 269 for the keywords that are no section of text.
 enum Token : int {
   kEndOfInput = 0,
   kErrorToken = 256,
@@ -26,13 +27,15 @@ enum Token : int {
   kVersion,
 };
 
+/// The lexer compares words with `text` in any letter case.
 struct Keyword {
   std::string_view text;
   Token token;
   bool skipped;  // swallowed together with all that stands before its "$end"
 };
 
-/// Every keyword but "$end", which is told from words before them. Letter case does not matter.
+/// Every keyword but "$end", which is told from words before them. Letter case does not matter. A
+/// word of a dump that is none of these is data.
 inline constexpr Keyword kKeywords[] = {
     {"$comment", kComment, true},
     {"$date", kDate, true},

@@ -8,14 +8,15 @@
 
 namespace orsa::kesncd {
 
-/// Appends the activity to the file at `path`, if it can be opened.
+/// Appends the activity to the file at `path`, if it can be opened. The file is made where there is
+/// none. An error shows nowhere: the operation of hosts has no result.
 void AppendActivity(const Vmod& module, const std::string& path);
 
 /// Puts the activity into the file at `path`. The new text is written beside it and renamed, so
 /// that nobody reads half of it. Where that cannot be done (a folder that takes no file, a file
 /// that cannot be renamed over, a disk with room for one of the two only), and for links and
 /// devices, the file itself is opened and written. A place that takes nothing is passed over, also
-/// one whose reader never comes.
+/// one whose reader never comes. A run writes it beside its dump; an error shows nowhere here, too.
 void ReplaceActivityFile(const Vmod& module, const std::string& path);
 
 }  // namespace orsa::kesncd

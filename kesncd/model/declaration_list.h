@@ -20,6 +20,7 @@
 
 namespace orsa::kesncd {
 
+/// The scopes that declare a code, as hosts see it in the analyser.
 using CodeIndex = std::map<std::string, std::vector<VmodHier*>>;
 
 /// Append each declaration, Index them whenever definitions end, AddCounts once at the end.
@@ -28,11 +29,14 @@ class DeclarationList {
   /// `counts` are those of the reading.
   explicit DeclarationList(CodeCounts& counts) : counts_(counts) {}
 
-  /// Takes a declaration: its scope and the signal that the scope has for the code.
+  /// Takes a declaration: its scope and the signal that the scope has for the code. Both must stay
+  /// where they are until AddCounts. After the first Index, changes that the code had until now are
+  /// not this declaration's.
   void Append(VmodHier* scope, VmodSignal& signal);
 
   /// Puts the new declarations into the index, by code and within a code in their order. Codes that
-  /// the index did not hold get a counter.
+  /// the index did not hold get a counter. May be called again: only what was appended since is put
+  /// in.
   void Index(CodeIndex& index);
 
   /// Gives every declaration's signal the changes of its code since the declaration.
@@ -40,14 +44,18 @@ class DeclarationList {
 
  private:
   struct ScopeSignal {
+    // Both belong to the tree.
     VmodHier* scope;
     VmodSignal* signal;
   };
 
+  // Fetches the counter of a declaration further on.
   void FetchAhead(std::size_t position) const;
+  // Changes of its code that came before the declaration itself.
   std::uint64_t ChangesBefore(std::size_t position) const;
 
   CodeCounts& counts_;
+  // Declarations in the order of the dump.
   std::vector<ScopeSignal> list_;
   std::size_t indexed_ = 0;  // declarations that are in the index
   // A declaration after the first changes does not get those. What its code had counted by then is
@@ -55,6 +63,7 @@ class DeclarationList {
   bool counting_ = false;                  // the definitions have ended once
   std::size_t firstLate_ = 0;              // declaration after that
   std::vector<std::uint64_t> lateStarts_;  // by declaration, from that on
+  // Changes that Append took off a code's counter.
   std::unordered_map<std::string, std::uint64_t, SecretTextHash, std::equal_to<>> taken_;
 };
 

@@ -17,23 +17,27 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// A negative index becomes a huge position, which is outside as well.
 template <class T>
 T At(const std::vector<T>& values, int index) {
   const auto position = static_cast<std::size_t>(index);
   return position < values.size() ? values[position] : T();
 }
 
+/// Outside the list nothing is erased: the lists may differ in length after a removal by name.
 template <class T>
 void EraseAt(std::vector<T>& values, std::size_t index) {
   if (index < values.size()) values.erase(values.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
-/// Makes sure that one element more can be appended.
+/// Makes sure that one element more can be appended. By doubling, as the list itself grows;
+/// reserving each time for one more would copy all of it each time.
 template <class T>
 void MakeRoom(std::vector<T>& values) {
   if (values.size() == values.capacity()) values.reserve(2 * values.size() + 1);
 }
 
+/// The number of values where it is none of them.
 std::size_t FirstOf(const std::vector<std::string>& values, const std::string& value) {
   return static_cast<std::size_t>(std::find(values.begin(), values.end(), value) - values.begin());
 }
@@ -56,7 +60,8 @@ std::string Vmod::GetName() const {
 
 void Vmod::AddSignal(const std::string& name, const std::string& type, const std::string& symbol,
                      int nbit) {
-  // What can fail comes first, so that the lists stay in step.
+  // What can fail comes first, so that the lists stay in step. Copies too: a text may be one of
+  // this module's own.
   std::string texts[] = {name, type, symbol};
   MakeRoom(names_);
   MakeRoom(types_);
@@ -94,11 +99,13 @@ int Vmod::GetSignalChange(int index) const {
   return At(changes_, index);
 }
 
-/// The place of firstOfSymbol_ that a symbol has, or that it would take.
+/// The place of firstOfSymbol_ that a symbol has, or that it would take. Open addressing over
+/// indices: no text is kept twice.
 std::size_t& Vmod::SlotOf(const std::string& symbol) {
   const std::size_t mask = firstOfSymbol_.size() - 1;
   std::size_t slot = SecretHash(symbol) & mask;
   while (firstOfSymbol_[slot] != 0 && symbols_[firstOfSymbol_[slot] - 1] != symbol) {
+    // The search ends, since half of the places are free.
     slot = (slot + 1) & mask;
   }
   return firstOfSymbol_[slot];
@@ -107,27 +114,33 @@ std::size_t& Vmod::SlotOf(const std::string& symbol) {
 /// Brings firstOfSymbol_ up to the signals added since the last count. Of its places, a power of
 /// two, half stay free at least.
 void Vmod::IndexSymbols() {
+  // Adding signals leaves the index behind; it is brought up when a change is counted.
   if (indexed_ == symbols_.size() && !firstOfSymbol_.empty()) return;
+  // Grown to four times as many, so that it is built again only after the module has doubled.
   if (firstOfSymbol_.size() < 2 * symbols_.size() + 1) {
     firstOfSymbol_.assign(std::bit_ceil(4 * symbols_.size() + 1), 0);
     indexed_ = 0;
   }
   for (; indexed_ < symbols_.size(); ++indexed_) {
     std::size_t& slot = SlotOf(symbols_[indexed_]);
+    // The first signal of a symbol keeps the place: it alone counts.
     if (slot == 0) slot = indexed_ + 1;
   }
 }
 
+/// Hosts that read dumps themselves call this for each change.
 void Vmod::IncreaseChangeForSymbol(const std::string& symbol) {
   IndexSymbols();
   const std::size_t found = SlotOf(symbol);
   if (found != 0) AddToCount(changes_[found - 1], 1);
 }
 
+/// What the module holds before a reading counts in it, too.
 void Vmod::AddCodesTo(CodeCounts& counts) const {
   for (const std::string& symbol : symbols_) counts.Add(symbol);
 }
 
+/// The first signal of a code takes all; for the others nothing is left.
 void Vmod::TakeChangesOf(CodeCounts& counts) {
   for (std::size_t i = 0; i < symbols_.size(); ++i) {
     AddToCount(changes_[i], counts.Take(symbols_[i]));
@@ -139,7 +152,8 @@ double Vmod::GetSignalFreq(int index) const {
   return FrequencyOf(GetSignalChange(index));
 }
 
-/// Removes a signal. The widths are a list of their own: one removal leaves them alone.
+/// Removes a signal. The widths are a list of their own: one removal leaves them alone. The index
+/// of symbols is built anew, since all after the signal have moved.
 void Vmod::Remove(std::size_t index, bool widthToo) {
   if (index >= names_.size()) return;
   EraseAt(names_, index);
@@ -152,6 +166,7 @@ void Vmod::Remove(std::size_t index, bool widthToo) {
   indexed_ = 0;
 }
 
+/// A negative index is past the end.
 void Vmod::RemoveSignal(int index) {
   Remove(static_cast<std::size_t>(index), true);
 }
@@ -179,6 +194,7 @@ void Vmod::Clear() {
 }
 
 void Vmod::PrintMod() const {
+  // The blanks of these texts are what hosts have always shown.
   std::cout << "PrintMod: name=" << name_ << std::endl;
   for (int i = 0; i < GetSignalSize(); ++i) {
     std::cout << "  " << GetSignalName(i) << " (" << GetSignalType(i)
@@ -200,6 +216,7 @@ void Vmod::DumpIntoFile(const std::string& path) const {
   AppendActivity(*this, path);
 }
 
+/// Vsig is kept for hosts; nothing of a reading gets into one.
 Vsig::Vsig() : freq_(-1.0) {}
 
 Vsig::Vsig(const std::string& name) : name_(name), freq_(-1.0) {}
@@ -208,6 +225,7 @@ void Vsig::SetSig(const std::string& name) {
   name_ = name;
 }
 
+/// Type and frequency have never been taken.
 void Vsig::SetSig(const std::string& name, const std::string& /*type*/, double /*freq*/) {
   name_ = name;
 }

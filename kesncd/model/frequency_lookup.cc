@@ -15,11 +15,14 @@ bool VmodHier::IsNameEqual(const std::string& vcdName, const std::string& design
 // cppcheck-suppress passedByValue ; the public interface says so
 bool VmodHier::FindSignalFreqHier(std::string module, std::string signal, double& freq,
                                   bool exact) const {
+  // In the order of WalkTree and, in a scope, of its codes; the first signal that matches is the
+  // answer.
   return WalkTree(*this, [&](const VmodHier& scope) {
     // Only the start is asked for the module's name; below it a scope is asked for its own, which
     // all hold but those with a ':' in it.
     const std::string& asked = &scope == this ? module : scope.name;
     if (!NamesMatch(scope.name, asked, exact)) return false;
+    // The map's order is that of the codes, not of the declarations.
     for (const auto& [code, candidate] : scope.signals) {
       if (!NamesMatch(candidate.name, signal, exact)) continue;
       freq = FrequencyOf(candidate.changes);
@@ -29,6 +32,7 @@ bool VmodHier::FindSignalFreqHier(std::string module, std::string signal, double
   });
 }
 
+/// A name that several scopes have keeps the first one's frequency.
 void VmodHier::GetSignalFreqHier(std::map<std::string, double>& frequencies) const {
   WalkTree(*this, [&](const VmodHier& scope) {
     for (const auto& [code, signal] : scope.signals) {

@@ -7,7 +7,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Shows the splitter's fields when a call ends, also by an exception.
+/// Shows the splitter's fields when a call ends, also by an exception. Made at the start of each
+/// operation, so that its destructor runs when the splitter is done.
 class Shown {
  public:
   Shown(Mem& mem, const Splitter& splitter) : mem_(mem), splitter_(splitter) {}
@@ -27,6 +28,7 @@ class Shown {
 
 }  // namespace
 
+/// The fields are public data, so they are set before anybody can look.
 Mem::Mem() : splitter_(new Splitter) {
   const Shown shown(*this, *splitter_);
 }

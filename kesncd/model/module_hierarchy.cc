@@ -10,16 +10,19 @@
 
 namespace orsa::kesncd {
 
+/// A node without a parent is a root, or hangs nowhere yet.
 VmodHier::VmodHier() : parent(nullptr) {}
 
 VmodHier::VmodHier(std::string scopeName) : name(std::move(scopeName)), parent(nullptr) {}
 
+// Children are owned; the parent is not told.
 VmodHier::~VmodHier() {
   Unlink();
   Clear();
 }
 
-/// Makes the node the first of a list of nodes that hang nowhere.
+/// Makes the node the first of a list of nodes that hang nowhere. The list runs through the nodes
+/// themselves: a node can leave it in constant time, wherever it is.
 void VmodHier::LinkTo(VmodHier*& list) {
   nextUnlinked_ = list;
   linkToThis_ = &list;
@@ -47,7 +50,9 @@ void VmodHier::UnlinkBelow() {
 
 /// Deletes the nodes of a list with all below them. First, those that hang below others leave it.
 void VmodHier::DeleteList(VmodHier*& list) {
+  // Otherwise deleting the one would delete the other while it is still in the list.
   for (VmodHier* node = list; node != nullptr; node = node->nextUnlinked_) node->UnlinkBelow();
+  // Its destructor takes a node off the list.
   while (list != nullptr) delete list;
 }
 
@@ -61,14 +66,18 @@ void VmodHier::Clear() {
     node.names.clear();
     std::reverse(node.subMods.begin(), node.subMods.end());
   };
+  // Down to a child as long as there is one, else back up; each step takes one node away or goes
+  // one level deeper.
   empty(*this);
   VmodHier* node = this;
   while (node != this || !subMods.empty()) {
     if (!node->subMods.empty()) {
       VmodHier* const child = node->subMods.back();
       node->subMods.pop_back();
+      // A host may have left holes.
       if (child == nullptr) continue;
       empty(*child);
+      // A host may have set it otherwise, or not at all.
       child->parent = node;
       node = child;
     } else {
@@ -79,6 +88,7 @@ void VmodHier::Clear() {
   }
 }
 
+/// Pushed first: where memory ends, the node stays in its list and has an owner.
 void VmodHier::AddSubMod(VmodHier* child) {
   subMods.push_back(child);
   if (child != nullptr) child->Unlink();
@@ -90,9 +100,11 @@ void VmodHier::AddSignal(std::string signalName, std::string type, std::string s
 
 VmodSignal& DeclareIn(VmodHier& scope, std::string name, std::string type, std::string symbol,
                       int width) {
-  // Simulators number their codes through, and many sort their names.
+  // Simulators number their codes through, and many sort their names. A hint at the end costs no
+  // search where codes and names come sorted.
   const std::size_t codes = scope.signals.size();
   VmodSignal& signal = scope.signals.try_emplace(scope.signals.end(), symbol)->second;
+  // Declared again, a code keeps its first name; the new name leads to it all the same.
   if (scope.signals.size() > codes) {
     signal.name = name;
     signal.type = std::move(type);
@@ -103,11 +115,13 @@ VmodSignal& DeclareIn(VmodHier& scope, std::string name, std::string type, std::
   return signal;
 }
 
+/// A host may have taken the signal away since.
 void AddChangesIn(VmodHier& scope, const std::string& symbol, std::uint32_t changes) {
   const auto declared = scope.signals.find(symbol);
   if (declared != scope.signals.end()) AddToCount(declared->second.changes, changes);
 }
 
+/// The first node in the tree that has the code counts; others of the same code do not.
 bool VmodHier::IncreaseChangeForSymbol(const std::string& symbol) {
   return WalkTree(*this, [&symbol](VmodHier& node) {
     if (!node.signals.contains(symbol)) return false;
@@ -116,6 +130,7 @@ bool VmodHier::IncreaseChangeForSymbol(const std::string& symbol) {
   });
 }
 
+/// Kept for hosts: a path is what it is.
 std::string VmodHier::GetNameHier(const std::string& scopeName) const {
   return scopeName;
 }

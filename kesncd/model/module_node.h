@@ -9,7 +9,8 @@
 
 namespace orsa::kesncd {
 
-/// Declares a signal as VmodHier::AddSignal does; returns the one that the code has from now on.
+/// Declares a signal as VmodHier::AddSignal does; returns the one that the code has from now on. A
+/// caller that needs the signal is spared a look-up.
 VmodSignal& DeclareIn(VmodHier& scope, std::string name, std::string type, std::string symbol,
                       int width);
 

@@ -11,6 +11,7 @@ namespace {
 constexpr double kUnknown = -1.0;
 
 /// The net in the top module goes before the port, since it is looked up last: a find overwrites.
+/// Without the component's own frequency, which FillRecord finds.
 void FillPorts(KesComp& component, RecordLookup& lookup) {
   for (KesPort& port : component.outPorts) {
     lookup.FindPort(component.name, port.portName, port.freq);
@@ -23,10 +24,12 @@ double MeanOf(const std::vector<KesComp>& components, double defaultFreq) {
   bool anyKnown = false;
   double sum = 0.0;
   for (const KesComp& component : components) {
+    // Not `>= 0`: what is no number counts as known, as it always has.
     const bool known = !(component.freq < 0.0);
     anyKnown = anyKnown || known;
     sum += known ? component.freq : defaultFreq;
   }
+  // An unknown input takes part with the default, so the mean is of all of them.
   return anyKnown ? sum / static_cast<double>(components.size()) : kUnknown;
 }
 
@@ -41,7 +44,8 @@ void RecordBuilder::TakeRow(const std::string& kind, const std::string& first,
   } else if (kind == "OUTPUT") {
     OpenComponent(Component::Output, first, second);
   } else if (kind == "OUTPORT") {
-    // Also where no component is open: its ports are lost with it, and nothing else is harmed.
+    // Also where no component is open: its ports are lost with it, and nothing else is harmed. The
+    // row's first text is the net, the second the port.
     component_.outPorts.push_back({first, second, kUnknown});
   }
 }
@@ -52,15 +56,18 @@ std::vector<KesSigFreq> RecordBuilder::Finish() {
   return std::move(records_);
 }
 
+/// A component that is open belongs to the signal before.
 void RecordBuilder::OpenSignal(const std::string& name) {
   CloseComponent();
   if (signalIsOpen_) records_.push_back(std::move(signal_));
+  // Also a name that was there before: each row makes a record of its own.
   signal_ = {name, {}, {}, kUnknown};
   signalIsOpen_ = true;
 }
 
 void RecordBuilder::OpenComponent(Component kind, const std::string& name,
                                   const std::string& type) {
+  // Ports that came without a component are gone with this.
   CloseComponent();
   component_ = {name, type, {}, kUnknown};
   open_ = kind;

@@ -16,9 +16,11 @@ namespace orsa::kesncd {
 /// also when a signal has closed it, which loses them. Components before the first signal are lost
 /// to it, and a last signal without components is left out.
 ///
-/// Calling order: TakeRow for each row, then Finish.
+/// Calling order: TakeRow for each row, then Finish. A table of connections has rows such as SIGNAL
+/// clk, INPUT buf1 BUF, OUTPORT net_1 Z, OUTPUT ff1 FF.
 class RecordBuilder {
  public:
+  // Other kinds of rows are passed over.
   void TakeRow(const std::string& kind, const std::string& first, const std::string& second);
   /// The records, once all rows are taken.
   std::vector<KesSigFreq> Finish();
@@ -28,16 +30,19 @@ class RecordBuilder {
 
   void OpenSignal(const std::string& name);
   void OpenComponent(Component kind, const std::string& name, const std::string& type);
+  // Whether there was one.
   bool CloseComponent();
 
   std::vector<KesSigFreq> records_;
+  // The signal that is being built; it counts while signalIsOpen_.
   KesSigFreq signal_;
+  // The component that is being built; the next row of its kind or a signal closes it.
   KesComp component_;
   bool signalIsOpen_ = false;
   Component open_ = Component::None;
 };
 
-/// Where frequencies come from.
+/// Where frequencies come from. Names are as the table writes them.
 class RecordLookup {
  public:
   virtual ~RecordLookup() = default;

@@ -7,6 +7,7 @@
 
 namespace orsa::kesncd {
 
+/// In MHz. Whoever asks before a reading gets 0.0, since the time scale is 0 then.
 inline double FrequencyOf(int changes) {
   return ToggleFrequency(changes, endCycle - startCycle, timeScale);
 }

@@ -9,8 +9,11 @@
 namespace orsa::kesncd {
 
 void TreeBuilder::OpenScope(const char* name) {
+  // Owned here until something else leads to it.
   auto node = std::make_unique<VmodHier>(name);
+  // A top-level scope has no parent.
   node->parent = current_;
+  // The very first scope is the root, wherever it stands.
   if (tree_.root == nullptr) {
     tree_.root = node.get();
   } else if (current_ != nullptr) {
@@ -22,22 +25,26 @@ void TreeBuilder::OpenScope(const char* name) {
   current_ = node.release();
 }
 
+/// More ends than scopes do nothing.
 void TreeBuilder::CloseScope() {
   if (current_ != nullptr) current_ = current_->parent;
 }
 
 void TreeBuilder::Declare(Declaration& declaration) {
+  // Outside all scopes a variable belongs nowhere.
   if (current_ == nullptr) return;
   declarations_.Append(
       current_, DeclareIn(*current_, std::move(declaration.name), std::move(declaration.type),
                           std::move(declaration.code), declaration.width));
 }
 
+/// Counting begins: what is in the index from here on has a counter.
 void TreeBuilder::EndDefinitions() {
   declarations_.Index(tree_.index);
 }
 
 void TreeBuilder::Finish() {
+  // Declarations after the last end of the definitions are indexed all the same.
   declarations_.Index(tree_.index);
   declarations_.AddCounts();
 }

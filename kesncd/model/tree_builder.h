@@ -13,14 +13,16 @@
 
 namespace orsa::kesncd {
 
-/// A tree that a reading adds to. Nodes that hang nowhere are linked to `unlinked`.
+/// A tree that a reading adds to. Nodes that hang nowhere are linked to `unlinked`. All three are
+/// the analyser's own members, which the reading changes in place.
 struct ModuleTree {
   CodeIndex& index;
   VmodHier*& root;
   VmodHier*& unlinked;
 };
 
-/// Takes the declarations of one reading; Finish after its last line.
+/// Takes the declarations of one reading; Finish after its last line. A scope that is opened a
+/// second time becomes a second node.
 class TreeBuilder : public DeclarationSink {
  public:
   /// `counts` are those of the reading. Codes that the index holds before it are not counted.
@@ -36,7 +38,9 @@ class TreeBuilder : public DeclarationSink {
 
  private:
   ModuleTree tree_;
+  // The declarations of this reading alone.
   DeclarationList declarations_;
+  // The innermost open node; null outside all scopes.
   VmodHier* current_ = nullptr;
 };
 

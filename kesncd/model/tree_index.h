@@ -13,9 +13,12 @@
 
 namespace orsa::kesncd {
 
+/// Construct it when many names are to be asked for, then Find each. It keeps pointers into the
+/// tree.
 class TreeIndex {
  public:
-  /// An index of the tree below `root` for the signals named `asked`.
+  /// An index of the tree below `root` for the signals named `asked`. `asked` are all names that
+  /// Find will be given; the texts are not kept.
   TreeIndex(const VmodHier& root, bool exact, const std::vector<std::string_view>& asked);
 
   /// The same as root.FindSignalFreqHier(module, signal, freq, exact), for a signal that was given
@@ -25,7 +28,9 @@ class TreeIndex {
  private:
   const VmodHier& root_;
   const bool exact_;
+  // Signals of the tree, in the order of a search.
   std::vector<const VmodSignal*> signals_;  // by their place in the index
+  // Made last, since it needs the names of all signals.
   std::optional<NameIndex> names_;
 };
 

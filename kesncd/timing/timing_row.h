@@ -22,15 +22,20 @@ struct Clock {
   double frequency;
 };
 
-/// Whether a line of the table starts a row.
+/// Whether a line of the table starts a row. "FREQUENCY NET" or "FREQUENCY PORT", anywhere in the
+/// line.
 bool StartsRow(std::string_view line);
 
 /// A line cut at '|'. A column that the line does not have is blank.
 struct RowColumns {
+  // The views are of `line`.
   explicit RowColumns(std::string_view line);
 
+  // Counts all columns, also those that are not kept.
   std::size_t count = 0;
+  // The first column: a name and the frequency that the user asked for.
   std::string_view preference;
+  // The second column says what is to be reached, the third what was.
   std::string_view constraint;
   std::string_view achieved;
 };
@@ -39,7 +44,7 @@ struct RowColumns {
 /// long net name is broken over lines anywhere, which joining undoes.
 ///
 /// Calling order: TakeLine for each line from a row's first on; as long as IsOpen, also for lines
-/// that start no row.
+/// that start no row. A name that is cut after "clk_" goes on with the next line's first column.
 class JoinedRow {
  public:
   explicit JoinedRow(int mode) : mode_(mode) {}
@@ -50,11 +55,14 @@ class JoinedRow {
   std::optional<Clock> TakeLine(std::string_view line);
 
  private:
+  // The clock of the row whose columns were joined.
   std::optional<Clock> Evaluate();
   std::optional<double> Choose(double preference, double achieved) const;
 
+  // 0 takes the lower value, 1 the preference, 2 the achieved one.
   int mode_;
   bool open_ = false;
+  // The first three columns, joined over all lines of the row.
   std::string preference_;
   std::string constraint_;
   std::string achieved_;
@@ -63,7 +71,7 @@ class JoinedRow {
 /// ReadTWR's rows: read word by word and closed by the word ";", whose line holds the values.
 /// Constraints and achieved values of other lines are not looked at.
 ///
-/// Calling order as above.
+/// Calling order as above. A name that is cut goes on here, too, but only in a line's first word.
 class WordwiseRow {
  public:
   explicit WordwiseRow(int mode) : mode_(mode) {}
@@ -79,9 +87,11 @@ class WordwiseRow {
   double Choose(double constraint, double achieved) const;
   void Reset();
 
+  // 0 takes the lower value, 1 the constraint, any other the achieved one.
   int mode_;
   bool open_ = false;
   std::size_t steps_ = 0;  // keywords, name and further lines met; they say what comes next
+  // Empty until the row's name was met.
   std::string name_;
 };
 

@@ -1,21 +1,29 @@
 // Activity over time: the modules below the one looked at, stacked, with the peak marked and a
-// stretch that can be brushed with a pointer or set with two sliders.
-// Calling order: make once, then draw for each module and stretch looked at.
+// stretch that can be brushed with a pointer or set with two sliders. Calling order: make once,
+// then draw for each module and stretch looked at.
+//
+// A layer is a module, its height toggles per unit of time. Layers add up to the module looked at:
+// what no layer shows is in the last one, "own signals and all else". Windows are the steps of the
+// curve; a stretch is always a number of whole windows.
 /* exported Timeline */
 /* global d3 Model Table Text */
 'use strict';
 
 const Timeline = (() => {
+  // Pixels; the width is the page's.
   const HEIGHT = 240;
+  // Room for the marks of the axes and for the peak's label.
   const MARGIN = { top: 26, right: 12, bottom: 26, left: 58 };
   const COLOURS = 7; // classes layer-0 to layer-6; the rest is grey
 
+  // Toggles in the windows from..to, the second not included.
   function sumOf(course, from, to) {
     let sum = 0;
     for (let at = from; at < to; ++at) sum += course[at];
     return sum;
   }
 
+  // The window with most toggles per tick, null where nothing toggles.
   function peakOf(course, edges) {
     let peak = null;
     course.forEach((toggles, at) => {
@@ -25,14 +33,16 @@ const Timeline = (() => {
     return peak;
   }
 
-  // The children that toggle most. One that has most of the toggles hides what is to be seen, as
-  // a design does in its test bench: its own children take its place.
+  // The children that toggle most. One that has most of the toggles hides what is to be seen, as a
+  // design does in its test bench: its own children take its place. Done again and again, until no
+  // single child has most or there are as many as colours.
   function rankBelow(focus, sums) {
     const childrenOf = ({ children }) => children.filter(({ id }) => sums[id] > 0);
     let ranked = childrenOf(focus);
     for (;;) {
       ranked.sort((a, b) => sums[b.id] - sums[a.id]);
       const [first] = ranked;
+      // More than half of all: look into it instead.
       const below = first && sums[first.id] > sums[focus.id] / 2 ? childrenOf(first) : [];
       if (below.length === 0 || ranked.length >= COLOURS) return ranked.slice(0, COLOURS);
       ranked = [...ranked.slice(1), ...below];
@@ -40,16 +50,20 @@ const Timeline = (() => {
   }
 
   class View {
+    // `parts` are elements of the page, `actions` {enter(module), select(from, to)}. Makes what
+    // stays; draw shows.
     constructor(svg, parts, model, actions) {
       Object.assign(this, { svg: d3.select(svg), parts, model, actions });
       this.colours = new Map(); // which module has which colour, kept while it is shown
       this.plot = this.svg.append('g');
       this.brushed = this.svg.append('g').attr('class', 'brush');
       this.setSliders();
+      // The line below the picture says what is under the pointer.
       svg.addEventListener('pointermove', (event) => this.point(event));
       svg.addEventListener('pointerleave', () => (this.parts.readout.textContent = '\u00a0'));
     }
 
+    // For keys, and for readers who cannot brush. Their values are numbers of edges.
     setSliders() {
       const { from, to } = this.parts;
       const { windows } = this.model.courses;
@@ -64,12 +78,14 @@ const Timeline = (() => {
       });
     }
 
-    // The modules below that switch most in the stretch, then all else of the module.
+    // The modules below that switch most in the stretch, then all else of the module. Colours are
+    // given before layers are made, as each layer's class is its colour.
     makeLayers(focus, { from, to }) {
       const { model } = this;
       const whole = Model.course(model, focus);
       const ranked = rankBelow(focus, Model.sumsIn(model, from, to));
       this.giveColours(ranked);
+      // Names are paths from the module looked at on.
       const front = focus.path === '' ? 0 : focus.path.length + 1;
       const layers = ranked.map((module) => ({
         module,
@@ -77,15 +93,20 @@ const Timeline = (() => {
         colour: `layer-${this.colours.get(module)}`,
         course: Model.course(model, module),
       }));
+      // What no layer has: the module's own signals and smaller modules.
       const rest = whole.map((sum, at) => sum - d3.sum(layers, ({ course }) => course[at]));
+      // A picture without any layer would be empty, so then there is this one.
       if (d3.sum(rest) > 0 || layers.length === 0) {
         const name = focus.children.length > 0 ? 'own signals and all else' : 'own signals';
         layers.push({ module: null, name, colour: 'layer-rest', course: rest });
       }
+      // Of the stretch only, for the legend's shares.
       for (const layer of layers) layer.toggles = sumOf(layer.course, from, to);
       return { layers, whole };
     }
 
+    // A module that is shown again keeps its colour, so that an eye can follow it from stretch to
+    // stretch.
     giveColours(ranked) {
       const kept = new Map(ranked.filter((m) => this.colours.has(m)).map((m) => [m, this.colours.get(m)]));
       const free = d3.range(COLOURS).filter((colour) => ![...kept.values()].includes(colour));
@@ -93,10 +114,12 @@ const Timeline = (() => {
       this.colours = kept;
     }
 
+    // Draws all anew, except for the brush, which is moved.
     draw(focus, stretch) {
       this.focus = focus;
       const { courses } = this.model;
       const { layers, whole } = this.makeLayers(focus, stretch);
+      // The peak is that of the whole span, not of the stretch.
       Object.assign(this, { layers, whole, peak: peakOf(whole, courses.edges), stretch });
       this.width = this.svg.node().clientWidth || 900;
       this.svg.attr('viewBox', `0 0 ${this.width} ${HEIGHT}`).attr('height', HEIGHT);
@@ -116,6 +139,7 @@ const Timeline = (() => {
       return this.model.rate(toggles, 1, edges[at + 1] - edges[at]) ?? 0;
     }
 
+    // X is time, y toggles per unit of time; both begin anew with each module.
     makeScales() {
       const { edges, windows } = this.model.courses;
       const most = d3.max(this.whole, (toggles, at) => this.rateAt(toggles, at)) || 1;
@@ -130,11 +154,13 @@ const Timeline = (() => {
         .range([HEIGHT - MARGIN.bottom, MARGIN.top]);
     }
 
-    // Marks at round times, all in the unit that suits the last of them.
+    // Marks at round times, all in the unit that suits the last of them. The axis is in
+    // femtoseconds, or in ticks where their length is not known.
     drawAxes() {
       const tickFs = this.model.time.tick_fs;
       const [begin, end] = this.x.domain().map((ticks) => ticks * (tickFs ?? 1));
       const inTime = d3.scaleLinear().domain([begin, end]).range(this.x.range());
+      // A mark each 140 pixels has room for its text.
       const marks = Math.max(2, Math.floor(this.width / 140));
       const times = d3
         .axisBottom(inTime)
@@ -151,6 +177,7 @@ const Timeline = (() => {
       unit.text(`toggles per ${this.model.rateUnit}`);
     }
 
+    // One path a layer, from the lower to the upper edge of its windows.
     drawLayers() {
       const { edges, windows, gaps } = this.model.courses;
       const stacked = d3
@@ -175,6 +202,7 @@ const Timeline = (() => {
         .attr('stroke-width', isFine ? 0 : 0.8)
         .append('title')
         .text((_, at) => this.layers[at].name);
+      // Stretches without dumping are hatched: 0 toggles there would be a guess.
       for (const [begin, end] of gaps) {
         const gap = this.plot.append('rect').attr('class', 'gap').attr('fill', 'url(#hatch)');
         gap.attr('x', this.x(begin)).attr('width', Math.max(1, this.x(end) - this.x(begin)));
@@ -183,6 +211,7 @@ const Timeline = (() => {
       }
     }
 
+    // A small triangle above the window, with the time beside it.
     drawPeak() {
       if (!this.peak) return;
       const { edges } = this.model.courses;
@@ -191,6 +220,7 @@ const Timeline = (() => {
       const y = this.y(this.rateAt(toggles, at));
       const mark = this.plot.append('g').attr('class', 'peak');
       mark.append('path').attr('d', `M${x},${y - 2}l-5,-8h10z`);
+      // To the left of the mark where there is no room to the right.
       const toLeft = x > this.width * 0.6;
       const label = mark
         .append('text')
@@ -206,6 +236,7 @@ const Timeline = (() => {
     // The brush takes whole windows, since toggles are known per window.
     drawBrush() {
       const { edges, windows } = this.model.courses;
+      // d3 calls back with `this` set to its own element.
       const view = this;
       this.brush = d3.brushX().extent([
         [MARGIN.left, MARGIN.top],
@@ -223,6 +254,7 @@ const Timeline = (() => {
       });
     }
 
+    // Windows that the brush touches, at least one.
     toWindows([left, right]) {
       const { edges, windows } = this.model.courses;
       const from = Math.max(0, d3.bisectRight(edges, this.x.invert(left)) - 1);
@@ -230,6 +262,7 @@ const Timeline = (() => {
       return [Math.min(from, windows - 1), Math.max(to, from + 1)];
     }
 
+    // Swatch, name and share of the toggles in the stretch; a click enters the module.
     drawLegend() {
       const { edges } = this.model.courses;
       const total = d3.sum(this.layers, ({ toggles }) => toggles);
@@ -244,6 +277,7 @@ const Timeline = (() => {
           return Table.make('li', {}, button);
         }),
       );
+      // The sliders follow the stretch, however it was chosen, and say times instead of numbers.
       const { from, to } = this.parts;
       Object.assign(from, { value: this.stretch.from });
       Object.assign(to, { value: this.stretch.to });
@@ -251,6 +285,7 @@ const Timeline = (() => {
       to.setAttribute('aria-valuetext', this.timeText(edges[this.stretch.to]));
     }
 
+    // For readers who cannot see the picture: the peak and how it stands out.
     summarise() {
       const { edges, windows } = this.model.courses;
       const sum = d3.sum(this.whole);
@@ -259,15 +294,18 @@ const Timeline = (() => {
         return;
       }
       const { at, toggles, rate } = this.peak;
+      // Toggles per tick over the whole span, as peak.rate is.
       const mean = sum / (edges[windows] - edges[0]);
       this.parts.summary.textContent =
         `Peak from ${this.timeText(edges[at])} to ${this.timeText(edges[at + 1])}: ${Text.count(toggles)} toggles, ` +
         `${Text.figure(rate / mean)} times the mean of ${Text.count(sum)} toggles in ${Text.count(windows)} windows.`;
     }
 
+    // The window under the pointer and the four layers that toggle most in it.
     point(event) {
       const { edges, windows } = this.model.courses;
       const box = this.svg.node().getBoundingClientRect();
+      // The svg may be scaled, so the place in the window is brought to its own width.
       const time = this.x.invert(((event.clientX - box.left) / box.width) * this.width);
       const at = Math.min(windows - 1, Math.max(0, d3.bisectRight(edges, time) - 1));
       const parts = this.layers
@@ -280,6 +318,7 @@ const Timeline = (() => {
         `${Text.count(this.whole[at])} toggles${parts.length > 0 ? ` (${parts.join(', ')})` : ''}`;
     }
 
+    // All windows, whatever the stretch.
     table() {
       const { edges, windows } = this.model.courses;
       const head = ['From', 'To', 'Toggles', ...this.layers.map(({ name }) => name)];

@@ -7,6 +7,7 @@
 
 #include "activity/body_part.h"
 #include "activity/host_run.h"
+#include "free_format/findings/dump_findings.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/require.h"
 #include "tests/support/text_stream.h"
@@ -38,6 +39,19 @@ std::string TextOf(const HostRun& run) {
   for (const std::uint32_t changes : run.changes) text << '\n' << changes;
   for (const std::string& remark : run.remarks) text << "\n! " << remark;
   text << '\n' << run.whyUnknown;
+  return text.str();
+}
+
+std::string TextOf(const DumpCheck& check) {
+  std::ostringstream text;
+  const BodyFacts& body = check.body;
+  text << "found in " << body.changes << " changes, " << body.unknown << " unknown, " << body.stamps
+       << " stamps from " << body.firstTick << " to " << body.lastTick;
+  for (const Finding& finding : check.findings) {
+    text << '\n'
+         << TextOf(finding.kind).finding << ": " << finding.tally.count << " from line "
+         << finding.tally.line << ", " << finding.tally.example;
+  }
   return text.str();
 }
 
@@ -90,6 +104,9 @@ void CheckReadingInParts(const Input& input) {
   const std::string changes =
       Outcome([&] { return ReadHostRun(again, "", options.window, kSmallBlock); });
 
+  TextSource checked(input.text, kSmallBlock / 3);
+  const std::string findings = Outcome([&] { return CheckDump(checked, "", "", kSmallBlock); });
+
   constexpr std::uint32_t kMostParts = 64;
   const auto asked = static_cast<std::uint32_t>(std::strtoul(input.Option(2).c_str(), nullptr, 10));
   std::vector<std::uint32_t> numbers{2, 3, 7, 40};
@@ -99,6 +116,8 @@ void CheckReadingInParts(const Input& input) {
     const std::string by = std::to_string(parts);
     options.jobs = parts;
     RequireSame(Outcome([&] { return CountActivity(file, options); }), activity, by + " threads");
+    RequireSame(Outcome([&] { return CheckDump(file, "", parts, kSmallBlock); }), findings,
+                by + " threads");
     RequireSame(Outcome([&] { return ReadHostRun(file, "", options.window, parts, kSmallBlock); }),
                 changes, by + " threads");
     RequireSame(Outcome([&] {
