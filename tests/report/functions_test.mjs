@@ -45,6 +45,7 @@ test('counts and figures say no more than is known', () => {
     [Text.share, 1, '100 %'],
     [Text.share, 0.5, '50.0 %'],
     [Text.share, 1e-9, '<0.01 %'],
+    [Text.share, 0.00005, '<0.01 %'],
     [Text.share, 0.0001, '0.01 %'],
     [Text.share, 0.00999, '1.00 %'],
     [Text.share, 0.9994, '99.94 %'],
@@ -100,6 +101,8 @@ test('times for options of the program are exact', () => {
     assert.ok(unit === 'fs' || BigInt(whole) > 0n);
   }
   assert.equal(Text.option(0, 1e6), '0fs');
+  assert.equal(Text.option(1, 1000), '1ps');
+  assert.equal(Text.option(1000, 1e12), '1s');
   for (const [ticks, tick] of [
     [2 ** 53, 1],
     [0.5, 1],
