@@ -102,6 +102,11 @@ TEST(RunMerger, MatchesSignalsByScopeAndName) {
        20,
        0,
        "a 1 tb/c"},
+      // A name that stands there twice for one code is one signal.
+      {{"- tb{ reg:1:!:a reg:1:!:a } ;" + body, "- tb{ reg:1:!:a } ;" + body},
+       "tb/a 20 0 0 0 0 0",
+       20,
+       0},
       // What has no bits is no signal here, and nobody lacks it.
       {{"- tb{ real:64:!:r reg:1:%:b } ; #0 r1 ! 0% #4 r2 ! 1% #10", "- tb{ reg:1:%:b } ;" + body},
        "tb/b 8 12 0 0 2 0",
