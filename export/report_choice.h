@@ -62,8 +62,6 @@ struct ReportSource {
 struct ReportChoice {
   ReportChoice(const ReportSource& source, const ReportLimits& limits);
 
-  static constexpr std::uint32_t kNone = UINT32_MAX;
-
   // In the order of the tree, so parents come before what is in them.
   std::vector<std::uint32_t> modules;  // listed ones
   std::vector<std::uint32_t> places;   // by module: its place in the list, or that of the lowest

@@ -59,7 +59,7 @@ class Random {
 
   std::string Value(std::uint32_t width) {
     static constexpr std::string_view kBits[] = {"01", "0001", "01xz", "01z", "x"};
-    const std::string_view bits = kBits[Below(std::size(kBits))];
+    const std::string_view bits = kBits[Below(knowsAll_ ? 2 : std::size(kBits))];
     const std::uint64_t lengths[] = {width, width, width, 1, 1 + Below(width), width + Below(70)};
     std::string value(lengths[Below(std::size(lengths))], '0');
     for (char& c : value) c = bits[Below(bits.size())];
@@ -72,7 +72,8 @@ class Random {
     const std::uint64_t step = steps[Below(std::size(steps))];
     const unsigned off = Chance(50) ? 4 : 0;
     std::uint64_t now = Below(20);
-    // Now and then enough changes of one code to fill small counters.
+    // Now and then nothing but 0 and 1, and enough changes of one code to fill small counters.
+    knowsAll_ = Chance(20);
     const bool isLong = Chance(10);
     const std::uint64_t count = Below(isLong ? 3000 : 400);
     const std::uint64_t often = Below(widths.size());
@@ -101,6 +102,7 @@ class Random {
 
  private:
   std::mt19937_64 random_;
+  bool knowsAll_ = false;
 };
 
 ActivityPart Count(std::span<const Event> events, const CodeBits& codes,
