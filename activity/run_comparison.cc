@@ -221,7 +221,7 @@ class Comparison {
     // Either is enough: a clock that is gated has another rate, a reset that is held another duty.
     row.share = std::max(ShareOf(before.rates.toggles, after.rates.toggles),
                          ShareOf(before.rates.high, after.rates.high));
-    if (row.share <= threshold_) return;
+    if (row.share <= threshold_ + kRounding) return;
     Add(before, std::abs(before.own - after.own), std::max(before.own, after.own), row);
   }
   /// A row that one run has and the other has not, always a difference.
@@ -262,6 +262,10 @@ class Comparison {
     if (a.isModule != b.isModule) return a.isModule;
     return a.depth > b.depth;
   }
+
+  /// Rates are quotients: what differs by just the threshold, or not at all, may seem to differ by
+  /// a little more.
+  static constexpr double kRounding = 1e-15;
 
   const double threshold_;
   RunComparison result_;

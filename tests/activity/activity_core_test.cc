@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cinttypes>
+#include <cstdio>
 #include <deque>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <random>
 #include <sstream>
@@ -13,13 +13,14 @@
 #include "activity/activity_counter.h"
 #include "activity/activity_rows.h"
 #include "activity/activity_run.h"
+#include "tests/support/case_files.h"
 #include "tests/support/plain_activity.h"
+#include "tests/support/text_stream.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd {
 namespace {
 
-namespace fs = std::filesystem;
 using support::Event;
 using support::PlainFigures;
 
@@ -257,29 +258,18 @@ TEST(ActivityCore, NamesBits) {
     EXPECT_TRUE(TypeHasBits(type)) << type;
 }
 
-// Dumps with what they give: "NAME.vcd", and beside it "NAME.txt" with the window, the observed
-// ticks, and a row for each bit.
-std::string Text(const fs::path& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
-std::string CountedText(const fs::path& dump, const std::string& expected) {
-  std::istringstream head(expected);
-  std::string word;
+// What a dump gives, "counted" or "counted from 4 to 8": the observed ticks, and a row for each
+// bit.
+std::string CountedText(const std::string& dump, const std::string& title) {
   ActivityOptions options;
-  options.dump = dump.filename();
-  head >> word;
-  if (word == "window") {
-    options.window = {0, 0};
-    head >> *options.window.begin >> *options.window.end;
+  options.dump = "d.vcd";
+  std::uint64_t begin = 0;
+  std::uint64_t end = 0;
+  if (std::sscanf(title.c_str(), "counted from %" SCNu64 " to %" SCNu64, &begin, &end) == 2) {
+    options.window = {begin, end};
   }
   std::ostringstream text;
-  if (options.window.begin) {
-    text << "window " << *options.window.begin << ' ' << *options.window.end << '\n';
-  }
-  FileSource source(dump);
+  TextSource source(dump);
   try {
     const ActivityResult result = CountActivity(source, options);
     text << "observed " << result.observedTicks << " of " << result.firstTick << " to "
@@ -304,15 +294,8 @@ std::string CountedText(const fs::path& dump, const std::string& expected) {
 }
 
 TEST(ActivityCases, GiveWhatStandsBesideThem) {
-  int cases = 0;
-  for (const auto& entry : fs::directory_iterator(KESNCD_TEST_CASES "/activity")) {
-    fs::path path = entry.path();
-    if (path.extension() != ".txt") continue;
-    const std::string expected = Text(path);
-    EXPECT_EQ(CountedText(path.replace_extension(".vcd"), expected), expected) << path;
-    ++cases;
-  }
-  EXPECT_GT(cases, 5);
+  ExpectCases("tests/cases/activity.txt",
+              [](const Case& of, const std::string& title) { return CountedText(of.dump, title); });
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // kesncd profile and kesncd report from the outside: cases as files, pipes, what is refused, and
 // the figures that go into a page.
-#include <fstream>
 #include <regex>
-#include <sstream>
 
 #include "tests/support/case_files.h"
 #include "tests/support/shell.h"
@@ -11,35 +9,21 @@
 namespace orsa::kesncd {
 namespace {
 
-// "== DUMP OPTIONS", and then what the command writes as CSV. KESNCD_UPDATE_CASES=1 rewrites that.
+const std::string kCases = "tests/cases/profile.txt";
+
 TEST(ProfileCommand, GivesWhatCasesSay) {
   const TempDir dir;
-  const std::string cases = CasesOf("profile");
-  const std::string expected = ReadAll(cases + "/cases.txt");
-  std::istringstream lines(expected);
-  std::string made;
-  int count = 0;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with("# ")) made += line + "\n";
-    if (!line.starts_with("== ")) continue;
-    const std::size_t blank = line.find(' ', 3);
-    const std::string dump = cases + "/" + line.substr(3, blank - 3) + ".vcd";
-    const Outcome run = Shell(dir.Path("."), "kesncd profile '" + dump + "' --format csv -q" +
-                                                 line.substr(blank) + " | tr -d '\\r'");
-    made += line + "\n" + run.out;
-    ++count;
-  }
-  EXPECT_GT(count, 5);
-  if (std::getenv("KESNCD_UPDATE_CASES") != nullptr) {
-    std::ofstream(cases + "/cases.txt") << made;
-  } else {
-    EXPECT_EQ(made, expected);
-  }
+  ExpectCases(kCases, [&](const Case& of, const std::string& options) {
+    dir.Write("d.vcd", of.dump);
+    return Shell(dir.Path("."),
+                 "kesncd profile d.vcd --format csv -q " + options + " | tr -d '\\r'")
+        .out;
+  });
 }
 
 TEST(ProfileCommand, TakesPipesAndSaysWhatItRefuses) {
   const TempDir dir;
-  dir.Write("d.vcd", ReadAll(CasesOf("profile") + "/shared-port.vcd"));
+  dir.Write("d.vcd", CaseIn(kCases, "shared port").dump);
   dir.Write("c.sdc", "create_clock -period 25 -name core [get_ports clk]\n");
   dir.Write("odd.vcd",
             "$timescale 1ns $end $scope module </script><img> $end $var wire 1 ! </script> $end\n"

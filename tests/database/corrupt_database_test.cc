@@ -15,12 +15,6 @@
 namespace orsa::kesncd {
 namespace {
 
-class TextSink : public ByteSink {
- public:
-  void Write(std::string_view bytes) override { text += bytes; }
-  std::string text;
-};
-
 /// Counts that SQLite has no integer for, names that are no UTF-8, notes, an alias and a real.
 StoredRun OddRun() {
   ActivityOptions options;

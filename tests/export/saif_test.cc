@@ -1,9 +1,9 @@
 // SAIF and Tcl as estimators read them: names, units, instances, and what must not become a file.
-// The dumps of cases/export/ have their files in full beside them.
+// The dumps of cases/export.txt have their files in full beside them.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <limits>
+#include <map>
 #include <sstream>
 
 #include "activity/activity_run.h"
@@ -12,6 +12,7 @@
 #include "export/saif_text.h"
 #include "export/saif_writer.h"
 #include "export/tcl_writer.h"
+#include "tests/support/case_files.h"
 #include "tests/support/text_stream.h"
 #include "text/byte_stream.h"
 #include "text/failure.h"
@@ -19,13 +20,7 @@
 namespace orsa::kesncd {
 namespace {
 
-const std::string kCases = KESNCD_TEST_SOURCE "/tests/cases/export/";
-
-std::string TextOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  EXPECT_TRUE(file) << path;
-  return {std::istreambuf_iterator<char>(file), {}};
-}
+const std::string kCases = "tests/cases/export.txt";
 
 ActivityResult Count(const std::string& dump) {
   TextSource source(dump, 4096);
@@ -33,7 +28,7 @@ ActivityResult Count(const std::string& dump) {
 }
 
 ActivityResult CountCase(const std::string& name) {
-  return Count(TextOf(kCases + name + ".vcd"));
+  return Count(CaseIn(kCases, name).dump);
 }
 
 std::uint32_t ScopeCalled(const ActivityResult& result, const std::string& path) {
@@ -68,19 +63,56 @@ std::optional<FailureKind> FailureOf(Work work) {
   return {};
 }
 
-TEST(Saif, WritesWholeDumpsAsTheFilesBesideThemSay) {
-  for (const std::string name : {"names", "tops"}) {
-    const ActivityResult result = CountCase(name);
-    std::ostringstream saif;
-    std::ostringstream unwritten;
-    const SaifReport report = WriteSaif(result, Options(), saif, &unwritten);
-    EXPECT_EQ(saif.str(), TextOf(kCases + name + ".saif"));
-    EXPECT_EQ(report.joined.size(), name == "tops" ? 2U : 0U);
-    if (name == "tops") continue;
-    EXPECT_EQ(unwritten.str(), TextOf(kCases + name + ".unwritten"));
-    EXPECT_EQ(report.nets, 6U);
-    EXPECT_EQ(report.unwritten, 13U);
-  }
+using Files = std::map<std::string, std::string>;
+
+std::string ReportText(const SaifReport& report) {
+  return "nets " + std::to_string(report.nets) + ", unwritten " + std::to_string(report.unwritten) +
+         ", joined scopes " + std::to_string(report.joined.size()) + "\n";
+}
+
+Files FilesOf(const ActivityResult& result) {
+  std::ostringstream saif;
+  std::ostringstream unwritten;
+  std::ostringstream tcl;
+  const std::string report = ReportText(WriteSaif(result, Options(), saif, &unwritten));
+  TclOptions options;
+  options.rates = Rates();
+  WriteTcl(result, options, tcl);
+  return {
+      {"saif", saif.str()}, {"unwritten", unwritten.str()}, {"tcl", tcl.str()}, {"report", report}};
+}
+
+/// Where a netlist says to which pins figures go.
+Files PinFilesOf(const ActivityResult& result, const std::string& json) {
+  TextSource source(json, 4096);
+  const Netlist netlist = ReadNetlist(source, "ports.json");
+  const NetlistPins pins(netlist, result, {});
+  std::ostringstream saif;
+  std::ostringstream unwritten;
+  std::ostringstream tcl;
+  std::ostringstream csv;
+  std::ostringstream unreached;
+  const std::string report = ReportText(WritePinSaif(pins, result, Options(), saif, &unwritten));
+  WritePinTcl(pins, result, Rates(), tcl);
+  WritePinCsv(pins, csv);
+  WriteUnreached(pins, unreached);
+  return {{"saif", saif.str()},
+          {"unwritten", unwritten.str()},
+          {"tcl", tcl.str()},
+          {"csv", csv.str()},
+          {"unreached", unreached.str()},
+          {"report", result.declarations.PathOf(pins.scope()) + ": reached " +
+                         std::to_string(pins.reached()) + " of " + std::to_string(pins.pins()) +
+                         ", " + report}};
+}
+
+TEST(Export, WritesWholeFilesAsTheCasesSay) {
+  ExpectCases(kCases, [](const Case& of, const std::string& title) -> std::optional<std::string> {
+    if (title == "netlist") return {};
+    const ActivityResult result = Count(of.dump);
+    return (of.Has("netlist") ? PinFilesOf(result, of.TextOf("netlist")) : FilesOf(result))
+        .at(title);
+  });
 }
 
 TEST(Saif, TakesTheWayToTheDesignOffOrWritesIt) {
@@ -225,15 +257,6 @@ TEST(Saif, FindsRepeatedNames) {
   for (const char* name : {"b", "", "d"}) EXPECT_FALSE(names.IsRepeated(name)) << name;
 }
 
-TEST(Tcl, WritesPinsOfEqualFiguresTogether) {
-  const ActivityResult result = CountCase("names");
-  TclOptions options;
-  options.rates = Rates();
-  std::ostringstream tcl;
-  WriteTcl(result, options, tcl);
-  EXPECT_EQ(tcl.str(), TextOf(kCases + "names.tcl"));
-}
-
 TEST(Tcl, IsRelativeToAClockAndBeginsAtTheDesign) {
   const ActivityResult result = CountCase("names");
   TclOptions options;
@@ -259,31 +282,6 @@ TEST(Tcl, QuotesEveryName) {
       {"\"a", "\\\"a"},       {"a\"", "a\""},     {"$x;[y]", "$x;[y]"}, {"", "{}"},
   };
   for (const auto& [name, element] : rows) EXPECT_EQ(TclElement(name), element);
-}
-
-TEST(Netlist, CarriesFiguresToPins) {
-  const ActivityResult result = CountCase("ports");
-  FileSource json(kCases + "ports.json");
-  const Netlist netlist = ReadNetlist(json, "ports.json");
-  const NetlistPins pins(netlist, result, {});
-  EXPECT_EQ(result.declarations.PathOf(pins.scope()), "tb/dut");
-  EXPECT_EQ(pins.reached(), 11U);
-  EXPECT_EQ(pins.pins(), 13U);
-  std::ostringstream saif;
-  std::ostringstream unwritten;
-  std::ostringstream tcl;
-  std::ostringstream csv;
-  std::ostringstream unreached;
-  const SaifReport report = WritePinSaif(pins, result, Options(), saif, &unwritten);
-  EXPECT_EQ(report.nets + report.unwritten, pins.reached());
-  WritePinTcl(pins, result, Rates(), tcl);
-  WritePinCsv(pins, csv);
-  WriteUnreached(pins, unreached);
-  EXPECT_EQ(saif.str(), TextOf(kCases + "ports.saif"));
-  EXPECT_EQ(unwritten.str(), "m/0/D[7]\nm/0/D[6]\nm/0/D[5]\nm/0/CK\n");
-  EXPECT_EQ(tcl.str(), TextOf(kCases + "ports.tcl"));
-  EXPECT_EQ(csv.str(), TextOf(kCases + "ports.csv"));
-  EXPECT_EQ(unreached.str(), TextOf(kCases + "ports.unreached"));
 }
 
 Netlist NetlistOf(const std::string& json) {

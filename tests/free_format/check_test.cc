@@ -68,7 +68,8 @@ std::string AllOf(const std::string& dump) {
 using FreeFormat = FreshState;
 
 TEST_F(FreeFormat, ReadsDumpsAsTheySay) {
-  ExpectCases(CasesOf("free_format"), "free_format", AllOf);
+  ExpectCases("tests/cases/free_format",
+              [](const Case& of, const std::string&) { return AllOf(of.dump); });
 }
 
 TEST(Check, NamesWhatIsNoDump) {
@@ -108,9 +109,11 @@ TEST(Check, NamesWhatIsNoDump) {
 TEST_F(FreeFormat, FindsWhatIsKnownOfRealDumps) {
   const char* const folder = std::getenv("KESNCD_REAL_DUMPS");
   if (folder == nullptr) GTEST_SKIP() << "KESNCD_REAL_DUMPS names no folder of dumps";
-  ExpectCases(folder, "real_dumps", [](const std::string& dump) {
+  const std::string page = "tests/cases/real_dumps.txt";
+  EXPECT_EQ(CasesIn(page).size(), DumpsIn(folder).size());
+  ExpectCases(page, [&](const Case& of, const std::string&) {
     try {
-      return FindingsOf(dump);
+      return FindingsOf(ReadAll(std::string(folder) + "/" + of.name + ".vcd"));
     } catch (const Failure& failure) {
       return std::string("refused: ") + failure.what() + "\n";
     }

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "free_format/prepare/prepare.h"
+#include "tests/support/case_files.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/prepare_rules.h"
 #include "tests/support/testing.h"
@@ -137,10 +138,11 @@ TEST_F(PreparedDumps, CutValuesLongerThanABlock) {
 }
 
 TEST_F(PreparedDumps, KeepTheRulesOnWhatFuzzingFound) {
-  const std::filesystem::path inputs = KESNCD_TEST_SOURCE "/fuzz/corpus/prepare";
-  for (const auto& input : std::filesystem::directory_iterator(inputs)) {
-    SCOPED_TRACE(input.path());
-    ExpectGood(ReadAll(input.path().string()));
+  for (const char* const page : {"fuzz/corpus/dumps.txt", "fuzz/corpus/prepare.txt"}) {
+    for (const Case& of : CasesIn(page)) {
+      SCOPED_TRACE(of.name);
+      ExpectGood(of.dump + (of.Has("options") ? "\xFF" + of.TextOf("options") : ""));
+    }
   }
 }
 
@@ -148,9 +150,8 @@ TEST_F(PreparedDumps, KeepTheRulesOnWhatFuzzingFound) {
 TEST_F(PreparedDumps, OfSimulatorsAreReadAsTheyAre) {
   const char* const folder = std::getenv("KESNCD_REAL_DUMPS");
   if (folder == nullptr) GTEST_SKIP() << "KESNCD_REAL_DUMPS names no folder of dumps";
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (entry.path().extension() != ".vcd") continue;
-    const std::string dump = ReadAll(entry.path().string());
+  for (const std::string& path : DumpsIn(folder)) {
+    const std::string dump = ReadAll(path);
     const std::string prepared = Prepare(dump).text;
     if (prepared.empty()) continue;
     ExpectGood(dump);

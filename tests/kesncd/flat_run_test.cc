@@ -47,7 +47,8 @@ std::string RunsOf(const std::string& dump) {
 }
 
 TEST_F(FlatRun, AndTheTreeRunReadTheCases) {
-  ExpectCases(CasesOf("kesncd"), "kesncd", RunsOf);
+  ExpectCases("tests/cases/kesncd.txt",
+              [](const Case& of, const std::string&) { return RunsOf(of.dump); });
 }
 
 TEST_F(FlatRun, ReportsFailuresAndKeepsTheMap) {

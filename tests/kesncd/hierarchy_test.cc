@@ -41,7 +41,7 @@ TEST_F(Hierarchy, CountsInTheFirstNodeOfAWalkAndClears) {
   EXPECT_TRUE(root.name.empty() && root.subMods.empty() && root.parent == &root);
 }
 
-const std::string kDump = ReadAll(CasesOf("kesncd") + "/scopes-and-second-top.vcd");
+const std::string kDump = CaseIn("tests/cases/kesncd.txt", "scopes and second top").dump;
 
 TEST_F(Hierarchy, FindsSignalsByTheirDesignNames) {
   const TempDir dir;

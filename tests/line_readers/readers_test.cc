@@ -1,4 +1,4 @@
-// One folder of dumps against all line readers: what they do alike, and each deliberate difference.
+// Pages of dumps against all line readers: what they do alike, and each deliberate difference.
 #include "line_readers/dump_rules.h"
 #include "tests/support/case_files.h"
 #include "tests/support/line_readers.h"
@@ -24,7 +24,8 @@ std::string ReadAllWays(const std::string& dump) {
 }
 
 TEST_F(Readers, TakeTheSameDumps) {
-  ExpectCases(CasesOf("line_readers"), "line_readers", ReadAllWays);
+  ExpectCases("tests/cases/line_readers",
+              [](const Case& of, const std::string&) { return ReadAllWays(of.dump); });
 }
 
 TEST_F(Readers, LeaveTheStreamBehindTheLastLineHandled) {

@@ -1,23 +1,56 @@
-// Cases that are files: a dump NAME.vcd, named for what it shows, and beside it in expected.txt,
-// after a line "== NAME", what is made of it. Lines in front of that which begin with "# " say why
-// the case is there.
+// Pages of cases: dumps in full, named for what they show, each with what is made of it.
 //
-// KESNCD_UPDATE_CASES=1 in the environment writes expected.txt instead of comparing; the difference
-// is then to be read in the version control.
+//   === stamp that goes back
+//   # Why the case is there, where its name does not say it all.
+//   $timescale 1 ns $end
+//   (the dump, or another text that is read)
+//   --- found
+//   (what the test makes of it)
+//
+// A case may have several results, or none; what their titles mean is up to the test. What stands
+// before the first case is about the page.
+//
+// In texts "<0D>" is the byte of that number, "<1000*ab>" a thousand times "ab", and "<>" at the
+// end of a line says that none ends there.
+//
+// KESNCD_UPDATE_CASES=1 in the environment writes the results instead of comparing them; the
+// difference is then to be read in the version control.
 #ifndef KESNCD_TESTS_SUPPORT_CASE_FILES_H_
 #define KESNCD_TESTS_SUPPORT_CASE_FILES_H_
 
 #include <functional>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace orsa::kesncd {
 
-/// A folder of cases of the project.
-std::string CasesOf(const std::string& room);
+struct Case {
+  struct Result {
+    std::string title;
+    std::string text;
+  };
+  /// The text of a result; nothing where there is none.
+  std::string TextOf(const std::string& title) const;
+  bool Has(const std::string& title) const;
 
-/// Compares what `made` makes of every dump in a folder with what the room's cases expect.
-void ExpectCases(const std::string& dumps, const std::string& room,
-                 const std::function<std::string(const std::string& dump)>& made);
+  std::string name;
+  std::string dump;
+  std::vector<Result> results;
+  std::string head;  // its lines in the page, the dump with them
+};
+
+/// The cases of a page, or of all pages in a folder: its path in the project.
+std::vector<Case> CasesIn(const std::string& path);
+/// The case of a page that has the name.
+Case CaseIn(const std::string& path, const std::string& name);
+
+/// What is made of a case under a title; nothing where the title is of something that is read.
+using MadeOf = std::function<std::optional<std::string>(const Case& of, const std::string& title)>;
+
+/// Compares all results in a page, or the pages of a folder, with what is made of the cases.
+void ExpectCases(const std::string& path, const MadeOf& made);
 
 }  // namespace orsa::kesncd
 

@@ -21,18 +21,6 @@ namespace support {
 
 namespace {
 
-class TextFile : public ByteFile {
- public:
-  explicit TextFile(const std::string& text) : text_(text) {}
-  std::uint64_t size() const override { return text_.size(); }
-  std::size_t ReadAt(std::uint64_t offset, char* to, std::size_t most) override {
-    return offset < text_.size() ? text_.copy(to, most, offset) : 0;
-  }
-
- private:
-  const std::string& text_;
-};
-
 std::string TextOf(const ActivityResult& result) {
   std::ostringstream text;
   text << "activity of " << result.observedTicks << " in " << result.firstTick << " to "

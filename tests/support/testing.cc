@@ -31,6 +31,15 @@ std::string ReadAll(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+std::vector<std::string> DumpsIn(const std::string& folder) {
+  std::vector<std::string> dumps;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().extension() == ".vcd") dumps.push_back(entry.path().string());
+  }
+  EXPECT_FALSE(dumps.empty()) << folder;
+  return dumps;
+}
+
 std::string Times(int count, const std::string& text) {
   std::string all;
   for (int i = 0; i < count; ++i) all += text;

@@ -41,6 +41,9 @@ class TempDir {
 
 std::string ReadAll(const std::string& path);
 
+/// The paths of the dumps in a folder, one at least.
+std::vector<std::string> DumpsIn(const std::string& folder);
+
 /// What an action writes to standard output.
 template <class Action>
 std::string Printed(Action action) {

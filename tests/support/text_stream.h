@@ -27,6 +27,19 @@ class TextSource : public ByteSource {
   std::size_t at_ = 0;
 };
 
+/// Bytes that can be read anywhere; of the text that it is given, which has to outlive it.
+class TextFile : public ByteFile {
+ public:
+  explicit TextFile(const std::string& text) : text_(text) {}
+  std::uint64_t size() const override { return text_.size(); }
+  std::size_t ReadAt(std::uint64_t offset, char* to, std::size_t most) override {
+    return offset < text_.size() ? text_.copy(to, most, offset) : 0;
+  }
+
+ private:
+  const std::string& text_;
+};
+
 class TextSink : public ByteSink {
  public:
   void Write(std::string_view bytes) override { text += bytes; }
