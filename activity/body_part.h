@@ -7,12 +7,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "activity/activity_part.h"
 #include "activity/activity_run.h"
 #include "activity/code_bits.h"
 #include "activity/host_part.h"
+#include "activity/profile/profile_part.h"
+#include "activity/profile/profile_run.h"
 #include "free_format/dump_items.h"
 #include "text/byte_stream.h"
 #include "vcd/declarations.h"
@@ -41,12 +44,14 @@ struct BodyPart {
   ItemTallies items;        // what was passed over; its lines count from the stretch's first
   ActivityPart activity;    // counted in the window
   HostPart host;            // of the whole time
+  /// Toggles over time, where they were counted. ProfileSum adds them up, from the first part on.
+  std::optional<ProfilePart> profile;
 
   bool IsEmpty() const { return begin == end; }
   /// Whether a part adds up with this one, which comes right before it. Where not, both have to be
   /// read as one.
   bool CanPrecede(const BodyPart& next) const;
-  /// Adds a part that this one can precede.
+  /// Adds a part that this one can precede, but for its profile.
   void Add(const CodeBits& codes, BodyPart&& next);
 };
 
@@ -60,6 +65,10 @@ struct PartRun {
 /// window that holds nothing of the dump. What was counted becomes figures by FinishActivity and
 /// FinishHostRun, with `items` of all parts.
 PartRun ReadBodyPart(ByteFile& file, const PartChoice& choice, const ActivityOptions& options);
+/// The same with toggles over time: of `options` what is counted, the windows with the dump's
+/// largest stamp, and the watched clocks. There are none where the modules have too many sums, or
+/// where the declarations do not end before the body. Throws for windows as CountBothAndProfile.
+PartRun ReadProfiledPart(ByteFile& file, const PartChoice& choice, const ProfileOptions& options);
 
 }  // namespace orsa::kesncd
 

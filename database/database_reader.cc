@@ -10,6 +10,7 @@
 #include "activity/activity_rows.h"
 #include "activity/activity_run.h"
 #include "activity/activity_tallies.h"
+#include "database/part_profile_tables.h"
 #include "database/part_tables.h"
 #include "database/profile_tables.h"
 #include "database/schema.h"
@@ -90,6 +91,7 @@ void ActivityDatabase::CheckTables() {
     return true;
   };
   if (has(SchemaPartTables())) facts_.part.emplace();
+  if (has(SchemaPartProfileTables())) facts_.partWindows.emplace();
   facts_.hasProfile = has(SchemaProfileTables());
 }
 
@@ -146,6 +148,11 @@ void ActivityDatabase::ReadFacts() {
   facts_.runs = CountOf("runs");
   facts_.hasHost = CountOf("has_host", 1) == 1;
   if (byName_.contains("profile_parts") != facts_.hasProfile) connection_.FailCorrupt();
+  // Older parts have none; but facts and tables go together.
+  if (byName_.contains("part_profile_parts") != facts_.partWindows.has_value()) {
+    connection_.FailCorrupt();
+  }
+  if (facts_.partWindows) facts_.partWindows = PartWindowsOf(connection_, byName_);
   if (!facts_.part) return;
   const auto small = [this](const char* name) {
     return static_cast<std::uint32_t>(CountOf(name, UINT32_MAX));
@@ -395,6 +402,7 @@ StoredRun ActivityDatabase::ReadPart() {
   const CodeBits codes(declarations);
   if (codes.all() != run.exact.firstBit) connection_.FailCorrupt();
   run.part = ReadPartTables(connection_, codes, byName_, budget_);
+  if (facts_.partWindows) run.part.profile = ReadPartProfile(connection_, byName_, budget_);
   run.part.items = std::move(run.exact.notes.items);
   return run;
 }

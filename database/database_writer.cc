@@ -9,6 +9,7 @@
 #include "activity/activity_rows.h"
 #include "activity/activity_tallies.h"
 #include "database/facts.h"
+#include "database/part_profile_tables.h"
 #include "database/part_tables.h"
 #include "database/profile_tables.h"
 #include "database/schema.h"
@@ -99,17 +100,21 @@ class DatabaseWriter {
     WriteTallies();
     WriteHostRemarks();
     if (run_.facts.part) WritePartTables(run_.part, to_, facts_);
+    if (HasPartProfile()) WritePartProfile(*run_.part.profile, to_, facts_);
     if (run_.profile) WriteProfileTables(*run_.profile, to_, facts_);
     WriteFacts();
     to_.Run("COMMIT");
   }
 
  private:
+  bool HasPartProfile() const { return run_.facts.part && run_.part.profile; }
+
   void MakeFurtherTables() {
     const auto make = [this](std::span<const SchemaPart> schema) {
       for (const SchemaPart& one : schema) to_.Run(one.sql);
     };
     make(run_.facts.part ? SchemaPartTables() : SchemaViews());
+    if (HasPartProfile()) make(SchemaPartProfileTables());
     if (!run_.profile) return;
     make(SchemaProfileTables());
     make(SchemaProfileViews());

@@ -37,6 +37,21 @@ constexpr std::array<SchemaPart, 2> kPartTables{{
      " first_value INTEGER, first_kind INTEGER)"},
 }};
 
+// Words are 64 bits of a code each, beginning with the lowest.
+constexpr std::array<SchemaPart, 6> kPartProfileTables{{
+    {"part_opening",
+     "CREATE TABLE part_opening(tick, code INTEGER, word INTEGER, bits INTEGER, levels INTEGER)"},
+    {"part_level",
+     "CREATE TABLE part_level(code INTEGER, word INTEGER, bits INTEGER, levels INTEGER)"},
+    {"part_toggles",
+     "CREATE TABLE part_toggles(sum INTEGER PRIMARY KEY, window INTEGER, toggles TEXT)"},
+    {"part_unobserved", "CREATE TABLE part_unobserved(window INTEGER, ticks)"},
+    {"part_gap", "CREATE TABLE part_gap(first_tick, last_tick)"},
+    {"part_clock",
+     "CREATE TABLE part_clock(code INTEGER, level INTEGER, first_level INTEGER, first_time,"
+     " toggles, first_tick, last_tick)"},
+}};
+
 // Lists of toggles are JSON: a number for each window.
 constexpr std::array<SchemaPart, 4> kProfileTables{{
     {"time_window",
@@ -103,6 +118,10 @@ std::span<const SchemaPart> SchemaTables() {
 
 std::span<const SchemaPart> SchemaPartTables() {
   return kPartTables;
+}
+
+std::span<const SchemaPart> SchemaPartProfileTables() {
+  return kPartProfileTables;
 }
 
 std::span<const SchemaPart> SchemaProfileTables() {

@@ -31,6 +31,8 @@ struct SchemaPart {
 std::span<const SchemaPart> SchemaTables();
 /// Further tables, of a file that holds a part of a dump.
 std::span<const SchemaPart> SchemaPartTables();
+/// And where the part was counted over time.
+std::span<const SchemaPart> SchemaPartProfileTables();
 /// Further tables, of a file with a profile.
 std::span<const SchemaPart> SchemaProfileTables();
 /// Views for those who ask in SQL.

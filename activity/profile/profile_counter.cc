@@ -76,6 +76,17 @@ void ProfileRows::Finish(std::size_t windows) {
   RequireRoom(windows);
 }
 
+bool ProfileRows::Restore(const ProfileRow& row, std::uint64_t windows) {
+  if (row.sum >= rows_.size() || row.window >= windows ||
+      row.toggles.size() > windows - row.window) {
+    return false;
+  }
+  Grow(rows_[row.sum], row.window + row.toggles.size());
+  std::copy(row.toggles.begin(), row.toggles.end(),
+            rows_[row.sum].begin() + static_cast<std::ptrdiff_t>(row.window));
+  return true;
+}
+
 std::vector<std::vector<std::uint64_t>> ProfileRows::SplitOff() {
   const auto middle = rows_.begin() + static_cast<std::ptrdiff_t>(rows_.size() / 2);
   std::vector<std::vector<std::uint64_t>> half(std::make_move_iterator(middle),
@@ -222,6 +233,62 @@ bool ProfileCounter::WasLastRight() const {
   return !windows_.last || windows_.length != 0 ||
          toggles_.window().Clamp(*windows_.last) ==
              toggles_.window().Clamp(toggles_.time().lastStamp);
+}
+
+/// A stretch without room has windows that nobody may use.
+ProfilePart ProfileCounter::TakePart() {
+  TakeSums(window_);
+  ProfilePart part;
+  part.isFull = isFull_;
+  part.toggles = toggles_.TakePart();
+  if (isFull_) {
+    part.toggles.openings.clear();
+    part.toggles.levels.clear();
+    return part;
+  }
+  std::uint32_t sum = 0;
+  for (std::vector<std::uint64_t>& row : rows_.rows()) {
+    const auto begin =
+        std::find_if(row.begin(), row.end(), [](std::uint64_t toggles) { return toggles != 0; });
+    const auto window = static_cast<std::uint64_t>(begin - row.begin());
+    if (begin != row.end()) part.rows.push_back({sum, window, {begin, row.end()}});
+    row = {};
+    ++sum;
+  }
+  for (std::uint64_t window = 0; window < unobserved_.size(); ++window) {
+    if (unobserved_[window] != 0) part.unobserved.emplace_back(window, unobserved_[window]);
+  }
+  part.gaps = std::move(gaps_);
+  part.hasManyGaps = hasManyGaps_;
+  return part;
+}
+
+bool ProfileCounter::Restore(ProfilePart&& part) {
+  if (!toggles_.Restore(part.toggles)) return false;
+  isFull_ = part.isFull;
+  gaps_ = std::move(part.gaps);
+  hasManyGaps_ = part.hasManyGaps;
+  const CountedTime& time = toggles_.time();
+  if (!time.hasStamps || isFull_) return part.rows.empty() && part.unobserved.empty();
+  const ActivityWindow& window = toggles_.window();
+  if (!IsStretch() || IsFolding() || *windows_.first > time.firstStamp ||
+      time.firstStamp > time.lastStamp) {
+    return false;
+  }
+  BeginGrid(window.Clamp(*windows_.first));
+  const std::uint64_t first = WindowOf(window.Clamp(time.firstStamp));
+  window_ = WindowOf(window.Clamp(time.lastStamp));
+  if (!rows_.HasRoom(window_)) return false;
+  rows_.BeginAt(first);
+  for (const ProfileRow& row : part.rows) {
+    if (!rows_.Restore(row, window_ - first + 1)) return false;
+  }
+  for (const auto& [at, ticks] : part.unobserved) {
+    if (at > window_) return false;
+    if (unobserved_.size() <= at) unobserved_.resize(at + 1);
+    unobserved_[at] = ticks;
+  }
+  return true;
 }
 
 Profile ProfileCounter::Finish(ModuleTree tree, ModuleSums sums) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "activity/profile/profile.h"
+#include "activity/profile/profile_part.h"
 #include "activity/profile/time_grid.h"
 #include "activity/profile/toggle_counter.h"
 
@@ -39,6 +40,9 @@ class ProfileRows {
   void Finish(std::size_t windows);
   /// Adds the rows of modules to those of the modules around them.
   void AddUp(const ModuleTree& tree);
+  /// Puts the sums of a stretch back into the windows from one on, which have to be within
+  /// `windows` of the first; false where they are not, or of no module.
+  bool Restore(const ProfileRow& row, std::uint64_t windows);
   /// Takes the second half of the rows off, and adds to each what is in the first half.
   std::vector<std::vector<std::uint64_t>> SplitOff();
   std::vector<std::vector<std::uint64_t>>& rows() { return rows_; }
@@ -101,6 +105,11 @@ class ProfileCounter {
 
   const CountedTime& time() const { return toggles_.time(); }
   Profile Finish(ModuleTree tree, ModuleSums sums);
+  /// In place of Finish, of a stretch: what another counter with the same windows needs to stand
+  /// for this one. That one is restored in place of a reading.
+  ProfilePart TakePart();
+  /// False where the part cannot have been taken from such a counter.
+  bool Restore(ProfilePart&& part);
   /// Whether the windows are what was asked for: the largest stamp was the one that was expected.
   bool WasLastRight() const;
 

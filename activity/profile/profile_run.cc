@@ -7,10 +7,9 @@
 
 #include "activity/activity_counter.h"
 #include "activity/activity_start.h"
-#include "activity/both_counters.h"
+#include "activity/profile/bits_and_windows.h"
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/signal_cuts.h"
-#include "activity/profile/toggle_watch.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"
@@ -23,36 +22,6 @@ namespace {
 constexpr std::uint64_t kBytesPerBit = 64;  // of toggles, with what a stretch begins with
 constexpr std::uint64_t kBytesPerBitWithActivity = 200;
 constexpr std::uint64_t kBytesPerBitWithBoth = 240;
-
-/// Looks at stamps only.
-class LargestStamp {
- public:
-  void Scalar(std::uint32_t /*codeId*/, char /*value*/) {}
-  void Vector(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
-  void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
-  void Stamp(std::uint64_t ticks) {
-    if (!first) first = ticks;
-    largest = std::max(largest.value_or(0), ticks);
-  }
-  void Command(Keyword /*command*/) {}
-  void SectionEnd() {}
-  bool IsDone() const { return isFirstEnough && first; }
-
-  bool isFirstEnough = false;
-  std::optional<std::uint64_t> first;
-  std::optional<std::uint64_t> largest;
-};
-
-/// The first stamp of a body whose declarations were read.
-std::optional<std::uint64_t> FirstStampOf(FileDump& dump, const Declarations& declarations) {
-  StretchSource source(dump.file(), dump.words().Offset(), {StretchSource::kFileEnd});
-  DumpWords words(source, dump.block(), dump.block() / 4);
-  DumpItems items(words, declarations, source, false);
-  LargestStamp stamps;
-  stamps.isFirstEnough = true;
-  ReadBody(items, stamps);
-  return stamps.first;
-}
 
 /// What all kinds of runs share. Calling order: construct, make a taker, Read or ReadParts, End.
 class Run {
@@ -77,7 +46,7 @@ class Run {
   /// up. One taker reads all where nothing else is asked for, or the windows' edges are not known.
   template <class Make>
   auto ReadParts(FileDump* dump, std::size_t sums, std::uint64_t bytesOfBit, Make make) {
-    ProfileWindows windows = Windows();
+    ProfileWindows windows = WindowsFor(start, options_);
     const unsigned threads = dump == nullptr ? 1 : Threads(windows, sums, bytesOfBit);
     if (threads > 1) windows.first = FirstStampOf(*dump, start.result.declarations);
     if (!windows.first) {
@@ -114,23 +83,6 @@ class Run {
     return result;
   }
 
-  /// The length of a window in femtoseconds; 0 for none.
-  std::uint64_t Length() const {
-    if (!options_.length) return 0;
-    const std::optional<std::uint64_t> tick = start.result.tick;
-    const std::string& dump = options_.counting.dump;
-    if (!tick) {
-      throw Failure(FailureKind::Unusable,
-                    dump +
-                        ": has no time scale, which a window needs; kesncd prepare --timescale "
-                        "gives one");
-    }
-    if (*options_.length < *tick) {
-      throw Failure(FailureKind::Unusable, dump + ": a window of less than a tick shows nothing");
-    }
-    return *options_.length;
-  }
-
   unsigned Threads(const ProfileWindows& windows, std::size_t sums,
                    std::uint64_t bytesOfBit) const {
     const bool hasGrid = windows.length != 0 || windows.last;
@@ -142,17 +94,6 @@ class Run {
                          options_.counting.jobs);
   }
 
-  ProfileWindows Windows() const {
-    ProfileWindows windows;
-    windows.dump = options_.counting.dump;
-    windows.parts = options_.parts;
-    windows.length = Length();
-    windows.last = options_.last;
-    windows.tick = start.result.tick.value_or(1);
-    windows.mostCells = options_.mostCells;
-    return windows;
-  }
-
  private:
   const ProfileOptions& options_;
   DumpWords& words_;
@@ -160,84 +101,6 @@ class Run {
  public:
   ActivityStart start;
   ModuleTree tree;
-};
-
-/// What was counted of bits, and by the rule of hosts.
-struct BitParts {
-  ActivityPart activity;
-  std::optional<HostPart> host;
-
-  explicit BitParts(ActivityCounter& counter) : activity(counter.TakePart()) {}
-  explicit BitParts(BothCounters& counters)
-      : activity(counters.activity().TakePart()), host(counters.host().TakePart()) {}
-
-  void Add(const ActivityStart& start, BitParts&& next) {
-    activity.Add(start.codes, std::move(next.activity));
-    if (host) host->Add(start.ticks, *next.host);
-  }
-};
-
-/// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
-/// ReadInParts; Counter is an ActivityCounter, or BothCounters.
-template <class Counter>
-class BitsAndWindows {
- public:
-  /// `more` is what a counter is made of beside the codes and the window of `start`.
-  template <class... More>
-  BitsAndWindows(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
-                 const ModuleShares& shares, std::size_t sums, const ProfileWindows& windows,
-                 const More&... more)
-      : start_(start),
-        bits_(start.codes, start.window, more...),
-        watch_(bits_, watched, start.codes.codes(), start.window),
-        windows_(start.codes, shares, sums, start.window, windows) {}
-
-  void Fetch(std::uint32_t codeId) const {
-    bits_.Fetch(codeId);
-    windows_.Fetch(codeId);
-  }
-  void Scalar(std::uint32_t codeId, char value) {
-    watch_.Scalar(codeId, value);
-    windows_.Scalar(codeId, value);
-  }
-  void Vector(std::uint32_t codeId, std::string_view value) {
-    watch_.Vector(codeId, value);
-    windows_.Vector(codeId, value);
-  }
-  void Real(std::uint32_t codeId, std::string_view value) { watch_.Real(codeId, value); }
-  void Stamp(std::uint64_t ticks) {
-    watch_.Stamp(ticks);
-    windows_.Stamp(ticks);
-  }
-  void Command(Keyword command) {
-    watch_.Command(command);
-    windows_.Command(command);
-  }
-  void SectionEnd() {}
-  bool IsDone() const { return false; }
-  bool Precedes(const BitsAndWindows& next) const {
-    return bits_.Precedes(next.bits_) && windows_.Precedes(next.windows_);
-  }
-
-  void Add(BitsAndWindows& next) {
-    parts().Add(start_, std::move(next.parts()));
-    watch_.Add(next.watch_);
-    windows_.Add(next.windows_);
-  }
-  /// What was counted bit by bit, when all is read.
-  BitParts& parts() {
-    if (!parts_) parts_.emplace(bits_);
-    return *parts_;
-  }
-  std::vector<ToggleSpan> watched() { return watch_.Take(); }
-  ProfileCounter& windows() { return windows_; }
-
- private:
-  const ActivityStart& start_;
-  Counter bits_;
-  std::optional<BitParts> parts_;
-  ToggleWatch<Counter> watch_;
-  ProfileCounter windows_;
 };
 
 /// Toggles by windows from a source, or from a file if it is given.
@@ -282,9 +145,8 @@ ProfiledRuns BothAndProfileOf(DumpWords& words, FileDump* file, const ProfileOpt
   Run run(words, all);
   const ActivityStart& start = run.start;
   const Declarations& declarations = start.result.declarations;
-  const std::size_t sums = 2 * run.tree.size();
-  // Each window has its own number beside those of modules.
-  const bool hasRoom = options.length || sums + 1 <= options.mostCells / options.parts;
+  const std::size_t sums = KeptSums(run.tree);
+  const bool hasRoom = HasRoomFor(run.tree, options);
   const auto shares = hasRoom ? ModuleShares::ByBoth(declarations, start.codes, run.tree)
                               : ModuleShares::None(start.codes);
   std::vector<std::uint32_t> watched;
@@ -397,7 +259,7 @@ ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options) {
   Run run(words, options);
   const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
   ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
-  PeakSearch search(toggles, run.Length() / run.start.result.tick.value_or(1));
+  PeakSearch search(toggles, WindowLength(run.start, options) / run.start.result.tick.value_or(1));
   run.Read(search);
   ProfileRun<Peak> result{run.End(toggles.time()), {}, true};
   result.figures = search.Finish();

@@ -189,6 +189,55 @@ void ToggleCounter::Follow(ToggleCounter& next) {
   time_.pausedAt = next.time_.pausedAt;
 }
 
+TogglePart ToggleCounter::TakePart() {
+  TogglePart part{time_, Openings(), {}};
+  for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {
+    const Code& code = codes_[codeId];
+    if (code.kind != Kind::Vector) {
+      const std::uint8_t known = KnownOf(code);
+      if (known != 0) part.levels.push_back({0, 1, known & 1U, codeId, 0});
+      continue;
+    }
+    if (code.step < stretch_) continue;
+    const std::uint32_t width = bits_.Width(codeId);
+    for (std::uint32_t index = 0; index * std::uint64_t{kWordBits} < width; ++index) {
+      const Word& word = words_[code.place + index];
+      if (word.hasKnown == 0) continue;
+      part.levels.push_back({0, word.hasKnown, word.known & word.hasKnown, codeId, index});
+    }
+  }
+  return part;
+}
+
+bool ToggleCounter::IsOfCodes(const Opening& word) const {
+  return word.codeId < codes_.size() &&
+         word.word * std::uint64_t{kWordBits} < bits_.Width(word.codeId);
+}
+
+/// Openings have to grow within the part's stamps, since their windows do.
+bool ToggleCounter::Restore(const TogglePart& part) {
+  std::uint64_t ticks = part.time.firstStamp;
+  for (const Opening& opening : part.openings) {
+    if (!IsOfCodes(opening) || opening.ticks < ticks || opening.ticks > part.time.lastStamp) {
+      return false;
+    }
+    ticks = opening.ticks;
+  }
+  for (const Opening& level : part.levels) {
+    if (!IsOfCodes(level)) return false;
+    Code& code = codes_[level.codeId];
+    code.step = step_;
+    if (code.kind == Kind::Vector) {
+      words_[code.place + level.word] = {level.bits, level.values & level.bits, 0, 0};
+    } else {
+      code.known = static_cast<std::uint8_t>(kKnown | (level.values & 1U));
+    }
+  }
+  time_ = part.time;
+  openings_ = part.openings;
+  return true;
+}
+
 /// Before the first stamp nothing lasts, but what was known is forgotten.
 void ToggleCounter::Command(Keyword command) {
   TakeWaiting();

@@ -51,6 +51,13 @@ struct Opening {
   std::uint32_t word = 0;
 };
 
+/// What a counter of a stretch knows beside its sums.
+struct TogglePart {
+  CountedTime time;
+  std::vector<Opening> openings;
+  std::vector<Opening> levels;  // the last known values; their ticks say nothing
+};
+
 /// A taker of ReadBody. Calling order: construct, ReadBody; Sums may be taken and set to 0 at any
 /// time between two calls and hold what toggled since.
 ///
@@ -94,6 +101,11 @@ class ToggleCounter {
   void Open(const Opening& opening);
   /// Goes on where the next stretch ended. Its sums are not taken over.
   void Follow(ToggleCounter& next);
+  /// What another counter of the same codes needs to stand for this one: it is restored before it
+  /// takes anything, and added to others then.
+  TogglePart TakePart();
+  /// False where the part is none of these codes.
+  bool Restore(const TogglePart& part);
 
  private:
   enum class Kind : std::uint8_t { Unused, Scalar, SharedScalar, Vector };
@@ -123,6 +135,7 @@ class ToggleCounter {
     if (keepsOpenings_) unknown_.push_back(codeId);
   }
   void NoteOpenings();
+  bool IsOfCodes(const Opening& word) const;
   void FollowVector(std::uint32_t codeId, ToggleCounter& next, bool wasSeen, bool isSeen);
   std::uint8_t KnownOf(const Code& code) const { return code.step < stretch_ ? 0 : code.known; }
 

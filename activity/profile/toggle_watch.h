@@ -3,8 +3,10 @@
 #ifndef KESNCD_ACTIVITY_PROFILE_TOGGLE_WATCH_H_
 #define KESNCD_ACTIVITY_PROFILE_TOGGLE_WATCH_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "activity/activity_result.h"
@@ -12,6 +14,47 @@
 #include "vcd/dump_keywords.h"
 
 namespace orsa::kesncd {
+
+/// What was seen of a signal of one bit in a stretch of a dump.
+struct WatchedSignal {
+  char given = 0;  // the last value of the step that is open
+  char level = 0;  // the last known value before
+  char first = 0;  // the first known value, and its time
+  std::uint64_t firstTime = 0;
+  ToggleSpan span;
+
+  void Toggle(std::uint64_t ticks) {
+    if (span.toggles++ == 0) span.first = ticks;
+    span.last = ticks;
+  }
+  void Add(const WatchedSignal& next, const ActivityWindow& window) {
+    if (next.first == 0) return;
+    if (level == 0) {
+      first = next.first;
+      firstTime = next.firstTime;
+    } else if (level != next.first && window.Counts(next.firstTime)) {
+      Toggle(next.firstTime);
+    }
+    level = next.level;
+    if (next.span.toggles == 0) return;
+    if (span.toggles == 0) span.first = next.span.first;
+    span.last = next.span.last;
+    span.toggles += next.span.toggles;
+  }
+};
+
+/// What was seen of all watched signals, when the stretch's last step has ended.
+struct WatchPart {
+  std::vector<WatchedSignal> signals;
+  bool isOver = false;  // it paused
+
+  /// Adds what was seen from a stamp later than all of this one on, of the same signals.
+  void Add(const WatchPart& next, const ActivityWindow& window) {
+    if (isOver) return;
+    for (std::size_t i = 0; i < signals.size(); ++i) signals[i].Add(next.signals[i], window);
+    isOver = next.isOver;
+  }
+};
 
 /// Stands before a taker of a dump's body (see body_reader.h) and passes all on to it. Calling
 /// order: construct, ReadBody, Take; watches of a body's stretches add up by Add, in the order of
@@ -22,17 +65,18 @@ class ToggleWatch {
   /// `codeIds` of signals of one bit, each once.
   ToggleWatch(Taker& taker, const std::vector<std::uint32_t>& codeIds, std::uint32_t codes,
               const ActivityWindow& window)
-      : taker_(taker), window_(window), place_(codes, kNone), watched_(codeIds.size()) {
+      : taker_(taker), window_(window), place_(codes, kNone) {
+    part_.signals.resize(codeIds.size());
     for (std::uint32_t i = 0; i < codeIds.size(); ++i) place_[codeIds[i]] = i;
   }
 
   void Fetch(std::uint32_t codeId) const { taker_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) {
-    if (place_[codeId] != kNone) watched_[place_[codeId]].given = value;
+    if (place_[codeId] != kNone) part_.signals[place_[codeId]].given = value;
     taker_.Scalar(codeId, value);
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
-    if (place_[codeId] != kNone) watched_[place_[codeId]].given = value.back();
+    if (place_[codeId] != kNone) part_.signals[place_[codeId]].given = value.back();
     taker_.Vector(codeId, value);
   }
   void Real(std::uint32_t codeId, std::string_view value) { taker_.Real(codeId, value); }
@@ -47,7 +91,7 @@ class ToggleWatch {
   void Command(Keyword command) {
     if (command == Keyword::DumpOff) {
       EndStep();
-      isOver_ = true;
+      part_.isOver = true;
     }
     taker_.Command(command);
   }
@@ -58,54 +102,30 @@ class ToggleWatch {
   void Add(ToggleWatch& next) {
     EndStep();
     next.EndStep();
-    if (isOver_) return;
-    for (std::size_t i = 0; i < watched_.size(); ++i) watched_[i].Add(next.watched_[i], window_);
-    isOver_ = next.isOver_;
-    now_ = next.now_;
+    if (!part_.isOver) now_ = next.now_;
+    part_.Add(next.part_, window_);
   }
 
   std::vector<ToggleSpan> Take() {
     EndStep();
     std::vector<ToggleSpan> spans;
-    for (const Watched& watched : watched_) spans.push_back(watched.span);
+    for (const WatchedSignal& watched : part_.signals) spans.push_back(watched.span);
     return spans;
+  }
+  /// In place of Take, of a stretch that is added to others elsewhere.
+  WatchPart TakePart() {
+    EndStep();
+    return std::move(part_);
   }
 
  private:
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
-  struct Watched {
-    char given = 0;  // the last value of the step that is open
-    char level = 0;  // the last known value before
-    char first = 0;  // the first known value, and its time
-    std::uint64_t firstTime = 0;
-    ToggleSpan span;
-
-    void Toggle(std::uint64_t ticks) {
-      if (span.toggles++ == 0) span.first = ticks;
-      span.last = ticks;
-    }
-    void Add(const Watched& next, const ActivityWindow& window) {
-      if (next.first == 0) return;
-      if (level == 0) {
-        first = next.first;
-        firstTime = next.firstTime;
-      } else if (level != next.first && window.Counts(next.firstTime)) {
-        Toggle(next.firstTime);
-      }
-      level = next.level;
-      if (next.span.toggles == 0) return;
-      if (span.toggles == 0) span.first = next.span.first;
-      span.last = next.span.last;
-      span.toggles += next.span.toggles;
-    }
-  };
-
   void EndStep() {
-    for (Watched& watched : watched_) {
+    for (WatchedSignal& watched : part_.signals) {
       const char given = watched.given;
       watched.given = 0;
-      if (isOver_ || (given != '0' && given != '1') || given == watched.level) continue;
+      if (part_.isOver || (given != '0' && given != '1') || given == watched.level) continue;
       if (watched.level == 0) {
         watched.first = given;
         watched.firstTime = now_;
@@ -119,9 +139,8 @@ class ToggleWatch {
   Taker& taker_;
   const ActivityWindow window_;
   std::vector<std::uint32_t> place_;  // by codeId
-  std::vector<Watched> watched_;
+  WatchPart part_;
   std::uint64_t now_ = 0;
-  bool isOver_ = false;
 };
 
 }  // namespace orsa::kesncd

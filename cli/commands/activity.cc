@@ -9,6 +9,7 @@
 #include <charconv>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "cli/commands/commands.h"
@@ -146,15 +147,15 @@ void CheckProfile(const ExactOptions& options) {
   refuse((!windows.IsAny() || options.noProfile) && options.format != ExactFormat::Db,
          "--windows, --window and --no-profile are for a database; kesncd profile gives rows over "
          "time");
-  refuse(!windows.IsAny() && options.part.has_value(),
-         "--part: parts have no windows, since none of them knows the span");
 }
 
 ExitStatus RunActivity(const ExactOptions& options) {
   // Before the reading, which may take long: an output that is an input would end it.
   CheckExactPlaces({options.input.dump, options.clock.sdc}, options);
   if (options.part) {
-    WriteDatabaseFile(ReadPart(options.input, *options.part), options.output.path);
+    std::optional<WindowsAsked> windows;
+    if (!options.noProfile) windows = options.windows;
+    WriteDatabaseFile(ReadPart(options.input, *options.part, windows), options.output.path);
     return ExitStatus::Done;
   }
   if (options.format == ExactFormat::Db) {

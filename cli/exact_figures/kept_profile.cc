@@ -10,21 +10,20 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-std::string WindowsText(std::uint64_t parts, const std::optional<std::uint64_t>& length) {
-  if (length) return "windows of " + TimeText(*length);
-  return std::to_string(parts) + " equal parts of the span";
-}
-
 [[noreturn]] void FailWithout(const StoredFacts& facts, const std::string& name) {
-  const std::string why =
-      facts.runs > 1
-          ? "it was merged from several runs, whose times are not the same"
-          : "it was merged from parts, made with --no-profile, or by an earlier version; "
-            "kesncd activity DUMP -o FILE makes one that does";
+  const std::string why = facts.runs > 1
+                              ? "it was merged from several runs, whose times are not the same"
+                              : "it was made with --no-profile, or by an earlier version; "
+                                "kesncd activity DUMP -o FILE makes one that does";
   throw Failure(FailureKind::Unusable, name + ": holds no figures over time: " + why);
 }
 
 }  // namespace
+
+std::string WindowsText(std::uint64_t parts, const std::optional<std::uint64_t>& length) {
+  if (length) return "windows of " + TimeText(*length);
+  return std::to_string(parts) + " equal parts of the span";
+}
 
 StoredRun ReadWithProfile(ActivityDatabase& database, const std::string& name,
                           const WindowsAsked& asked) {

@@ -23,6 +23,9 @@ struct WindowsAsked {
   bool IsAny() const { return parts == 0 && !length; }
 };
 
+/// "windows of 10 ns", "200 equal parts of the span".
+std::string WindowsText(std::uint64_t parts, const std::optional<std::uint64_t>& length);
+
 /// All that a database holds. Throws Failure with Unusable where that is no profile, or not one of
 /// the windows that are asked for. Messages call the database `name`.
 StoredRun ReadWithProfile(ActivityDatabase& database, const std::string& name,

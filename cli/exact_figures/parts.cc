@@ -9,6 +9,10 @@
 
 #include "activity/activity_run.h"
 #include "activity/both_runs.h"
+#include "activity/profile/profile_sum.h"
+#include "cli/exact_figures/kept_profile.h"
+#include "cli/exact_figures/profile_reading.h"
+#include "cli/exact_figures/report_clocks.h"
 #include "cli/input/database_input.h"
 #include "cli/process/messages.h"
 #include "cli/selection/scope_choice.h"
@@ -25,6 +29,15 @@ ActivityOptions OptionsFor(const std::string& dump) {
   ActivityOptions options;
   options.dump = dump;
   options.mostBits = MostBitsInMemory();
+  return options;
+}
+
+ProfileOptions OptionsFor(const ActivityOptions& counting, const PartWindows& windows) {
+  ProfileOptions options;
+  options.counting = counting;
+  if (windows.parts != 0) options.parts = windows.parts;
+  options.length = windows.length;
+  options.last = windows.last;
   return options;
 }
 
@@ -90,6 +103,15 @@ PartFile Look(const std::string& path) {
   return {path, database.facts(), database.DeclarationsSum()};
 }
 
+/// What a part holds over time, for messages.
+std::string HeldText(const std::optional<PartWindows>& windows) {
+  if (!windows) return "no figures over time";
+  // Of a dump that was still written its end differs too.
+  const std::string end =
+      windows->last ? " up to " + std::to_string(*windows->last) + " ticks" : "";
+  return WindowsText(windows->parts, windows->length) + end;
+}
+
 /// Parts fit together only if every job saw the same bytes and cut them into as many parts. Times
 /// of files and paths say nothing, as each machine has its own.
 void CheckSameDump(const PartFile& first, const PartFile& other) {
@@ -99,9 +121,14 @@ void CheckSameDump(const PartFile& first, const PartFile& other) {
                       other.facts.dumpBytes == first.facts.dumpBytes &&
                       other.facts.dumpSample == first.facts.dumpSample &&
                       other.declarations == first.declarations;
-  if (isSame) return;
-  throw Failure(FailureKind::Unusable, other.path + ": is a part of another dump than " +
-                                           first.path + ", or was cut in another way");
+  if (!isSame) {
+    throw Failure(FailureKind::Unusable, other.path + ": is a part of another dump than " +
+                                             first.path + ", or was cut in another way");
+  }
+  if (other.facts.partWindows == first.facts.partWindows) return;
+  throw Failure(FailureKind::Unusable, other.path + ": holds " + HeldText(other.facts.partWindows) +
+                                           ", but " + first.path + " " +
+                                           HeldText(first.facts.partWindows));
 }
 
 /// The parts in their order. Throws where one is missing, foreign or there twice. `paths` may be in
@@ -164,7 +191,8 @@ class PartSum {
     } else if (!last_->CanPrecede(run.part)) {
       // Time does not grow at the cut, or a comment goes across it: from the start of the last part
       // on, both are read as one.
-      last_ = ReadAgain({last_->choice.first, run.part.choice.last, run.part.choice.parts}, file);
+      const PartChoice both{last_->choice.first, run.part.choice.last, run.part.choice.parts};
+      last_ = ReadAgain(both, file);
     } else if (run.part.IsEmpty()) {
       // No stamp begins in it: its stretch is part of the one before, so the last part stays the
       // last.
@@ -178,12 +206,20 @@ class PartSum {
   /// Turns the sum into figures of a whole dump, both kinds. Once, last.
   StoredRun Finish() {
     Keep();
+    StoredRun run;
+    if (profile_) {
+      run.profile = profile_->Finish();
+      if (!run.profile) {
+        Remark(first_.facts.dump,
+               "its first or its last stamp is not where its parts looked them up: the result "
+               "holds no figures over time");
+      }
+    }
     ActivityOptions options = OptionsFor(first_.facts.dump);
     BodyPart& whole = *sum_;
     // All parts are in the sum, which is what FinishBoth wants.
     BothRuns both = FinishBoth(std::move(declarations_), std::move(whole.activity),
                                std::move(whole.host), whole.items, options);
-    StoredRun run;
     run.facts.dump = first_.facts.dump;
     run.facts.program = first_.facts.program;
     run.exact = std::move(both.exact);
@@ -194,12 +230,32 @@ class PartSum {
  private:
   /// Nothing can change the last part any more.
   void Keep() {
+    if (first_.facts.partWindows) AddProfile();
     if (!sum_) {
       sum_ = std::move(last_);
     } else {
       sum_->Add(CodeBits(declarations_), std::move(*last_));
     }
     last_.reset();
+  }
+
+  /// Checksums say that a file holds what was written, not that it was written by this program.
+  void AddProfile() {
+    std::optional<ProfilePart>& part = last_->profile;
+    if (part && !profile_) profile_.emplace(declarations_, first_.facts.dump, part->windows);
+    if (part && profile_->Add(std::move(*part))) return;
+    throw Failure(FailureKind::Unusable, first_.path +
+                                             ": figures over time of this part and of the others "
+                                             "do not add up: one of them is corrupt");
+  }
+
+  /// As the parts were counted, with the same clocks watched.
+  BodyPart Read(ByteFile& dump, const PartChoice& choice) const {
+    const ActivityOptions counting = OptionsFor(dump_);
+    if (!first_.facts.partWindows) return ReadBodyPart(dump, choice, counting).part;
+    ProfileOptions options = OptionsFor(counting, *first_.facts.partWindows);
+    options.counting.watch = [this](const Declarations&) { return last_->profile->watched; };
+    return ReadProfiledPart(dump, choice, options).part;
   }
 
   /// Reads several parts from the dump, as one. The dump must be the one that was counted.
@@ -213,7 +269,7 @@ class PartSum {
       if (dump->size() != first_.facts.dumpBytes || SampleOf(*dump) != first_.facts.dumpSample) {
         throw Failure(FailureKind::Unusable, "is not the dump that the parts were counted in");
       }
-      return ReadBodyPart(*dump, choice, OptionsFor(dump_)).part;
+      return Read(*dump, choice);
     } catch (const Failure& failure) {
       // Its own kind (unreadable, not there), with what led to it.
       throw Failure(failure.kind(), why + dump_ + " cannot be read for it: " + failure.what() +
@@ -225,17 +281,45 @@ class PartSum {
   const PartFile& first_;
   std::string dump_;
   Declarations declarations_;
-  std::optional<BodyPart> sum_;   // of all parts before the last one
-  std::optional<BodyPart> last_;  // which the next one may have to be read with
+  std::optional<BodyPart> sum_;        // of all parts before the last one
+  std::optional<BodyPart> last_;       // which the next one may have to be read with
+  std::optional<ProfileSum> profile_;  // of the parts in `sum_`
 };
+
+/// The end of the span is looked up at the dump's end, which every part sees.
+PartRun CountProfiled(ByteFile& dump, const InputOptions& input, const PartChoice& choice,
+                      const WindowsAsked& asked) {
+  PartWindows windows;
+  windows.parts = asked.parts != 0 ? asked.parts : kUsualParts;
+  windows.length = asked.length;
+  const ActivityOptions counting = OptionsFor(input.dump);
+  InputOptions quiet = input;
+  quiet.quiet = true;
+  if (!windows.length) windows.last = ExpectedLast(quiet, counting);
+  ProfileOptions options = OptionsFor(counting, windows);
+  ReportClocks clocks;
+  options.counting.watch = [&](const Declarations& declarations) {
+    return clocks.FindIn(declarations, input.dump);
+  };
+  PartRun run = ReadProfiledPart(dump, choice, options);
+  if (!run.part.profile) {
+    Remark(input.dump, run.declarations.hasWord
+                           ? "its definitions do not end, so its parts hold no figures over time"
+                           : "it has too many modules for so many windows: the part holds no "
+                             "figures over time");
+  }
+  return run;
+}
 
 }  // namespace
 
 /// A packed dump cannot be cut: OpenFile says so.
-StoredRun ReadPart(const InputOptions& input, const PartChoice& choice) {
+StoredRun ReadPart(const InputOptions& input, const PartChoice& choice,
+                   const std::optional<WindowsAsked>& windows) {
   const std::shared_ptr<ByteFile> dump = OpenFile(input.dump);
   StoredRun run;
-  PartRun part = ReadBodyPart(*dump, choice, OptionsFor(input.dump));
+  PartRun part = windows ? CountProfiled(*dump, input, choice, *windows)
+                         : ReadBodyPart(*dump, choice, OptionsFor(input.dump));
   // What merging will compare with other parts, and where the dump is to be found.
   run.facts.dump = input.dump;
   run.facts.program = KESNCD_VERSION;

@@ -6,10 +6,12 @@
 // sum is to the last tick what one reading gives.
 #define KESNCD_CLI_EXACT_FIGURES_PARTS_H_
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "activity/body_part.h"
+#include "cli/exact_figures/kept_profile.h"
 #include "cli/input/dump_input.h"
 #include "database/stored_run.h"
 
@@ -18,7 +20,9 @@ namespace orsa::kesncd::cli {
 /// Counts one part of a dump. Throws Failure. Reads the declarations and the part's stretch, so of
 /// N jobs each reads about 1/N of the file. The result is complete but for figures, which only the
 /// whole has: `part` holds what adding up needs.
-StoredRun ReadPart(const InputOptions& input, const PartChoice& choice);
+/// With toggles over time by `windows`, where these are asked for.
+StoredRun ReadPart(const InputOptions& input, const PartChoice& choice,
+                   const std::optional<WindowsAsked>& windows);
 
 /// Whether a file holds a part; not what cannot be read as one. False for a dump and for a database
 /// of a whole one. Throws for a database that cannot be read.

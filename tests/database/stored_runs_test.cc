@@ -203,6 +203,16 @@ const SummedTable kSummed[] = {
      "ccssssssc"},
     {"part_code", "SELECT id, changes, last, first_value, first_kind FROM part_code ORDER BY id",
      "ccccc"},
+    {"part_opening", "SELECT tick, code, word, bits, levels FROM part_opening ORDER BY rowid",
+     "cccss"},
+    {"part_level", "SELECT code, word, bits, levels FROM part_level ORDER BY rowid", "ccss"},
+    {"part_toggles", "SELECT sum, window, toggles FROM part_toggles ORDER BY sum", "cct"},
+    {"part_unobserved", "SELECT window, ticks FROM part_unobserved ORDER BY rowid", "cc"},
+    {"part_gap", "SELECT first_tick, last_tick FROM part_gap ORDER BY rowid", "cc"},
+    {"part_clock",
+     "SELECT code, level, first_level, first_time, toggles, first_tick, last_tick FROM part_clock"
+     " ORDER BY rowid",
+     "ccccccc"},
     {"run", "SELECT name, value FROM run WHERE name <> 'checksum_run' ORDER BY name", "tv"},
 };
 
@@ -234,9 +244,8 @@ std::uint64_t SumOf(Sql& sql, const SummedTable& table) {
 void Forge(const std::string& path, const std::string& change) {
   Sql sql(path);
   sql.Run(change);
-  const bool isPart = !sql.Rows("SELECT 1 FROM sqlite_schema WHERE name = 'part_bit'").empty();
   for (const SummedTable& table : kSummed) {
-    if (!isPart && table.name.starts_with("part_")) continue;
+    if (sql.Rows("SELECT 1 FROM sqlite_schema WHERE name = '" + table.name + "'").empty()) continue;
     sql.Run("UPDATE run SET value = " + std::to_string(SumOf(sql, table)) +
             " WHERE name = 'checksum_" + table.name + "'");
   }
@@ -343,9 +352,11 @@ TEST(StoredRuns, OfAForgerDoNoHarm) {
 }
 
 /// A part of a dump as a job leaves it.
-StoredRun PartOf(const std::string& text, const PartChoice& choice) {
+StoredRun PartOf(const std::string& text, const PartChoice& choice,
+                 const ProfileOptions* windows = nullptr) {
   TextFile file(text);
-  PartRun read = ReadBodyPart(file, choice, {});
+  PartRun read = windows == nullptr ? ReadBodyPart(file, choice, {})
+                                    : ReadProfiledPart(file, choice, *windows);
   StoredRun run;
   run.facts.part = choice;
   run.facts.dumpBytes = text.size();
@@ -432,6 +443,77 @@ TEST(StoredParts, OfAForgerDoNoHarm) {
     // How much memory there is, is not for a test to know.
     if (found == kCorrupt && outcome.ends_with("holds")) continue;
     EXPECT_EQ(found, outcome) << change;
+  }
+}
+
+/// Toggles of the dump's 10 windows when a part's file was read and its other part added; why not.
+std::string JoinedWith(ActivityDatabase& database, const StoredRun& first) {
+  StoredRun read = database.ReadPart();
+  ProfileSum sum(first.exact.declarations, "f", first.part.profile->windows);
+  ProfilePart before = *first.part.profile;
+  if (!sum.Add(std::move(before)) || !sum.Add(std::move(*read.part.profile))) return "no part";
+  const std::optional<KeptProfile> kept = sum.Finish();
+  if (!kept) return "other windows";
+  std::string text = std::to_string(kept->clocks.front().span.toggles) + " of the clock;";
+  for (const std::uint64_t toggles : kept->profile.toggles.front()) {
+    text += ' ' + std::to_string(toggles);
+  }
+  return text;
+}
+
+TEST(StoredParts, OverTimeAreThoseOfTheDump) {
+  const TempDir dir;
+  ProfileOptions windows;
+  windows.parts = 10;
+  windows.last = 20;
+  windows.counting.watch = [](const Declarations&) { return std::vector<std::uint32_t>{2}; };
+  const std::string text = SmallDump(kDesign);
+  const StoredRun first = PartOf(text, {0, 0, 2}, &windows);
+  const std::string bytes = Written(PartOf(text, {1, 1, 2}, &windows));
+  ASSERT_TRUE(first.part.profile->toggles.time.hasStamps);
+  const std::string kRight = "1 of the clock; 0 0 1 0 1 0 0 0 0 0";
+  const std::string kNone = "no part";
+  const std::pair<std::string, std::string> rows[] = {
+      {"SELECT 1", kRight},
+      {"DROP TABLE part_level",
+       "f: is no database of this program's: its table part_level is another"},
+      {"DELETE FROM run WHERE name = 'part_profile_parts'", kCorrupt},
+      {"DELETE FROM run WHERE name = 'part_profile_pauses'", kCorrupt},
+      {"UPDATE run SET value = NULL WHERE name = 'part_profile_parts'", kCorrupt},
+      {"UPDATE run SET value = 2 WHERE name = 'part_profile_is_observing'", kCorrupt},
+      {"UPDATE run SET value = 9 WHERE name = 'part_profile_parts'", kNone},
+      {"UPDATE run SET value = 1 WHERE name = 'part_profile_full'", kNone},
+      {"UPDATE run SET value = 0 WHERE name = 'part_profile_first_stamp'", kNone},
+      {"UPDATE run SET value = 1 WHERE name = 'part_profile_last_stamp'", kNone},
+      {"UPDATE run SET value = 19 WHERE name = 'part_profile_last_stamp'", "other windows"},
+      {"UPDATE part_opening SET tick = 1", kNone},
+      {"UPDATE part_opening SET tick = 21", kNone},
+      {"UPDATE part_opening SET code = 3", kNone},
+      {"UPDATE part_opening SET word = 1", kNone},
+      {"UPDATE part_opening SET code = 4294967296", kCorrupt},
+      {"INSERT INTO part_level VALUES(0, 1, 1, 1)", kNone},
+      {"INSERT INTO part_level VALUES(3, 0, 1, 1)", kNone},
+      {"INSERT INTO part_level VALUES(0, 0, -1, -1)", kRight},
+      {"INSERT INTO part_toggles VALUES(6, 0, '[1]')", kNone},
+      {"INSERT INTO part_toggles VALUES(0, 99, '[1]')", kNone},
+      {"INSERT INTO part_toggles VALUES(0, 0, '[1,1,1,1,1,1,1,1,1,1,1]')", kNone},
+      {"INSERT INTO part_toggles VALUES(0, 0, '[1')", kCorrupt},
+      {"INSERT INTO part_toggles VALUES(0, 0, '[]')", kCorrupt},
+      {"INSERT INTO part_toggles VALUES(0, 0, '[99999999999999999999]')", kCorrupt},
+      {"INSERT INTO part_unobserved VALUES(99, 1)", kNone},
+      {"UPDATE part_clock SET level = 50", kCorrupt},
+      {"UPDATE part_clock SET code = 1", kNone},
+      {"DELETE FROM part_clock", kNone},
+  };
+  for (const auto& [change, outcome] : rows) {
+    const std::string path = dir.Write("f", bytes);
+    if (change.starts_with("DROP")) {
+      Sql(path).Run(change);
+    } else {
+      Forge(path, change);
+    }
+    EXPECT_EQ(OutcomeOf(path, [&](ActivityDatabase& f) { return JoinedWith(f, first); }), outcome)
+        << change;
   }
 }
 

@@ -8,6 +8,9 @@
 #include "activity/body_part.h"
 #include "activity/host_run.h"
 #include "activity/profile/profile_run.h"
+#include "activity/profile/profile_sum.h"
+#include "free_format/declaration_reader.h"
+#include "free_format/dump_words.h"
 #include "free_format/findings/dump_findings.h"
 #include "tests/support/dump_figures.h"
 #include "tests/support/require.h"
@@ -103,19 +106,32 @@ std::string Outcome(Read read) {
   }
 }
 
-/// Reads every part by itself, and again with the ones before it where it does not add up.
-BodyPart Merged(TextFile& file, const ActivityOptions& options, std::uint32_t parts,
-                Declarations& declarations) {
+/// Reads every part by itself by `read(choice)`, and again with the ones before it where it does
+/// not add up.
+template <class Read>
+std::vector<BodyPart> PartsOf(std::uint32_t parts, Declarations& declarations, Read read) {
   std::vector<BodyPart> sums;
   for (std::uint32_t part = 0; part < parts; ++part) {
-    PartRun run = ReadBodyPart(file, {part, part, parts}, options);
+    PartRun run = read(PartChoice{part, part, parts});
     declarations = std::move(run.declarations);
     while (!sums.empty() && !sums.back().CanPrecede(run.part)) {
-      run = ReadBodyPart(file, {sums.back().choice.first, part, parts}, options);
+      run = read(PartChoice{sums.back().choice.first, part, parts});
       sums.pop_back();
     }
-    sums.push_back(std::move(run.part));
+    if (sums.empty() || !run.part.IsEmpty()) {
+      sums.push_back(std::move(run.part));
+    } else {
+      sums.back().Add(CodeBits(declarations), std::move(run.part));
+    }
   }
+  return sums;
+}
+
+BodyPart Merged(TextFile& file, const ActivityOptions& options, std::uint32_t parts,
+                Declarations& declarations) {
+  std::vector<BodyPart> sums = PartsOf(parts, declarations, [&](const PartChoice& choice) {
+    return ReadBodyPart(file, choice, options);
+  });
   const CodeBits codes(declarations);
   while (sums.size() > 1) {
     BodyPart last = std::move(sums.back());
@@ -123,6 +139,39 @@ BodyPart Merged(TextFile& file, const ActivityOptions& options, std::uint32_t pa
     sums.back().Add(codes, std::move(last));
   }
   return std::move(sums.front());
+}
+
+/// The same with what was counted over time.
+ProfiledRuns MergedWithProfile(TextFile& file, const ProfileOptions& options, std::uint32_t parts) {
+  Declarations declarations;
+  std::vector<BodyPart> sums = PartsOf(parts, declarations, [&](const PartChoice& choice) {
+    return ReadProfiledPart(file, choice, options);
+  });
+  ProfiledRuns runs;
+  BodyPart& sum = sums.front();
+  if (sum.profile) {
+    ProfileSum profile(declarations, "", sum.profile->windows, options.mostCells);
+    for (BodyPart& part : sums) {
+      Require(profile.Add(std::move(*part.profile)), [] { return "a part is not of its dump"; });
+    }
+    runs.profile = profile.Finish();
+  }
+  const CodeBits codes(declarations);
+  for (std::size_t i = 1; i < sums.size(); ++i) sum.Add(codes, std::move(sums[i]));
+  runs.runs = FinishBoth(std::move(declarations), std::move(sum.activity), std::move(sum.host),
+                         sum.items, options.counting);
+  return runs;
+}
+
+/// In a dump whose definitions do not end parts have no profile.
+bool HasEnd(const std::string& dump) {
+  try {
+    TextSource source(dump, kSmallBlock);
+    DumpWords words(source, kSmallBlock, kSmallBlock / 4);
+    return !ReadDeclarations(words, "").hasWord;
+  } catch (const Failure&) {
+    return true;
+  }
 }
 
 /// The codes of signals of one bit, a few of them.
@@ -172,6 +221,13 @@ void CheckProfilesInParts(const std::string& dump, const ActivityOptions& counti
         "profile with activity");
     compare([](auto& from, const ProfileOptions& how) { return CountBothAndProfile(from, how); },
             "profile with both figures");
+    if (counting.window.begin || counting.window.end || !HasEnd(dump)) continue;
+    TextSource whole(dump, kSmallBlock / 3);
+    const std::string expected = Outcome([&] { return CountBothAndProfile(whole, options); });
+    for (const std::uint32_t parts : numbers) {
+      RequireSame(Outcome([&] { return MergedWithProfile(file, options, parts); }), expected,
+                  "profile of " + std::to_string(parts) + " parts");
+    }
   }
 }
 

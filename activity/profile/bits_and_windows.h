@@ -1,0 +1,142 @@
+// Counts bits, toggles by windows and a few signals in one reading: of a whole dump, or of a part
+// of one. What both kinds of reading have to agree in is here, so that parts add up to the whole.
+#ifndef KESNCD_ACTIVITY_PROFILE_BITS_AND_WINDOWS_H_
+#define KESNCD_ACTIVITY_PROFILE_BITS_AND_WINDOWS_H_
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "activity/activity_counter.h"
+#include "activity/activity_start.h"
+#include "activity/both_counters.h"
+#include "activity/profile/profile_counter.h"
+#include "activity/profile/profile_run.h"
+#include "activity/profile/toggle_watch.h"
+#include "free_format/parted_reading.h"
+
+namespace orsa::kesncd {
+
+/// The length of a window in femtoseconds; 0 for none. Throws where it is no length for the dump.
+std::uint64_t WindowLength(const ActivityStart& start, const ProfileOptions& options);
+/// The windows that are asked for, but for the dump's first stamp.
+ProfileWindows WindowsFor(const ActivityStart& start, const ProfileOptions& options);
+/// For counters of stretches: they need a first stamp, and a last one, also where the dump has
+/// none. `dump` and `tick` are left to the caller.
+ProfileWindows StretchWindows(const PartWindows& windows);
+/// The first stamp of a body whose declarations were read.
+std::optional<std::uint64_t> FirstStampOf(FileDump& dump, const Declarations& declarations);
+/// A database's profile has two sums of each module.
+inline std::size_t KeptSums(const ModuleTree& tree) {
+  return 2 * tree.size();
+}
+/// Whether a database holds the profile: each window has its own number beside those of modules.
+inline bool HasRoomFor(const ModuleTree& tree, const ProfileOptions& options) {
+  return options.length || KeptSums(tree) + 1 <= options.mostCells / options.parts;
+}
+
+/// Looks at stamps only.
+class LargestStamp {
+ public:
+  void Scalar(std::uint32_t /*codeId*/, char /*value*/) {}
+  void Vector(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
+  void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
+  void Stamp(std::uint64_t ticks) {
+    if (!first) first = ticks;
+    largest = std::max(largest.value_or(0), ticks);
+  }
+  void Command(Keyword /*command*/) {}
+  void SectionEnd() {}
+  bool IsDone() const { return isFirstEnough && first; }
+
+  bool isFirstEnough = false;
+  std::optional<std::uint64_t> first;
+  std::optional<std::uint64_t> largest;
+};
+
+/// What was counted of bits, and by the rule of hosts.
+struct BitParts {
+  ActivityPart activity;
+  std::optional<HostPart> host;
+
+  explicit BitParts(ActivityCounter& counter) : activity(counter.TakePart()) {}
+  explicit BitParts(BothCounters& counters)
+      : activity(counters.activity().TakePart()), host(counters.host().TakePart()) {}
+
+  void Add(const ActivityStart& start, BitParts&& next) {
+    activity.Add(start.codes, std::move(next.activity));
+    if (host) host->Add(start.ticks, *next.host);
+  }
+};
+
+/// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
+/// ReadInParts; Counter is an ActivityCounter, or BothCounters.
+template <class Counter>
+class BitsAndWindows {
+ public:
+  /// `more` is what a counter is made of beside the codes and the window of `start`.
+  template <class... More>
+  BitsAndWindows(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
+                 const ModuleShares& shares, std::size_t sums, const ProfileWindows& windows,
+                 const More&... more)
+      : start_(start),
+        bits_(start.codes, start.window, more...),
+        watch_(bits_, watched, start.codes.codes(), start.window),
+        windows_(start.codes, shares, sums, start.window, windows) {}
+
+  void Fetch(std::uint32_t codeId) const {
+    bits_.Fetch(codeId);
+    windows_.Fetch(codeId);
+  }
+  void Scalar(std::uint32_t codeId, char value) {
+    watch_.Scalar(codeId, value);
+    windows_.Scalar(codeId, value);
+  }
+  void Vector(std::uint32_t codeId, std::string_view value) {
+    watch_.Vector(codeId, value);
+    windows_.Vector(codeId, value);
+  }
+  void Real(std::uint32_t codeId, std::string_view value) { watch_.Real(codeId, value); }
+  void Stamp(std::uint64_t ticks) {
+    watch_.Stamp(ticks);
+    windows_.Stamp(ticks);
+  }
+  void Command(Keyword command) {
+    watch_.Command(command);
+    windows_.Command(command);
+  }
+  void SectionEnd() {}
+  bool IsDone() const { return false; }
+  bool Precedes(const BitsAndWindows& next) const {
+    return bits_.Precedes(next.bits_) && windows_.Precedes(next.windows_);
+  }
+
+  void Add(BitsAndWindows& next) {
+    parts().Add(start_, std::move(next.parts()));
+    watch_.Add(next.watch_);
+    windows_.Add(next.windows_);
+  }
+  /// What was counted bit by bit, when all is read.
+  BitParts& parts() {
+    if (!parts_) parts_.emplace(bits_);
+    return *parts_;
+  }
+  std::vector<ToggleSpan> watched() { return watch_.Take(); }
+  WatchPart TakeWatch() { return watch_.TakePart(); }
+  ProfileCounter& windows() { return windows_; }
+
+ private:
+  const ActivityStart& start_;
+  Counter bits_;
+  std::optional<BitParts> parts_;
+  ToggleWatch<Counter> watch_;
+  ProfileCounter windows_;
+};
+
+}  // namespace orsa::kesncd
+
+#endif  // KESNCD_ACTIVITY_PROFILE_BITS_AND_WINDOWS_H_
