@@ -42,8 +42,8 @@ std::optional<double> FrequencyOf(const ToggleSpan& span, const ActivityResult& 
 ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
     : sdc_(sdc), timing_(timing) {
   if (!sdc.empty()) {
-    for (const DesignClock& clock : SdcClocks(ReadText(sdc))) {
-      // SdcClocks gives no clock without a period, so this divides by no 0.
+    for (const DesignClock& clock : SdcClocksOf(sdc)) {
+      // SdcClocksOf gives no clock without a period, so this divides by no 0.
       const double mhz = kMegahertzPeriod / static_cast<double>(clock.period);
       clocks_.push_back({clock.name, clock.signal, mhz, "SDC"});
     }

@@ -5,7 +5,11 @@
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
+#include "cli/input/list_file.h"
+#include "cli/process/messages.h"
+#include "free_format/remarks.h"
 #include "vcd/time_text.h"
 
 namespace orsa::kesncd::cli {
@@ -141,7 +145,7 @@ std::optional<std::uint64_t> PeriodOf(const std::string& text, std::uint64_t uni
 
 /// Takes one create_clock command apart. Unknown options are passed over without their values,
 /// which then look like signals: the last word that is no option counts.
-void AddClocks(const Words& words, std::uint64_t unit, std::vector<DesignClock>& clocks) {
+void AddClocks(const Words& words, std::uint64_t unit, SdcClocks& found) {
   DesignClock clock;
   Words signals;
   for (std::size_t i = 1; i < words.size(); ++i) {
@@ -159,29 +163,31 @@ void AddClocks(const Words& words, std::uint64_t unit, std::vector<DesignClock>&
       signals = NamesIn(words[i]);
     }
   }
-  // No period, or one that is no number: nothing to compare.
-  if (clock.period == 0) return;
+  if (clock.period == 0) {  // nothing to compare
+    found.unread.Add(0, "");
+    return;
+  }
   // A virtual clock has no signal; a dump may have one of that name all the same.
   if (signals.empty() && !clock.name.empty()) signals.push_back(clock.name);
   clock.periodText = TimeText(clock.period);
   // One clock for each signal that carries it.
   for (const std::string& signal : signals) {
-    clocks.push_back(clock);
-    clocks.back().signal = signal;
-    if (clock.name.empty()) clocks.back().name = signal;
+    found.clocks.push_back(clock);
+    found.clocks.back().signal = signal;
+    if (clock.name.empty()) found.clocks.back().name = signal;
   }
 }
 
 }  // namespace
 
-std::vector<DesignClock> SdcClocks(std::string_view text) {
-  std::vector<DesignClock> clocks;
+SdcClocks ReadSdcClocks(std::string_view text) {
+  SdcClocks found;
   // Nanoseconds, unless set_units says otherwise.
   std::uint64_t unit = Femtoseconds("1ns").value_or(1);
   Commands commands(text);
   while (const std::optional<Words> words = commands.Next()) {
     // The unit may change between two clocks; each has the one before it.
-    if (words->front() == "create_clock") AddClocks(*words, unit, clocks);
+    if (words->front() == "create_clock") AddClocks(*words, unit, found);
     for (std::size_t i = 1; words->front() == "set_units" && i + 1 < words->size(); ++i) {
       if ((*words)[i] != "-time") continue;
       // "-time ps" and "-time 1ps" are both written.
@@ -190,7 +196,15 @@ std::vector<DesignClock> SdcClocks(std::string_view text) {
       unit = Femtoseconds(hasNumber ? text_ : "1" + text_).value_or(unit);
     }
   }
-  return clocks;
+  return found;
+}
+
+std::vector<DesignClock> SdcClocksOf(const std::string& path) {
+  SdcClocks found = ReadSdcClocks(ReadText(path));
+  if (found.unread) {
+    Remark(path, RemarkOn("clocks whose period is no number, left out", found.unread));
+  }
+  return std::move(found.clocks);
 }
 
 }  // namespace orsa::kesncd::cli
