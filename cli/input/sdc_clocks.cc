@@ -202,7 +202,7 @@ SdcClocks ReadSdcClocks(std::string_view text) {
 std::vector<DesignClock> SdcClocksOf(const std::string& path) {
   SdcClocks found = ReadSdcClocks(ReadText(path));
   if (found.unread) {
-    Remark(path, RemarkOn("clocks whose period is no number, left out", found.unread));
+    Remark(path, RemarkOn("clocks without a period that is a number, left out", found.unread));
   }
   return std::move(found.clocks);
 }

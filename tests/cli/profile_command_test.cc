@@ -62,7 +62,7 @@ ln d.vcd d.html; kesncd report d.vcd -o d.html => 2 =>  => kesncd: d.html: is an
 // What a database holds over time is what the dump says; what it does not hold is refused.
 TEST(ProfileCommand, TakesDatabasesForTheWindowsThatTheyHold) {
   const TempDir dir;
-  dir.Write("d.vcd", ReadAll(CasesOf("profile") + "/shared-port.vcd"));
+  dir.Write("d.vcd", CaseIn(kCases, "shared port").dump);
   dir.Write("c.sdc", "create_clock -period 25 -name core [get_ports clk]\n");
   dir.Write("q.sdc", "create_clock -period 25 -name core [get_ports q]\n");
   dir.Write("same",
