@@ -336,18 +336,21 @@ void VectorCounter::MoveLevels(Vector& vector, std::size_t index, const ValueWor
   }
   const std::uint64_t others = (word.now.high ^ value.high) | (word.now.unknown ^ value.unknown);
   if (others == 0) return;
-  Flush(vector, figures);
   BitFigures* const bits = figures + vector.firstBit + index * kWordBits;
+  // The small counters are relative to the word's levels. Those of other words go on: a vector of
+  // thousands of words would else be flushed for each of them.
+  if (vector.isPending) {
+    const auto width = static_cast<std::uint32_t>(
+        std::min<std::size_t>(vector.width - index * kWordBits, kWordBits));
+    FlushWord(word, smalls_.data() + vector.firstSmall + index * (kWordBits / kLanes), width,
+              vector.base, bits);
+  }
   ForEachBit(others, [&](std::size_t bit) {
     TimeAt(bits[bit], LevelIn(word.now, bit)) += step_.ticks;
     TimeAt(bits[bit], LevelIn(value, bit)) -= step_.ticks;
   });
   word.now = value;
-  // The small counters are empty, and go on from here.
-  if (vector.firstSmall == kNone) return;
-  vector.base = step_.ticks;
-  vector.changes = 1;
-  for (Word& any : WordsOf(vector)) any.base = any.now.high;
+  word.base = value.high;
 }
 
 /// Counts toggles and glitches, and notes known values; `figures` are those of the word's bits.

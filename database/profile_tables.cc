@@ -91,6 +91,8 @@ class ProfileReader {
     ReadToggles(kept.profile);
     ReadGaps(kept.profile);
     ReadClocks(kept.clocks);
+    // What readers of a profile rely on.
+    if (kept.profile.isFolded && kept.profile.windows() == 0) from_.FailCorrupt();
     return kept;
   }
 
@@ -111,6 +113,8 @@ class ProfileReader {
   }
 
   void ReadWindows(Profile& profile) {
+    const std::uint64_t first = CountOf("first_tick").value_or(0);
+    const std::uint64_t last = CountOf("last_tick").value_or(0);
     TableReader rows(from_,
                      "SELECT id, first_tick, last_tick, observed FROM time_window NOT INDEXED"
                      " ORDER BY id",
@@ -121,7 +125,8 @@ class ProfileReader {
       const std::uint64_t end = rows.Count();
       const std::uint64_t observed = rows.Count();
       if (profile.edges.empty()) profile.edges.push_back(begin);
-      if (begin != profile.edges.back() || end <= begin || observed > end - begin) {
+      if (begin != profile.edges.back() || end <= begin || observed > end - begin ||
+          begin < first || end > last) {
         from_.FailCorrupt();
       }
       profile.edges.push_back(end);
@@ -137,12 +142,14 @@ class ProfileReader {
     if (!text.starts_with('[') || !text.ends_with(']')) from_.FailCorrupt();
     const char* at = text.data();
     const char* const end = at + text.size();
+    std::uint64_t sum = 0;
     while (at != end - 1) {
       if (*at != (numbers.empty() ? '[' : ',')) from_.FailCorrupt();
       std::uint64_t number = 0;
       const auto [next, error] = std::from_chars(at + 1, end, number);
       if (error != std::errc() || numbers.size() == windows) from_.FailCorrupt();
       numbers.push_back(number);
+      if (__builtin_add_overflow(sum, number, &sum)) from_.FailCorrupt();  // totals are added up
       at = next;
     }
     if (numbers.size() != windows) from_.FailCorrupt();
@@ -189,7 +196,10 @@ class ProfileReader {
       clock.span.toggles = rows.Count();
       clock.span.first = rows.Count();
       clock.span.last = rows.Count();
-      if (clock.span.first > clock.span.last) from_.FailCorrupt();
+      const bool isPoint = clock.span.first == clock.span.last;
+      if (clock.span.first > clock.span.last || (isPoint && clock.span.toggles > 1)) {
+        from_.FailCorrupt();
+      }
       clocks.push_back(clock);
     }
     CheckSum(rows, "clock");

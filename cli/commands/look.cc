@@ -16,6 +16,8 @@
 // It is for eyes, not for scripts: the layout may change. It reads twice because figures and
 // findings come from different readers, one that counts and one that looks for faults.
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <filesystem>
 #include <memory>
 #include <unordered_set>
@@ -54,13 +56,20 @@ std::string Origin(const Declarations& declarations) {
 }
 
 /// Times in ns and in ticks: the ticks are what the dump's "#" lines show.
+/// All digits of a tick: it may go into --begin.
+std::string TickText(double tick) {
+  std::array<char, 400> text{};
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), tick, std::chars_format::fixed);
+  return {text.data(), end.ptr};
+}
+
 std::string Span(const HostRun& run) {
   if (!run.nsPerTick) {
     return DisplayText(run.spanTicks) + " ticks of unknown length: there is no time scale";
   }
-  return DisplayText(run.spanTicks * *run.nsPerTick) + " ns, from tick " +
-         DisplayText(run.firstTick) + " to " + DisplayText(run.lastTick) + " of " +
-         DisplayText(*run.nsPerTick) + " ns";
+  return DisplayText(run.spanTicks * *run.nsPerTick) + " ns, from tick " + TickText(run.firstTick) +
+         " to " + TickText(run.lastTick) + " of " + DisplayText(*run.nsPerTick) + " ns";
 }
 
 /// The most active of the variables that `isWanted`, each signal once, by its outermost name, with
@@ -98,7 +107,12 @@ std::string MostActive(const Figures& figures, IsWanted isWanted) {
 std::string Findings(const std::vector<Finding>& findings) {
   std::string text = findings.empty() ? "nothing to remark" : "";
   for (std::size_t i = 0; i < std::min(kShownInLook, findings.size()); ++i) {
-    text += (i == 0 ? "" : "\n            ") + std::string(TextOf(findings[i].kind).finding);
+    const FindingText& finding = TextOf(findings[i].kind);
+    text += (i == 0 ? "" : "\n            ") + std::string(finding.finding);
+    // Figures above are right where only hosts read the dump otherwise.
+    if (finding.concerns != Concerns::AllRuns) {
+      text.append(" (").append(TextOf(finding.concerns)).append(")");
+    }
   }
   if (findings.size() <= kShownInLook) return text;
   return text + "\n            and " + std::to_string(findings.size() - kShownInLook) + " more";

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <unordered_map>
 
 #include "activity/profile/profile_run.h"
 #include "cli/commands/commands.h"
@@ -58,7 +59,11 @@ ReportFacts::Finding FindingOf(const Finding& finding) {
   if (text.severity == Severity::WrongFigures) {
     severity = text.concerns == Concerns::AllRuns ? "error" : "warning";
   }
-  return {severity, RemarkOn(std::string(text.finding), finding.tally)};
+  std::string what(text.finding);
+  // Figures of the page are right where only hosts read the dump otherwise.
+  if (text.concerns != Concerns::AllRuns)
+    what.append(" (").append(TextOf(text.concerns)).append(")");
+  return {severity, RemarkOn(what, finding.tally)};
 }
 
 /// What a check finds, and the end of the span, where the dump can be read more than once.
@@ -133,18 +138,18 @@ Reported ReadDump(const ReportChoices& options, ReportClocks& clocks) {
 /// When the clocks toggled, as far as a database holds it: of signals that are called like clocks.
 std::vector<ToggleSpan> SpansOf(const std::vector<std::uint32_t>& codes, const KeptProfile& kept,
                                 const std::string& name) {
+  std::unordered_map<std::uint32_t, ToggleSpan> held;  // by code
+  for (const KeptProfile::Clock& clock : kept.clocks) held.emplace(clock.codeId, clock.span);
   std::vector<ToggleSpan> spans;
   for (const std::uint32_t codeId : codes) {
-    const auto clock =
-        std::find_if(kept.clocks.begin(), kept.clocks.end(),
-                     [codeId](const KeptProfile::Clock& one) { return one.codeId == codeId; });
-    if (clock == kept.clocks.end()) {
+    const auto clock = held.find(codeId);
+    if (clock == held.end()) {
       throw Failure(FailureKind::Unusable,
                     name +
                         ": holds when the signals toggle that are called like clocks, and no "
                         "others: these clocks of --sdc or --timing need the dump");
     }
-    spans.push_back(clock->span);
+    spans.push_back(clock->second);
   }
   return spans;
 }

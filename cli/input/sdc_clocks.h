@@ -34,6 +34,7 @@ struct DesignClock {
 /// What the create_clock commands of a text say.
 struct SdcClocks {
   std::vector<DesignClock> clocks;  // in the file's order, one for each object that carries it
+  bool endsOpen = false;            // the text ends inside a brace, bracket or quote
   Tally unread;                     // commands whose period is no number, but a variable say
 };
 
