@@ -19,7 +19,7 @@ std::string WindowsText(std::uint64_t parts, const std::optional<std::uint64_t>&
   const std::string why =
       facts.runs > 1
           ? "it was merged from several runs, whose times are not the same"
-          : "it was merged from parts, made with --no-profile, or by an earlier version; "
+          : "it was merged, made with --no-profile or by an earlier version; "
             "kesncd activity DUMP -o FILE makes one that does";
   throw Failure(FailureKind::Unusable, name + ": holds no figures over time: " + why);
 }
