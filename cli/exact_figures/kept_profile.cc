@@ -16,11 +16,10 @@ std::string WindowsText(std::uint64_t parts, const std::optional<std::uint64_t>&
 }
 
 [[noreturn]] void FailWithout(const StoredFacts& facts, const std::string& name) {
-  const std::string why =
-      facts.runs > 1
-          ? "it was merged from several runs, whose times are not the same"
-          : "it was merged, made with --no-profile or by an earlier version; "
-            "kesncd activity DUMP -o FILE makes one that does";
+  const std::string why = facts.runs > 1
+                              ? "it was merged from several runs, whose times are not the same"
+                              : "it was merged, made with --no-profile or by an earlier version; "
+                                "kesncd activity DUMP -o FILE makes one that does";
   throw Failure(FailureKind::Unusable, name + ": holds no figures over time: " + why);
 }
 
