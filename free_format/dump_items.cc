@@ -33,7 +33,11 @@ void ItemTallies::Join(const ItemTallies& next, std::uint64_t linesBefore) {
 
 /// For a dump that is read as one, from the word where the declarations ended.
 DumpItems::DumpItems(DumpWords& words, const Declarations& declarations)
-    : words_(words), codes_(declarations.codes), stretch_(nullptr), repeat_(declarations.hasWord) {
+    : words_(words),
+      codes_(declarations.codes),
+      stretch_(nullptr),
+      repeat_(declarations.hasWord),
+      widest_(std::max<std::size_t>(declarations.widest, 1)) {
   // A longer value loses its left part anyway, and a longer code is none of the dump's.
   words_.SetLongest(std::max<std::size_t>(declarations.widest, declarations.longestCode) + 1);
 }
@@ -43,7 +47,8 @@ DumpItems::DumpItems(DumpWords& words, const Declarations& declarations, Stretch
     : words_(words),
       codes_(declarations.codes),
       stretch_(&stretch),
-      repeat_(beginsBody && declarations.hasWord) {
+      repeat_(beginsBody && declarations.hasWord),
+      widest_(std::max<std::size_t>(declarations.widest, 1)) {
   // A longer value loses its left part anyway, and a longer code is none of the dump's.
   words_.SetLongest(std::max<std::size_t>(declarations.widest, declarations.longestCode) + 1);
 }
@@ -180,8 +185,10 @@ bool DumpItems::TakePort(std::string_view word) {
   HoldText(word, kPortStates);
   for (int i = 0; i < kStrengths; ++i) {
     if (!AdvanceInValue()) return false;
-    // Strengths are digits only; codes of port dumps begin with "<".
-    if (words_.Word().find_first_not_of("01234567") == std::string_view::npos) continue;
+    // Strengths are digits only, one for each bit at most; codes of port dumps begin with "<".
+    const std::string_view next = words_.Word();
+    const bool isDigits = next.find_first_not_of("01234567") == std::string_view::npos;
+    if (isDigits && next.size() <= widest_) continue;
     repeat_ = true;  // no strength: the code already
     break;
   }
