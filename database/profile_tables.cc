@@ -77,15 +77,15 @@ void WriteClocks(const std::vector<KeptProfile::Clock>& clocks, Connection& to,
 
 class ProfileReader {
  public:
-  ProfileReader(Connection& from, const Declarations& declarations, const FactsByName& facts,
+  ProfileReader(Connection& from, const Declarations& declarations, const FactReader& facts,
                 std::uint64_t& budget)
       : from_(from), declarations_(declarations), facts_(facts), budget_(budget) {}
 
   KeptProfile Read() {
     KeptProfile kept;
-    kept.parts = CountOf("profile_parts").value_or(0);
-    kept.length = CountOf("profile_length_fs");
-    kept.profile.isFolded = CountOf("profile_folded").value_or(0) != 0;
+    kept.parts = facts_.OptionalCountOf("profile_parts").value_or(0);
+    kept.length = facts_.OptionalCountOf("profile_length_fs");
+    kept.profile.isFolded = facts_.CountOf("profile_folded", 1) == 1;
     if ((kept.parts == 0) == !kept.length || kept.length == 0) from_.FailCorrupt();
     ReadWindows(kept.profile);
     ReadToggles(kept.profile);
@@ -97,24 +97,9 @@ class ProfileReader {
   }
 
  private:
-  std::optional<std::uint64_t> CountOf(const std::string& name) const {
-    const auto place = facts_.find(name);
-    if (place == facts_.end()) from_.FailCorrupt();
-    if (std::holds_alternative<std::monostate>(place->second)) return {};
-    const auto* const number = std::get_if<std::uint64_t>(&place->second);
-    if (number != nullptr) return *number;
-    const std::optional<std::uint64_t> count = LongCount(std::get<std::string>(place->second));
-    if (!count) from_.FailCorrupt();
-    return count;
-  }
-
-  void CheckSum(const TableReader& rows, const char* table) const {
-    if (CountOf(std::string("checksum_") + table) != rows.sum()) from_.FailCorrupt();
-  }
-
   void ReadWindows(Profile& profile) {
-    const std::uint64_t first = CountOf("first_tick").value_or(0);
-    const std::uint64_t last = CountOf("last_tick").value_or(0);
+    const std::uint64_t first = facts_.CountOf("first_tick");
+    const std::uint64_t last = facts_.CountOf("last_tick");
     TableReader rows(from_,
                      "SELECT id, first_tick, last_tick, observed FROM time_window NOT INDEXED"
                      " ORDER BY id",
@@ -132,7 +117,7 @@ class ProfileReader {
       profile.edges.push_back(end);
       profile.observed.push_back(observed);
     }
-    CheckSum(rows, "time_window");
+    facts_.CheckSum(rows, "time_window");
   }
 
   /// A list with a number for each window, or none at all.
@@ -170,7 +155,7 @@ class ProfileReader {
       profile.toggles[places[scope]] = List(rows.Text(), profile.windows());
       profile.own[places[scope]] = List(rows.Text(), profile.windows());
     }
-    CheckSum(rows, "module_toggles");
+    facts_.CheckSum(rows, "module_toggles");
   }
 
   void ReadGaps(Profile& profile) {
@@ -182,7 +167,7 @@ class ProfileReader {
       if (begin > end) from_.FailCorrupt();
       profile.gaps.emplace_back(begin, end);
     }
-    CheckSum(rows, "dumping_gap");
+    facts_.CheckSum(rows, "dumping_gap");
   }
 
   void ReadClocks(std::vector<KeptProfile::Clock>& clocks) {
@@ -202,12 +187,12 @@ class ProfileReader {
       }
       clocks.push_back(clock);
     }
-    CheckSum(rows, "clock");
+    facts_.CheckSum(rows, "clock");
   }
 
   Connection& from_;
   const Declarations& declarations_;
-  const FactsByName& facts_;
+  const FactReader& facts_;
   std::uint64_t& budget_;
 };
 
@@ -224,7 +209,7 @@ void WriteProfileTables(const KeptProfile& kept, Connection& to, FactsByName& fa
 }
 
 KeptProfile ReadProfileTables(Connection& from, const Declarations& declarations,
-                              const FactsByName& facts, std::uint64_t& budget) {
+                              const FactReader& facts, std::uint64_t& budget) {
   return ProfileReader(from, declarations, facts, budget).Read();
 }
 
