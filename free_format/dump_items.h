@@ -117,6 +117,8 @@ class DumpItems {
   }
 
  private:
+  DumpItems(DumpWords& words, const Declarations& declarations, StretchSource* stretch,
+            bool repeats);
   // A word, or the last one again; inside an item it may lie after the stretch's end.
   bool Advance();
   bool AdvanceInItem();

@@ -11,6 +11,7 @@
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/signal_cuts.h"
 #include "activity/profile/toggle_watch.h"
+#include "activity/taker_pair.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"
@@ -57,14 +58,18 @@ std::optional<std::uint64_t> FirstStampOf(FileDump& dump, const Declarations& de
 /// What all kinds of runs share. Calling order: construct, make a taker, Read or ReadParts, End.
 class Run {
  public:
+  /// Reads the declarations. `words` and `options` have to outlive the run.
   Run(DumpWords& words, const ProfileOptions& options)
-      : options_(options),
-        words_(words),
-        start(ReadDeclarations(words_, options.counting.dump), options.counting),
+      : start(ReadDeclarations(words, options.counting.dump), options.counting),
         tree(ModulesIn(
             start.result.declarations,
             options.scope ? options.scope(start.result.declarations) : Declarations::kDump,
-            options.depth)) {}
+            options.depth)),
+        options_(options),
+        words_(words) {}
+
+  ActivityStart start;
+  ModuleTree tree;  // the modules that have sums
 
   template <class Taker>
   void Read(Taker& taker) {
@@ -131,6 +136,7 @@ class Run {
     return *options_.length;
   }
 
+ private:
   unsigned Threads(const ProfileWindows& windows, std::size_t sums,
                    std::uint64_t bytesOfBit) const {
     const bool hasGrid = windows.length != 0 || windows.last;
@@ -153,13 +159,8 @@ class Run {
     return windows;
   }
 
- private:
   const ProfileOptions& options_;
   DumpWords& words_;
-
- public:
-  ActivityStart start;
-  ModuleTree tree;
 };
 
 /// What was counted of bits, and by the rule of hosts.
@@ -177,67 +178,51 @@ struct BitParts {
   }
 };
 
-/// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
-/// ReadInParts; Counter is an ActivityCounter, or BothCounters.
+/// A base, so that the counter is there before the watch that stands before it.
 template <class Counter>
-class BitsAndWindows {
+struct HeldCounter {
+  template <class... From>
+  explicit HeldCounter(const From&... from) : bits(from...) {}
+
+  Counter bits;
+};
+
+/// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
+/// ReadInParts; Counter is an ActivityCounter, or BothCounters. Calling order: construct, ReadBody;
+/// Add what the next stretches gave; then the rest.
+template <class Counter>
+class BitsAndWindows : private HeldCounter<Counter>,
+                       public TakerPair<ToggleWatch<Counter>, ProfileCounter> {
  public:
   /// `more` is what a counter is made of beside the codes and the window of `start`.
   template <class... More>
   BitsAndWindows(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
                  const ModuleShares& shares, std::size_t sums, const ProfileWindows& windows,
                  const More&... more)
-      : start_(start),
-        bits_(start.codes, start.window, more...),
-        watch_(bits_, watched, start.codes.codes(), start.window),
-        windows_(start.codes, shares, sums, start.window, windows) {}
-
-  void Fetch(std::uint32_t codeId) const {
-    bits_.Fetch(codeId);
-    windows_.Fetch(codeId);
-  }
-  void Scalar(std::uint32_t codeId, char value) {
-    watch_.Scalar(codeId, value);
-    windows_.Scalar(codeId, value);
-  }
-  void Vector(std::uint32_t codeId, std::string_view value) {
-    watch_.Vector(codeId, value);
-    windows_.Vector(codeId, value);
-  }
-  void Real(std::uint32_t codeId, std::string_view value) { watch_.Real(codeId, value); }
-  void Stamp(std::uint64_t ticks) {
-    watch_.Stamp(ticks);
-    windows_.Stamp(ticks);
-  }
-  void Command(Keyword command) {
-    watch_.Command(command);
-    windows_.Command(command);
-  }
-  void SectionEnd() {}
-  bool IsDone() const { return false; }
-  bool Precedes(const BitsAndWindows& next) const {
-    return bits_.Precedes(next.bits_) && windows_.Precedes(next.windows_);
-  }
+      : HeldCounter<Counter>(start.codes, start.window, more...),
+        TakerPair<ToggleWatch<Counter>, ProfileCounter>(
+            [&] {
+              return ToggleWatch<Counter>(this->bits, watched, start.codes.codes(), start.window);
+            },
+            [&] { return ProfileCounter(start.codes, shares, sums, start.window, windows); }),
+        start_(start) {}
 
   void Add(BitsAndWindows& next) {
     parts().Add(start_, std::move(next.parts()));
-    watch_.Add(next.watch_);
-    windows_.Add(next.windows_);
+    this->first().Add(next.first());
+    windows().Add(next.windows());
   }
   /// What was counted bit by bit, when all is read.
   BitParts& parts() {
-    if (!parts_) parts_.emplace(bits_);
+    if (!parts_) parts_.emplace(this->bits);
     return *parts_;
   }
-  std::vector<ToggleSpan> watched() { return watch_.Take(); }
-  ProfileCounter& windows() { return windows_; }
+  std::vector<ToggleSpan> watched() { return this->first().Take(); }
+  ProfileCounter& windows() { return this->second(); }
 
  private:
   const ActivityStart& start_;
-  Counter bits_;
   std::optional<BitParts> parts_;
-  ToggleWatch<Counter> watch_;
-  ProfileCounter windows_;
 };
 
 /// Toggles by windows from a source, or from a file if it is given.

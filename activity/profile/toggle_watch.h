@@ -53,6 +53,8 @@ class ToggleWatch {
   }
   void SectionEnd() { taker_.SectionEnd(); }
   bool IsDone() const { return taker_.IsDone(); }
+  /// What the watches saw adds up whenever what the takers took does.
+  bool Precedes(const ToggleWatch& next) const { return taker_.Precedes(next.taker_); }
 
   /// Adds what another watch saw from a stamp later than all of this one on.
   void Add(ToggleWatch& next) {

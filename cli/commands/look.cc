@@ -16,8 +16,6 @@
 // It is for eyes, not for scripts: the layout may change. It reads twice because figures and
 // findings come from different readers, one that counts and one that looks for faults.
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <filesystem>
 #include <memory>
 #include <unordered_set>
@@ -56,20 +54,13 @@ std::string Origin(const Declarations& declarations) {
 }
 
 /// Times in ns and in ticks: the ticks are what the dump's "#" lines show.
-/// All digits of a tick: it may go into --begin.
-std::string TickText(double tick) {
-  std::array<char, 400> text{};
-  const auto end =
-      std::to_chars(text.data(), text.data() + text.size(), tick, std::chars_format::fixed);
-  return {text.data(), end.ptr};
-}
-
-std::string Span(const HostRun& run) {
+std::string Span(const HostRun& run, const BodyFacts& body) {
   if (!run.nsPerTick) {
     return DisplayText(run.spanTicks) + " ticks of unknown length: there is no time scale";
   }
-  return DisplayText(run.spanTicks * *run.nsPerTick) + " ns, from tick " + TickText(run.firstTick) +
-         " to " + TickText(run.lastTick) + " of " + DisplayText(*run.nsPerTick) + " ns";
+  return DisplayText(run.spanTicks * *run.nsPerTick) + " ns, from tick " +
+         std::to_string(body.firstTick) + " to " + std::to_string(body.lastTick) + " of " +
+         DisplayText(*run.nsPerTick) + " ns";
 }
 
 /// The most active of the variables that `isWanted`, each signal once, by its outermost name, with
@@ -161,8 +152,9 @@ ExitStatus RunLook(const InputOptions& input) {
   const std::string top = declarations.PathOf(OutermostWithVariables(declarations));
   // Always to standard output: there is no -o, as nothing is meant to read this.
   OutputFile out("");
-  out.Write(figures.dump + ": " + Origin(declarations) + "\n  span      " + Span(figures.run) +
-            "\n  signals   " + std::to_string(declarations.variables.size()) + " with " +
+  out.Write(figures.dump + ": " + Origin(declarations) + "\n  span      " +
+            Span(figures.run, check.body) + "\n  signals   " +
+            std::to_string(declarations.variables.size()) + " with " +
             std::to_string(check.body.changes) + " value changes\n  modules   " +
             ShortList(modules) + "\n  clocks    " +
             MostActive(figures,

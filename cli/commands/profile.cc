@@ -73,11 +73,8 @@ void CheckProfileOptions(const ProfileChoices& options) {
 }
 
 ProfileOptions ProfileCounting(const ProfileChoices& options) {
-  ProfileOptions counting;
-  const std::string dump = NameOf(options.input);
-  counting.counting.dump = dump;
-  counting.counting.window = options.window;
-  counting.counting.mostBits = MostBitsInMemory();
+  ProfileOptions counting = CountingOf(options.input, options.window, options.windows);
+  const std::string dump = counting.counting.dump;
   if (!options.scope.empty()) {
     counting.scope = [dump, scope = options.scope](const Declarations& declarations) {
       return OnlyScope(dump, declarations, scope);
@@ -91,8 +88,7 @@ ProfileOptions ProfileCounting(const ProfileChoices& options) {
     throw Failure(FailureKind::NothingMatched, dump + ": " + signal + " is no signal of one bit");
   };
   counting.depth = options.depth;
-  counting.parts = options.windows.parts != 0 ? options.windows.parts : kUsualParts;
-  counting.length = options.peak ? options.peak : options.windows.length;
+  if (options.peak) counting.length = options.peak;
   counting.mostValues = options.values != 0 ? options.values : kValues;
   return counting;
 }

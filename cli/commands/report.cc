@@ -98,16 +98,12 @@ void AddReached(const ReportChoices& options, const ActivityResult& result, Repo
 }
 
 ProfileOptions ReportCounting(const ReportChoices& options, ReportClocks& clocks) {
-  ProfileOptions counting;
-  counting.counting.dump = NameOf(options.input);
-  counting.counting.window = options.window;
-  counting.counting.mostBits = MostBitsInMemory();
+  ProfileOptions counting = CountingOf(options.input, options.window, options.windows);
   counting.counting.watch = [&clocks,
                              dump = NameOf(options.input)](const Declarations& declarations) {
     return clocks.FindIn(declarations, dump);
   };
   counting.depth = UINT32_MAX;
-  counting.parts = options.windows.parts != 0 ? options.windows.parts : kUsualParts;
   return counting;
 }
 

@@ -22,16 +22,11 @@ void TakeBoth(BothRuns both, StoredRun& run) {
 
 /// Counts with a profile, which takes two readings where the end of the span is not to be seen.
 void CountProfiled(const ExactInput& options, StoredRun& run) {
-  ProfileOptions counting;
-  counting.counting.dump = run.facts.dump;
-  counting.counting.window = options.window;
-  counting.counting.mostBits = MostBitsInMemory();
+  ProfileOptions counting = CountingOf(options.input, options.window, *options.profile);
   ReportClocks clocks;
   counting.counting.watch = [&](const Declarations& declarations) {
     return clocks.FindIn(declarations, run.facts.dump);
   };
-  counting.parts = options.profile->parts != 0 ? options.profile->parts : kUsualParts;
-  counting.length = options.profile->length;
   std::optional<std::uint64_t> last;
   if (!counting.length) last = ExpectedLast(options.input, counting.counting);
   const auto count = [](auto& dump, const ProfileOptions& how) {

@@ -21,6 +21,7 @@ struct WindowsAsked {
   std::optional<std::uint64_t> length;  // femtoseconds
 
   bool IsAny() const { return parts == 0 && !length; }
+  std::uint64_t PartsOrUsual() const { return parts != 0 ? parts : kUsualParts; }
 };
 
 /// All that a database holds. Throws Failure with Unusable where that is no profile, or not one of

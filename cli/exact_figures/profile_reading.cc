@@ -27,6 +27,17 @@ std::string TailOf(const std::string& path) {
 
 }  // namespace
 
+ProfileOptions CountingOf(const InputOptions& input, const TimeWindow& window,
+                          const WindowsAsked& windows) {
+  ProfileOptions counting;
+  counting.counting.dump = NameOf(input);
+  counting.counting.window = window;
+  counting.counting.mostBits = MostBitsInMemory();
+  counting.parts = windows.PartsOrUsual();
+  counting.length = windows.length;
+  return counting;
+}
+
 bool CanReadTwice(const InputOptions& input) {
   std::error_code ignored;
   return input.dump != "-" && std::filesystem::is_regular_file(input.dump, ignored);

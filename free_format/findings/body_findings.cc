@@ -20,11 +20,6 @@ namespace {
 // A larger share is worth knowing.
 constexpr double kUnknownShare = 0.01;  // of a signal's changes
 
-std::string StampText(std::uint64_t ticks) {
-  std::string text(1, '#');
-  return text += std::to_string(ticks);
-}
-
 /// As a double's shortest text, since that is what the reader has.
 std::string TickText(double ticks) {
   std::array<char, 32> text{};
