@@ -132,6 +132,7 @@ void ToggleCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_vie
 void ToggleCounter::NoteOpenings() {
   for (const std::uint32_t codeId : unknown_) {
     const Code& code = codes_[codeId];
+    // A scalar without a known value after its step is still unknown, so it may come here again.
     if (code.kind != Kind::Vector) {
       if (code.known != 0) openings_.push_back({time_.lastStamp, 1, code.known & 1U, codeId, 0});
       continue;
