@@ -1,5 +1,15 @@
 // The profile's own tables. A module's toggles are one list, a number for each window: modules
 // times windows would be more rows than all other tables have.
+//
+// The tables, all in ticks of the dump:
+//   time_window     id, first_tick, last_tick, observed       a row for each window, in order
+//   module_toggles  scope, toggles, own                       lists such as "[0,12,7]"
+//   dumping_gap     first_tick, last_tick                     stretches without observation
+//   clock           code, toggles, first_tick, last_tick      of signals called like clocks
+//
+// Each has a checksum among the facts. It finds a file that was changed by accident; one that was
+// made to deceive may have right sums, so the reader relies on nothing that it did not check: a
+// list with too few numbers would be read beyond its end later.
 #include "database/profile_tables.h"
 
 #include <charconv>
@@ -14,7 +24,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// A list as JSON has it, which SQLite can take apart.
+/// A list as JSON has it, which SQLite can take apart. A module that never toggled has "[]" in
+/// place of a list of zeros.
 std::string ListText(const std::vector<std::uint64_t>& numbers) {
   std::string text;
   for (const std::uint64_t number : numbers) {
@@ -24,9 +35,12 @@ std::string ListText(const std::vector<std::uint64_t>& numbers) {
   return text.empty() ? "[]" : text + "]";
 }
 
+// Windows touch, so each edge is written twice, for those who ask in SQL; the reader checks that
+// they meet.
 void WriteWindows(const Profile& profile, Connection& to, FactsByName& facts) {
   TableWriter rows(to, "time_window", 4);
   for (std::size_t window = 0; window < profile.windows(); ++window) {
+    // The place in the lists. Readers check it by counting, so it takes no part in the sum.
     rows.DerivedNumber(static_cast<std::int64_t>(window));
     rows.Count(profile.edges[window]);
     rows.Count(profile.edges[window + 1]);
@@ -36,6 +50,8 @@ void WriteWindows(const Profile& profile, Connection& to, FactsByName& facts) {
   facts["checksum_time_window"] = FactOfCount(rows.sum());
 }
 
+/// By scope, not by module: a database has scopes for everything, and modules are numbered anew for
+/// whatever scope is asked for. A scope without toggles has no row.
 void WriteToggles(const Profile& profile, Connection& to, FactsByName& facts) {
   TableWriter rows(to, "module_toggles", 3);
   const std::vector<std::uint32_t>& places = profile.modules.places;
@@ -52,6 +68,7 @@ void WriteToggles(const Profile& profile, Connection& to, FactsByName& facts) {
   facts["checksum_module_toggles"] = FactOfCount(rows.sum());
 }
 
+/// In the order of time.
 void WriteGaps(const Profile& profile, Connection& to, FactsByName& facts) {
   TableWriter rows(to, "dumping_gap", 2);
   for (const auto& [begin, end] : profile.gaps) {
@@ -62,6 +79,7 @@ void WriteGaps(const Profile& profile, Connection& to, FactsByName& facts) {
   facts["checksum_dumping_gap"] = FactOfCount(rows.sum());
 }
 
+/// `first_tick` and `last_tick` are those of the first and the last toggle; both are 0 without any.
 void WriteClocks(const std::vector<KeptProfile::Clock>& clocks, Connection& to,
                  FactsByName& facts) {
   TableWriter rows(to, "clock", 4);
@@ -75,17 +93,22 @@ void WriteClocks(const std::vector<KeptProfile::Clock>& clocks, Connection& to,
   facts["checksum_clock"] = FactOfCount(rows.sum());
 }
 
+/// Calling order: construct, Read once. Whatever is missing, of another kind than it was written,
+/// or does not fit together throws Failure with Unusable, which names the file as corrupt. `budget`
+/// bounds what texts take together (see TableReader).
 class ProfileReader {
  public:
   ProfileReader(Connection& from, const Declarations& declarations, const FactReader& facts,
                 std::uint64_t& budget)
       : from_(from), declarations_(declarations), facts_(facts), budget_(budget) {}
 
+  /// Windows come before lists, whose lengths are checked against their number.
   KeptProfile Read() {
     KeptProfile kept;
     kept.parts = facts_.OptionalCountOf("profile_parts").value_or(0);
     kept.length = facts_.OptionalCountOf("profile_length_fs");
     kept.profile.isFolded = facts_.CountOf("profile_folded", 1) == 1;
+    // Either parts or a length, and neither of them 0.
     if ((kept.parts == 0) == !kept.length || kept.length == 0) from_.FailCorrupt();
     ReadWindows(kept.profile);
     ReadToggles(kept.profile);
@@ -97,6 +120,8 @@ class ProfileReader {
   }
 
  private:
+  /// Each window begins where the one before it ends, holds at least a tick, and lies in the
+  /// interval of the figures. So edges grow, and differences of them never wrap around.
   void ReadWindows(Profile& profile) {
     const std::uint64_t first = facts_.CountOf("first_tick");
     const std::uint64_t last = facts_.CountOf("last_tick");
@@ -110,6 +135,8 @@ class ProfileReader {
       const std::uint64_t end = rows.Count();
       const std::uint64_t observed = rows.Count();
       if (profile.edges.empty()) profile.edges.push_back(begin);
+      // Not trusted, whatever the checksum says: a later difference of two edges would be a huge
+      // number.
       if (begin != profile.edges.back() || end <= begin || observed > end - begin ||
           begin < first || end > last) {
         from_.FailCorrupt();
@@ -125,6 +152,7 @@ class ProfileReader {
     std::vector<std::uint64_t> numbers;
     if (text == "[]") return numbers;
     if (!text.starts_with('[') || !text.ends_with(']')) from_.FailCorrupt();
+    // Digits, commas and the two brackets, as ListText writes them: blanks or signs are corrupt.
     const char* at = text.data();
     const char* const end = at + text.size();
     std::uint64_t sum = 0;
@@ -132,6 +160,8 @@ class ProfileReader {
       if (*at != (numbers.empty() ? '[' : ',')) from_.FailCorrupt();
       std::uint64_t number = 0;
       const auto [next, error] = std::from_chars(at + 1, end, number);
+      // Before the number is kept, so that a list cannot grow beyond the windows. from_chars stops
+      // at the bracket, if not before.
       if (error != std::errc() || numbers.size() == windows) from_.FailCorrupt();
       numbers.push_back(number);
       if (__builtin_add_overflow(sum, number, &sum)) from_.FailCorrupt();  // totals are added up
@@ -141,7 +171,9 @@ class ProfileReader {
     return numbers;
   }
 
+  /// A module without a row has empty lists, which stand for zeros.
   void ReadToggles(Profile& profile) {
+    // All scopes are modules here, as they were when the profile was counted.
     profile.modules = ModulesIn(declarations_, Declarations::kDump, UINT32_MAX);
     const std::vector<std::uint32_t>& places = profile.modules.places;
     profile.toggles.resize(profile.modules.size());
@@ -170,6 +202,7 @@ class ProfileReader {
     facts_.CheckSum(rows, "dumping_gap");
   }
 
+  /// Whether the code exists is for who asks for it by code: unknown ones are never found.
   void ReadClocks(std::vector<KeptProfile::Clock>& clocks) {
     TableReader rows(from_,
                      "SELECT code, toggles, first_tick, last_tick FROM clock NOT INDEXED"
@@ -181,6 +214,7 @@ class ProfileReader {
       clock.span.toggles = rows.Count();
       clock.span.first = rows.Count();
       clock.span.last = rows.Count();
+      // Two toggles have two times.
       const bool isPoint = clock.span.first == clock.span.last;
       if (clock.span.first > clock.span.last || (isPoint && clock.span.toggles > 1)) {
         from_.FailCorrupt();
@@ -198,6 +232,7 @@ class ProfileReader {
 
 }  // namespace
 
+/// One of the first two facts is NULL: a profile has windows of a length or a number of parts.
 void WriteProfileTables(const KeptProfile& kept, Connection& to, FactsByName& facts) {
   facts["profile_parts"] = kept.length ? Fact() : FactOfCount(kept.parts);
   facts["profile_length_fs"] = kept.length ? FactOfCount(*kept.length) : Fact();
@@ -208,6 +243,7 @@ void WriteProfileTables(const KeptProfile& kept, Connection& to, FactsByName& fa
   WriteClocks(kept.clocks, to, facts);
 }
 
+// A profile that is not there is for the caller to know, from the facts: here each fact has to be.
 KeptProfile ReadProfileTables(Connection& from, const Declarations& declarations,
                               const FactReader& facts, std::uint64_t& budget) {
   return ProfileReader(from, declarations, facts, budget).Read();

@@ -1,5 +1,8 @@
 // When a few signals toggled first and last. The mean of a clock's toggles over a whole dump is not
 // its period, since a dump seldom begins and ends at an edge; the time between its edges is.
+//
+// For example, a clock that rises at 5, 15 and 25 and falls at 10 and 20 toggles 5 times from 5 to
+// 25: 4 intervals in 20 ticks, so its period is 10, whatever the dump's span is.
 #ifndef KESNCD_ACTIVITY_PROFILE_TOGGLE_WATCH_H_
 #define KESNCD_ACTIVITY_PROFILE_TOGGLE_WATCH_H_
 
@@ -16,10 +19,15 @@ namespace orsa::kesncd {
 /// Stands before a taker of a dump's body (see body_reader.h) and passes all on to it. Calling
 /// order: construct, ReadBody, Take; watches of a body's stretches add up by Add, in the order of
 /// the dump, before Take.
+///
+/// Levels follow the rules of exact activity: only the last value of a step is seen, x and z are
+/// passed over (0 x 1 is a toggle at the 1, 0 x 0 none), the first known value is none. Every
+/// change costs a look into a table, so nothing is stored for codes that nobody watches.
 template <class Taker>
 class ToggleWatch {
  public:
-  /// `codeIds` of signals of one bit, each once.
+  /// `codeIds` of signals of one bit, each once. `taker` has to outlive the watch. `codes` is how
+  /// many codes the dump has.
   ToggleWatch(Taker& taker, const std::vector<std::uint32_t>& codeIds, std::uint32_t codes,
               const ActivityWindow& window)
       : taker_(taker), window_(window), place_(codes, kNone), watched_(codeIds.size()) {
@@ -32,10 +40,12 @@ class ToggleWatch {
     taker_.Scalar(codeId, value);
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
+    // A wider value is cut on its left, so the signal's bit is its last character.
     if (place_[codeId] != kNone) watched_[place_[codeId]].given = value.back();
     taker_.Vector(codeId, value);
   }
   void Real(std::uint32_t codeId, std::string_view value) { taker_.Real(codeId, value); }
+  /// A stamp that repeats the time or goes back leaves the step open, as it does for all takers.
   void Stamp(std::uint64_t ticks) {
     if (ticks > now_) {
       EndStep();
@@ -44,6 +54,7 @@ class ToggleWatch {
     taker_.Stamp(ticks);
   }
   /// Of a dump that pauses only what comes before the first pause is sure to be without a gap.
+  /// Edges on the two sides of a pause are no period apart, so nothing is watched from then on.
   void Command(Keyword command) {
     if (command == Keyword::DumpOff) {
       EndStep();
@@ -66,6 +77,7 @@ class ToggleWatch {
     now_ = next.now_;
   }
 
+  /// In the order of `codeIds`. To be called once all is read and added.
   std::vector<ToggleSpan> Take() {
     EndStep();
     std::vector<ToggleSpan> spans;
@@ -76,6 +88,7 @@ class ToggleWatch {
  private:
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
+  /// The state of one signal. Levels are '0' and '1'; 0 says that there was none.
   struct Watched {
     char given = 0;  // the last value of the step that is open
     char level = 0;  // the last known value before
@@ -83,10 +96,13 @@ class ToggleWatch {
     std::uint64_t firstTime = 0;
     ToggleSpan span;
 
+    // Only the first and the last one are kept: the mean distance of edges needs no more.
     void Toggle(std::uint64_t ticks) {
       if (span.toggles++ == 0) span.first = ticks;
       span.last = ticks;
     }
+    /// Joins two stretches. Whether the first known value of `next` is a toggle is known here only:
+    /// the watch that saw it did not know what came before.
     void Add(const Watched& next, const ActivityWindow& window) {
       if (next.first == 0) return;
       if (level == 0) {
@@ -103,6 +119,7 @@ class ToggleWatch {
     }
   };
 
+  /// Takes the values of the step that ends; a signal without one keeps its level.
   void EndStep() {
     for (Watched& watched : watched_) {
       const char given = watched.given;

@@ -1,4 +1,7 @@
 // What a dump's body shows of its troubles.
+//
+// Counters are filled in while the body is read (BodyCheck, DumpItems); when all is read, they
+// become findings here. A tally of 0 is none.
 #include <array>
 #include <charconv>
 #include <memory>
