@@ -1,4 +1,8 @@
 // The seldom ways of counting: first values, x and z, corrections, and switches of observation.
+//
+// Each keeps what the plain way in the header relies on: a code's figures are right up to the last
+// step but for the level that it has now, which is open, and `before` is its edge before the step
+// of its last change.
 #include "activity/activity_counter.h"
 
 #include <algorithm>
@@ -6,6 +10,7 @@
 
 namespace orsa::kesncd {
 
+/// A code without bits (a real, an event) keeps the kind kNoBits, and its changes are dropped.
 ActivityCounter::ActivityCounter(const CodeBits& codes, const ActivityWindow& window)
     : bits_(codes),
       window_(window),
@@ -22,7 +27,8 @@ ActivityCounter::ActivityCounter(const CodeBits& codes, const ActivityWindow& wi
   value_.resize((widest + kWordBits - 1) / kWordBits);
 }
 
-/// Notes a code's first value in an observed stretch.
+/// Notes a code's first value in an observed stretch. `seen_` has each code once a stretch, since
+/// EndStretch sets its step to 0 again.
 void ActivityCounter::BeginCode(std::uint32_t codeId, Code& code) {
   seen_.push_back(codeId);
   code.step = step_.number;
@@ -37,8 +43,11 @@ void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level leve
     code.before = code.edge;
   } else {
     if (was == level) return;
+    // The old level ends now. If it began in this very step, its time comes to nothing.
     TimeAt(code.figures, was) += step_.ticks;
     if (code.step == step_.number) {
+      // The value that is replaced counted as a change from `before`; the new one starts from there
+      // too. So 0 1 0 within a step leaves no toggle.
       const BitEdge::Counted last = code.edge.CountedSince(code.before);
       code.figures.tc -= last.toggle && step_.counts ? 1 : 0;
       code.figures.ig -= last.glitch && step_.counts ? 1 : 0;
@@ -47,6 +56,8 @@ void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level leve
     code.before = code.edge;
     code.step = step_.number;
   }
+  // And the new level begins. A first value has no old one: what was before it is x of an unseen
+  // code, for which Finish accounts.
   TimeAt(code.figures, level) -= step_.ticks;
   const BitEdge::Counted counted = code.edge.Take(level, step_.counts);
   code.figures.tc += counted.toggle && step_.counts ? 1 : 0;
@@ -60,12 +71,16 @@ void ActivityCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_v
     vectors_.Begin(code.kind, value_.data(), figures_.data());
   } else if (code.step == step_.number) {
     vectors_.Correct(code.kind, value_.data(), figures_.data());
+    // Where the value is the same, the step stays that of the last change: another value in this
+    // step is then a change from the same value before.
   } else if (vectors_.Change(code.kind, value_.data(), figures_.data())) {
     code.step = step_.number;
   }
 }
 
-/// The first stamp: values before it belong to its step, though its time was not known yet.
+/// The first stamp: values before it belong to its step, though its time was not known yet. Until
+/// now levels began at a time of 0, so the difference is taken off all of them at once; the same
+/// for observation, where a switch came before the stamp.
 void ActivityCounter::BeginTime(std::uint64_t ticks) {
   part_.hasStamps = true;
   part_.first = part_.last = ticks;
@@ -82,6 +97,8 @@ void ActivityCounter::Command(Keyword command) {
   if (command == Keyword::DumpOn) StartObserving();
 }
 
+/// A $dumpoff while observing. Values in front of it in its step are counted; levels end here.
+/// Which piece ends depends on what the part has seen before, see the drawing in activity_part.h.
 void ActivityCounter::StopObserving() {
   isObserving_ = false;
   edgesBefore_.clear();
@@ -106,6 +123,8 @@ void ActivityCounter::StopObserving() {
   ++step_.number;
 }
 
+/// A $dumpon. While observing it switches nothing in a whole dump; in a part it may be the first
+/// sign that the part began unobserved.
 void ActivityCounter::StartObserving() {
   if (!isObserving_) {
     isObserving_ = true;
@@ -128,6 +147,7 @@ void ActivityCounter::StartObserving() {
 void ActivityCounter::KeepEdgesBefore() {
   for (const std::uint32_t codeId : seen_) {
     const Code& code = codes_[codeId];
+    // Other codes have no value in this step yet, so that none of theirs can be replaced.
     if (code.step != step_.number) continue;
     edgesBefore_[codeId] = code.kind == kScalar ? std::vector<BitEdge>{code.before}
                                                 : vectors_.EdgesBefore(code.kind, figures_.data());
@@ -142,6 +162,8 @@ void ActivityCounter::CorrectFront(std::uint32_t codeId) {
   for (const BitEdge before : found->second) {
     BitFigures& figures = part_.front.figures[bit];
     BitEdge& edge = part_.front.edges[bit++];
+    // What was counted since `before`, by the one value of this step, is taken off again: its level
+    // did not begin, the one before it did not end.
     if (before.IsSeen()) {
       TimeAt(figures, edge.level()) += step_.ticks;
       TimeAt(figures, before.level()) -= step_.ticks;
@@ -167,6 +189,7 @@ void ActivityCounter::AddToLevels(std::uint64_t ticks) {
   }
 }
 
+/// From here on no bit has a value. Vectors forget theirs by Begin, which comes next for each.
 void ActivityCounter::EndStretch() {
   for (const std::uint32_t codeId : seen_) {
     codes_[codeId].step = 0;
@@ -175,7 +198,9 @@ void ActivityCounter::EndStretch() {
   seen_.clear();
 }
 
-/// All that was counted since the last piece, and begins anew.
+/// All that was counted since the last piece, and begins anew. `goesOn` says that values may
+/// follow, which need figures to count in. A tail has figures of its closed stretches even where no
+/// code is seen at the end.
 ObservedPiece ActivityCounter::TakePiece(bool goesOn) {
   ObservedPiece piece;
   if (seen_.empty() && place_ != Place::Tail) return piece;
@@ -189,6 +214,8 @@ ObservedPiece ActivityCounter::TakePiece(bool goesOn) {
       vectors_.Leave(code.kind, figures_.data(), edges);
     }
   }
+  // Scalars counted beside their edges, for the sake of one cache line; now their figures join
+  // those of vectors, in the places that CodeBits gives to all bits.
   for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {
     if (codes_[codeId].kind == kScalar) {
       figures_[bits_.First(codeId)] = std::exchange(codes_[codeId].figures, {});
@@ -200,6 +227,7 @@ ObservedPiece ActivityCounter::TakePiece(bool goesOn) {
   return piece;
 }
 
+/// The piece that is open at the end; the others were taken at their switches.
 ActivityPart ActivityCounter::TakePart() {
   TakeWaiting();
   if (place_ == Place::Front) part_.front = TakePiece(false);

@@ -4,6 +4,10 @@
 // however many steps there are. Scalars have their figures in one cache line; vectors are counted
 // many bits at a time (vector_counter.h). Only the last value of a step counts, so each code keeps
 // what it was before the step, and a further value in the same step takes the one before back.
+//
+// A level's time is never added up step by step: entering a level takes the time of the step off
+// its sum, leaving it adds the time (see activity_part.h). A bit that goes from 1 to 0 at 30 has 30
+// added to t1 and taken off t0, and that is all.
 #ifndef KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 #define KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 
@@ -27,6 +31,9 @@ namespace orsa::kesncd {
 
 /// A taker of ReadBody. Calling order: construct, ReadBody, then TakePart. A part of a body that is
 /// not the first has to begin with a stamp.
+///
+/// Codes without a value in the open stretch have a step of 0 and cost nothing at its end: only
+/// `seen_` is walked through when a piece is taken.
 class ActivityCounter {
  public:
   /// `codes` has to outlive the counter.
@@ -35,6 +42,7 @@ class ActivityCounter {
   ActivityCounter& operator=(const ActivityCounter&) = delete;
 
   void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&codes_[codeId], 1); }
+  // `value` is '0', '1', 'x' or 'z', and nothing else (see LevelOf).
   void Scalar(std::uint32_t codeId, char value);
   void Vector(std::uint32_t codeId, std::string_view value);
   void Real(std::uint32_t /*codeId*/, std::string_view /*value*/) {}
@@ -57,7 +65,7 @@ class ActivityCounter {
   /// Which piece of the part values go into.
   enum class Place : std::uint8_t { Front, Middle, Tail };
 
-  /// One cache line.
+  /// One cache line. So a change waits for memory once.
   struct alignas(64) Code {
     std::uint64_t step = 0;  // of the last change; 0 before the first value of an observed stretch
     std::uint32_t kind = kNoBits;  // or the number of a vector
@@ -65,6 +73,7 @@ class ActivityCounter {
     BitEdge before;
     BitFigures figures;  // of a scalar
   };
+  // Kinds that are no vector. Below them all numbers are vectors, which Vector relies on.
   static constexpr std::uint32_t kNoBits = UINT32_MAX;
   static constexpr std::uint32_t kScalar = UINT32_MAX - 1;
 
@@ -85,6 +94,7 @@ class ActivityCounter {
 
   const CodeBits& bits_;
   const ActivityWindow window_;
+  // Before vectors_, which refers to it.
   CountedStep step_;
   bool isObserving_ = true;
   Place place_ = Place::Front;
@@ -99,6 +109,8 @@ class ActivityCounter {
   std::unordered_map<std::uint32_t, std::vector<BitEdge>> edgesBefore_;
 };
 
+/// Changes are taken in groups, so that their codes' memory is fetched at the same time; whatever
+/// must come after them calls TakeWaiting first.
 inline void ActivityCounter::Scalar(std::uint32_t codeId, char value) {
   if (waiting_.Add(codeId, value, &codes_[codeId])) TakeWaiting();
 }
@@ -130,6 +142,8 @@ inline void ActivityCounter::TakeScalar(std::uint32_t codeId, Code& code, Level 
   code.step = step_.number;
   code.before = code.edge;
   code.edge.Flip(toggles != 0);
+  // 0 to 1 leaves 0 now: its time is added to t0 and taken off t1; 1 to 0 the other way round.
+  // Without a toggle `ticks` is 0.
   code.figures.t0 += ticks;
   code.figures.t1 -= ticks;
   code.figures.tc += toggles & (step_.counts ? 1U : 0U);
@@ -155,6 +169,7 @@ inline void ActivityCounter::Stamp(std::uint64_t ticks) {
     part_.backward += ticks < part_.last ? 1 : 0;
     return;
   }
+  // No value of the switch's step can come any more.
   if (!edgesBefore_.empty()) [[unlikely]]
     edgesBefore_.clear();
   part_.last = ticks;

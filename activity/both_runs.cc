@@ -1,4 +1,9 @@
 // One reading with both counters.
+//
+// The two kinds need the same items but count them by different rules: the exact one bit by bit,
+// with the last value of each step only, the hosts' one every value that a line gives. So a reading
+// feeds two counters, and nothing is read or unpacked twice. Neither kind is changed by the other:
+// both are what a reading for one kind alone would give.
 #include "activity/both_runs.h"
 
 #include <algorithm>
@@ -16,7 +21,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-// Of a bit in each thread.
+// Of a bit in each thread. It bounds how many threads fit into memory.
 constexpr std::uint64_t kBytesPerBit = 150;  // of both counts
 
 }  // namespace
@@ -28,9 +33,12 @@ BothRuns CountBoth(ByteFile& file, const ActivityOptions& options) {
   const CodeBits& codes = start.codes;
   ActivityPart activity;
   std::optional<HostPart> host;
+  // A pair of counters for each stretch; all of them live until the last one is read.
   const auto make = [&] {
     return std::make_unique<BothCounters>(codes, start.window, start.ticks);
   };
+  // The first stretch's counts become the whole; a later stretch adds to both kinds, so that they
+  // always are of the same part of the dump.
   const auto take = [&](const std::unique_ptr<BothCounters> counters) {
     if (host) {
       activity.Add(codes, counters->activity().TakePart());
@@ -59,7 +67,8 @@ BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options) {
                     counters.host().TakePart(), tallies, options);
 }
 
-/// The declarations go through both: to the host's run and from there to the exact one.
+/// The declarations go through both: to the host's run and from there to the exact one. They are
+/// moved, not copied, and stay with the exact one.
 BothRuns FinishBoth(Declarations declarations, ActivityPart activity, HostPart host,
                     const ItemTallies& items, const ActivityOptions& options) {
   BothRuns runs;

@@ -1,4 +1,13 @@
 // The arithmetic of vectors: levels by words, times and toggles in small counters.
+//
+// A change passes up to three stages, from the cheapest to the dearest. A log takes values as they
+// are, without looking at bits (Change, in the header). Small counters take the bits that toggled,
+// sixteen at once: a time of 32 bits and a toggle count of 8 bits each. The figures, with 64 bits
+// for each, are touched when a small counter might overflow, when x or z come into play, and at the
+// end.
+//
+// Times are sums of differences as everywhere (see activity_part.h): a fall at 30 adds 30 to the
+// time at 1, a rise at 10 takes 10 off.
 #include "activity/vector_counter.h"
 
 #include <algorithm>
@@ -10,6 +19,7 @@ namespace orsa::kesncd {
 
 namespace {
 
+// As many bytes as an SSE register has, so that one register holds the toggle counts of a group.
 constexpr std::size_t kLanes = 16;  // bits of a group of small counters
 constexpr int kFew = 3;             // bits up to which one by one is faster than all at once
 
@@ -19,6 +29,7 @@ void ForEachBit(std::uint64_t mask, Visit visit) {
   for (; mask != 0; mask &= mask - 1) visit(static_cast<std::size_t>(std::countr_zero(mask)));
 }
 
+// The Level of a bit, from the two masks of its word.
 unsigned LevelIn(const ValueWord& word, std::size_t bit) {
   return static_cast<unsigned>((word.high >> bit & 1) | (word.unknown >> bit & 1) << 1);
 }
@@ -27,6 +38,7 @@ bool IsSet(std::uint64_t mask, std::size_t bit) {
   return (mask >> bit & 1) != 0;
 }
 
+// At most kFew: each round removes the lowest bit that is set.
 bool HasFewBits(std::uint64_t mask) {
   for (int i = 0; i < kFew; ++i) mask &= mask - 1;
   return mask == 0;
@@ -38,7 +50,9 @@ std::uint64_t Mix(std::uint64_t mask, std::uint64_t given, std::uint64_t kept) {
 }
 
 #ifdef __SSE2__
-/// A byte of ones for each of the sixteen bits that is set.
+/// A byte of ones for each of the sixteen bits that is set. Bit 0 becomes byte 0. Each byte of the
+/// result looks at one bit of a byte of `bits`, so the two bytes are first spread over eight places
+/// each.
 __m128i BytesOf(std::uint64_t bits) {
   const __m128i places = _mm_set_epi8(-128, 64, 32, 16, 8, 4, 2, 1, -128, 64, 32, 16, 8, 4, 2, 1);
   __m128i bytes = _mm_cvtsi32_si128(static_cast<int>(bits & 0xFFFF));
@@ -48,7 +62,8 @@ __m128i BytesOf(std::uint64_t bits) {
   return _mm_cmpeq_epi8(_mm_and_si128(bytes, places), places);
 }
 
-/// Adds `ticks` to the times of four lanes where a toggle fell, takes it off where it rose.
+/// Adds `ticks` to the times of four lanes where a toggle fell, takes it off where it rose. A lane
+/// has all bits set or none: (t ^ r) - r is -t where r has all bits set, else t.
 void AddTimes(std::int32_t* times, __m128i toggled, __m128i rose, __m128i ticks) {
   auto* const at = reinterpret_cast<__m128i*>(times);
   const __m128i change = _mm_sub_epi32(_mm_xor_si128(_mm_and_si128(ticks, toggled), rose), rose);
@@ -56,12 +71,14 @@ void AddTimes(std::int32_t* times, __m128i toggled, __m128i rose, __m128i ticks)
 }
 
 /// The toggles of sixteen lanes at once: those in `toggled`, which end at the levels of `high`.
+/// `count` is false for toggles outside of the window, which end levels but are not counted.
 void ToggleLanes(std::int32_t* times, std::uint8_t* counts, std::uint64_t toggled,
                  std::uint64_t high, std::int32_t ticks, bool count) {
   const __m128i t8 = BytesOf(toggled);
   const __m128i r8 = BytesOf(toggled & high);
   if (count) {
     auto* const at = reinterpret_cast<__m128i*>(counts);
+    // A byte of ones is -1, so taking it off adds one.
     _mm_store_si128(at, _mm_sub_epi8(_mm_load_si128(at), t8));
   }
   const __m128i all = _mm_set1_epi32(ticks);
@@ -76,7 +93,8 @@ void ToggleLanes(std::int32_t* times, std::uint8_t* counts, std::uint64_t toggle
   }
 }
 
-/// Sums and carries of three numbers of one bit each, for 64 of them at once.
+/// Sums and carries of three numbers of one bit each, for 64 of them at once. A full adder whose
+/// wires are 64 bits wide.
 struct BitSums {
   std::uint64_t ones;
   std::uint64_t twos;
@@ -86,7 +104,8 @@ BitSums Sum(std::uint64_t a, std::uint64_t b, std::uint64_t c) {
   return {differs ^ c, (a & b) | (differs & c)};
 }
 
-/// How often each of 64 bits is set in seven words, as numbers of three bits.
+/// How often each of 64 bits is set in seven words, as numbers of three bits. Four full adders, in
+/// place of looking at 7 times 64 bits. Seven words are just what three bits can count.
 struct BitCounts {
   std::uint64_t ones, twos, fours;
 
@@ -101,7 +120,7 @@ struct BitCounts {
   }
 };
 
-/// Adds the counts of sixteen lanes.
+/// Adds the counts of sixteen lanes. A lane has room for 7 more: CountLog sees to that.
 void AddCounts(std::uint8_t* counts, const BitCounts& added, std::size_t from) {
   auto* const at = reinterpret_cast<__m128i*>(counts);
   const __m128i ones = _mm_and_si128(BytesOf(added.ones >> from), _mm_set1_epi8(1));
@@ -111,7 +130,8 @@ void AddCounts(std::uint8_t* counts, const BitCounts& added, std::size_t from) {
   _mm_store_si128(at, _mm_add_epi8(_mm_load_si128(at), sum));
 }
 
-/// Adds to the times of sixteen lanes, for each of some values, its weight where a lane is set.
+/// Adds to the times of sixteen lanes, for each of some values, its weight where a lane is set. No
+/// multiplication is needed, as a bit is 0 or 1: its mask takes the weight or leaves it.
 template <std::size_t kValues>
 void AddWeights(std::int32_t* times, const std::array<std::uint64_t, kValues>& values,
                 const std::array<std::int32_t, kValues>& weights, std::size_t from) {
@@ -133,6 +153,7 @@ void AddWeights(std::int32_t* times, const std::array<std::uint64_t, kValues>& v
 }
 #endif
 
+// The same for a single lane, where few bits toggle or the processor has no SSE2.
 void ToggleLane(std::int32_t& time, std::uint8_t& count, bool isHigh, std::int32_t ticks,
                 bool counts) {
   time += isHigh ? -ticks : ticks;
@@ -141,6 +162,9 @@ void ToggleLane(std::int32_t& time, std::uint8_t& count, bool isHigh, std::int32
 
 }  // namespace
 
+/// Narrow vectors have neither small counters nor a log: their bits go into the figures one by one,
+/// which is faster for a handful of them. Those of more than 64 bits have no log, whose values are
+/// single words.
 std::uint32_t VectorCounter::Add(std::uint64_t firstBit, std::uint32_t width) {
   Vector vector;
   vector.firstBit = firstBit;
@@ -163,7 +187,8 @@ std::span<VectorCounter::Word> VectorCounter::WordsOf(const Vector& vector) {
   return {words_.data() + vector.firstWord, (vector.width + kWordBits - 1) / kWordBits};
 }
 
-/// Lets values of this step be written down.
+/// Lets values of this step be written down. The log is empty then, all of its values will lie on
+/// the same side of the window's bounds, and the time since the base time fits into 31 bits.
 void VectorCounter::MakeRoom(Vector& vector, Log& log, BitFigures* figures) {
   CountLog(vector, figures);
   log.counts = step_.counts;
@@ -176,11 +201,14 @@ void VectorCounter::MakeRoom(Vector& vector, Log& log, BitFigures* figures) {
 void VectorCounter::CountLog(Vector& vector, BitFigures* figures) {
   Log* const log = LogOf(vector);
   if (log == nullptr || log->size == 0) return;
+  // Each value may toggle a bit once, and a toggle count is a byte.
   if (vector.changes + log->size > kMostChanges) Flush(vector, figures);
   Word& word = words_[vector.firstWord];
   if (!vector.isPending) word.base = word.now.high;
   vector.isPending = true;
   vector.changes = static_cast<std::uint16_t>(vector.changes + log->size);
+  // Only the last value can be corrected by a further one in its step, so only what was before it
+  // has to be right: all bits were 0 or 1 there.
   const std::size_t last = log->size - 1U;
   word.before.high = last > 0 ? log->values[last - 1] : word.now.high;
   word.before.unknown = 0;
@@ -193,8 +221,11 @@ void VectorCounter::CountLog(Vector& vector, BitFigures* figures) {
   log->size = 0;
 }
 
+/// Moves the log's values into the small counters; the word's level is still that before the first
+/// of them.
 void VectorCounter::CountValues(Vector& vector, const Log& log, Word& word) {
 #ifdef __SSE2__
+  // A full log is counted all at once.
   if (log.size == Log::kMost) {
     std::array<std::uint64_t, Log::kMost + 1> values;
     std::array<std::uint64_t, Log::kMost> toggles;
@@ -219,6 +250,7 @@ void VectorCounter::CountValues(Vector& vector, const Log& log, Word& word) {
     return;
   }
 #endif
+  // A log that was ended early: value by value.
   std::uint64_t high = word.now.high;
   for (std::size_t i = 0; i < log.size; ++i) {
     const std::uint64_t toggles = high ^ log.values[i];
@@ -237,7 +269,8 @@ void VectorCounter::OpenLog(const Vector& vector) {
   log->last = word.now.high;
 }
 
-/// Makes room in the small counters for one more change.
+/// Makes room in the small counters for one more change. Counters that hold nothing are given a new
+/// base time here: it costs nothing then.
 void VectorCounter::Prepare(Vector& vector, BitFigures* figures) {
   if (vector.firstSmall == kNone) return;
   if (vector.changes == kMostChanges || step_.ticks - vector.base >= kMostTicks) {
@@ -251,7 +284,8 @@ void VectorCounter::Prepare(Vector& vector, BitFigures* figures) {
   ++vector.changes;
 }
 
-/// Moves what the small counters hold into the figures.
+/// Moves what the small counters hold into the figures. Called before anything reads the figures,
+/// and before the small counters could overflow.
 void VectorCounter::Flush(Vector& vector, BitFigures* figures) {
   if (!vector.isPending) return;
   vector.isPending = false;
@@ -268,14 +302,18 @@ void VectorCounter::Flush(Vector& vector, BitFigures* figures) {
   }
 }
 
+/// Of one word. `figures` are those of its bits; the groups of small counters are empty after it.
 void VectorCounter::FlushWord(const Word& word, Small* small, std::uint32_t width,
                               std::uint64_t base, BitFigures* figures) {
   for (std::uint32_t bit = 0; bit < width; ++bit) {
     Small& group = small[bit / kLanes];
-    // Falls less rises, at one tick each, are the level then less the level now.
+    // Falls less rises, at one tick each, are the level then less the level now. (So what was
+    // counted relative to the base time becomes what it is at times from 0 on. The difference is 0,
+    // 1 or -1, which wraps around as times do.)
     const auto falls = (word.base >> bit & 1) - (word.now.high >> bit & 1);
     const auto time = static_cast<std::uint64_t>(std::int64_t{group.times[bit % kLanes]});
     const std::uint64_t high = time + falls * base;
+    // What a fall adds to the time at 1 it takes off that at 0, and a rise the other way round.
     figures[bit].t1 += high;
     figures[bit].t0 -= high;
     figures[bit].tc += group.toggles[bit % kLanes];
@@ -283,7 +321,8 @@ void VectorCounter::FlushWord(const Word& word, Small* small, std::uint32_t widt
   }
 }
 
-/// Lets bits go from 0 to 1 and from 1 to 0; their levels are the new ones already.
+/// Lets bits go from 0 to 1 and from 1 to 0; their levels are the new ones already. `toggles` has a
+/// bit set for each of them.
 void VectorCounter::Toggle(Vector& vector, std::size_t word, std::uint64_t toggles, bool counts,
                            BitFigures* figures) {
   const std::uint64_t high = words_[vector.firstWord + word].now.high;
@@ -302,7 +341,8 @@ void VectorCounter::Toggle(Vector& vector, std::size_t word, std::uint64_t toggl
               counts);
 }
 
-/// The same in the small counters, at a time relative to the base time.
+/// The same in the small counters, at a time relative to the base time. `ticks` is below 2^31,
+/// which Prepare and Change see to.
 void VectorCounter::ToggleSmall(const Vector& vector, std::size_t word, std::uint64_t toggles,
                                 std::uint64_t high, std::int32_t ticks, bool counts) {
   Small* const small = smalls_.data() + vector.firstSmall + word * (kWordBits / kLanes);
@@ -312,6 +352,7 @@ void VectorCounter::ToggleSmall(const Vector& vector, std::size_t word, std::uin
       Small& group = small[at / kLanes];
       ToggleLanes(group.times.data(), group.toggles.data(), toggles >> at, high >> at, ticks,
                   counts);
+      // A shift by 64 would be undefined.
       if (at + kLanes == kWordBits) break;
     }
     return;
@@ -324,7 +365,9 @@ void VectorCounter::ToggleSmall(const Vector& vector, std::size_t word, std::uin
   });
 }
 
-/// Ends the times of the old levels and begins those of the new ones.
+/// Ends the times of the old levels and begins those of the new ones. For words with x or z, before
+/// or now, and for corrections. Toggles between 0 and 1 still take the short way; they are counted
+/// by Learn, so here they only move times.
 void VectorCounter::MoveLevels(Vector& vector, std::size_t index, const ValueWord& value,
                                BitFigures* figures) {
   Word& word = words_[vector.firstWord + index];
@@ -334,26 +377,33 @@ void VectorCounter::MoveLevels(Vector& vector, std::size_t index, const ValueWor
     word.now.high ^= toggles;
     Toggle(vector, index, toggles, false, figures);
   }
+  // What is left enters or leaves x or z. Times at these have no small counters.
   const std::uint64_t others = (word.now.high ^ value.high) | (word.now.unknown ^ value.unknown);
   if (others == 0) return;
-  Flush(vector, figures);
   BitFigures* const bits = figures + vector.firstBit + index * kWordBits;
+  // The small counters are relative to the word's levels. Those of other words go on: a vector of
+  // thousands of words would else be flushed for each of them.
+  if (vector.isPending) {
+    const auto width = static_cast<std::uint32_t>(
+        std::min<std::size_t>(vector.width - index * kWordBits, kWordBits));
+    FlushWord(word, smalls_.data() + vector.firstSmall + index * (kWordBits / kLanes), width,
+              vector.base, bits);
+  }
   ForEachBit(others, [&](std::size_t bit) {
     TimeAt(bits[bit], LevelIn(word.now, bit)) += step_.ticks;
     TimeAt(bits[bit], LevelIn(value, bit)) -= step_.ticks;
   });
   word.now = value;
-  // The small counters are empty, and go on from here.
-  if (vector.firstSmall == kNone) return;
-  vector.base = step_.ticks;
-  vector.changes = 1;
-  for (Word& any : WordsOf(vector)) any.base = any.now.high;
+  word.base = value.high;
 }
 
 /// Counts toggles and glitches, and notes known values; `figures` are those of the word's bits.
+/// `lanes` has the bits that the vector has in the word. Toggles and glitches follow BitEdge::Take,
+/// with a mask in place of each of its questions.
 void VectorCounter::Learn(Word& word, const ValueWord& value, std::uint64_t lanes,
                           BitFigures* figures) const {
   const std::uint64_t arrived = ~value.unknown & lanes;
+  // For the part before: whether these were toggles depends on what it ends with.
   const std::uint64_t fresh = arrived & ~word.hasKnown;
   word.first = Mix(fresh, value.high, word.first);
   word.touchedBefore = Mix(fresh, word.touched, word.touchedBefore);
@@ -366,10 +416,12 @@ void VectorCounter::Learn(Word& word, const ValueWord& value, std::uint64_t lane
   }
   word.known = Mix(arrived, value.high, word.known);
   word.hasKnown |= arrived;
+  // x is unknown and not high, z is unknown and high.
   word.touched = (word.touched & ~arrived) | (value.unknown & ~value.high);
 }
 
-/// Takes back what Learn did in this step.
+/// Takes back what Learn did in this step. What is kept of the first known value needs no way back:
+/// it means something only for bits of `hasKnown`, and is set anew when one gets there again.
 void VectorCounter::Unlearn(Word& word, BitFigures* figures) const {
   if (step_.counts) {
     const std::uint64_t differs = word.known ^ word.knew;
@@ -382,6 +434,7 @@ void VectorCounter::Unlearn(Word& word, BitFigures* figures) const {
   word.touched = word.wasTouched;
 }
 
+/// What the vector was in an earlier stretch is gone: all words are made anew.
 void VectorCounter::Begin(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
   Vector& vector = vectors_[number];
   vector.wasSeen = false;
@@ -403,18 +456,21 @@ void VectorCounter::Begin(std::uint32_t number, const ValueWord* value, BitFigur
   OpenLog(vector);
 }
 
+/// The way of all values that a log does not take.
 bool VectorCounter::ChangeWords(Vector& vector, const ValueWord* value, BitFigures* figures) {
   CountLog(vector, figures);
   const std::span<Word> words = WordsOf(vector);
   const bool isSame =
       std::equal(words.begin(), words.end(), value,
                  [](const Word& word, const ValueWord& v) { return word.now == v; });
+  // Not a change: what `before` says stays that of the last one, and so does the step of its code.
   if (isSame) return false;
   vector.wasSeen = true;
   Prepare(vector, figures);
   std::size_t left = vector.width;
   for (std::size_t index = 0; index < words.size(); ++index, left -= kWordBits) {
     Word& word = words[index];
+    // For Correct, all that the new value may change.
     word.before = word.now;
     word.hadKnown = word.hasKnown;
     word.knew = word.known;
@@ -433,6 +489,8 @@ bool VectorCounter::ChangeWords(Vector& vector, const ValueWord* value, BitFigur
   return true;
 }
 
+/// `before` and its like stay as they are: they are those of the step's begin, whichever value of
+/// the step is the last.
 void VectorCounter::Correct(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
   Vector& vector = vectors_[number];
   if (Log* const log = LogOf(vector); log != nullptr) {
@@ -447,6 +505,7 @@ void VectorCounter::Correct(std::uint32_t number, const ValueWord* value, BitFig
   std::size_t left = vector.width;
   for (std::size_t index = 0; index < words.size(); ++index, left -= kWordBits) {
     BitFigures* const bits = figures + vector.firstBit + index * kWordBits;
+    // Times need not be taken back: the value to be replaced held for no ticks.
     Unlearn(words[index], bits);
     MoveLevels(vector, index, value[index], figures);
     Learn(words[index], value[index], LowBits(left), bits);
@@ -454,6 +513,8 @@ void VectorCounter::Correct(std::uint32_t number, const ValueWord* value, BitFig
   OpenLog(vector);
 }
 
+/// With everything else in the figures first: the small counters are relative to a base time of
+/// their own, which a shift of all times must not meet.
 void VectorCounter::AddToLevels(std::uint32_t number, std::uint64_t ticks, BitFigures* figures) {
   Vector& vector = vectors_[number];
   CountLog(vector, figures);
@@ -465,6 +526,7 @@ void VectorCounter::AddToLevels(std::uint32_t number, std::uint64_t ticks, BitFi
   }
 }
 
+/// Levels stay open: whoever joins the pieces, or ends the dump, closes them.
 void VectorCounter::Leave(std::uint32_t number, BitFigures* figures, BitEdge* edges) {
   Vector& vector = vectors_[number];
   CountLog(vector, figures);
@@ -480,6 +542,7 @@ void VectorCounter::Leave(std::uint32_t number, BitFigures* figures, BitEdge* ed
   }
 }
 
+/// Unseen edges where the last value was the first one in its stretch.
 std::vector<BitEdge> VectorCounter::EdgesBefore(std::uint32_t number, BitFigures* figures) {
   Vector& vector = vectors_[number];
   CountLog(vector, figures);

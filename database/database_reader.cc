@@ -95,41 +95,6 @@ void ActivityDatabase::CheckTables() {
   facts_.hasProfile = has(SchemaProfileTables());
 }
 
-// Facts are there always, also those that are nothing.
-const Fact& ActivityDatabase::FactOf(const std::string& name) const {
-  const auto place = byName_.find(name);
-  if (place == byName_.end()) connection_.FailCorrupt();
-  return place->second;
-}
-
-/// NULL is "not known", as of a dump without a time scale.
-std::optional<std::uint64_t> ActivityDatabase::OptionalCountOf(const std::string& name) const {
-  const Fact& fact = FactOf(name);
-  if (std::holds_alternative<std::monostate>(fact)) return {};
-  if (const auto* const count = std::get_if<std::uint64_t>(&fact)) return *count;
-  const std::optional<std::uint64_t> count = LongCount(std::get<std::string>(fact));
-  if (!count) connection_.FailCorrupt();
-  return count;
-}
-
-/// "Not known" is corrupt here.
-std::uint64_t ActivityDatabase::CountOf(const std::string& name, std::uint64_t most) const {
-  const std::optional<std::uint64_t> count = OptionalCountOf(name);
-  if (!count || *count > most) connection_.FailCorrupt();
-  return *count;
-}
-
-std::string ActivityDatabase::TextOf(const std::string& name) const {
-  const auto* const text = std::get_if<std::string>(&FactOf(name));
-  if (text == nullptr) connection_.FailCorrupt();
-  return *text;
-}
-
-/// To be called when the table was read to its end.
-void ActivityDatabase::CheckSum(const TableReader& rows, const std::string& table) const {
-  if (rows.sum() != CountOf("checksum_" + table)) connection_.FailCorrupt();
-}
-
 void ActivityDatabase::ReadFacts() {
   // Its own sum is left out of the sum.
   TableReader rows(connection_,
@@ -142,24 +107,25 @@ void ActivityDatabase::ReadFacts() {
   TableReader sum(connection_, "SELECT value FROM run WHERE name = 'checksum_run'", budget_);
   // A row that is missing, or whose sum is another.
   if (!sum.Next() || sum.Count() != rows.sum()) connection_.FailCorrupt();
-  facts_.dump = TextOf("dump");
-  facts_.program = TextOf("program");
-  facts_.window = {OptionalCountOf("window_begin_fs"), OptionalCountOf("window_end_fs")};
-  facts_.runs = CountOf("runs");
-  facts_.hasHost = CountOf("has_host", 1) == 1;
-  if (byName_.contains("profile_parts") != facts_.hasProfile) connection_.FailCorrupt();
+  facts_.dump = named_.TextOf("dump");
+  facts_.program = named_.TextOf("program");
+  facts_.window = {named_.OptionalCountOf("window_begin_fs"),
+                   named_.OptionalCountOf("window_end_fs")};
+  facts_.runs = named_.CountOf("runs");
+  facts_.hasHost = named_.CountOf("has_host", 1) == 1;
+  if (named_.Has("profile_parts") != facts_.hasProfile) connection_.FailCorrupt();
   // Older parts have none; but facts and tables go together.
-  if (byName_.contains("part_profile_parts") != facts_.partWindows.has_value()) {
+  if (named_.Has("part_profile_parts") != facts_.partWindows.has_value()) {
     connection_.FailCorrupt();
   }
-  if (facts_.partWindows) facts_.partWindows = PartWindowsOf(connection_, byName_);
+  if (facts_.partWindows) facts_.partWindows = PartWindowsOf(named_);
   if (!facts_.part) return;
   const auto small = [this](const char* name) {
-    return static_cast<std::uint32_t>(CountOf(name, UINT32_MAX));
+    return static_cast<std::uint32_t>(named_.CountOf(name, UINT32_MAX));
   };
   facts_.part = {small("part_first"), small("part_last"), small("part_count")};
-  facts_.dumpBytes = CountOf("part_dump_bytes");
-  facts_.dumpSample = CountOf("part_dump_sample");
+  facts_.dumpBytes = named_.CountOf("part_dump_bytes");
+  facts_.dumpSample = named_.CountOf("part_dump_sample");
 }
 
 void ActivityDatabase::RefusePart() const {
@@ -174,11 +140,11 @@ void ActivityDatabase::RefusePart() const {
 std::uint64_t ActivityDatabase::DeclarationsSum() const {
   RowSum sum;
   for (const char* const table : {"scope", "code", "signal"}) {
-    sum.Add(CountOf(std::string("checksum_") + table));
+    sum.Add(named_.CountOf(std::string("checksum_") + table));
   }
   // Two runs of one design differ in their dates, even if they declare the same.
-  sum.Add(TextOf("date"));
-  sum.Add(TextOf("timescale"));
+  sum.Add(named_.TextOf("date"));
+  sum.Add(named_.TextOf("timescale"));
   return sum.value();
 }
 
@@ -202,7 +168,7 @@ void ActivityDatabase::ReadCodes(std::vector<std::uint64_t>& firstBit,
     }
     if (changed) changes.push_back(static_cast<std::uint32_t>(*changed));
   }
-  CheckSum(rows, "code");
+  named_.CheckSum(rows, "code");
 }
 
 /// Scopes are written with parents before children, which keeps a circle from being possible.
@@ -224,7 +190,7 @@ void ActivityDatabase::ReadScopes(Declarations& declarations) {
     // In the order of the file, which is the dump's.
     scopes[scopes[id].parent].scopes.push_back(id);
   }
-  CheckSum(rows, "scope");
+  named_.CheckSum(rows, "scope");
   // At least the whole dump.
   if (scopes.empty()) connection_.FailCorrupt();
 }
@@ -263,7 +229,7 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
     scopes[variable.scope].variables.push_back(id);
     declarations.variables.push_back(std::move(variable));
   }
-  CheckSum(rows, "signal");
+  named_.CheckSum(rows, "signal");
   // A database without variables is none that this program writes.
   if (declarations.variables.empty()) connection_.FailCorrupt();
   // From the leaves up: whether anything is declared in a scope or below.
@@ -271,11 +237,11 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
     scopes[scope].populated = scopes[scope].populated || !scopes[scope].variables.empty();
     if (scopes[scope].populated) scopes[scopes[scope].parent].populated = true;
   }
-  declarations.date = TextOf("date");
-  declarations.version = TextOf("simulator");
-  declarations.timescale = TextOf("timescale");
-  declarations.tick = OptionalCountOf("tick_fs");
-  declarations.ended = CountOf("declarations_ended", 1) == 1;
+  declarations.date = named_.TextOf("date");
+  declarations.version = named_.TextOf("simulator");
+  declarations.timescale = named_.TextOf("timescale");
+  declarations.tick = named_.OptionalCountOf("tick_fs");
+  declarations.ended = named_.CountOf("declarations_ended", 1) == 1;
 }
 
 /// Codes are only counted from here on: any texts will do for them.
@@ -295,7 +261,7 @@ void ActivityDatabase::ReadTallies(ActivityResult& result) {
     tally.line = rows.Count();
     tally.example = rows.Text();
   }
-  CheckSum(rows, "tally");
+  named_.CheckSum(rows, "tally");
   ForEachTally(result, [&](const char* name, Tally& tally) {
     // A name that this program does not know is never asked for.
     const auto place = tallies.find(name);
@@ -321,7 +287,7 @@ void ActivityDatabase::ReadBits(ActivityResult& result) {
     }
     result.bits.push_back(bit);
   }
-  CheckSum(rows, "bit");
+  named_.CheckSum(rows, "bit");
   // As many as the codes say.
   if (result.bits.size() != result.firstBit.back()) connection_.FailCorrupt();
 }
@@ -334,29 +300,29 @@ void ActivityDatabase::ReadHostRemarks(HostRun& run) {
     rows.Place(run.remarks.size());
     run.remarks.push_back(rows.Text());
   }
-  CheckSum(rows, "host_remark");
+  named_.CheckSum(rows, "host_remark");
 }
 
 /// The hosts' span and why their frequencies may be unknown.
 void ActivityDatabase::SetHost(HostRun& run) {
-  run.SetSpan(CountOf("host_first_tick"), CountOf("host_last_tick"));
-  if (const std::optional<std::uint64_t> tick = OptionalCountOf("tick_fs")) {
+  run.SetSpan(named_.CountOf("host_first_tick"), named_.CountOf("host_last_tick"));
+  if (const std::optional<std::uint64_t> tick = named_.OptionalCountOf("tick_fs")) {
     run.nsPerTick = Nanoseconds(*tick);
   }
-  run.whyUnknown = TextOf("host_unknown");
+  run.whyUnknown = named_.TextOf("host_unknown");
   ReadHostRemarks(run);
 }
 
 /// Everything but declarations and codes, which were read before.
 void ActivityDatabase::SetExact(ActivityResult& result) {
   result.tick = result.declarations.tick;
-  result.firstTick = CountOf("first_tick");
-  result.lastTick = CountOf("last_tick");
-  result.observedTicks = CountOf("observed_ticks");
-  result.notes.backwardStamps = CountOf("backward_stamps");
-  result.notes.pauses = CountOf("dumping_pauses");
-  result.notes.hasStamps = CountOf("has_stamps", 1) == 1;
-  result.notes.isEndCutBack = CountOf("end_cut_back", 1) == 1;
+  result.firstTick = named_.CountOf("first_tick");
+  result.lastTick = named_.CountOf("last_tick");
+  result.observedTicks = named_.CountOf("observed_ticks");
+  result.notes.backwardStamps = named_.CountOf("backward_stamps");
+  result.notes.pauses = named_.CountOf("dumping_pauses");
+  result.notes.hasStamps = named_.CountOf("has_stamps", 1) == 1;
+  result.notes.isEndCutBack = named_.CountOf("end_cut_back", 1) == 1;
   // Impossible for what was counted.
   if (result.firstTick > result.lastTick || result.tick == 0) connection_.FailCorrupt();
   ReadTallies(result);
@@ -401,8 +367,8 @@ StoredRun ActivityDatabase::ReadPart() {
   CountCodes(run.exact);
   const CodeBits codes(declarations);
   if (codes.all() != run.exact.firstBit) connection_.FailCorrupt();
-  run.part = ReadPartTables(connection_, codes, byName_, budget_);
-  if (facts_.partWindows) run.part.profile = ReadPartProfile(connection_, byName_, budget_);
+  run.part = ReadPartTables(connection_, codes, named_, budget_);
+  if (facts_.partWindows) run.part.profile = ReadPartProfile(connection_, named_, budget_);
   run.part.items = std::move(run.exact.notes.items);
   return run;
 }
@@ -418,7 +384,7 @@ StoredRun ActivityDatabase::ReadAll() {
   SetExact(run.exact);
   if (facts_.hasHost) SetHost(run.host);
   if (facts_.hasProfile) {
-    run.profile = ReadProfileTables(connection_, run.exact.declarations, byName_, budget_);
+    run.profile = ReadProfileTables(connection_, run.exact.declarations, named_, budget_);
   }
   return run;
 }

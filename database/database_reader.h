@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "database/fact_reader.h"
 #include "database/facts.h"
 #include "database/sqlite.h"
 #include "database/stored_run.h"
@@ -51,13 +52,6 @@ class ActivityDatabase {
   /// The one number that a statement gives.
   std::int64_t Number(const char* sql);
   void ReadFacts();
-  /// Facts by name; what is missing or of another kind is corrupt.
-  const Fact& FactOf(const std::string& name) const;
-  std::uint64_t CountOf(const std::string& name, std::uint64_t most = UINT64_MAX) const;
-  std::optional<std::uint64_t> OptionalCountOf(const std::string& name) const;
-  std::string TextOf(const std::string& name) const;
-  void CheckSum(const TableReader& rows, const std::string& table) const;
-
   void ReadCodes(std::vector<std::uint64_t>& firstBit, std::vector<std::uint32_t>& changes);
   void ReadScopes(Declarations& declarations);
   void ReadSignals(const std::vector<std::uint64_t>& firstBit, Declarations& declarations);
@@ -74,6 +68,7 @@ class ActivityDatabase {
   // The file's size at first; see TableReader.
   std::uint64_t budget_;  // bytes of texts that the file can still hold
   FactsByName byName_;
+  const FactReader named_{connection_, byName_};
   StoredFacts facts_;
 };
 

@@ -2,13 +2,12 @@
 // toggle; its sums wrap around, so they are kept as signed numbers.
 #include "database/part_profile_tables.h"
 
-#include <charconv>
 #include <string>
-#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "database/number_list.h"
 #include "database/table_reader.h"
 #include "database/table_writer.h"
 
@@ -32,15 +31,6 @@ void ForEachNumber(Part& part, Visit visit) {
   visit("part_profile_paused_at", time.pausedAt);
   visit("part_profile_many_gaps", part.hasManyGaps);
   visit("part_profile_clocks_over", part.watch.isOver);
-}
-
-std::string ListText(const std::vector<std::uint64_t>& numbers) {
-  std::string text;
-  for (const std::uint64_t number : numbers) {
-    text += text.empty() ? '[' : ',';
-    text += std::to_string(static_cast<std::int64_t>(number));
-  }
-  return text + "]";
 }
 
 Fact FactOf(const std::optional<std::uint64_t>& count) {
@@ -69,7 +59,7 @@ class Writer {
   void Toggles(const std::vector<ProfileRow>& sums) {
     TableWriter rows(to_, "part_toggles", 3);
     for (const ProfileRow& row : sums) {
-      const std::string toggles = ListText(row.toggles);
+      const std::string toggles = NumberListText<std::int64_t>(row.toggles);
       rows.Count(std::uint64_t{row.sum});
       rows.Count(row.window);
       rows.Text(toggles);
@@ -104,62 +94,36 @@ class Writer {
 
  private:
   void End(const std::string& table, const TableWriter& rows) {
-    facts_["checksum_" + table] = rows.sum();
+    facts_["checksum_" + table] = FactOfCount(rows.sum());
   }
 
   Connection& to_;
   FactsByName& facts_;
 };
 
-/// Calling order: construct, Read once; or Windows.
+/// Calling order: construct, Read once.
 class Reader {
  public:
-  Reader(const Connection& from, const FactsByName& facts) : from_(from), facts_(facts) {}
+  Reader(Connection& from, const FactReader& facts, std::uint64_t& budget)
+      : from_(from), facts_(facts), budget_(budget) {}
 
-  PartWindows Windows() const {
-    PartWindows windows;
-    windows.parts = CountOf("part_profile_parts").value_or(0);
-    windows.length = CountOf("part_profile_length_fs");
-    windows.first = CountOf("part_profile_dump_first");
-    windows.last = CountOf("part_profile_dump_last");
-    // Equal parts of the span or a length, and neither of them 0.
-    if ((windows.parts == 0) == !windows.length || windows.length == 0) from_.FailCorrupt();
-    return windows;
-  }
-
-  ProfilePart Read(Connection& from, std::uint64_t& budget) const {
+  ProfilePart Read() {
     ProfilePart part;
-    part.windows = Windows();
+    part.windows = PartWindowsOf(facts_);
     ForEachNumber(part, [this](const std::string& name, auto& value) {
       using Value = std::remove_reference_t<decltype(value)>;
-      const std::optional<std::uint64_t> count = CountOf(name);
-      if (!count || (std::is_same_v<Value, bool> && *count > 1)) from_.FailCorrupt();
-      value = static_cast<Value>(*count);
+      constexpr std::uint64_t kMost = std::is_same_v<Value, bool> ? 1 : UINT64_MAX;
+      value = static_cast<Value>(facts_.CountOf(name, kMost));
     });
-    Words(from, budget, part.toggles);
-    Toggles(from, budget, part.rows);
-    part.unobserved = Numbers(from, budget, "part_unobserved", "window, ticks");
-    part.gaps = Numbers(from, budget, "part_gap", "first_tick, last_tick");
-    Clocks(from, budget, part);
+    Words(part.toggles);
+    Toggles(part.rows);
+    part.unobserved = Numbers("part_unobserved", "window, ticks");
+    part.gaps = Numbers("part_gap", "first_tick, last_tick");
+    Clocks(part);
     return part;
   }
 
  private:
-  /// NULL is nothing; what is missing is corrupt.
-  std::optional<std::uint64_t> CountOf(const std::string& name) const {
-    const auto place = facts_.find(name);
-    if (place == facts_.end()) from_.FailCorrupt();
-    if (std::holds_alternative<std::monostate>(place->second)) return {};
-    if (const auto* const number = std::get_if<std::uint64_t>(&place->second)) return *number;
-    const std::optional<std::uint64_t> count = LongCount(std::get<std::string>(place->second));
-    if (!count) from_.FailCorrupt();
-    return count;
-  }
-
-  void CheckSum(const TableReader& rows, const std::string& table) const {
-    if (CountOf("checksum_" + table) != rows.sum()) from_.FailCorrupt();
-  }
-
   static Opening Word(TableReader& rows, std::uint64_t ticks) {
     Opening word;
     word.ticks = ticks;
@@ -170,66 +134,50 @@ class Reader {
     return word;
   }
 
-  void Words(Connection& from, std::uint64_t& budget, TogglePart& part) const {
-    TableReader openings(from,
+  void Words(TogglePart& part) {
+    TableReader openings(from_,
                          "SELECT tick, code, word, bits, levels FROM part_opening NOT INDEXED"
                          " ORDER BY rowid",
-                         budget);
+                         budget_);
     while (openings.Next()) {
       const std::uint64_t ticks = openings.Count();
       part.openings.push_back(Word(openings, ticks));
     }
-    CheckSum(openings, "part_opening");
-    TableReader levels(from,
+    facts_.CheckSum(openings, "part_opening");
+    TableReader levels(from_,
                        "SELECT code, word, bits, levels FROM part_level NOT INDEXED"
                        " ORDER BY rowid",
-                       budget);
+                       budget_);
     while (levels.Next()) part.levels.push_back(Word(levels, 0));
-    CheckSum(levels, "part_level");
+    facts_.CheckSum(levels, "part_level");
   }
 
-  /// "[3,-1]", of at least one number.
-  std::vector<std::uint64_t> List(const std::string& text) const {
-    std::vector<std::uint64_t> numbers;
-    if (!text.starts_with('[') || !text.ends_with(']')) from_.FailCorrupt();
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at < end - 1) {
-      if (*at != (numbers.empty() ? '[' : ',')) from_.FailCorrupt();
-      std::int64_t number = 0;
-      const auto [next, error] = std::from_chars(at + 1, end, number);
-      if (error != std::errc()) from_.FailCorrupt();
-      numbers.push_back(static_cast<std::uint64_t>(number));
-      at = next;
-    }
-    if (numbers.empty()) from_.FailCorrupt();
-    return numbers;
-  }
-
-  void Toggles(Connection& from, std::uint64_t& budget, std::vector<ProfileRow>& sums) const {
-    TableReader rows(from, "SELECT sum, window, toggles FROM part_toggles NOT INDEXED ORDER BY sum",
-                     budget);
+  void Toggles(std::vector<ProfileRow>& sums) {
+    TableReader rows(
+        from_, "SELECT sum, window, toggles FROM part_toggles NOT INDEXED ORDER BY sum", budget_);
     while (rows.Next()) {
       ProfileRow row;
       row.sum = rows.Small();
       row.window = rows.Count();
-      row.toggles = List(rows.Text());
+      std::optional<std::vector<std::uint64_t>> toggles =
+          NumberListOf<std::int64_t>(rows.Text(), SIZE_MAX);
+      if (!toggles || toggles->empty()) from_.FailCorrupt();
+      row.toggles = std::move(*toggles);
       sums.push_back(std::move(row));
     }
-    CheckSum(rows, "part_toggles");
+    facts_.CheckSum(rows, "part_toggles");
   }
 
-  Pairs Numbers(Connection& from, std::uint64_t& budget, const std::string& table,
-                const std::string& columns) const {
+  Pairs Numbers(const std::string& table, const std::string& columns) {
     Pairs pairs;
     const std::string select =
         "SELECT " + columns + " FROM " + table + " NOT INDEXED ORDER BY rowid";
-    TableReader rows(from, select.c_str(), budget);
+    TableReader rows(from_, select.c_str(), budget_);
     while (rows.Next()) {
       const std::uint64_t first = rows.Count();
       pairs.emplace_back(first, rows.Count());
     }
-    CheckSum(rows, table);
+    facts_.CheckSum(rows, table);
     return pairs;
   }
 
@@ -240,11 +188,11 @@ class Reader {
     return static_cast<char>(level);
   }
 
-  void Clocks(Connection& from, std::uint64_t& budget, ProfilePart& part) const {
-    TableReader rows(from,
+  void Clocks(ProfilePart& part) {
+    TableReader rows(from_,
                      "SELECT code, level, first_level, first_time, toggles, first_tick, last_tick"
                      " FROM part_clock NOT INDEXED ORDER BY rowid",
-                     budget);
+                     budget_);
     while (rows.Next()) {
       part.watched.push_back(rows.Small());
       WatchedSignal clock;
@@ -256,11 +204,12 @@ class Reader {
       clock.span.last = rows.Count();
       part.watch.signals.push_back(clock);
     }
-    CheckSum(rows, "part_clock");
+    facts_.CheckSum(rows, "part_clock");
   }
 
-  const Connection& from_;
-  const FactsByName& facts_;
+  Connection& from_;
+  const FactReader& facts_;
+  std::uint64_t& budget_;
 };
 
 }  // namespace
@@ -283,12 +232,19 @@ void WritePartProfile(const ProfilePart& part, Connection& to, FactsByName& fact
   writer.Clocks(part);
 }
 
-PartWindows PartWindowsOf(const Connection& from, const FactsByName& facts) {
-  return Reader(from, facts).Windows();
+PartWindows PartWindowsOf(const FactReader& facts) {
+  PartWindows windows;
+  windows.parts = facts.OptionalCountOf("part_profile_parts").value_or(0);
+  windows.length = facts.OptionalCountOf("part_profile_length_fs");
+  windows.first = facts.OptionalCountOf("part_profile_dump_first");
+  windows.last = facts.OptionalCountOf("part_profile_dump_last");
+  // Equal parts of the span or a length, and neither of them 0.
+  if ((windows.parts == 0) == !windows.length || windows.length == 0) facts.FailCorrupt();
+  return windows;
 }
 
-ProfilePart ReadPartProfile(Connection& from, const FactsByName& facts, std::uint64_t& budget) {
-  return Reader(from, facts).Read(from, budget);
+ProfilePart ReadPartProfile(Connection& from, const FactReader& facts, std::uint64_t& budget) {
+  return Reader(from, facts, budget).Read();
 }
 
 }  // namespace orsa::kesncd

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "activity/profile/profile_part.h"
+#include "database/fact_reader.h"
 #include "database/facts.h"
 #include "database/sqlite.h"
 
@@ -19,11 +20,11 @@ namespace orsa::kesncd {
 void WritePartProfile(const ProfilePart& part, Connection& to, FactsByName& facts);
 
 /// The windows alone, from the facts. Throws Failure with Unusable.
-PartWindows PartWindowsOf(const Connection& from, const FactsByName& facts);
+PartWindows PartWindowsOf(const FactReader& facts);
 
 /// Reads all back. Throws Failure with Unusable. Whether numbers of codes, sums and windows are
 /// those of the dump is looked at by who adds parts up (see ProfileSum::Add).
-ProfilePart ReadPartProfile(Connection& from, const FactsByName& facts, std::uint64_t& budget);
+ProfilePart ReadPartProfile(Connection& from, const FactReader& facts, std::uint64_t& budget);
 
 }  // namespace orsa::kesncd
 

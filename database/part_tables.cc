@@ -134,7 +134,7 @@ void WriteCodes(const HostPart& host, Connection& to, FactsByName& facts) {
 /// Calling order: construct, Read once.
 class PartReader {
  public:
-  PartReader(Connection& from, const CodeBits& codes, const FactsByName& facts,
+  PartReader(Connection& from, const CodeBits& codes, const FactReader& facts,
              std::uint64_t& budget)
       : from_(from), codes_(codes), facts_(facts), budget_(budget) {}
 
@@ -143,7 +143,7 @@ class PartReader {
     ForEachNumber(part, [&](const char* name, auto& value) {
       // Every member has to be there.
       using Value = std::remove_reference_t<decltype(value)>;
-      value = static_cast<Value>(CountOf(name, MostOf<Value>()));
+      value = static_cast<Value>(facts_.CountOf(name, MostOf<Value>()));
     });
     // What follows relies on these, also where a file was made to deceive.
     const PartChoice& choice = part.choice;
@@ -157,19 +157,6 @@ class PartReader {
   }
 
  private:
-  /// The fact as a number; what is missing, no number or more than `most` is corrupt.
-  std::uint64_t CountOf(const std::string& name, std::uint64_t most) const {
-    const auto place = facts_.find(name);
-    if (place == facts_.end()) from_.FailCorrupt();
-    const auto* const number = std::get_if<std::uint64_t>(&place->second);
-    const auto* const text = std::get_if<std::string>(&place->second);
-    const std::optional<std::uint64_t> count = number != nullptr ? std::optional(*number)
-                                               : text != nullptr ? LongCount(*text)
-                                                                 : std::nullopt;
-    if (!count || *count > most) from_.FailCorrupt();
-    return *count;
-  }
-
   void ReadBits(ActivityPart& activity) {
     // By rowid, the order in which rows were written and their sum was made. NOT INDEXED: an index
     // of a stranger's could say something else.
@@ -195,7 +182,7 @@ class PartReader {
       piece.edges[bit] = BitEdge::FromByte(static_cast<std::uint8_t>(rows.Small(UINT8_MAX)));
     }
     // After the last row, when all was read.
-    if (rows.sum() != CountOf("checksum_part_bit", UINT64_MAX)) from_.FailCorrupt();
+    facts_.CheckSum(rows, "part_bit");
   }
 
   void ReadCodes(HostPart& host) {
@@ -215,12 +202,12 @@ class PartReader {
       host.first[id].value = rows.Small();
       host.first[id].kind = static_cast<HostPart::FirstValue>(rows.Small(2));
     }
-    if (rows.sum() != CountOf("checksum_part_code", UINT64_MAX)) from_.FailCorrupt();
+    facts_.CheckSum(rows, "part_code");
   }
 
   Connection& from_;
   const CodeBits& codes_;
-  const FactsByName& facts_;
+  const FactReader& facts_;
   std::uint64_t& budget_;
 };
 
@@ -235,7 +222,7 @@ void WritePartTables(const BodyPart& part, Connection& to, FactsByName& facts) {
   WriteCodes(part.host, to, facts);
 }
 
-BodyPart ReadPartTables(Connection& from, const CodeBits& codes, const FactsByName& facts,
+BodyPart ReadPartTables(Connection& from, const CodeBits& codes, const FactReader& facts,
                         std::uint64_t& budget) {
   return PartReader(from, codes, facts, budget).Read();
 }

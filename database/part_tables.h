@@ -9,6 +9,7 @@
 
 #include "activity/body_part.h"
 #include "activity/code_bits.h"
+#include "database/fact_reader.h"
 #include "database/facts.h"
 #include "database/sqlite.h"
 
@@ -22,7 +23,7 @@ void WritePartTables(const BodyPart& part, Connection& to, FactsByName& facts);
 /// `facts` are those of the file, `budget` what its texts may still take (see TableReader). The
 /// result has as many bits and codes as `codes`, however few rows there are; a file that cannot
 /// hold a part throws.
-BodyPart ReadPartTables(Connection& from, const CodeBits& codes, const FactsByName& facts,
+BodyPart ReadPartTables(Connection& from, const CodeBits& codes, const FactReader& facts,
                         std::uint64_t& budget);
 
 }  // namespace orsa::kesncd

@@ -4,6 +4,7 @@
 #define KESNCD_DATABASE_PROFILE_TABLES_H_
 
 #include "activity/profile/profile.h"
+#include "database/fact_reader.h"
 #include "database/facts.h"
 #include "database/sqlite.h"
 
@@ -14,7 +15,7 @@ void WriteProfileTables(const KeptProfile& kept, Connection& to, FactsByName& fa
 
 /// Reads the same back for the declarations that it is of. Throws Failure with Unusable.
 KeptProfile ReadProfileTables(Connection& from, const Declarations& declarations,
-                              const FactsByName& facts, std::uint64_t& budget);
+                              const FactReader& facts, std::uint64_t& budget);
 
 }  // namespace orsa::kesncd
 

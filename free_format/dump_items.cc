@@ -33,17 +33,19 @@ void ItemTallies::Join(const ItemTallies& next, std::uint64_t linesBefore) {
 
 /// For a dump that is read as one, from the word where the declarations ended.
 DumpItems::DumpItems(DumpWords& words, const Declarations& declarations)
-    : words_(words), codes_(declarations.codes), stretch_(nullptr), repeat_(declarations.hasWord) {
-  // A longer value loses its left part anyway, and a longer code is none of the dump's.
-  words_.SetLongest(std::max<std::size_t>(declarations.widest, declarations.longestCode) + 1);
-}
+    : DumpItems(words, declarations, nullptr, declarations.hasWord) {}
 
 DumpItems::DumpItems(DumpWords& words, const Declarations& declarations, StretchSource& stretch,
                      bool beginsBody)
+    : DumpItems(words, declarations, &stretch, beginsBody && declarations.hasWord) {}
+
+DumpItems::DumpItems(DumpWords& words, const Declarations& declarations, StretchSource* stretch,
+                     bool repeats)
     : words_(words),
       codes_(declarations.codes),
-      stretch_(&stretch),
-      repeat_(beginsBody && declarations.hasWord) {
+      stretch_(stretch),
+      repeat_(repeats),
+      widest_(std::max<std::size_t>(declarations.widest, 1)) {
   // A longer value loses its left part anyway, and a longer code is none of the dump's.
   words_.SetLongest(std::max<std::size_t>(declarations.widest, declarations.longestCode) + 1);
 }
@@ -180,8 +182,11 @@ bool DumpItems::TakePort(std::string_view word) {
   HoldText(word, kPortStates);
   for (int i = 0; i < kStrengths; ++i) {
     if (!AdvanceInValue()) return false;
-    // Strengths are digits only; codes of port dumps begin with "<".
-    if (words_.Word().find_first_not_of("01234567") == std::string_view::npos) continue;
+    // Strengths are digits only, one for each bit at most; codes of port dumps begin with "<". Of a
+    // longer word the middle may be gone, so nobody could say whether it is digits only.
+    const std::string_view next = words_.Word();
+    const bool isDigits = next.find_first_not_of("01234567") == std::string_view::npos;
+    if (isDigits && next.size() <= widest_) continue;
     repeat_ = true;  // no strength: the code already
     break;
   }

@@ -117,6 +117,8 @@ class DumpItems {
   }
 
  private:
+  DumpItems(DumpWords& words, const Declarations& declarations, StretchSource* stretch,
+            bool repeats);
   // A word, or the last one again; inside an item it may lie after the stretch's end.
   bool Advance();
   bool AdvanceInItem();
@@ -141,6 +143,7 @@ class DumpItems {
   const CodeTable& codes_;
   StretchSource* const stretch_;  // null for a dump that is read as one
   bool repeat_;                   // the last word is to be taken again
+  const std::size_t widest_;      // bits of a variable, 1 at least
   bool isOverEnd_ = false;
   bool isAfterItem_ = true;  // no word was taken since the last item
   // 0 where no item shares its line with what follows.

@@ -1,4 +1,6 @@
 // Does to two strings what the line readers do to their slots, to know which stamp they read.
+//
+// For example, "#1000" and later "#5" leave "5000" in a place: the digits are put without an end.
 #include "free_format/slot_watch.h"
 
 #include <algorithm>

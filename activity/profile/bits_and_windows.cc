@@ -47,6 +47,7 @@ ProfileWindows StretchWindows(const PartWindows& windows) {
 }
 
 std::optional<std::uint64_t> FirstStampOf(FileDump& dump, const Declarations& declarations) {
+  // A reader of its own: the words of `dump` stay where the body begins, for the counting to come.
   StretchSource source(dump.file(), dump.words().Offset(), {StretchSource::kFileEnd});
   DumpWords words(source, dump.block(), dump.block() / 4);
   DumpItems items(words, declarations, source, false);

@@ -17,11 +17,13 @@
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/profile_run.h"
 #include "activity/profile/toggle_watch.h"
+#include "activity/taker_pair.h"
 #include "free_format/parted_reading.h"
 
 namespace orsa::kesncd {
 
-/// The length of a window in femtoseconds; 0 for none. Throws where it is no length for the dump.
+/// The length of a window in femtoseconds; 0 for none. Throws where it is no length for the dump: a
+/// window of less than a tick would be a row in which nothing can ever happen.
 std::uint64_t WindowLength(const ActivityStart& start, const ProfileOptions& options);
 /// The windows that are asked for, but for the dump's first stamp.
 ProfileWindows WindowsFor(const ActivityStart& start, const ProfileOptions& options);
@@ -39,7 +41,9 @@ inline bool HasRoomFor(const ModuleTree& tree, const ProfileOptions& options) {
   return options.length || KeptSums(tree) + 1 <= options.mostCells / options.parts;
 }
 
-/// Looks at stamps only.
+/// Looks at stamps only. A taker of ReadBody. Calling order: construct, ReadBody, then read the
+/// members. With `isFirstEnough` the reading ends at the first stamp, so that a body of many
+/// gigabytes costs no more than its begin.
 class LargestStamp {
  public:
   void Scalar(std::uint32_t /*codeId*/, char /*value*/) {}
@@ -58,7 +62,8 @@ class LargestStamp {
   std::optional<std::uint64_t> largest;
 };
 
-/// What was counted of bits, and by the rule of hosts.
+/// What was counted of bits, and by the rule of hosts. Made from a counter, which is used up.
+/// `host` is there for BothCounters only.
 struct BitParts {
   ActivityPart activity;
   std::optional<HostPart> host;
@@ -73,68 +78,55 @@ struct BitParts {
   }
 };
 
-/// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
-/// ReadInParts; Counter is an ActivityCounter, or BothCounters.
+/// A base, so that the counter is there before the watch that stands before it.
 template <class Counter>
-class BitsAndWindows {
+struct HeldCounter {
+  template <class... From>
+  explicit HeldCounter(const From&... from) : bits(from...) {}
+
+  Counter bits;
+};
+
+/// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
+/// ReadInParts; Counter is an ActivityCounter, or BothCounters. Calling order: construct, ReadBody;
+/// Add what the next stretches gave; then the rest.
+template <class Counter>
+class BitsAndWindows : private HeldCounter<Counter>,
+                       public TakerPair<ToggleWatch<Counter>, ProfileCounter> {
  public:
   /// `more` is what a counter is made of beside the codes and the window of `start`.
   template <class... More>
   BitsAndWindows(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
                  const ModuleShares& shares, std::size_t sums, const ProfileWindows& windows,
                  const More&... more)
-      : start_(start),
-        bits_(start.codes, start.window, more...),
-        watch_(bits_, watched, start.codes.codes(), start.window),
-        windows_(start.codes, shares, sums, start.window, windows) {}
+      : HeldCounter<Counter>(start.codes, start.window, more...),
+        TakerPair<ToggleWatch<Counter>, ProfileCounter>(
+            [&] {
+              return ToggleWatch<Counter>(this->bits, watched, start.codes.codes(), start.window);
+            },
+            [&] { return ProfileCounter(start.codes, shares, sums, start.window, windows); }),
+        start_(start) {}
 
-  void Fetch(std::uint32_t codeId) const {
-    bits_.Fetch(codeId);
-    windows_.Fetch(codeId);
-  }
-  void Scalar(std::uint32_t codeId, char value) {
-    watch_.Scalar(codeId, value);
-    windows_.Scalar(codeId, value);
-  }
-  void Vector(std::uint32_t codeId, std::string_view value) {
-    watch_.Vector(codeId, value);
-    windows_.Vector(codeId, value);
-  }
-  void Real(std::uint32_t codeId, std::string_view value) { watch_.Real(codeId, value); }
-  void Stamp(std::uint64_t ticks) {
-    watch_.Stamp(ticks);
-    windows_.Stamp(ticks);
-  }
-  void Command(Keyword command) {
-    watch_.Command(command);
-    windows_.Command(command);
-  }
-  void SectionEnd() {}
-  bool IsDone() const { return false; }
-  bool Precedes(const BitsAndWindows& next) const {
-    return bits_.Precedes(next.bits_) && windows_.Precedes(next.windows_);
-  }
-
+  // Both parts are taken out of their counters here, which then count no more: what follows is
+  // added to `parts_`, and the same goes for `next` when it is the one that is added to. The three
+  // add up independently of each other.
   void Add(BitsAndWindows& next) {
     parts().Add(start_, std::move(next.parts()));
-    watch_.Add(next.watch_);
-    windows_.Add(next.windows_);
+    this->first().Add(next.first());
+    windows().Add(next.windows());
   }
   /// What was counted bit by bit, when all is read.
   BitParts& parts() {
-    if (!parts_) parts_.emplace(bits_);
+    if (!parts_) parts_.emplace(this->bits);
     return *parts_;
   }
-  std::vector<ToggleSpan> watched() { return watch_.Take(); }
-  WatchPart TakeWatch() { return watch_.TakePart(); }
-  ProfileCounter& windows() { return windows_; }
+  std::vector<ToggleSpan> watched() { return this->first().Take(); }
+  WatchPart TakeWatch() { return this->first().TakePart(); }
+  ProfileCounter& windows() { return this->second(); }
 
  private:
   const ActivityStart& start_;
-  Counter bits_;
   std::optional<BitParts> parts_;
-  ToggleWatch<Counter> watch_;
-  ProfileCounter windows_;
 };
 
 }  // namespace orsa::kesncd

@@ -1,4 +1,8 @@
 // Walks the scopes in the dump's order and notes what each name adds to the sums of modules.
+//
+// Names are met in the dump's order, each module before those in it. For a code with names in
+// soc/u1 and soc/u1/alu, one bit each, the walk finds +1 for u1, +1 for alu and -1 for u1: what is
+// left is a share of 1 in alu, which adding up brings into u1, once.
 #include "activity/profile/module_shares.h"
 
 #include <algorithm>
@@ -32,7 +36,8 @@ void ForEachScope(const Declarations& declarations, std::uint32_t scope, Visit v
   }
 }
 
-/// By the number of the type.
+/// By the number of the type. Types are compared as texts, in any letter case: once each here, not
+/// once for each of their variables.
 std::vector<bool> TypesWithBits(const Declarations& declarations) {
   std::vector<bool> withBits;
   for (const std::string& type : declarations.types) withBits.push_back(TypeHasBits(type));
@@ -41,6 +46,8 @@ std::vector<bool> TypesWithBits(const Declarations& declarations) {
 
 }  // namespace
 
+/// Scopes outside keep kOutside. The parent of a scope was given its place before, as the walk goes
+/// from the outside in.
 ModuleTree ModulesIn(const Declarations& declarations, std::uint32_t scope, std::uint32_t depth) {
   ModuleTree tree;
   tree.places.assign(declarations.scopes.size(), ModuleTree::kOutside);
@@ -63,6 +70,9 @@ ModuleTree ModulesIn(const Declarations& declarations, std::uint32_t scope, std:
 /// The names of every code on the way through the scopes. Of those passed only the ones that are
 /// seen from here matter, as tops of a skyline: after a name with more bits none with fewer is
 /// seen, so each further name meets few of them. Calling order: construct, Take once.
+///
+/// Widths matter because one code may be declared with several: a name has the lowest bits of its
+/// code, as many as it is wide. So of two names the narrower one has what both have.
 class ModuleShares::Walk {
  public:
   Walk(const Declarations& declarations, const ModuleTree& tree)
@@ -72,6 +82,9 @@ class ModuleShares::Walk {
         places_(declarations.scopes.size()),
         seen_(declarations.codes.size(), kNone) {}
 
+  // The scopes around the one that is reached are the stack of the walk: those at a smaller depth
+  // are still the right ones, as a scope comes right after the one around it or after others in
+  // that.
   std::vector<Found> Take() {
     ForEachScope(declarations_, tree_.scopes.front(),
                  [this](std::uint32_t scope, std::uint32_t depth) {
@@ -90,7 +103,8 @@ class ModuleShares::Walk {
  private:
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
-  /// A name of a code that was passed.
+  /// A name of a code that was passed. In a list by code, the last name first, from which the
+  /// hidden ones have been dropped: widths grow along it.
   struct Name {
     std::uint32_t scope;
     std::uint32_t width;
@@ -127,6 +141,7 @@ class ModuleShares::Walk {
     const auto inner = std::upper_bound(
         around_.begin(), around_.end(), places_[earlier],
         [this](std::uint32_t place, std::uint32_t outer) { return place < places_[outer]; });
+    // The outermost scope began before any other, so there always is one.
     return *std::prev(inner);
   }
 
@@ -162,6 +177,7 @@ ModuleShares::ModuleShares(std::size_t codes, std::vector<Found> found) {
     while (++at < found.size() && key(found[at]) == same) share.times += found[at].share.times;
     if (share.times == 0) continue;
     shares_.push_back(share);
+    // The end of the code's shares, which is where the next code's begin.
     first_[std::get<0>(same) + 1] = shares_.size();
   }
   // A code without shares ends where the one before it does.
@@ -172,6 +188,7 @@ ModuleShares ModuleShares::ByName(const Declarations& declarations, const Module
   return {declarations.codes.size(), Walk(declarations, tree).Take()};
 }
 
+/// A code's bits are those of its widest name, wherever that is: owners count all of a code.
 ModuleShares ModuleShares::ByOwner(const Declarations& declarations, const CodeBits& codes,
                                    const ModuleTree& tree) {
   const std::vector<bool> typeHasBits = TypesWithBits(declarations);
@@ -193,6 +210,8 @@ ModuleShares ModuleShares::ByOwner(const Declarations& declarations, const CodeB
   return {codes.codes(), std::move(found)};
 }
 
+/// For modules 0 to n-1 the shares by name, for n to 2n-1 those by owner less those by name. A code
+/// with one name has equal shares of both kinds, and costs one addition a toggle as ever.
 ModuleShares ModuleShares::ByBoth(const Declarations& declarations, const CodeBits& codes,
                                   const ModuleTree& tree) {
   const ModuleShares byName = ByName(declarations, tree);

@@ -1,4 +1,9 @@
 // Windows of time and how they are folded.
+//
+// Sums are kept apart from time. ToggleCounter adds to one number a module; only when a window ends
+// are those moved into the window's column, so that a change costs the same whatever the windows
+// are. A module has a row from its first toggle on, which reaches no further than its last one:
+// most modules of a large design are silent most of the time.
 #include "activity/profile/profile_counter.h"
 
 #include <algorithm>
@@ -11,9 +16,12 @@ namespace orsa::kesncd {
 
 namespace {
 
+// Pauses that a reader may want to see one by one. A dump that switches dumping off more often
+// still has the right observed times; only the list is left out then.
 constexpr std::size_t kMostGaps = 1000;
 
-/// Makes one number of each `count` neighbours.
+/// Makes one number of each `count` neighbours. In place: the sum at `at` goes to a place that is
+/// not after it, whose own number was moved already. The last group may be short of neighbours.
 void AddNeighbours(std::vector<std::uint64_t>& row, std::uint64_t count) {
   const std::size_t length = row.size();
   for (std::size_t at = 0; at < length; ++at) {
@@ -25,6 +33,8 @@ void AddNeighbours(std::vector<std::uint64_t>& row, std::uint64_t count) {
 
 }  // namespace
 
+/// The bound is on sums, not on windows or modules: a dump of few modules may be cut finely, and
+/// one of many coarsely.
 void ProfileRows::RequireRoom(std::uint64_t more) const {
   if (!HasRoom(more)) FailFull();
 }
@@ -35,6 +45,8 @@ void ProfileRows::FailFull() const {
                                            " sums; ask for longer windows or fewer modules");
 }
 
+/// Every sum that is ever made passes here and is counted against the bound before there is memory
+/// for it.
 void ProfileRows::Grow(std::vector<std::uint64_t>& row, std::uint64_t windows) {
   if (windows <= row.size()) return;
   RequireRoom(windows - row.size());
@@ -42,6 +54,8 @@ void ProfileRows::Grow(std::vector<std::uint64_t>& row, std::uint64_t windows) {
   row.resize(windows);
 }
 
+/// The sums are 0 after it. `window` is never before the one that rows begin with, since time
+/// grows.
 void ProfileRows::Take(std::vector<std::uint64_t>& sums, std::uint64_t window) {
   for (std::size_t module = 0; module < sums.size(); ++module) {
     if (sums[module] == 0) continue;
@@ -50,6 +64,8 @@ void ProfileRows::Take(std::vector<std::uint64_t>& sums, std::uint64_t window) {
   }
 }
 
+/// Both count windows from the same first stamp. The window in which the stretches meet gets sums
+/// from both.
 void ProfileRows::Add(const ProfileRows& next) {
   const std::uint64_t offset = next.first_ - first_;
   for (std::size_t module = 0; module < rows_.size(); ++module) {
@@ -69,6 +85,8 @@ void ProfileRows::Fold(std::uint64_t count) {
   }
 }
 
+/// Rows of all modules have the same length then, so that a window is one column of them. Windows
+/// without any toggle count too: each of them has an edge and a time.
 void ProfileRows::Finish(std::size_t windows) {
   for (std::vector<std::uint64_t>& row : rows_) {
     if (!row.empty()) Grow(row, windows);
@@ -87,6 +105,9 @@ bool ProfileRows::Restore(const ProfileRow& row, std::uint64_t windows) {
   return true;
 }
 
+/// The second half holds differences, which may be below 0 and have wrapped around; with the first
+/// half added they are sums again. A row of zeros becomes empty: its module owns nothing that
+/// toggled.
 std::vector<std::vector<std::uint64_t>> ProfileRows::SplitOff() {
   const auto middle = rows_.begin() + static_cast<std::ptrdiff_t>(rows_.size() / 2);
   std::vector<std::vector<std::uint64_t>> half(std::make_move_iterator(middle),
@@ -102,6 +123,9 @@ std::vector<std::vector<std::uint64_t>> ProfileRows::SplitOff() {
   return half;
 }
 
+/// Modules come before those in them, so from the last to the first a row is complete before it
+/// goes into the one around it. Own sums of a module may have wrapped around until then, where a
+/// code that two modules below it name was taken off it.
 void ProfileRows::AddUp(const ModuleTree& tree) {
   for (std::size_t module = tree.size(); module-- > 1;) {
     const std::vector<std::uint64_t>& row = rows_[module];
@@ -111,6 +135,9 @@ void ProfileRows::AddUp(const ModuleTree& tree) {
   }
 }
 
+/// `finest_` is how many short windows there may be for each that is asked for. After a
+/// fold at least half of them are in use, so with 16 the last fold makes windows longer than equal
+/// parts by an eighth at most.
 ProfileCounter::ProfileCounter(const CodeBits& codes, const ModuleShares& shares,
                                std::size_t modules, const ActivityWindow& window,
                                const ProfileWindows& windows)
@@ -125,6 +152,9 @@ ProfileCounter::ProfileCounter(const CodeBits& codes, const ModuleShares& shares
 void ProfileCounter::BeginGrid(std::uint64_t first) {
   hasGrid_ = true;
   grid_.first = first;
+  // A window is span / parts ticks, which TimeGrid need not round: windows of 10 ns in a dump with
+  // ticks of 3 ns are 10/3 ticks long. Equal parts are at least a tick each. A grid that folds
+  // begins with windows of one tick, which is what a TimeGrid is made with.
   if (windows_.length != 0) {
     grid_.span = windows_.length;
     grid_.parts = windows_.tick;
@@ -135,6 +165,8 @@ void ProfileCounter::BeginGrid(std::uint64_t first) {
   }
 }
 
+/// The window of a time under the grid as it is now; later times of a dump that is too long count
+/// in its last window.
 std::uint64_t ProfileCounter::WindowOf(std::uint64_t ticks) const {
   const std::uint64_t window = grid_.WindowOf(ticks);
   // Of a dump that is longer than was expected nothing is known yet but that.
@@ -142,7 +174,9 @@ std::uint64_t ProfileCounter::WindowOf(std::uint64_t ticks) const {
   return hasEnd ? std::min(window, grid_.parts - 1) : window;
 }
 
-/// Moves what toggled into a window, unless it is a stretch's without room.
+/// Moves what toggled into a window, unless it is a stretch's without room. That is no failure yet:
+/// the stretch may begin inside a comment that looks like a stamp of the far future, and then it is
+/// not used.
 void ProfileCounter::TakeSums(std::uint64_t window) {
   if (!IsStretch()) {
     rows_.Take(toggles_.Sums(), window);
@@ -155,6 +189,8 @@ void ProfileCounter::TakeSums(std::uint64_t window) {
   }
 }
 
+/// A stamp that may be in a later window than the open one. Called before the stamp itself is
+/// counted, so the sums are those of steps before it, all in one window.
 void ProfileCounter::Move(std::uint64_t ticks) {
   const ActivityWindow& window = toggles_.window();
   const std::uint64_t now = window.Clamp(ticks);
@@ -165,6 +201,8 @@ void ProfileCounter::Move(std::uint64_t ticks) {
   }
   TakeSums(window_);
   window_ = WindowOf(now);
+  // Each fold makes windows twice as long, so even a span of 2^64 ticks takes no more than 64 of
+  // them.
   if (IsFolding()) {
     while (window_ >= windows_.parts * finest_) Fold(2);
   } else if (windows_.length != 0 && IsStretch()) {
@@ -172,6 +210,8 @@ void ProfileCounter::Move(std::uint64_t ticks) {
   } else if (windows_.length != 0) {
     rows_.RequireRoom(window_);
   }
+  // A toggle at `end` still belongs to this window, hence the 1. After the end of the span that is
+  // counted no stamp moves anything.
   const std::uint64_t end = grid_.Edge(window_ + 1);
   moveAt_ = ticks >= window.end || end >= UINT64_MAX ? UINT64_MAX : std::max(end, ticks) + 1;
 }
@@ -180,6 +220,9 @@ void ProfileCounter::Add(ProfileCounter& next) {
   // A stretch that others follow counts no more only where there are truly too many sums.
   if (isFull_ || next.isFull_) rows_.FailFull();
   rows_.Take(toggles_.Sums(), window_);
+  // First what only both together know: whether a bit's first known value in the next stretch
+  // differs from its last one here. Openings come in the order of time, so windows only go on. Then
+  // the sums that the next stretch made alone, and its state at its end.
   for (const Opening& opening : next.toggles_.Openings()) {
     const std::uint64_t window = WindowOf(toggles_.window().Clamp(opening.ticks));
     if (window != window_) rows_.Take(toggles_.Sums(), window_);
@@ -199,6 +242,7 @@ void ProfileCounter::Add(ProfileCounter& next) {
   hasManyGaps_ = hasManyGaps_ || next.hasManyGaps_ || gaps_.size() > kMostGaps;
 }
 
+/// Windows become `count` times as long, with everything that is kept by window.
 void ProfileCounter::Fold(std::uint64_t count) {
   rows_.Fold(count);
   AddNeighbours(unobserved_, count);
@@ -206,6 +250,7 @@ void ProfileCounter::Fold(std::uint64_t count) {
   window_ /= count;
 }
 
+/// A gap is known when it ends. One that is open at the end of the dump is added by Finish.
 void ProfileCounter::Command(Keyword command) {
   const CountedTime& time = toggles_.time();
   if (command == Keyword::DumpOn && !time.isObserving && time.hasStamps) {
@@ -214,6 +259,8 @@ void ProfileCounter::Command(Keyword command) {
   toggles_.Command(command);
 }
 
+/// Adds to each window the part of (begin, end] that lies in it. Both are clamped to the span that
+/// is counted, so a gap outside of it is empty.
 void ProfileCounter::AddGap(std::uint64_t begin, std::uint64_t end) {
   if (begin >= end || isFull_) return;
   if (gaps_.size() < kMostGaps) {
@@ -229,6 +276,7 @@ void ProfileCounter::AddGap(std::uint64_t begin, std::uint64_t end) {
   }
 }
 
+/// True for windows that do not need the largest stamp: those of a length, and those that fold.
 bool ProfileCounter::WasLastRight() const {
   return !windows_.last || windows_.length != 0 ||
          toggles_.window().Clamp(*windows_.last) ==
@@ -291,6 +339,8 @@ bool ProfileCounter::Restore(ProfilePart&& part) {
   return true;
 }
 
+/// The order matters: the last window's sums and an open gap first, then folding, which moves both,
+/// then edges, which need the final grid.
 Profile ProfileCounter::Finish(ModuleTree tree, ModuleSums sums) {
   Profile profile;
   if (isFull_) rows_.FailFull();
@@ -300,6 +350,8 @@ Profile ProfileCounter::Finish(ModuleTree tree, ModuleSums sums) {
   if (!time.isObserving && time.hasStamps) AddGap(time.pausedAt, last);
   if (time.hasStamps && last > grid_.first) {
     if (IsFolding()) {
+      // As few neighbours are put together as make no more windows than were asked for. Where the
+      // result is what equal parts would have been, nobody need be told.
       const std::uint64_t windows = grid_.WindowOf(last) + 1;
       Fold((windows + windows_.parts - 1) / windows_.parts);
       const std::uint64_t span = last - grid_.first;

@@ -1,4 +1,13 @@
 // From a dump's bytes to toggles over time.
+//
+// All runs have one shape. The declarations are read first, since the choice of a scope or of a
+// signal depends on them and may end the run; then the body goes through one taker, or through one
+// for each stretch of a file; at the end sums become figures. What differs is the taker: windows of
+// time, windows with the activity of every bit, a clock, a signal's values, or the search for a
+// peak.
+//
+// Only runs by windows are read in stretches: where the rows of a clock end is not known to a
+// thread that begins in the middle of the dump.
 #include "activity/profile/profile_run.h"
 
 #include <algorithm>
@@ -19,22 +28,35 @@ namespace orsa::kesncd {
 
 namespace {
 
+// What a taker of one thread keeps of each declared bit, about: it bounds how many threads fit into
+// memory, and nothing else depends on it.
 constexpr std::uint64_t kBytesPerBit = 64;  // of toggles, with what a stretch begins with
 constexpr std::uint64_t kBytesPerBitWithActivity = 200;
 constexpr std::uint64_t kBytesPerBitWithBoth = 240;
 
 /// What all kinds of runs share. Calling order: construct, make a taker, Read or ReadParts, End.
+/// The steps keep an order that a hostile dump cannot upset: what the declarations ask for in
+/// memory is checked before anything is counted, an empty window after all is read, when it is
+/// known where the dump ends.
+///
+/// A result does not depend on the number of threads or on where a file was cut: takers add up
+/// exactly, and what was read under a wrong guess is dropped (see parted_reading.h).
 class Run {
  public:
+  /// Reads the declarations. `words` and `options` have to outlive the run.
   Run(DumpWords& words, const ProfileOptions& options)
-      : options_(options),
-        words_(words),
-        start(ReadDeclarations(words_, options.counting.dump), options.counting),
+      : start(ReadDeclarations(words, options.counting.dump), options.counting),
         tree(ModulesIn(
             start.result.declarations,
             options.scope ? options.scope(start.result.declarations) : Declarations::kDump,
-            options.depth)) {}
+            options.depth)),
+        options_(options),
+        words_(words) {}
 
+  ActivityStart start;
+  ModuleTree tree;  // the modules that have sums
+
+  // Reads the whole body by one thread. What was passed over goes into the result's notes.
   template <class Taker>
   void Read(Taker& taker) {
     DumpItems items(words_, start.result.declarations);
@@ -46,6 +68,8 @@ class Run {
   /// up. One taker reads all where nothing else is asked for, or the windows' edges are not known.
   template <class Make>
   auto ReadParts(FileDump* dump, std::size_t sums, std::uint64_t bytesOfBit, Make make) {
+    // The first stamp is read beforehand, as it is the edge from which all stretches have to count
+    // their windows. A body without a stamp has none, and nothing to share among threads either.
     ProfileWindows windows = WindowsFor(start, options_);
     const unsigned threads = dump == nullptr ? 1 : Threads(windows, sums, bytesOfBit);
     if (threads > 1) windows.first = FirstStampOf(*dump, start.result.declarations);
@@ -54,6 +78,8 @@ class Run {
       Read(*taker);
       return taker;
     }
+    // The first stretch's taker becomes the whole, and each further one adds to it. ReadInParts
+    // gives them in the order of the dump, one at a time, when all have been read.
     decltype(make(windows)) whole;
     const auto add = [&](auto taker) {
       if (whole) {
@@ -67,12 +93,14 @@ class Run {
     return whole;
   }
 
-  /// Takes what is known of time. Throws where the window is empty.
+  /// Takes what is known of time. Throws where the window is empty. The declarations move into the
+  /// result, so a run ends once; its codes and its window stay.
   ActivityResult End(const CountedTime& time) {
     start.CheckWindow(time.hasStamps, time.firstStamp, time.lastStamp);
     ActivityResult result = std::move(start.result);
     result.notes.hasStamps = time.hasStamps;
     result.notes.backwardStamps = time.backward;
+    // Without stamps nothing was counted, and a pause of no time is not worth a remark.
     result.notes.pauses = time.hasStamps ? time.pauses : 0;
     if (time.hasStamps) {
       result.firstTick = start.window.Clamp(time.firstStamp);
@@ -83,10 +111,16 @@ class Run {
     return result;
   }
 
+ private:
+  // How many threads read. One where the edges of windows follow from what is read (windows that
+  // fold), or where the first word of the body was taken with the declarations, so that the body
+  // does not begin at a known byte. Else as many as memory allows: beside its bits, each thread has
+  // sums of its own.
   unsigned Threads(const ProfileWindows& windows, std::size_t sums,
                    std::uint64_t bytesOfBit) const {
     const bool hasGrid = windows.length != 0 || windows.last;
     if (!hasGrid || start.result.declarations.hasWord) return 1;
+    // Windows of a length are not counted yet, so they are taken for as many as there may be.
     const std::uint64_t most = windows.mostCells;
     const bool isFew = windows.length == 0 && sums <= most / windows.parts;
     const std::uint64_t cells = isFew ? sums * windows.parts : most;
@@ -94,16 +128,12 @@ class Run {
                          options_.counting.jobs);
   }
 
- private:
   const ProfileOptions& options_;
   DumpWords& words_;
-
- public:
-  ActivityStart start;
-  ModuleTree tree;
 };
 
-/// Toggles by windows from a source, or from a file if it is given.
+/// Toggles by windows from a source, or from a file if it is given. The shares are by name, as
+/// `kesncd activity` sums modules, and stay here while the counters refer to them.
 ProfileRun<Profile> ProfileOf(DumpWords& words, FileDump* file, const ProfileOptions& options) {
   Run run(words, options);
   const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
@@ -117,6 +147,8 @@ ProfileRun<Profile> ProfileOf(DumpWords& words, FileDump* file, const ProfileOpt
   return result;
 }
 
+/// Windows and the activity of every bit. Sums by owner, which share nothing, so that the page that
+/// shows them may put modules together as it likes.
 ProfileRun<Profile> ActivityAndProfileOf(DumpWords& words, FileDump* file,
                                          const ProfileOptions& options) {
   Run run(words, options);
@@ -138,6 +170,9 @@ ProfileRun<Profile> ActivityAndProfileOf(DumpWords& words, FileDump* file,
   return result;
 }
 
+/// For a database, which answers for any scope and depth later: so all modules are counted,
+/// whatever the options say, and each twice, by name and by owner. Without room for that many sums
+/// the figures of bits are counted all the same.
 ProfiledRuns BothAndProfileOf(DumpWords& words, FileDump* file, const ProfileOptions& options) {
   ProfileOptions all = options;
   all.scope = nullptr;
@@ -145,6 +180,7 @@ ProfiledRuns BothAndProfileOf(DumpWords& words, FileDump* file, const ProfileOpt
   Run run(words, all);
   const ActivityStart& start = run.start;
   const Declarations& declarations = start.result.declarations;
+  // Own sums by name first, then what makes them sums by owner: see ModuleShares::ByBoth.
   const std::size_t sums = KeptSums(run.tree);
   const bool hasRoom = HasRoomFor(run.tree, options);
   const auto shares = hasRoom ? ModuleShares::ByBoth(declarations, start.codes, run.tree)
@@ -158,6 +194,7 @@ ProfiledRuns BothAndProfileOf(DumpWords& words, FileDump* file, const ProfileOpt
       });
   ProfileCounter& windows = counter->windows();
   ProfiledRuns result;
+  // Without a profile there is nothing that another reading could set right.
   result.wasLastRight = windows.WasLastRight() || !hasRoom;
   if (hasRoom) {
     result.profile.emplace();
@@ -175,13 +212,15 @@ ProfiledRuns BothAndProfileOf(DumpWords& words, FileDump* file, const ProfileOpt
   return result;
 }
 
+// Lets `count` read a file, which FileDump can cut into stretches.
 template <class Count>
 auto CountFile(ByteFile& file, const ProfileOptions& options, Count count) {
   FileDump dump(file, options.counting.block);
   return count(dump.words(), &dump, options);
 }
 
-/// The words of a dump whose bytes come one after the other.
+/// The words of a dump whose bytes come one after the other. A quarter of a block is kept of each
+/// word, as FileDump does, so that results are the same for both.
 DumpWords WordsOf(ByteSource& dump, const ActivityOptions& options) {
   return DumpWords(dump, options.block, options.block / 4);
 }
@@ -217,7 +256,8 @@ ProfiledRuns CountBothAndProfile(ByteFile& file, const ProfileOptions& options) 
 
 namespace {
 
-/// Reads the dump with one listener to the signal of the options.
+/// Reads the dump with one listener to the signal of the options. Steps that end with the dump are
+/// told by Finish: there is no stamp after them.
 template <class Listener>
 void ReadWatched(Run& run, ToggleCounter& toggles, Listener& listener,
                  const CuttingSignal& signal) {
@@ -228,6 +268,8 @@ void ReadWatched(Run& run, ToggleCounter& toggles, Listener& listener,
 
 }  // namespace
 
+// The next three read by one thread, since rows, parts and the peak follow from what came before.
+// There is no span to be expected either, so `wasLastRight` is true of all of them.
 ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& options) {
   DumpWords words = WordsOf(dump, options.counting);
   Run run(words, options);
@@ -259,6 +301,8 @@ ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options) {
   Run run(words, options);
   const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
   ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
+  // In whole ticks, rounded down; WindowLength has refused what is less than one. The tree has one
+  // module, as the depth of a peak is 0: the search looks at the first sum alone.
   PeakSearch search(toggles, WindowLength(run.start, options) / run.start.result.tick.value_or(1));
   run.Read(search);
   ProfileRun<Peak> result{run.End(toggles.time()), {}, true};
@@ -266,6 +310,7 @@ ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options) {
   return result;
 }
 
+// The whole body has to be read, because stamps may go back: the largest need not be the last.
 std::optional<std::uint64_t> LastStampOf(ByteSource& dump, const ActivityOptions& options) {
   DumpWords words = WordsOf(dump, options);
   const Declarations declarations = ReadDeclarations(words, options.dump);
@@ -276,11 +321,15 @@ std::optional<std::uint64_t> LastStampOf(ByteSource& dump, const ActivityOptions
 }
 
 std::optional<std::uint64_t> LastStampIn(std::string_view tail) {
+  // From the end backwards, at begins of lines only. A comment that holds such a line may mislead
+  // the search, which does no harm: this is what is expected of a dump, and
+  // ProfileCounter::WasLastRight tells whether the dump kept to it.
   std::size_t start = tail.rfind("\n#");
   while (start != std::string_view::npos) {
     std::string_view digits = tail.substr(start + 2);
     digits = digits.substr(0, digits.find_first_not_of("0123456789"));
     std::uint64_t ticks = 0;
+    // Digits that end the file may go on in what was cut off: such a stamp is not taken.
     const bool isCut = start + 2 + digits.size() == tail.size();
     if (!isCut && PlainNumber(digits.data(), digits.size(), ticks)) return ticks;
     tail = tail.substr(0, start + 1);

@@ -1,4 +1,7 @@
 // Rows of clocks, parts of values, and the search for a peak.
+//
+// A cut takes the counter's sums away and begins new ones. All three listeners rely on being told
+// of a step when its toggles are in the sums and those of the next step are not.
 #include "activity/profile/signal_cuts.h"
 
 #include <algorithm>
@@ -12,13 +15,15 @@ __extension__ using Wide = unsigned __int128;
 
 // Values beyond this many are put together: a counter has no end of them.
 constexpr std::size_t kMostParts = 4096;
+// The bytes of its words, to look it up by: shorter than its text, and as exact.
 std::string ValueKey(const std::vector<ValueWord>& value) {
   std::string key(value.size() * sizeof(ValueWord), '\0');
   std::copy_n(reinterpret_cast<const char*>(value.data()), key.size(), key.data());
   return key;
 }
 
-/// As a dump writes it, all bits: "01xz".
+/// As a dump writes it, all bits: "01xz". The highest bit first. A ValueWord has x as unknown alone
+/// and z as unknown and high.
 std::string TextOf(const std::vector<ValueWord>& value, std::uint32_t width) {
   std::string text(width, '0');
   for (std::uint32_t bit = 0; bit < width; ++bit) {
@@ -37,6 +42,7 @@ std::vector<ValueWord> AllUnknown(std::uint32_t width) {
   return value;
 }
 
+/// A part's sums have no memory until it has held for once.
 void AddToggles(std::vector<std::uint64_t>& sums, const std::vector<std::uint64_t>& more) {
   if (sums.empty()) sums.resize(more.size());
   for (std::size_t at = 0; at < more.size(); ++at) sums[at] += more[at];
@@ -72,7 +78,9 @@ void ClockRows::Cut(std::uint64_t ticks) {
   unobserved_.push_back(toggles_.time().UnobservedUpTo(ticks));
 }
 
-/// The last row ends with the dump, where something of it is after the last edge.
+/// The last row ends with the dump, where something of it is after the last edge. Edges are told
+/// apart from each other by one tick at least, since a step has only one value of the clock: no row
+/// is empty of time.
 Profile ClockRows::Finish(ModuleTree tree) {
   Profile profile;
   const CountedTime& time = toggles_.time();
@@ -94,6 +102,8 @@ Profile ClockRows::Finish(ModuleTree tree) {
   return profile;
 }
 
+/// As many parts as their sums and their texts find room for among `mostCells`, two at least: that
+/// of others, and the one that the signal begins with.
 ValueParts::ValueParts(ToggleCounter& toggles, std::uint32_t width, std::uint64_t mostCells)
     : toggles_(toggles),
       width_(width),
@@ -124,6 +134,7 @@ void ValueParts::Cut() {
   std::fill(sums.begin(), sums.end(), 0);
 }
 
+// Two values in turn may both be kOthers; the cut between them does no harm.
 void ValueParts::Value(const std::vector<ValueWord>& value) {
   // Given again, but the same.
   if (value == now_) return;
@@ -169,7 +180,8 @@ ValueSplit ValueParts::Finish(ModuleTree tree, std::uint64_t mostValues) {
   return split;
 }
 
-/// The end of the grain that a time lies in. Rounded up to a whole grain.
+/// The end of the grain that a time lies in. Rounded up to a whole grain. In 128 bits, as rounding
+/// up may pass 2^64.
 std::uint64_t PeakSearch::GrainEnd(std::uint64_t ticks) const {
   const Wide end = (Wide{ticks} + grain_ - 1) / grain_ * grain_;
   return end > UINT64_MAX ? UINT64_MAX : static_cast<std::uint64_t>(end);
@@ -194,6 +206,7 @@ void PeakSearch::EndStep(std::uint64_t ticks) {
   if (sum_ > best_.toggles) best_ = {now - std::min(now, length), now, sum_, grain_};
   // From time to time the steps that left are thrown away.
   if (first_ > steps_.size() / 2) {
+    // Only when they are more than half, so each step is moved about once.
     steps_.erase(steps_.begin(), steps_.begin() + static_cast<std::ptrdiff_t>(first_));
     first_ = 0;
   }
@@ -220,6 +233,8 @@ void PeakSearch::Coarsen() {
   }
 }
 
+/// The stretch as it is shown lies in the window, and a peak of no toggles is an empty one at the
+/// begin.
 Peak PeakSearch::Finish() {
   const CountedTime& time = toggles_.time();
   if (!time.hasStamps) return {};

@@ -60,7 +60,7 @@ class SignalWatch {
   void SectionEnd() {}
   bool IsDone() const { return false; }
 
-  /// The last step of the dump ends too.
+  /// The last step of the dump ends too. Before the listener's own Finish.
   void Finish() { EndStep(); }
 
  private:

@@ -1,4 +1,8 @@
 // Toggles of vectors and of signals that several modules share, and pauses.
+//
+// The plain case, a bit of its own in one module, is in the header, where it is inlined into the
+// reading. Here is the rest: vectors in words of 64 bits, codes that several modules name, a second
+// value in one step, pauses, and how counters of neighbouring stretches add up.
 #include "activity/profile/toggle_counter.h"
 
 #include <algorithm>
@@ -8,11 +12,13 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Ones in the places of the bits [from, to) of a signal that lie in its word `index`.
+/// Ones in the places of the bits [from, to) of a signal that lie in its word `index`. For bits 60
+/// to 69 those are 0xF000000000000000 in word 0 and 0x3F in word 1; in other words none.
 std::uint64_t Lanes(std::uint32_t from, std::uint32_t to, std::uint32_t index) {
   const std::uint64_t first = std::uint64_t{index} * kWordBits;
   const std::uint64_t low = std::clamp<std::uint64_t>(from, first, first + kWordBits) - first;
   const std::uint64_t high = std::clamp<std::uint64_t>(to, first, first + kWordBits) - first;
+  // A shift by 64 is undefined, so a whole word is a case of its own.
   const auto below = [](std::uint64_t end) {
     return end == kWordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << end) - 1;
   };
@@ -21,6 +27,8 @@ std::uint64_t Lanes(std::uint32_t from, std::uint32_t to, std::uint32_t index) {
 
 }  // namespace
 
+/// Decides once for each code how it is counted. A code that no module wants has no memory but its
+/// entry, which says that.
 ToggleCounter::ToggleCounter(const CodeBits& codes, const ModuleShares& shares, std::size_t modules,
                              const ActivityWindow& window)
     : bits_(codes), shares_(shares), window_(window), codes_(codes.codes()), sums_(modules) {
@@ -48,7 +56,8 @@ ToggleCounter::ToggleCounter(const CodeBits& codes, const ModuleShares& shares, 
 }
 
 /// Adds toggles in a word of a signal to the modules that have these bits; a `sign` of -1 takes
-/// them back.
+/// them back. A share may count a bit less than no time, where it takes off what two modules below
+/// have of it: sums wrap around then, and are right again when modules are added up.
 void ToggleCounter::CountShares(std::uint32_t codeId, std::uint32_t index, std::uint64_t toggles,
                                 std::uint64_t sign) {
   for (const ModuleShare& share : shares_.Of(codeId)) {
@@ -59,7 +68,8 @@ void ToggleCounter::CountShares(std::uint32_t codeId, std::uint32_t index, std::
 }
 
 /// Makes a code what it was before the step, where it had a value in it, or before its first value,
-/// where observation began since the last one.
+/// where observation began since the last one. The level before the step is what the last value of
+/// the step is compared with, so the toggle of the value that it replaces is taken back.
 void ToggleCounter::TakeOddScalar(std::uint32_t codeId, Code& code) {
   if (code.step < stretch_) {
     code.known = 0;
@@ -75,6 +85,9 @@ void ToggleCounter::TakeOddScalar(std::uint32_t codeId, Code& code) {
   }
 }
 
+/// A vector's value, in words, the lowest bits first. As of a scalar: what an earlier value of the
+/// same step counted is taken back first, then the bits that differ from their last known value
+/// toggle.
 void ToggleCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_view value) {
   const std::uint32_t width = bits_.Width(codeId);
   ReadVectorValue(value, width, value_.data());
@@ -85,6 +98,8 @@ void ToggleCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_vie
   std::uint32_t left = width;
   for (std::uint32_t index = 0; index * std::uint64_t{kWordBits} < width; ++index) {
     Word& word = words_[code.place + index];
+    // Nothing is known of the bits since observation began. `hadKnown` is empty too, so that a
+    // correction in this step comes back to that.
     if (isFirst) {
       word = {};
     } else if (isCorrection) {
@@ -96,22 +111,28 @@ void ToggleCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_vie
       word.hadKnown = word.hasKnown;
       word.knew = word.known;
     }
+    // Bits that the signal has, and of those the ones that are 0 or 1 now.
     const std::uint64_t all = Lanes(0, std::min<std::uint32_t>(left, kWordBits), 0);
     const std::uint64_t lanes = all & ~value_[index].unknown;
     wasUnknown = wasUnknown || word.hasKnown != all;
+    // x and z neither toggle nor change what was known.
     const std::uint64_t toggles = word.hasKnown & lanes & (word.known ^ value_[index].high);
     word.hasKnown |= lanes;
     word.known = (word.known & ~lanes) | (value_[index].high & lanes);
     if (toggles != 0 && counts_ != 0) CountShares(codeId, index, toggles, 1);
     left -= std::min<std::uint32_t>(left, kWordBits);
   }
+  // For openings: the step may give some bit its first known value. A correction is of a code that
+  // is in the list already.
   if (wasUnknown && !isCorrection) NoteUnknown(codeId);
 }
 
-/// At the end of a step: which bits have their first known value from it.
+/// At the end of a step: which bits have their first known value from it. Not before, as a later
+/// value of the step may take a known one back.
 void ToggleCounter::NoteOpenings() {
   for (const std::uint32_t codeId : unknown_) {
     const Code& code = codes_[codeId];
+    // A scalar without a known value after its step is still unknown, so it may come here again.
     if (code.kind != Kind::Vector) {
       if (code.known != 0) openings_.push_back({time_.lastStamp, 1, code.known & 1U, codeId, 0});
       continue;
@@ -127,12 +148,15 @@ void ToggleCounter::NoteOpenings() {
   unknown_.clear();
 }
 
+/// The last step has no stamp after it that would have noted its openings.
 const std::vector<Opening>& ToggleCounter::Openings() {
   TakeWaiting();
   NoteOpenings();
   return openings_;
 }
 
+/// What is known here is the state at this counter's end, before Follow. A code without a known
+/// value in the open stretch of observation gets its first one by the opening, which is no toggle.
 void ToggleCounter::Open(const Opening& opening) {
   if (!window_.Counts(opening.ticks)) return;
   const Code& code = codes_[opening.codeId];
@@ -152,6 +176,9 @@ void ToggleCounter::Open(const Opening& opening) {
   }
 }
 
+/// The same as Follow does for scalars, by bits: what the next stretch knows of a bit replaces what
+/// was known, other bits keep theirs. `wasSeen` and `isSeen` say whether this and the next
+/// counter's words mean anything.
 void ToggleCounter::FollowVector(std::uint32_t codeId, ToggleCounter& next, bool wasSeen,
                                  bool isSeen) {
   const std::uint32_t width = bits_.Width(codeId);
@@ -167,6 +194,9 @@ void ToggleCounter::FollowVector(std::uint32_t codeId, ToggleCounter& next, bool
   }
 }
 
+/// All codes are walked through, once for each stretch of a file. Their step becomes the open one,
+/// which says that they belong to the stretch of observation that is open now; a code without a
+/// known value is not told from one without any value, as neither can toggle.
 void ToggleCounter::Follow(ToggleCounter& next) {
   const bool goesOn = next.time_.pauses == 0;  // else what was known is forgotten
   for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {
@@ -239,6 +269,8 @@ bool ToggleCounter::Restore(const TogglePart& part) {
 }
 
 /// Before the first stamp nothing lasts, but what was known is forgotten.
+/// Before the first stamp nothing lasts, but what was known is forgotten. $dumpon while observing
+/// and $dumpoff while not switch nothing.
 void ToggleCounter::Command(Keyword command) {
   TakeWaiting();
   const std::uint64_t now = window_.Clamp(time_.lastStamp);

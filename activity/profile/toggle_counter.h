@@ -4,6 +4,10 @@
 // These are the toggles of exact activity, without the times at each level: x and z need no account
 // of their own then, since a toggle is a known value that differs from the last known one. So each
 // bit costs little, and nothing where no module wants it.
+//
+// A bit's toggles go straight into the sums of the modules that want it; nothing is kept a bit but
+// its last known value, and what that was before the open step, so that a further value in the same
+// step can take the one before back.
 #ifndef KESNCD_ACTIVITY_PROFILE_TOGGLE_COUNTER_H_
 #define KESNCD_ACTIVITY_PROFILE_TOGGLE_COUNTER_H_
 
@@ -24,7 +28,8 @@
 
 namespace orsa::kesncd {
 
-/// What was seen of time, clamped to the window that is counted in.
+/// What was seen of time, in ticks of the dump: `pausedAt` and `unobserved` are clamped to the
+/// window that is counted in, stamps are as they were given.
 struct CountedTime {
   bool hasStamps = false;
   std::uint64_t firstStamp = 0;
@@ -35,14 +40,16 @@ struct CountedTime {
   bool isObserving = true;
   std::uint64_t pausedAt = 0;  // where it is not
 
-  /// Ticks without observation up to a time.
+  /// Ticks without observation up to a time. The time must not be before `pausedAt`, which holds
+  /// for the clamped last stamp.
   std::uint64_t UnobservedUpTo(std::uint64_t ticks) const {
     return unobserved + (isObserving ? 0 : ticks - pausedAt);
   }
 };
 
 /// Bits that got their first known value in a stretch of a body. Whether that was a toggle depends
-/// on what comes before the stretch.
+/// on what comes before the stretch. A word is 64 bits of a vector; a scalar's bit is bit 0 of word
+/// 0.
 struct Opening {
   std::uint64_t ticks = 0;
   std::uint64_t bits = 0;    // of the code's word of 64
@@ -66,7 +73,8 @@ struct TogglePart {
 /// observed: the toggles of its openings first, then Follow.
 class ToggleCounter {
  public:
-  /// `modules` is how many modules the shares speak of.
+  /// `modules` is how many modules the shares speak of. `codes` and `shares` have to
+  /// outlive the counter.
   ToggleCounter(const CodeBits& codes, const ModuleShares& shares, std::size_t modules,
                 const ActivityWindow& window);
   ToggleCounter(const ToggleCounter&) = delete;
@@ -80,7 +88,8 @@ class ToggleCounter {
   void SectionEnd() {}
   bool IsDone() const { return false; }
 
-  /// Toggles of modules without those below; they may wrap around until they are added up.
+  /// Toggles of modules without those below; they may wrap around until they are added up. Own sums
+  /// may be below 0 where a code was taken off a module.
   std::vector<std::uint64_t>& Sums() {
     TakeWaiting();
     return sums_;
@@ -89,6 +98,7 @@ class ToggleCounter {
   const ActivityWindow& window() const { return window_; }
 
   void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&codes_[codeId], 1); }
+  /// Only for a counter that is added to another one: openings cost memory for each bit.
   void KeepOpenings() { keepsOpenings_ = true; }
   /// Whether what another counter took from the stretch that comes next adds to this one's.
   bool Precedes(const ToggleCounter& next) const {
@@ -108,10 +118,14 @@ class ToggleCounter {
   bool Restore(const TogglePart& part);
 
  private:
+  /// How a code is counted. Unused: no module wants it. Scalar: one bit in one module, once, which
+  /// is one addition. SharedScalar: one bit with any other shares. Vector: all that is wider.
   enum class Kind : std::uint8_t { Unused, Scalar, SharedScalar, Vector };
   /// A scalar's last known value: 0 for none, else kKnown with the value.
   static constexpr std::uint8_t kKnown = 2;
 
+  /// Small, since a change of a large design waits for the memory of its code more than for
+  /// anything else. `step` is 0 for a code without a value.
   struct Code {
     std::uint64_t step = 0;   // of the last value
     std::uint32_t place = 0;  // a scalar's module, or the first word of a vector
@@ -131,12 +145,15 @@ class ToggleCounter {
   void TakeVector(std::uint32_t codeId, Code& code, std::string_view value);
   void CountShares(std::uint32_t codeId, std::uint32_t index, std::uint64_t toggles,
                    std::uint64_t sign);
+  // A code comes here once a step, with its first value in it.
   void NoteUnknown(std::uint32_t codeId) {
     if (keepsOpenings_) unknown_.push_back(codeId);
   }
   void NoteOpenings();
   bool IsOfCodes(const Opening& word) const;
   void FollowVector(std::uint32_t codeId, ToggleCounter& next, bool wasSeen, bool isSeen);
+  // What was known before the open stretch of observation began is forgotten, without a walk over
+  // all codes at its begin: the step of the last value tells.
   std::uint8_t KnownOf(const Code& code) const { return code.step < stretch_ ? 0 : code.known; }
 
   const CodeBits& bits_;
@@ -179,8 +196,11 @@ inline void ToggleCounter::TakeScalar(std::uint32_t codeId, char value) {
   code.before = code.known;
   if (code.before == 0 && !isAgain) [[unlikely]]
     NoteUnknown(codeId);
+  // x and z leave the last known value, which the next known one is compared with.
   const unsigned level = LevelOf(value);
   if (level >= kUnknown) return;
+  // One if there was a known value, it differs, and the step lies in the window: no branch, since
+  // toggles of data cannot be predicted.
   const std::uint64_t toggles = code.known >> 1U & (code.known ^ level) & counts_;
   code.known = static_cast<std::uint8_t>(kKnown | level);
   if (code.kind == Kind::Scalar) [[likely]] {
@@ -202,6 +222,7 @@ inline void ToggleCounter::Vector(std::uint32_t codeId, std::string_view value) 
 
 inline void ToggleCounter::Stamp(std::uint64_t ticks) {
   TakeWaiting();
+  // The step goes on: a time that is given again adds to it, one that goes back moves nothing.
   if (time_.hasStamps && ticks <= time_.lastStamp) {
     time_.backward += ticks < time_.lastStamp ? 1 : 0;
     return;
@@ -213,6 +234,8 @@ inline void ToggleCounter::Stamp(std::uint64_t ticks) {
   } else {
     time_.hasStamps = true;
     time_.firstStamp = ticks;
+    // Dumping may have been switched off before; time begins here for a pause too. Values before
+    // the first stamp are of this step, so step_ stays.
     time_.pausedAt = window_.Clamp(ticks);
   }
   time_.lastStamp = ticks;

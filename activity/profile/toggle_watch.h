@@ -1,5 +1,8 @@
 // When a few signals toggled first and last. The mean of a clock's toggles over a whole dump is not
 // its period, since a dump seldom begins and ends at an edge; the time between its edges is.
+//
+// For example, a clock that rises at 5, 15 and 25 and falls at 10 and 20 toggles 5 times from 5 to
+// 25: 4 intervals in 20 ticks, so its period is 10, whatever the dump's span is.
 #ifndef KESNCD_ACTIVITY_PROFILE_TOGGLE_WATCH_H_
 #define KESNCD_ACTIVITY_PROFILE_TOGGLE_WATCH_H_
 
@@ -15,7 +18,8 @@
 
 namespace orsa::kesncd {
 
-/// What was seen of a signal of one bit in a stretch of a dump.
+/// What was seen of a signal of one bit in a stretch of a dump. Levels are '0' and '1'; 0 says that
+/// there was none.
 struct WatchedSignal {
   char given = 0;  // the last value of the step that is open
   char level = 0;  // the last known value before
@@ -23,10 +27,13 @@ struct WatchedSignal {
   std::uint64_t firstTime = 0;
   ToggleSpan span;
 
+  // Only the first and the last one are kept: the mean distance of edges needs no more.
   void Toggle(std::uint64_t ticks) {
     if (span.toggles++ == 0) span.first = ticks;
     span.last = ticks;
   }
+  /// Joins two stretches. Whether the first known value of `next` is a toggle is known here only:
+  /// the watch that saw it did not know what came before.
   void Add(const WatchedSignal& next, const ActivityWindow& window) {
     if (next.first == 0) return;
     if (level == 0) {
@@ -59,10 +66,15 @@ struct WatchPart {
 /// Stands before a taker of a dump's body (see body_reader.h) and passes all on to it. Calling
 /// order: construct, ReadBody, Take; watches of a body's stretches add up by Add, in the order of
 /// the dump, before Take.
+///
+/// Levels follow the rules of exact activity: only the last value of a step is seen, x and z are
+/// passed over (0 x 1 is a toggle at the 1, 0 x 0 none), the first known value is none. Every
+/// change costs a look into a table, so nothing is stored for codes that nobody watches.
 template <class Taker>
 class ToggleWatch {
  public:
-  /// `codeIds` of signals of one bit, each once.
+  /// `codeIds` of signals of one bit, each once. `taker` has to outlive the watch. `codes` is how
+  /// many codes the dump has.
   ToggleWatch(Taker& taker, const std::vector<std::uint32_t>& codeIds, std::uint32_t codes,
               const ActivityWindow& window)
       : taker_(taker), window_(window), place_(codes, kNone) {
@@ -76,10 +88,12 @@ class ToggleWatch {
     taker_.Scalar(codeId, value);
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
+    // A wider value is cut on its left, so the signal's bit is its last character.
     if (place_[codeId] != kNone) part_.signals[place_[codeId]].given = value.back();
     taker_.Vector(codeId, value);
   }
   void Real(std::uint32_t codeId, std::string_view value) { taker_.Real(codeId, value); }
+  /// A stamp that repeats the time or goes back leaves the step open, as it does for all takers.
   void Stamp(std::uint64_t ticks) {
     if (ticks > now_) {
       EndStep();
@@ -88,6 +102,7 @@ class ToggleWatch {
     taker_.Stamp(ticks);
   }
   /// Of a dump that pauses only what comes before the first pause is sure to be without a gap.
+  /// Edges on the two sides of a pause are no period apart, so nothing is watched from then on.
   void Command(Keyword command) {
     if (command == Keyword::DumpOff) {
       EndStep();
@@ -97,6 +112,8 @@ class ToggleWatch {
   }
   void SectionEnd() { taker_.SectionEnd(); }
   bool IsDone() const { return taker_.IsDone(); }
+  /// What the watches saw adds up whenever what the takers took does.
+  bool Precedes(const ToggleWatch& next) const { return taker_.Precedes(next.taker_); }
 
   /// Adds what another watch saw from a stamp later than all of this one on.
   void Add(ToggleWatch& next) {
@@ -106,6 +123,7 @@ class ToggleWatch {
     part_.Add(next.part_, window_);
   }
 
+  /// In the order of `codeIds`. To be called once all is read and added.
   std::vector<ToggleSpan> Take() {
     EndStep();
     std::vector<ToggleSpan> spans;
@@ -121,6 +139,7 @@ class ToggleWatch {
  private:
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
+  /// Takes the values of the step that ends; a signal without one keeps its level.
   void EndStep() {
     for (WatchedSignal& watched : part_.signals) {
       const char given = watched.given;

@@ -1,4 +1,11 @@
 // kesncd check: what the library's readers would get wrong in a dump.
+//
+// A dump is read once, with a watch on everything that the strict readers of hosts take otherwise
+// than it was meant: two stamps in a line, values that are too long, digits of an earlier stamp
+// that show. The rules themselves are in free_format/findings; here findings become
+// rows: what was found, how often, where first, how harmful it is, for whom, and what helps.
+//
+// Besides, it proposes what other commands want to know of an unknown dump: a good --top.
 #include <algorithm>
 #include <memory>
 
@@ -12,6 +19,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// What the options say.
 struct CheckChoices {
   InputOptions input;
   OutputOptions output;
@@ -31,6 +39,7 @@ constexpr char kCheckHelp[] =
     "would\n"
     "give a wrong or incomplete figure, else 0.\n";
 
+// Ticks are in femtoseconds, the finest unit of a time scale; the facts speak in nanoseconds.
 constexpr double kFemtosecondsPerNanosecond = 1e6;
 
 /// What --top of other commands takes for the scopes that declare variables, in the dump's order.
@@ -42,8 +51,12 @@ struct TopNames {
 /// The end of a scope's path, which --top takes too: whole names, and no more of them than fit. A
 /// deep dump's paths together would else be out of all proportion to it.
 std::string TopNameOf(const Declarations& declarations, std::uint32_t scope, bool& isShortened) {
+  // In characters: some lines of a terminal. A million scopes, one in the other, would else have
+  // paths of about a million names each.
   constexpr std::size_t kLongest = 250;
   if (scope == Declarations::kDump) return "/";
+  // Names are added from the inside out until the next one would not fit. `top` is the scope around
+  // those that do; kDump means that the path is whole.
   std::uint32_t top = declarations.scopes[scope].parent;
   std::size_t length = declarations.scopes[scope].name.size();
   while (top != Declarations::kDump) {
@@ -55,6 +68,7 @@ std::string TopNameOf(const Declarations& declarations, std::uint32_t scope, boo
   return declarations.PathBelow(top, scope);
 }
 
+/// Scopes without variables are left out: a run of one has no figures.
 TopNames TopNamesOf(const Declarations& declarations) {
   TopNames tops;
   for (std::uint32_t i = 0; i < declarations.scopes.size(); ++i) {
@@ -66,6 +80,7 @@ TopNames TopNamesOf(const Declarations& declarations) {
   return tops;
 }
 
+// "1 finding", "2 findings".
 std::string Counted(std::uint64_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
@@ -75,18 +90,24 @@ std::string NameOfTop(const Declarations& declarations) {
   const std::uint32_t top = OutermostWithVariables(declarations);
   if (top == Declarations::kDump) return "/";
   const std::string& name = declarations.scopes[top].name;
+  // A name that several scopes end in would choose all of them, so it is given with its path then.
   if (FindScopes(declarations, name) == std::vector<std::uint32_t>{top}) return name;
   bool isShortened = false;
   return TopNameOf(declarations, top, isShortened);
 }
 
+// The exit status, the table's last line and the facts count alike.
 std::int64_t FaultsIn(const std::vector<Finding>& findings) {
   return std::count_if(findings.begin(), findings.end(),
                        [](const Finding& finding) { return IsFault(finding.kind); });
 }
 
+/// What JSON and other formats say before the findings. Times are null where the dump has no time
+/// scale.
 Facts CheckFacts(const std::string& dump, const DumpCheck& check, const TopNames& tops) {
   const auto& [declarations, body, findings] = check;
+  // In doubles, as the library's readers have them: of stamps beyond 2^53 the last digits are lost,
+  // which is a finding of its own.
   const auto ticks = static_cast<double>(body.lastTick - body.firstTick);
   Cell tick;
   Cell span;
@@ -108,6 +129,7 @@ Facts CheckFacts(const std::string& dump, const DumpCheck& check, const TopNames
           {"shortened_modules", tops.shortened}};
 }
 
+/// Lines count from 1; 0 says that a finding has no line, and its cell is empty.
 Row RowOf(const Finding& finding) {
   const FindingText& text = TextOf(finding.kind);
   const auto number = [](std::uint64_t value) { return static_cast<std::int64_t>(value); };
@@ -123,6 +145,7 @@ Row RowOf(const Finding& finding) {
 
 /// "2 findings; 1 worth knowing": only what makes figures wrong is called a finding there.
 std::string CountText(const std::vector<Finding>& findings) {
+  // Each finding is of one of three groups, so notes are what is left.
   const auto faults = static_cast<std::size_t>(FaultsIn(findings));
   const auto grammar = static_cast<std::size_t>(
       std::count_if(findings.begin(), findings.end(), [](const Finding& finding) {
@@ -136,10 +159,12 @@ std::string CountText(const std::vector<Finding>& findings) {
 }
 
 std::string ModulesText(const TopNames& tops, bool all) {
+  // About as many as fit into a few lines of a terminal; in formats for programs all are listed.
   constexpr std::size_t kShown = 20;
   const std::size_t shown = all ? tops.names.size() : std::min(tops.names.size(), kShown);
   std::string text = "modules with signals:";
   for (std::size_t i = 0; i < shown; ++i) {
+    // With --modules one a line, else in one line.
     text += (all ? "\n  " : i == 0 ? " " : ", ") + tops.names[i];
   }
   if (shown < tops.names.size()) {
@@ -152,9 +177,11 @@ std::string ModulesText(const TopNames& tops, bool all) {
   return text;
 }
 
+/// The lines after a table: what was found, how large the dump is, and what to do next.
 std::string LastLines(const DumpCheck& check, const std::string& modules) {
   const auto& [declarations, body, findings] = check;
   const std::string span =
+      // Without a time scale the ticks say nothing of time.
       declarations.tick && body.lastTick > body.firstTick
           ? ShortestText(static_cast<double>(body.lastTick - body.firstTick) *
                          static_cast<double>(*declarations.tick) / kFemtosecondsPerNanosecond) +
@@ -165,7 +192,8 @@ std::string LastLines(const DumpCheck& check, const std::string& modules) {
          NameOfTop(declarations) + "\n" + modules;
 }
 
-/// What became of the file while it was read is a finding too.
+/// What became of the file while it was read is a finding too. A simulator may still write the
+/// dump. Known only when the reading has ended.
 void AddChange(FileChange change, std::vector<Finding>& findings) {
   if (change == FileChange::None) return;
   Tally tally;
@@ -175,11 +203,14 @@ void AddChange(FileChange change, std::vector<Finding>& findings) {
   SortFindings(findings);
 }
 
+/// The dump is read whole before anything is written: the facts at the head of the output need its
+/// end.
 ExitStatus RunCheck(const CheckChoices& options) {
   CheckOutputs({options.input.dump}, {options.output.path});
   const std::string name = NameOf(options.input);
   UnpackedSource dump = OpenDump(options.input);
   DumpCheck check = CheckDumpOf(options.input, dump);
+  // Null where nobody looked.
   if (dump.change != nullptr) AddChange(*dump.change, check.findings);
   const TopNames tops = TopNamesOf(check.declarations);
   ResultOutput result(options.output, {CheckFacts(name, check, tops),
@@ -196,6 +227,7 @@ ExitStatus RunCheck(const CheckChoices& options) {
                                        {{"modules", tops.names}}});
   for (const Finding& finding : check.findings) result.Add(RowOf(finding));
   result.End({{}, {}, LastLines(check, ModulesText(tops, options.allModules))});
+  // Notes and what only the grammar reader minds do not fail a check.
   return FaultsIn(check.findings) == 0 ? ExitStatus::Done : ExitStatus::Findings;
 }
 
@@ -206,6 +238,7 @@ void AddCheckCommand(CommandLine& line) {
   const auto options = std::make_shared<CheckChoices>();
   AddDumpOptions(command, options->input);
   AddJobsOption(command, options->input);
+  // For tables only: other formats list all.
   command.AddFlag("--modules", options->allModules,
                   "list all modules that --top of other commands takes, not the first 20");
   AddOutputOptions(command, options->output);

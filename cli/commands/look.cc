@@ -54,12 +54,12 @@ std::string Origin(const Declarations& declarations) {
 }
 
 /// Times in ns and in ticks: the ticks are what the dump's "#" lines show.
-std::string Span(const HostRun& run) {
+std::string Span(const HostRun& run, const BodyFacts& body) {
   if (!run.nsPerTick) {
     return DisplayText(run.spanTicks) + " ticks of unknown length: there is no time scale";
   }
   return DisplayText(run.spanTicks * *run.nsPerTick) + " ns, from tick " +
-         DisplayText(run.firstTick) + " to " + DisplayText(run.lastTick) + " of " +
+         std::to_string(body.firstTick) + " to " + std::to_string(body.lastTick) + " of " +
          DisplayText(*run.nsPerTick) + " ns";
 }
 
@@ -98,7 +98,12 @@ std::string MostActive(const Figures& figures, IsWanted isWanted) {
 std::string Findings(const std::vector<Finding>& findings) {
   std::string text = findings.empty() ? "nothing to remark" : "";
   for (std::size_t i = 0; i < std::min(kShownInLook, findings.size()); ++i) {
-    text += (i == 0 ? "" : "\n            ") + std::string(TextOf(findings[i].kind).finding);
+    const FindingText& finding = TextOf(findings[i].kind);
+    text += (i == 0 ? "" : "\n            ") + std::string(finding.finding);
+    // Figures above are right where only hosts read the dump otherwise.
+    if (finding.concerns != Concerns::AllRuns) {
+      text.append(" (").append(TextOf(finding.concerns)).append(")");
+    }
   }
   if (findings.size() <= kShownInLook) return text;
   return text + "\n            and " + std::to_string(findings.size() - kShownInLook) + " more";
@@ -147,8 +152,9 @@ ExitStatus RunLook(const InputOptions& input) {
   const std::string top = declarations.PathOf(OutermostWithVariables(declarations));
   // Always to standard output: there is no -o, as nothing is meant to read this.
   OutputFile out("");
-  out.Write(figures.dump + ": " + Origin(declarations) + "\n  span      " + Span(figures.run) +
-            "\n  signals   " + std::to_string(declarations.variables.size()) + " with " +
+  out.Write(figures.dump + ": " + Origin(declarations) + "\n  span      " +
+            Span(figures.run, check.body) + "\n  signals   " +
+            std::to_string(declarations.variables.size()) + " with " +
             std::to_string(check.body.changes) + " value changes\n  modules   " +
             ShortList(modules) + "\n  clocks    " +
             MostActive(figures,

@@ -1,4 +1,9 @@
 // kesncd profile: when a dump's modules toggle: over time, by the values of a signal, at the peak.
+//
+// Five ways to cut time, each with its own reading: equal parts of the span and windows of a length
+// (RunWindows), a clock's edges (RunClock), the values of a signal (RunValues), and the one stretch
+// with most toggles (RunPeak). A database holds windows, and answers for no other way (RunKept).
+// All count the same toggles; what differs is where the sums are taken.
 #include <algorithm>
 #include <iterator>
 #include <memory>
@@ -38,6 +43,7 @@ constexpr char kProfileHelp[] =
     "Rows of --clock and --by, and the place of the peak, come from one thread: a row ends where\n"
     "the signal changes, which a thread that begins in the middle of the dump does not know.\n";
 
+// What the options say. What is empty or 0 was not given.
 struct ProfileChoices {
   InputOptions input;
   TimeWindow window;
@@ -48,55 +54,63 @@ struct ProfileChoices {
   std::optional<std::uint64_t> peak;
   std::string by;
   std::uint64_t values = 0;  // 0: not asked for
+  // UINT64_MAX: not given. 0 is a number that one may ask for.
   std::uint64_t limit = UINT64_MAX;
   OutputOptions output;
 };
 
+// What is taken where --values and --limit are not given: what fits on a screen or two.
 constexpr std::uint64_t kValues = 64;
 constexpr std::uint64_t kLimit = 10;
 
 /// The five ways to cut time exclude each other, and some options belong to one of them only: an
 /// option without effect would hide a mistake.
 void CheckProfileOptions(const ProfileChoices& options) {
+  // Thrown before the dump is opened.
   const auto refuse = [](bool isWrong, const std::string& why) {
     if (isWrong) throw Failure(FailureKind::Unusable, why);
   };
   CheckWindow(options.window);
   const bool asked[] = {options.windows.parts != 0, options.windows.length.has_value(),
                         !options.clock.empty(), options.peak.has_value(), !options.by.empty()};
+  // None of them means equal parts of the span, the usual number.
   const auto ways = std::count(std::begin(asked), std::end(asked), true);
   refuse(ways > 1, "--windows, --window, --clock, --peak and --by: one of them at a time");
   refuse(options.values != 0 && options.by.empty(), "--values is for --by");
   refuse(options.limit != UINT64_MAX && !options.peak, "--limit is for --peak");
   refuse(options.peak && options.depth > 0, "--depth is for rows over time and --by");
+  // An optional that holds 0, not an empty one.
   refuse(options.windows.length == 0 || options.peak == 0, "--window and --peak: 0 is no length");
 }
 
+/// What the run is told. Which scope and signal are meant needs the declarations, so it is asked
+/// for later, by functions that keep copies of what they need.
 ProfileOptions ProfileCounting(const ProfileChoices& options) {
-  ProfileOptions counting;
-  const std::string dump = NameOf(options.input);
-  counting.counting.dump = dump;
-  counting.counting.window = options.window;
-  counting.counting.mostBits = MostBitsInMemory();
+  ProfileOptions counting = CountingOf(options.input, options.window, options.windows);
+  const std::string dump = counting.counting.dump;
   if (!options.scope.empty()) {
     counting.scope = [dump, scope = options.scope](const Declarations& declarations) {
       return OnlyScope(dump, declarations, scope);
     };
   }
+  // --clock and --by exclude each other, so there is one signal at most; without either the
+  // function is never called.
   const bool isClock = !options.clock.empty();
   const std::string& signal = isClock ? options.clock : options.by;
   counting.signal = [dump, signal, isClock](const Declarations& declarations) -> CuttingSignal {
     const DumpVariable& variable = OnlySignal(dump, declarations, signal);
+    // A clock of several bits has no edge.
     if (!isClock || variable.width == 1) return {variable.codeId, variable.width};
     throw Failure(FailureKind::NothingMatched, dump + ": " + signal + " is no signal of one bit");
   };
   counting.depth = options.depth;
-  counting.parts = options.windows.parts != 0 ? options.windows.parts : kUsualParts;
-  counting.length = options.peak ? options.peak : options.windows.length;
+  // The length of the peak is that of a window which may begin anywhere.
+  if (options.peak) counting.length = options.peak;
   counting.mostValues = options.values != 0 ? options.values : kValues;
   return counting;
 }
 
+// What the facts say of the rows: "per" is "length" or "part", and no signal cuts them.
 ProfileSubject SubjectOf(const std::string& dump, const std::optional<std::uint64_t>& length) {
   return {dump, length ? "length" : "part", ""};
 }
@@ -108,10 +122,13 @@ ExitStatus RunKept(const ProfileChoices& options, ActivityDatabase& database) {
                                              ": a database does not hold when each signal changes: "
                                              "--clock, --by and --peak need the dump");
   }
+  // Throws where other windows are asked for than it holds.
   StoredRun stored = ReadWithProfile(database, NameOf(options.input), options.windows);
   ProfileOptions counting = ProfileCounting(options);
+  // For the remark on windows that were folded when the database was made.
   counting.parts = stored.profile->parts;
   ProfileRun<Profile> run;
+  // The rest is as after a reading: remarks, then rows.
   run.base = std::move(stored.exact);
   const std::uint32_t scope = counting.scope ? counting.scope(run.base.declarations) : 0;
   run.figures = ProfileIn(stored.profile->profile, run.base.declarations, scope, options.depth);
@@ -119,10 +136,14 @@ ExitStatus RunKept(const ProfileChoices& options, ActivityDatabase& database) {
   return WriteProfile(run, SubjectOf(stored.facts.dump, stored.profile->length), options.output);
 }
 
+/// Rows over time. Equal parts need the end of the span before the counting begins, windows of a
+/// length do not.
 ExitStatus RunWindows(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   std::optional<std::uint64_t> last;
   if (!counting.length) last = ExpectedLast(options.input, counting.counting);
+  // Takes a ByteSource or a ByteFile: ReadByWindows gives the latter where several threads may
+  // read.
   const auto count = [](auto& dump, const ProfileOptions& how) { return CountProfile(dump, how); };
   const ProfileRun<Profile> run = ReadByWindows(options.input, counting, last, count);
   SayOfProfile(run, counting);
@@ -152,6 +173,7 @@ ExitStatus RunValues(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
   const ProfileRun<ValueSplit> run = ReadOnce(options, counting, CountByValue);
+  // No toggle is lost by that: the last row has them, under "others".
   if (run.figures.others > 0) {
     Remark(dump, options.by + " has more than " + std::to_string(counting.mostValues) +
                      " values: those that it has for the shortest time are put together");
@@ -166,6 +188,8 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices&
   ActivityOptions again = counting.counting;
   const std::uint64_t tick = base.tick.value_or(1);
   if (!CanReadTwice(options.input) || peak.end > UINT64_MAX / tick) return {};
+  // In femtoseconds; a peak beyond what 64 bits of them hold has no second reading. The window
+  // counts toggles after its begin up to its end, as the search did.
   again.window = {peak.begin * tick, peak.end * tick};
   UnpackedSource bytes = OpenDump(options.input);
   again.jobs = UseThreads(options.input, bytes);
@@ -179,6 +203,7 @@ ExitStatus RunPeak(const ProfileChoices& options) {
   const std::string& dump = counting.counting.dump;
   const ProfileRun<Peak> run = ReadOnce(options, counting, FindPeak);
   const Peak& peak = run.figures;
+  // Said, because a stretch between two grains may have had a few more.
   if (peak.grain > 1) {
     Remark(dump,
            "a stretch of this length holds too many steps: the peak was looked for at every " +
@@ -194,6 +219,8 @@ ExitStatus RunPeak(const ProfileChoices& options) {
   return WritePeak(run, inPeak ? &*inPeak : nullptr, scope, limit, dump, options.output);
 }
 
+/// A database first, as none of the other ways can read one. Inputs and outputs are compared before
+/// anything is opened.
 ExitStatus RunProfile(const ProfileChoices& options) {
   CheckOutputs({options.input.dump}, {options.output.path});
   if (const auto database = OpenDatabase(options.input, options.window)) {
@@ -216,8 +243,11 @@ void AddProfileCommand(CommandLine& line) {
       .AddCount("--windows", "N", {1, 1000000}, options->windows.parts,
                 "so many equal parts of the span")
       .Initially(std::to_string(kUsualParts) + ", or what a database holds");
+  // Its cuts and those of --by need the order of changes, so these read by one thread, whatever
+  // --jobs says.
   command.AddText("--clock", "NAME", options->clock,
                   "a window for each rising edge of this signal, which ends there");
+  // With --peak, 0 is refused by the check.
   command.AddTime("--peak", options->peak,
                   "the busiest stretch of this length, and what toggles most in it");
   command.AddText(
@@ -227,6 +257,7 @@ void AddProfileCommand(CommandLine& line) {
       .AddCount("--values", "N", {1, 4000}, options->values,
                 "with --by, so many values at most, the others together")
       .Initially(std::to_string(kValues));
+  // 0 is allowed: only the peak itself is shown.
   command.AddCount("--limit", "N", {0}, options->limit, "with --peak, so many modules and signals")
       .Initially(std::to_string(kLimit));
   command.AddText("--scope", "PATH", options->scope,

@@ -1,7 +1,13 @@
 // kesncd report: one HTML file that shows where and when a dump switches.
+//
+// The page comes from three sources: figures and windows from one reading of the dump (or from a
+// database), findings from a check of it, and clocks and pins from files that belong to the design.
+// It is a fixed text around one JSON value, so the order of the work is: gather all, which may
+// fail, then write the file in one go.
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <unordered_map>
 
 #include "activity/profile/profile_run.h"
 #include "cli/commands/commands.h"
@@ -37,8 +43,11 @@ constexpr char kReportHelp[] =
     "as kesncd check does. Of a large design it shows what toggles most, sums the rest and says "
     "so.\n";
 
+// A page draws each of them; more than a screen has pixels show nothing and only make the file
+// large.
 constexpr std::uint64_t kMostWindows = 2000;
 
+// What the options say; paths are empty where they are not given.
 struct ReportChoices {
   InputOptions input;
   TimeWindow window;
@@ -54,25 +63,33 @@ struct ReportChoices {
 /// leaves figures right is a note.
 ReportFacts::Finding FindingOf(const Finding& finding) {
   const FindingText& text = TextOf(finding.kind);
+  // "error" makes figures of this page wrong, "warning" those of other readers.
   std::string severity = "note";
   if (text.severity == Severity::WrongFigures) {
     severity = text.concerns == Concerns::AllRuns ? "error" : "warning";
   }
-  return {severity, RemarkOn(std::string(text.finding), finding.tally)};
+  std::string what(text.finding);
+  // Figures of the page are right where only hosts read the dump otherwise.
+  if (text.concerns != Concerns::AllRuns)
+    what.append(" (").append(TextOf(text.concerns)).append(")");
+  return {severity, RemarkOn(what, finding.tally)};
 }
 
-/// What a check finds, and the end of the span, where the dump can be read more than once.
+/// What a check finds, and the end of the span, where the dump can be read more than once. Without
+/// it `findings` stays empty, which the page tells from a dump without findings.
 void CheckDumpFor(const ReportChoices& options, ReportFacts& facts,
                   std::optional<std::uint64_t>& last) {
   if (!CanReadTwice(options.input)) return;
   UnpackedSource dump = OpenDump(options.input);
   const DumpCheck check = CheckDumpOf(options.input, dump);
   facts.findings.emplace();
+  // What only the grammar reader minds has no bearing on a page of exact figures.
   for (const Finding& finding : check.findings) {
     if (TextOf(finding.kind).concerns != Concerns::GrammarReader) {
       facts.findings->push_back(FindingOf(finding));
     }
   }
+  // The check has seen all stamps, so the windows come out right at once.
   last = check.body.lastTick;
 }
 
@@ -88,30 +105,32 @@ void AddReached(const ReportChoices& options, const ActivityResult& result, Repo
   const Netlist netlist = ReadNetlistOf(options.netlist);
   PinOptions pinOptions;
   pinOptions.top = options.netlistTop;
+  // A pin is reached where the dump holds its net under any of the net's names.
   const NetlistPins pins(netlist, result, pinOptions);
   facts.reached.push_back({"pins", pins.reached(), pins.pins(), FileName(options.netlist)});
 }
 
+/// `clocks` has to outlive the counting: which signals are clocks is known when the declarations
+/// are read.
 ProfileOptions ReportCounting(const ReportChoices& options, ReportClocks& clocks) {
-  ProfileOptions counting;
-  counting.counting.dump = NameOf(options.input);
-  counting.counting.window = options.window;
-  counting.counting.mostBits = MostBitsInMemory();
+  ProfileOptions counting = CountingOf(options.input, options.window, options.windows);
   counting.counting.watch = [&clocks,
                              dump = NameOf(options.input)](const Declarations& declarations) {
     return clocks.FindIn(declarations, dump);
   };
+  // All modules: the page sums what it does not show.
   counting.depth = UINT32_MAX;
-  counting.parts = options.windows.parts != 0 ? options.windows.parts : kUsualParts;
   return counting;
 }
 
-/// What a page is made of.
+/// What a page is made of. Whether it comes from a dump or from a database, from here on the page
+/// is the same.
 struct Reported {
   ProfileRun<Profile> run;
   ReportFacts facts;
 };
 
+/// A dump that is a file is read twice, once to check it; a pipe once, without findings.
 Reported ReadDump(const ReportChoices& options, ReportClocks& clocks) {
   Reported reported;
   ReportFacts& facts = reported.facts;
@@ -125,35 +144,39 @@ Reported ReadDump(const ReportChoices& options, ReportClocks& clocks) {
   ProfileRun<Profile>& run = reported.run;
   run = ReadByWindows(options.input, counting, last, count);
   SayOfProfile(run, counting);
+  // What is said on standard error belongs on the page too: whoever gets it has not seen the other.
   facts.notes = RemarksOn(run.base);
   if (run.figures.isFolded) facts.notes.push_back(FoldedText(run.figures, counting.parts));
   return reported;
 }
 
 /// When the clocks toggled, as far as a database holds it: of signals that are called like clocks.
+/// A clock that is missing ends the run: a page without it would look as if it stood still.
 std::vector<ToggleSpan> SpansOf(const std::vector<std::uint32_t>& codes, const KeptProfile& kept,
                                 const std::string& name) {
+  std::unordered_map<std::uint32_t, ToggleSpan> held;  // by code
+  for (const KeptProfile::Clock& clock : kept.clocks) held.emplace(clock.codeId, clock.span);
   std::vector<ToggleSpan> spans;
   for (const std::uint32_t codeId : codes) {
-    const auto clock =
-        std::find_if(kept.clocks.begin(), kept.clocks.end(),
-                     [codeId](const KeptProfile::Clock& one) { return one.codeId == codeId; });
-    if (clock == kept.clocks.end()) {
+    const auto clock = held.find(codeId);
+    if (clock == held.end()) {
       throw Failure(FailureKind::Unusable,
                     name +
                         ": holds when the signals toggle that are called like clocks, and no "
                         "others: these clocks of --sdc or --timing need the dump");
     }
-    spans.push_back(clock->span);
+    spans.push_back(clock->second);
   }
   return spans;
 }
 
+/// The same from a database, which holds all of it but the findings.
 Reported ReadDatabase(const ReportChoices& options, ActivityDatabase& database,
                       ReportClocks& clocks) {
   const std::string name = NameOf(options.input);
   StoredRun stored = ReadWithProfile(database, name, options.windows);
   KeptProfile& kept = *stored.profile;
+  // A database may hold any number: its windows were chosen for it, not for a page.
   if (kept.profile.windows() > kMostWindows) {
     throw Failure(FailureKind::Unusable, name + ": holds " +
                                              std::to_string(kept.profile.windows()) +
@@ -165,6 +188,7 @@ Reported ReadDatabase(const ReportChoices& options, ActivityDatabase& database,
   run.base = std::move(stored.exact);
   run.base.watched = SpansOf(clocks.FindIn(run.base.declarations, name), kept, name);
   run.figures = std::move(kept.profile);
+  // A page adds up modules itself, from sums by owner, as CountActivityAndProfile gives them.
   run.figures.toggles = std::move(run.figures.own);
   ReportFacts& facts = reported.facts;
   facts.dump = FileName(stored.facts.dump);
@@ -176,10 +200,13 @@ Reported ReadDatabase(const ReportChoices& options, ActivityDatabase& database,
   return reported;
 }
 
+/// The files of clocks are read first: a mistake in them shows before a long dump is read. A
+/// netlist is looked up in the dump's names, so it comes after.
 ExitStatus RunReport(const ReportChoices& options) {
   CheckOutputs({options.input.dump, options.netlist, options.sdc, options.timing},
                {options.output});
   ReportClocks clocks(options.sdc, options.timing);
+  // A database with another window is refused, not shown.
   const auto database = OpenDatabase(options.input, options.window);
   Reported reported =
       database ? ReadDatabase(options, *database, clocks) : ReadDump(options, clocks);
@@ -187,9 +214,12 @@ ExitStatus RunReport(const ReportChoices& options) {
   ReportFacts& facts = reported.facts;
   facts.program = "kesncd " KESNCD_VERSION;
   facts.clocks = clocks.Measured(run.base);
+  // After the reading, as only that tells which signals there are.
   AddReached(options, run.base, facts);
   const ReportPage page = GetReportPage();
+  // The file appears under its name when Commit is called; a failure before leaves what was there.
   OutputFile out(options.output);
+  // The page's own text, the same for every dump; it holds no data, and the data no markup.
   out.Write(page.before);
   out.Write(ReportJson(run.base, run.figures, facts));
   out.Write(page.after);
@@ -197,6 +227,7 @@ ExitStatus RunReport(const ReportChoices& options) {
   return ExitStatus::Done;
 }
 
+/// Before anything is read. An option without effect would hide a mistake.
 void CheckReportOptions(const ReportChoices& options) {
   CheckWindow(options.window);
   RefuseOtherEnding(options.output, {"html"});

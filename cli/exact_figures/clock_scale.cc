@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
 
 #include "cli/input/list_file.h"
 #include "cli/process/messages.h"
@@ -84,7 +85,7 @@ ClockCheck::ClockCheck(const ClockOptions& options)
     : scales_(!options.clock.empty()), sdc_(options.sdc) {
   if (scales_) clocks_.push_back(DesignClockOf(options.clock));
   if (sdc_.empty()) return;
-  const std::vector<DesignClock> clocks = SdcClocks(ReadText(sdc_));
+  const std::vector<DesignClock> clocks = SdcClocksOf(sdc_);
   if (clocks.empty()) Remark(sdc_, "it creates no clock with a period");
   clocks_.insert(clocks_.end(), clocks.begin(), clocks.end());
 }
@@ -96,6 +97,7 @@ std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
   for (const DesignClock& clock : clocks_) names.push_back(clock.signal);
   const SignalSearch search(declarations, Declarations::kDump, true, names);
   std::vector<std::uint32_t> codes;
+  std::unordered_map<std::uint32_t, std::size_t> places;  // by code, in `codes`
   for (std::size_t i = 0; i < clocks_.size(); ++i) {
     // From here on, of each clock: is it there, once, with one bit?
     const std::vector<std::uint32_t>& variables = search.Answer(i).variables;
@@ -111,9 +113,9 @@ std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
     // A second clock of a code is not watched twice: places in `codes` are those in `watched`.
     if (fault.empty()) {
       const std::uint32_t codeId = declarations.variables[variables.front()].codeId;
-      const auto place = std::find(codes.begin(), codes.end(), codeId);
-      found_.push_back({clocks_[i], static_cast<std::size_t>(place - codes.begin())});
-      if (place == codes.end()) codes.push_back(codeId);
+      const auto [place, isNew] = places.try_emplace(codeId, codes.size());
+      found_.push_back({clocks_[i], place->second});
+      if (isNew) codes.push_back(codeId);
     } else if (scales_ && i == 0) {
       // Only the clock of --clock is needed for the result.
       throw Failure(FailureKind::NothingMatched, std::string(dump).append(": ").append(fault));

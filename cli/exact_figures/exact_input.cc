@@ -1,4 +1,7 @@
 // One way in for dumps and databases.
+//
+// A command that starts from exact figures need not know where they come from: the run has the same
+// members either way, and remarks on it are said here, once.
 #include "cli/exact_figures/exact_input.h"
 
 #include <memory>
@@ -15,6 +18,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
+// The exact run owns the declarations that the hosts' figures refer to.
 void TakeBoth(BothRuns both, StoredRun& run) {
   run.exact = std::move(both.exact);
   run.host = std::move(both.host);
@@ -22,16 +26,13 @@ void TakeBoth(BothRuns both, StoredRun& run) {
 
 /// Counts with a profile, which takes two readings where the end of the span is not to be seen.
 void CountProfiled(const ExactInput& options, StoredRun& run) {
-  ProfileOptions counting;
-  counting.counting.dump = run.facts.dump;
-  counting.counting.window = options.window;
-  counting.counting.mostBits = MostBitsInMemory();
+  ProfileOptions counting = CountingOf(options.input, options.window, *options.profile);
   ReportClocks clocks;
+  // A database keeps the toggles of signals that are called like clocks: which clocks a report will
+  // be asked for is not known yet.
   counting.counting.watch = [&](const Declarations& declarations) {
     return clocks.FindIn(declarations, run.facts.dump);
   };
-  counting.parts = options.profile->parts != 0 ? options.profile->parts : kUsualParts;
-  counting.length = options.profile->length;
   std::optional<std::uint64_t> last;
   if (!counting.length) last = ExpectedLast(options.input, counting.counting);
   const auto count = [](auto& dump, const ProfileOptions& how) {
@@ -48,6 +49,8 @@ void CountProfiled(const ExactInput& options, StoredRun& run) {
   }
 }
 
+/// Counts a dump: with a profile, with the hosts' figures, or neither. The facts are filled in
+/// first, since remarks use the dump's name.
 StoredRun CountRun(const ExactInput& options) {
   StoredRun run;
   // What a database of this run will say of itself.
@@ -88,11 +91,14 @@ StoredRun ReadExactRun(const ExactInput& options) {
   StoredRun run;
   if (!database) {
     run = CountRun(options);
+    // Windows that are named have to be those of the database; of windows that are not, any will
+    // do, and none will do too.
   } else if (options.profile && !options.profile->IsAny()) {
     run = ReadWithProfile(*database, NameOf(options.input), *options.profile);
   } else {
     run = database->ReadAll();
   }
+  // Who asked for no profile need not look whether the database had one.
   if (!options.profile) run.profile.reset();
   for (const std::string& remark : RemarksOn(run.exact)) Remark(NameOf(options.input), remark);
   return run;

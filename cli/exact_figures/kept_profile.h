@@ -21,6 +21,7 @@ struct WindowsAsked {
   std::optional<std::uint64_t> length;  // femtoseconds
 
   bool IsAny() const { return parts == 0 && !length; }
+  std::uint64_t PartsOrUsual() const { return parts != 0 ? parts : kUsualParts; }
 };
 
 /// "windows of 10 ns", "200 equal parts of the span".

@@ -9,10 +9,15 @@
 #include <type_traits>
 
 #include "activity/profile/profile_run.h"
+#include "cli/exact_figures/kept_profile.h"
 #include "cli/input/dump_input.h"
 #include "cli/input/reading_threads.h"
 
 namespace orsa::kesncd::cli {
+
+/// What every counting by windows is told of the dump and the windows that are asked for.
+ProfileOptions CountingOf(const InputOptions& input, const TimeWindow& window,
+                          const WindowsAsked& windows);
 
 /// Whether a dump can be read a second time: a pipe cannot.
 bool CanReadTwice(const InputOptions& input);

@@ -1,4 +1,9 @@
 // Rows of profiles: for reading with a bar, for programs with every module.
+//
+// The same rows serve two readers. A table has times with units, the busiest modules and a bar of
+// the row's toggles. The other formats have ticks, which are exact, and a column for every module
+// that declares anything; their columns never depend on the figures, so that runs of a design can
+// be put side by side.
 #include "cli/exact_figures/profile_rows.h"
 
 #include <algorithm>
@@ -20,6 +25,7 @@ constexpr double kMicrosecond = 1e9;  // in femtoseconds
 // More columns do not fit on a terminal; --wide shows all.
 constexpr std::size_t kTableModules = 6;
 
+// What the output will be in the end: a path's ending or --format decides, else it is a table.
 bool IsTable(const OutputOptions& output) {
   return ChosenFormat(output.format, output.path, RowFormats(), Format::Table) == Format::Table;
 }
@@ -33,7 +39,8 @@ std::string TimeOf(std::uint64_t ticks, const ActivityResult& base) {
   return TimeText(femtoseconds);
 }
 
-/// A table shows times in units; programs get ticks.
+/// A table shows times in units; programs get ticks. So a table's times can be pasted as options,
+/// and a program's times compared.
 Cell TimeCell(std::uint64_t ticks, const ActivityResult& base, bool isTable) {
   return isTable ? Cell(TimeOf(ticks, base)) : Cell(WideCount{ticks});
 }
@@ -60,6 +67,8 @@ std::string BarOf(std::uint64_t part, std::uint64_t whole) {
 /// for each row. Which modules have columns is decided in the constructor, the same for all rows.
 class ToggleColumns {
  public:
+  /// `totals` are the toggles of modules over all rows, `most` those of the busiest row, which has
+  /// the longest bar.
   ToggleColumns(const ModuleTree& tree, std::vector<std::uint64_t> totals, std::uint64_t most,
                 const ActivityResult& base, const OutputOptions& output)
       : base_(base), isTable_(IsTable(output)), most_(most) {
@@ -81,6 +90,7 @@ class ToggleColumns {
     std::sort(shown_.begin(), shown_.end());
   }
 
+  /// To the heading, after the columns of the rows themselves.
   void AppendTo(std::vector<Column>& columns, const ModuleTree& tree) const {
     columns.insert(columns.end(), {"toggles", "toggles_per_us"});
     // Names of columns that are not modules.
@@ -120,12 +130,14 @@ class ToggleColumns {
   const ActivityResult& base_;
   const bool isTable_;
   const std::uint64_t most_;
+  // In the dump's order.
   std::vector<std::uint32_t> shown_;  // modules
   std::vector<std::string> paths_;    // of all
   std::size_t hidden_ = 0;
 };
 
-/// The facts of JSON; null for what is not known.
+/// The facts of JSON; null for what is not known. `begin` and `end` are the span that was counted,
+/// in ticks like everything that programs get.
 Facts ProfileFacts(const ActivityResult& base, const ProfileSubject& subject,
                    const ModuleTree& tree) {
   const std::string scope = base.declarations.PathOf(tree.scopes.front());
@@ -141,12 +153,14 @@ Facts ProfileFacts(const ActivityResult& base, const ProfileSubject& subject,
 }
 
 /// For a table's last line. A column that is missing has to be said: rows of a table look complete.
+/// Empty where none is hidden, as in all formats but tables.
 std::string HiddenText(std::size_t hidden) {
   if (hidden == 0) return "";
   return "; " + std::to_string(hidden) +
          " modules with fewer toggles are not shown, --wide shows them";
 }
 
+// Empty for a module that never toggled.
 std::uint64_t SumOf(const std::vector<std::uint64_t>& row) {
   return std::accumulate(row.begin(), row.end(), std::uint64_t{0});
 }
@@ -161,7 +175,7 @@ ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& su
   // By module, over all windows.
   std::vector<std::uint64_t> totals;
   for (const auto& row : profile.toggles) totals.push_back(SumOf(row));
-  // The longest bar is the busiest window's.
+  // The longest bar is the busiest window's. Of the scope, which is module 0.
   const std::vector<std::uint64_t>& all = profile.toggles.front();
   const std::uint64_t most = all.empty() ? 0 : *std::max_element(all.begin(), all.end());
   const ToggleColumns toggles(profile.modules, totals, most, base, output);
@@ -238,7 +252,8 @@ namespace {
 /// Modules or signals with their toggles.
 using Ranking = std::vector<std::pair<std::uint32_t, std::uint64_t>>;
 
-/// The most active ones first, of equal ones the earlier, and no more than are wanted.
+/// The most active ones first, of equal ones the earlier, and no more than are wanted. Stable, so
+/// that results do not depend on the library that sorts.
 void KeepMost(Ranking& ranking, std::uint64_t limit) {
   // What never toggles in the peak explains nothing of it.
   std::erase_if(ranking, [](const auto& one) { return one.second == 0; });
@@ -247,7 +262,8 @@ void KeepMost(Ranking& ranking, std::uint64_t limit) {
   if (ranking.size() > limit) ranking.resize(limit);
 }
 
-/// In the scope, without itself: it is the row "all".
+/// In the scope, without itself: it is the row "all". A deep module is listed beside those around
+/// it, so the busiest path shows from the top down.
 Ranking RankedModules(const ActivityRows& rows, std::uint32_t scope) {
   Ranking modules;
   const std::vector<ActivitySums> sums = rows.ModuleSums();
@@ -259,7 +275,7 @@ Ranking RankedModules(const ActivityRows& rows, std::uint32_t scope) {
   return modules;
 }
 
-/// Each signal once, by its first name.
+/// Each signal once, by its first name. The toggles of a signal are those of all its bits.
 Ranking SignalsOf(const ActivityRows& rows, std::uint32_t scope, const ActivityResult& result) {
   Ranking signals;
   std::vector<bool> isSeen(result.declarations.codes.size());
@@ -273,7 +289,9 @@ Ranking SignalsOf(const ActivityRows& rows, std::uint32_t scope, const ActivityR
   return signals;
 }
 
-/// Rows of what toggles in a peak. Calling order: construct, Add for each row, End.
+/// Rows of what toggles in a peak. Calling order: construct, Add for each row, End. The first row
+/// is the whole scope, whose share is 1; shares of modules overlap, since each has what is below
+/// it.
 class PeakRows {
  public:
   PeakRows(const ProfileRun<Peak>& run, const OutputOptions& output, const std::string& dump,
@@ -293,6 +311,7 @@ class PeakRows {
     }
     out_.Add(row);
   }
+  /// The line after a table: where the peak is.
   void End() {
     const Peak& peak = run_.figures;
     out_.End({{},
@@ -303,6 +322,7 @@ class PeakRows {
   }
 
  private:
+  /// Before the members are there, hence static: the output is opened with it.
   static ResultHead HeadOf(const ProfileRun<Peak>& run, const std::string& dump,
                            const std::string& scope, bool isTable) {
     const ActivityResult& base = run.base;

@@ -2,6 +2,7 @@
 #include "cli/exact_figures/report_clocks.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "cli/input/list_file.h"
 #include "cli/input/sdc_clocks.h"
@@ -42,8 +43,8 @@ std::optional<double> FrequencyOf(const ToggleSpan& span, const ActivityResult& 
 ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
     : sdc_(sdc), timing_(timing) {
   if (!sdc.empty()) {
-    for (const DesignClock& clock : SdcClocks(ReadText(sdc))) {
-      // SdcClocks gives no clock without a period, so this divides by no 0.
+    for (const DesignClock& clock : SdcClocksOf(sdc)) {
+      // SdcClocksOf gives no clock without a period, so this divides by no 0.
       const double mhz = kMegahertzPeriod / static_cast<double>(clock.period);
       clocks_.push_back({clock.name, clock.signal, mhz, "SDC"});
     }
@@ -75,6 +76,7 @@ std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations
   std::vector<std::string> names;
   for (const Clock& clock : clocks_) names.push_back(clock.signal);
   const SignalSearch search(declarations, Declarations::kDump, true, names);
+  std::unordered_map<std::uint32_t, std::size_t> places;  // by code, in `codes`
   for (std::size_t i = 0; i < clocks_.size(); ++i) {
     const std::vector<std::uint32_t>& found = search.Answer(i).variables;
     // An ambiguous clock is left out rather than guessed; it stays in the list without a frequency.
@@ -87,10 +89,10 @@ std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations
     }
     const std::uint32_t codeId = declarations.variables[found.front()].codeId;
     // Several clocks on one signal share a place.
-    const auto place = std::find(codes.begin(), codes.end(), codeId);
-    clocks_[i].watched = static_cast<std::size_t>(place - codes.begin());
+    const auto [place, isNew] = places.try_emplace(codeId, codes.size());
+    clocks_[i].watched = place->second;
     clocks_[i].isFound = true;
-    if (place == codes.end()) codes.push_back(codeId);
+    if (isNew) codes.push_back(codeId);
   }
   return codes;
 }

@@ -33,11 +33,11 @@ class PackedSource : public ByteSource {
   std::string_view NextBlock() {
     return {block_.data(), packed_->Read(block_.data(), block_.size())};
   }
-  /// Each throws Failure with Unusable, "sim.vcd.gz: its packed bytes are damaged".
+  /// Each throws Failure with Unusable, "sim.vcd.gz: its packed bytes are corrupt".
   [[noreturn]] void Fail(const std::string& why) const {
     throw Failure(FailureKind::Unusable, name_ + ": " + why);
   }
-  [[noreturn]] void FailDamaged() const { Fail("its packed bytes are damaged"); }
+  [[noreturn]] void FailCorrupt() const { Fail("its packed bytes are corrupt"); }
   [[noreturn]] void FailCut() const { Fail("it is cut off inside its packed bytes"); }
 
  private:

@@ -1,11 +1,17 @@
 // As much of Tcl as constraints of clocks are written in: commands, words, braces and brackets.
 #include "cli/input/sdc_clocks.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <unordered_set>
+#include <utility>
 
+#include "cli/input/list_file.h"
+#include "cli/process/messages.h"
+#include "free_format/remarks.h"
 #include "vcd/time_text.h"
 
 namespace orsa::kesncd::cli {
@@ -15,6 +21,8 @@ namespace {
 constexpr std::string_view kBlanks = " \t\r\n";
 // Longer periods are a slip of units.
 constexpr double kLongestPeriod = 1e15;  // femtoseconds: a second
+// Each signal of a clock has its name, so one file must not make them all endless.
+constexpr std::size_t kLongestName = 1000;
 
 // The words of one command, without what parts them; braces and quotes are still there.
 using Words = std::vector<std::string>;
@@ -32,11 +40,15 @@ class Commands {
     while (at_ < text_.size()) {
       if (TakeCharacter(text_[at_++]) && !words_.empty()) return std::move(words_);
     }
-    // The last command needs no end.
+    // The last command needs no end, but its braces and quotes do.
+    endsOpen_ = depth_ > 0 || isQuoted_;
     EndWord();
     if (words_.empty()) return std::nullopt;
     return std::move(words_);
   }
+
+  /// Whether the text ended inside braces, brackets or quotes. To be asked after the last command.
+  bool EndsOpen() const { return endsOpen_; }
 
  private:
   /// True for a character that ends a command.
@@ -73,8 +85,9 @@ class Commands {
   /// Braces and brackets are counted together: a file in which they do not match is nobody's to
   /// repair, and is read as well as it goes.
   void Nest(char c) {
-    // Quotes inside braces count too, unlike in Tcl; names have none.
-    if (c == '"') isQuoted_ = !isQuoted_;
+    // As in Tcl, a quote inside braces is a character, and so is a brace inside quotes.
+    if (c == '"' && depth_ == 0) isQuoted_ = !isQuoted_;
+    if (isQuoted_) return;
     if (c == '{' || c == '[') ++depth_;
     if ((c == '}' || c == ']') && depth_ > 0) --depth_;
   }
@@ -92,6 +105,7 @@ class Commands {
   // Open braces and brackets. 64 bits: a hostile file may be nothing else.
   std::int64_t depth_ = 0;
   bool isQuoted_ = false;
+  bool endsOpen_ = false;
   const std::string_view text_;
   std::size_t at_ = 0;
 };
@@ -141,7 +155,7 @@ std::optional<std::uint64_t> PeriodOf(const std::string& text, std::uint64_t uni
 
 /// Takes one create_clock command apart. Unknown options are passed over without their values,
 /// which then look like signals: the last word that is no option counts.
-void AddClocks(const Words& words, std::uint64_t unit, std::vector<DesignClock>& clocks) {
+void AddClocks(const Words& words, std::uint64_t unit, SdcClocks& found) {
   DesignClock clock;
   Words signals;
   for (std::size_t i = 1; i < words.size(); ++i) {
@@ -150,7 +164,7 @@ void AddClocks(const Words& words, std::uint64_t unit, std::vector<DesignClock>&
       clock.period = PeriodOf(value, unit).value_or(0);
       ++i;
     } else if (words[i] == "-name") {
-      clock.name = value;
+      clock.name = value.substr(0, kLongestName);
       ++i;
     } else if (words[i] == "-waveform" || words[i] == "-comment") {
       // Their value is a list or a text, and no signal.
@@ -159,29 +173,33 @@ void AddClocks(const Words& words, std::uint64_t unit, std::vector<DesignClock>&
       signals = NamesIn(words[i]);
     }
   }
-  // No period, or one that is no number: nothing to compare.
-  if (clock.period == 0) return;
+  if (clock.period == 0) {  // nothing to compare
+    found.unread.Add(0, "");
+    return;
+  }
   // A virtual clock has no signal; a dump may have one of that name all the same.
   if (signals.empty() && !clock.name.empty()) signals.push_back(clock.name);
   clock.periodText = TimeText(clock.period);
-  // One clock for each signal that carries it.
+  // One clock for each signal that carries it, however often it is listed.
+  std::unordered_set<std::string_view> seen;
   for (const std::string& signal : signals) {
-    clocks.push_back(clock);
-    clocks.back().signal = signal;
-    if (clock.name.empty()) clocks.back().name = signal;
+    if (!seen.insert(signal).second) continue;
+    found.clocks.push_back(clock);
+    found.clocks.back().signal = signal;
+    if (clock.name.empty()) found.clocks.back().name = signal;
   }
 }
 
 }  // namespace
 
-std::vector<DesignClock> SdcClocks(std::string_view text) {
-  std::vector<DesignClock> clocks;
+SdcClocks ReadSdcClocks(std::string_view text) {
+  SdcClocks found;
   // Nanoseconds, unless set_units says otherwise.
   std::uint64_t unit = Femtoseconds("1ns").value_or(1);
   Commands commands(text);
   while (const std::optional<Words> words = commands.Next()) {
     // The unit may change between two clocks; each has the one before it.
-    if (words->front() == "create_clock") AddClocks(*words, unit, clocks);
+    if (words->front() == "create_clock") AddClocks(*words, unit, found);
     for (std::size_t i = 1; words->front() == "set_units" && i + 1 < words->size(); ++i) {
       if ((*words)[i] != "-time") continue;
       // "-time ps" and "-time 1ps" are both written.
@@ -190,7 +208,19 @@ std::vector<DesignClock> SdcClocks(std::string_view text) {
       unit = Femtoseconds(hasNumber ? text_ : "1" + text_).value_or(unit);
     }
   }
-  return clocks;
+  found.endsOpen = commands.EndsOpen();
+  return found;
+}
+
+std::vector<DesignClock> SdcClocksOf(const std::string& path) {
+  SdcClocks found = ReadSdcClocks(ReadText(path));
+  if (found.unread) {
+    Remark(path, RemarkOn("clocks without a period that is a number, left out", found.unread));
+  }
+  if (found.endsOpen) {
+    Remark(path, "it ends inside a brace, bracket or quote: clocks in there are not read");
+  }
+  return std::move(found.clocks);
 }
 
 }  // namespace orsa::kesncd::cli

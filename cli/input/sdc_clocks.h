@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+#include "vcd/tally.h"
+
 namespace orsa::kesncd::cli {
 
 /// A clock and its period in the design. Ready to be compared with a dump: the period in the unit
@@ -29,12 +31,18 @@ struct DesignClock {
   std::string periodText;
 };
 
-/// The clocks that create_clock commands of a text make, one for each object that carries it.
-/// Periods are in nanoseconds unless set_units says otherwise; clocks whose period is no number,
-/// but a variable say, are left out. `text` is the whole file; its clocks come in the file's order.
-/// Never throws for what it does not understand: other commands of the constraints are none of its
-/// business.
-std::vector<DesignClock> SdcClocks(std::string_view text);
+/// What the create_clock commands of a text say.
+struct SdcClocks {
+  std::vector<DesignClock> clocks;  // in the file's order, one for each object that carries it
+  bool endsOpen = false;            // the text ends inside a brace, bracket or quote
+  Tally unread;                     // commands whose period is no number, but a variable say
+};
+
+/// Reads a whole file. Periods are in nanoseconds unless set_units says otherwise. Never throws for
+/// what it does not understand: other commands of the constraints are none of its business.
+SdcClocks ReadSdcClocks(std::string_view text);
+/// The clocks of a constraints file; says how many of them could not be read. Throws as ReadText.
+std::vector<DesignClock> SdcClocksOf(const std::string& path);
 
 }  // namespace orsa::kesncd::cli
 

@@ -61,7 +61,7 @@ class XzSource : public PackedSource {
       FailCut();
     } else if (outcome != LZMA_OK && outcome != LZMA_BUF_ERROR) {
       // LZMA_BUF_ERROR otherwise is only the wish for more input or room.
-      FailDamaged();
+      FailCorrupt();
     }
   }
 
@@ -129,7 +129,7 @@ class Bzip2Source : public PackedSource {
     } else if (outcome == BZ_MEM_ERROR) {
       throw std::bad_alloc();
     } else if (outcome != BZ_OK) {
-      FailDamaged();
+      FailCorrupt();
     }
   }
 

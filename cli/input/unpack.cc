@@ -82,7 +82,7 @@ class GzipSource : public PackedSource {
       (void)inflateReset(&state_);
     } else if (outcome != Z_OK && outcome != Z_BUF_ERROR) {
       // Z_BUF_ERROR is only the wish for more input.
-      FailDamaged();
+      FailCorrupt();
     }
   }
 
@@ -110,7 +110,7 @@ class ZstdSource : public PackedSource {
       // 0 when a frame is complete, else a hint of how much comes; an error is told apart by
       // ZSTD_isError.
       wanted_ = ZSTD_decompressStream(state_.get(), &out, &in_);
-      if (ZSTD_isError(wanted_) != 0) FailDamaged();
+      if (ZSTD_isError(wanted_) != 0) FailCorrupt();
     }
     return out.pos;
   }

@@ -5,6 +5,11 @@
 
 namespace orsa::kesncd {
 
+std::string StampText(std::uint64_t ticks) {
+  std::string text(1, '#');
+  return text += std::to_string(ticks);
+}
+
 void CodeAccount::Join(const CodeAccount& next) {
   // The stretch gives the code no value.
   if (next.first == 0) return;

@@ -5,6 +5,7 @@
 #define KESNCD_FREE_FORMAT_FINDINGS_BODY_ACCOUNT_H_
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "free_format/host_rule.h"
@@ -12,6 +13,9 @@
 #include "vcd/tally.h"
 
 namespace orsa::kesncd {
+
+/// A stamp as dumps write it: "#100".
+std::string StampText(std::uint64_t ticks);
 
 /// Figures of a body.
 struct BodyFacts {

@@ -47,11 +47,6 @@ std::array<unsigned char, 256> KindsOfCharacters() {
   return kinds;
 }
 
-std::string StampText(std::uint64_t ticks) {
-  std::string text(1, '#');
-  return text += std::to_string(ticks);
-}
-
 }  // namespace
 
 /// Plain lines, which the watch has to see as well. Until the first stamp, lines go one by one, so

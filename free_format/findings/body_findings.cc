@@ -1,4 +1,7 @@
 // What a dump's body shows of its troubles.
+//
+// Counters are filled in while the body is read (BodyCheck, DumpItems); when all is read, they
+// become findings here. A tally of 0 is none.
 #include <array>
 #include <charconv>
 #include <memory>
@@ -19,11 +22,6 @@ namespace {
 
 // A larger share is worth knowing.
 constexpr double kUnknownShare = 0.01;  // of a signal's changes
-
-std::string StampText(std::uint64_t ticks) {
-  std::string text(1, '#');
-  return text += std::to_string(ticks);
-}
 
 /// As a double's shortest text, since that is what the reader has.
 std::string TickText(double ticks) {

@@ -138,8 +138,9 @@ std::vector<std::uint64_t> TogglesIn(const ActivityResult& activity, const Modul
   return toggles;
 }
 
-template <class Count>
-auto Counted(const RandomDump& dump, const ProfileOptions& options, Count count) {
+template <class Figures>
+ProfileRun<Figures> Counted(const RandomDump& dump, const ProfileOptions& options,
+                            ProfileRun<Figures> (*count)(ByteSource&, const ProfileOptions&)) {
   TextSource source(dump.text, 100);
   return count(source, options);
 }
@@ -171,7 +172,7 @@ TEST(RandomProfile, WindowsHaveTheActivityBetweenTheirEdges) {
     options.parts = 1 + dump.Below(9);
     if (seed % 3 == 0) options.last = dump.last();
     if (seed % 3 == 1) options.length = 1 + (dump.last() - dump.first()) / options.parts;
-    const ProfileRun<Profile> run = Counted(dump, options, CountProfile);
+    const ProfileRun<Profile> run = Counted<Profile>(dump, options, CountProfile);
     EXPECT_TRUE(run.wasLastRight);
     ExpectWindowsOfActivity(dump, run);
     const std::uint64_t begin = run.base.firstTick;
@@ -215,7 +216,7 @@ TEST(RandomProfile, SaysWhereAnotherLastStampWasExpected) {
     ProfileOptions options = OptionsFor(dump, {});
     options.last = dump.first() + dump.Below(2 * (dump.last() - dump.first()));
     if (*options.last < dump.first()) options.last = UINT64_MAX;
-    const ProfileRun<Profile> run = Counted(dump, options, CountProfile);
+    const ProfileRun<Profile> run = Counted<Profile>(dump, options, CountProfile);
     EXPECT_EQ(run.wasLastRight, *options.last == dump.last());
     const std::vector<std::uint64_t>& all = run.figures.toggles.front();
     EXPECT_EQ(std::accumulate(all.begin(), all.end(), std::uint64_t{0}),
@@ -229,7 +230,7 @@ TEST(RandomProfile, ActivityBesideAProfileIsTheSame) {
     RandomDump dump(seed);
     const TimeWindow window = dump.SomeWindow();
     const ProfileRun<Profile> run =
-        Counted(dump, OptionsFor(dump, window), CountActivityAndProfile);
+        Counted<Profile>(dump, OptionsFor(dump, window), CountActivityAndProfile);
     const ActivityResult alone = ActivityBetween(dump, window);
     EXPECT_EQ(run.base.bits, alone.bits);
     EXPECT_EQ(run.base.observedTicks, alone.observedTicks);

@@ -118,7 +118,7 @@ kesncd activity d.vcd --format tcl -q --clock clk=20ns --match clk | grep -v '^#
      => set_power_activity -pins \[get_pins \{\n  tb/clk\n  tb/u1/clk\n\}\] -activity 2 -duty 0.5\n
 kesncd activity d.vcd --format tcl -q --match tb/clk --time-unit 10ns | tail -1 => 0 => .* -activity 2 -duty 0.5\n
 kesncd activity d.vcd --sdc c.sdc -o o => 0 =>  => 
-    kesncd: d.vcd: has no clock lost, .*\nkesncd: d.vcd: has no clock d, .*\nREAL
+    kesncd: c.sdc: clocks without a period .*: 1\nkesncd: d.vcd: has no clock lost, .*\nkesncd: d.vcd: has no clock d, .*\nREAL
     kesncd: d.vcd: clock core has a period of 10ns here, but of 20ns in c.sdc, 2 times as long; --clock clk=20ns .*\n
 kesncd activity d.vcd --sdc none.vcd -o o => 0 =>  => kesncd: none.vcd: it creates no clock .*\nREAL)");
 }

@@ -62,9 +62,16 @@ ln d.vcd d.html; kesncd report d.vcd -o d.html => 2 =>  => kesncd: d.html: is an
 // What a database holds over time is what the dump says; what it does not hold is refused.
 TEST(ProfileCommand, TakesDatabasesForTheWindowsThatTheyHold) {
   const TempDir dir;
-  dir.Write("d.vcd", ReadAll(CasesOf("profile") + "/shared-port.vcd"));
+  dir.Write("d.vcd", CaseIn(kCases, "shared port").dump);
   dir.Write("c.sdc", "create_clock -period 25 -name core [get_ports clk]\n");
   dir.Write("q.sdc", "create_clock -period 25 -name core [get_ports q]\n");
+  dir.Write("flat.vcd", "$var wire 1 ! a $end $enddefinitions $end #0 0! #5 1! \n");
+  // A forger makes the sums of empty tables that of another one.
+  dir.Write("forge.sql",
+            "delete from time_window; delete from module_toggles;\n"
+            "update run set value = 1 where name = 'profile_folded';\n"
+            "update run set value = (select value from run where name = 'checksum_dumping_gap')\n"
+            "  where name in ('checksum_time_window', 'checksum_module_toggles');\n");
   dir.Write("same",
             "for more in '' '--depth 3' '--scope top/a' '--scope b --depth 1'; do\n"
             "  kesncd profile d.vcd $1 $more --format json -q > a.json\n"
@@ -89,6 +96,8 @@ kesncd activity d.vcd -q --window 30ns --begin 15ns -o d.kact && kesncd profile 
 kesncd activity - -q --windows 3 -o p.kact < d.vcd && kesncd profile p.kact -q --format csv > a && kesncd profile - -q --windows 3 --format csv < d.vcd | cmp - a => 0 => 
 kesncd activity d.vcd -q --no-profile -o n.kact && kesncd profile n.kact -q => 2 =>  => kesncd: n.kact: holds no figures over time: .*--no-profile.*\n
 kesncd merge d.kact d.kact -q -o m.kact && kesncd profile m.kact -q => 2 =>  => kesncd: m.kact: holds no figures over time: it was merged from several runs, .*\n
+kesncd activity flat.vcd -q -o z.kact && sqlite3 z.kact < forge.sql && kesncd profile z.kact -q => 2 =>  => kesncd: z.kact: is a corrupt database: .*\n
+kesncd report z.kact -q -o z.html => 2 =>  => kesncd: z.kact: is a corrupt database: .*\n
 kesncd activity d.vcd --windows 5 => 2 =>  => kesncd: --windows, --window and --no-profile are for a database; .*\n.*\n
 kesncd activity d.vcd --part 1/2 --windows 5 -o e.kact => 2 =>  => kesncd: --part: parts have no windows, .*\n.*\n)");
 }

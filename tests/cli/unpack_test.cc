@@ -17,6 +17,9 @@ struct Packing {
   const char* name;
   const char* command;
 };
+void PrintTo(const Packing& packing, std::ostream* out) {
+  *out << packing.name;
+}
 constexpr Packing kPackings[] = {
     {"gzip", "gzip -nc"}, {"zstd", "zstd -qc --check"}, {"xz", "xz -c"}, {"bzip2", "bzip2 -c"}};
 
