@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -119,8 +120,18 @@ unsigned ThreadsWithin(std::uint64_t bytesOfEach, unsigned jobs);
 /// Where the stretches end, from one on.
 std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, std::size_t first);
 
-/// Reads the body in stretches as FileDump::Cut gave them. `make` makes a taker (see ReadBody) that
-/// also has
+/// A taker for a stretch, of which `make` may want to know the number.
+template <class Make>
+auto MakeTaker(Make& make, std::size_t stretch) {
+  if constexpr (std::is_invocable_v<Make&, std::size_t>) {
+    return make(stretch);
+  } else {
+    return make();
+  }
+}
+
+/// Reads the body in stretches as FileDump::Cut gave them. `make()`, or `make(stretch)` with 0 for
+/// the one that begins the body, makes a taker (see ReadBody) that also has
 ///
 ///   bool Precedes(const Taker& next) const    what `next` took from a stretch that begins with a
 ///                                             stamp adds to what this one took right before it
@@ -131,7 +142,7 @@ std::vector<std::uint64_t> EndsFrom(const std::vector<StretchRange>& stretches, 
 template <class Make, class Take>
 ItemTallies ReadInParts(FileDump& dump, const Declarations& declarations,
                         const std::vector<StretchRange>& stretches, Make make, Take take) {
-  using Pointer = decltype(make());
+  using Pointer = decltype(MakeTaker(make, 0));
   using Reader = StretchReader<typename Pointer::element_type>;
   std::vector<Pointer> takers(stretches.size());
   std::vector<std::unique_ptr<Reader>> readers(stretches.size());
@@ -139,7 +150,7 @@ ItemTallies ReadInParts(FileDump& dump, const Declarations& declarations,
   std::atomic<bool> isUnwanted{false};
   for (std::size_t i = 0; i < stretches.size(); ++i) {
     jobs.emplace_back([&, i] {
-      takers[i] = make();
+      takers[i] = MakeTaker(make, i);
       if (i == 0) {
         readers[i] = std::make_unique<Reader>(dump, declarations, *takers[i]);
       } else {

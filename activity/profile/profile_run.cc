@@ -6,8 +6,8 @@
 // time, windows with the activity of every bit, a clock, a signal's values, or the search for a
 // peak.
 //
-// Only runs by windows are read in stretches: where the rows of a clock end is not known to a
-// thread that begins in the middle of the dump.
+// Any of them may read stretches of a file in threads, which add up to the same to the last toggle.
+// Where a signal cuts time, a stretch may hold more than can be added: one thread reads then.
 #include "activity/profile/profile_run.h"
 
 #include <algorithm>
@@ -17,8 +17,10 @@
 #include "activity/activity_counter.h"
 #include "activity/activity_start.h"
 #include "activity/profile/bits_and_windows.h"
+#include "activity/profile/peak_search.h"
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/signal_cuts.h"
+#include "activity/profile/stretch_too_large.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"
@@ -33,6 +35,7 @@ namespace {
 constexpr std::uint64_t kBytesPerBit = 64;  // of toggles, with what a stretch begins with
 constexpr std::uint64_t kBytesPerBitWithActivity = 200;
 constexpr std::uint64_t kBytesPerBitWithBoth = 240;
+constexpr std::uint64_t kBytesPerSum = 16;  // of a module, beside those in rows
 
 /// What all kinds of runs share. Calling order: construct, make a taker, Read or ReadParts, End.
 /// The steps keep an order that a hostile dump cannot upset: what the declarations ask for in
@@ -78,19 +81,25 @@ class Run {
       Read(*taker);
       return taker;
     }
-    // The first stretch's taker becomes the whole, and each further one adds to it. ReadInParts
-    // gives them in the order of the dump, one at a time, when all have been read.
-    decltype(make(windows)) whole;
-    const auto add = [&](auto taker) {
-      if (whole) {
-        whole->Add(*taker);
-      } else {
-        whole = std::move(taker);
-      }
-    };
-    start.result.notes.items = ReadInParts(
-        *dump, start.result.declarations, dump->Cut(threads), [&] { return make(windows); }, add);
-    return whole;
+    return ReadTogether(*dump, threads, [&] { return make(windows); });
+  }
+
+  /// The same for takers that need no windows, but know whether they begin the body:
+  /// `make(isFirst, sharers)`. So many of them share the room that one has, but for the first, so
+  /// that threads take no more than twice the memory of one.
+  template <class Make>
+  auto ReadCuts(FileDump* dump, Make make) {
+    const std::uint64_t bytes = kBytesPerBit * start.codes.bits() + kBytesPerSum * tree.size();
+    const bool isCut = dump != nullptr && !start.result.declarations.hasWord;
+    const unsigned threads = isCut ? ThreadsWithin(bytes, options_.counting.jobs) : 1;
+    if (threads == 1) {
+      auto taker = make(true, 1);
+      Read(*taker);
+      return taker;
+    }
+    return ReadTogether(*dump, threads, [&](std::size_t stretch) {
+      return make(stretch == 0, stretch == 0 ? 1 : threads);
+    });
   }
 
   /// Takes what is known of time. Throws where the window is empty. The declarations move into the
@@ -112,6 +121,24 @@ class Run {
   }
 
  private:
+  /// Reads with takers that `make` makes, as of ReadInParts, and adds them up.
+  template <class Make>
+  auto ReadTogether(FileDump& dump, unsigned threads, Make make) {
+    // The first stretch's taker becomes the whole, and each further one adds to it. ReadInParts
+    // gives them in the order of the dump, one at a time, when all have been read.
+    decltype(MakeTaker(make, 0)) whole;
+    const auto add = [&](auto taker) {
+      if (whole) {
+        whole->Add(*taker);
+      } else {
+        whole = std::move(taker);
+      }
+    };
+    start.result.notes.items =
+        ReadInParts(dump, start.result.declarations, dump.Cut(threads), make, add);
+    return whole;
+  }
+
   // How many threads read. One where the edges of windows follow from what is read (windows that
   // fold), or where the first word of the body was taken with the declarations, so that the body
   // does not begin at a known byte. Else as many as memory allows: beside its bits, each thread has
@@ -256,58 +283,95 @@ ProfiledRuns CountBothAndProfile(ByteFile& file, const ProfileOptions& options) 
 
 namespace {
 
-/// Reads the dump with one listener to the signal of the options. Steps that end with the dump are
-/// told by Finish: there is no stamp after them.
+/// Reads the dump by what the options' signal cuts it into. Steps that end with the dump are told
+/// by Finish: there is no stamp after them.
 template <class Listener>
-void ReadWatched(Run& run, ToggleCounter& toggles, Listener& listener,
-                 const CuttingSignal& signal) {
-  SignalWatch watch(toggles, signal.codeId, signal.width, listener);
-  run.Read(watch);
-  watch.Finish();
+auto ReadSignalCuts(Run& run, FileDump* file, const ModuleShares& shares,
+                    const ProfileOptions& options) {
+  const CuttingSignal signal = options.signal(run.start.result.declarations);
+  auto cuts = run.ReadCuts(file, [&](bool isFirst, unsigned sharers) {
+    return std::make_unique<SignalCuts<Listener>>(
+        run.start, shares, run.tree.size(), signal.codeId, signal.width,
+        CutRoom{options.counting.dump, options.mostCells / sharers, isFirst});
+  });
+  cuts->Finish();
+  return cuts;
+}
+
+/// There is no span to be expected, so `wasLastRight` is always true.
+ProfileRun<Profile> ClockProfileOf(DumpWords& words, FileDump* file,
+                                   const ProfileOptions& options) {
+  Run run(words, options);
+  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
+  const auto cuts = ReadSignalCuts<ClockRows>(run, file, shares, options);
+  ProfileRun<Profile> result{run.End(cuts->time()), {}, true};
+  result.figures = cuts->listener().Finish(std::move(run.tree));
+  return result;
+}
+
+ProfileRun<ValueSplit> ByValueOf(DumpWords& words, FileDump* file, const ProfileOptions& options) {
+  Run run(words, options);
+  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
+  const auto cuts = ReadSignalCuts<ValueParts>(run, file, shares, options);
+  ProfileRun<ValueSplit> result{run.End(cuts->time()), {}, true};
+  result.figures = cuts->listener().Finish(std::move(run.tree), options.mostValues);
+  return result;
+}
+
+ProfileRun<Peak> PeakOf(DumpWords& words, FileDump* file, const ProfileOptions& options) {
+  Run run(words, options);
+  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
+  // In whole ticks, rounded down; WindowLength has refused what is less than one. The tree has one
+  // module, as the depth of a peak is 0.
+  const std::uint64_t length = WindowLength(run.start, options) / run.start.result.tick.value_or(1);
+  const auto search = run.ReadCuts(file, [&](bool isFirst, unsigned sharers) {
+    return std::make_unique<PeakSearch>(run.start.codes, shares, run.start.window, length,
+                                        options.mostSteps / sharers, isFirst);
+  });
+  ProfileRun<Peak> result{run.End(search->time()), {}, true};
+  result.figures = search->Finish();
+  return result;
+}
+
+/// Reads a file in stretches, and once more by one thread where one of them was too large.
+template <class Count>
+auto CountCuts(ByteFile& file, const ProfileOptions& options, Count count) {
+  try {
+    return CountFile(file, options, count);
+  } catch (const StretchTooLarge&) {
+    ProfileOptions once = options;
+    once.counting.jobs = 1;
+    return CountFile(file, once, count);
+  }
 }
 
 }  // namespace
 
-// The next three read by one thread, since rows, parts and the peak follow from what came before.
-// There is no span to be expected either, so `wasLastRight` is true of all of them.
 ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& options) {
   DumpWords words = WordsOf(dump, options.counting);
-  Run run(words, options);
-  const CuttingSignal clock = options.signal(run.start.result.declarations);
-  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
-  ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
-  ClockRows rows(toggles, options.counting.dump, options.mostCells);
-  ReadWatched(run, toggles, rows, clock);
-  ProfileRun<Profile> result{run.End(toggles.time()), {}, true};
-  result.figures = rows.Finish(std::move(run.tree));
-  return result;
+  return ClockProfileOf(words, nullptr, options);
+}
+
+ProfileRun<Profile> CountClockProfile(ByteFile& file, const ProfileOptions& options) {
+  return CountCuts(file, options, ClockProfileOf);
 }
 
 ProfileRun<ValueSplit> CountByValue(ByteSource& dump, const ProfileOptions& options) {
   DumpWords words = WordsOf(dump, options.counting);
-  Run run(words, options);
-  const CuttingSignal signal = options.signal(run.start.result.declarations);
-  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
-  ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
-  ValueParts parts(toggles, signal.width, options.mostCells);
-  ReadWatched(run, toggles, parts, signal);
-  ProfileRun<ValueSplit> result{run.End(toggles.time()), {}, true};
-  result.figures = parts.Finish(std::move(run.tree), options.mostValues);
-  return result;
+  return ByValueOf(words, nullptr, options);
+}
+
+ProfileRun<ValueSplit> CountByValue(ByteFile& file, const ProfileOptions& options) {
+  return CountCuts(file, options, ByValueOf);
 }
 
 ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options) {
   DumpWords words = WordsOf(dump, options.counting);
-  Run run(words, options);
-  const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
-  ToggleCounter toggles(run.start.codes, shares, run.tree.size(), run.start.window);
-  // In whole ticks, rounded down; WindowLength has refused what is less than one. The tree has one
-  // module, as the depth of a peak is 0: the search looks at the first sum alone.
-  PeakSearch search(toggles, WindowLength(run.start, options) / run.start.result.tick.value_or(1));
-  run.Read(search);
-  ProfileRun<Peak> result{run.End(toggles.time()), {}, true};
-  result.figures = search.Finish();
-  return result;
+  return PeakOf(words, nullptr, options);
+}
+
+ProfileRun<Peak> FindPeak(ByteFile& file, const ProfileOptions& options) {
+  return CountCuts(file, options, PeakOf);
 }
 
 // The whole body has to be read, because stamps may go back: the largest need not be the last.

@@ -33,6 +33,7 @@ struct ProfileOptions {
   std::optional<std::uint64_t> last;    // the largest stamp, where it is known before
   std::uint64_t mostValues = 64;
   std::uint64_t mostCells = std::uint64_t{1} << 27U;  // sums of modules in windows
+  std::size_t mostSteps = std::size_t{1} << 22U;      // within the length of the peak
 };
 
 /// What a run of any of these kinds has beside its figures: declarations, interval and notes are
@@ -68,12 +69,15 @@ struct ProfiledRuns {
 ProfiledRuns CountBothAndProfile(ByteSource& dump, const ProfileOptions& options);
 ProfiledRuns CountBothAndProfile(ByteFile& file, const ProfileOptions& options);
 
-/// Toggles by rising edges of `signal`.
+/// Toggles by rising edges of `signal`. A file is read with as many threads as there may be.
 ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& options);
-/// Toggles by values of `signal`.
+ProfileRun<Profile> CountClockProfile(ByteFile& file, const ProfileOptions& options);
+/// Toggles by values of `signal`. So is this.
 ProfileRun<ValueSplit> CountByValue(ByteSource& dump, const ProfileOptions& options);
-/// The busiest stretch of `length`.
+ProfileRun<ValueSplit> CountByValue(ByteFile& file, const ProfileOptions& options);
+/// The busiest stretch of `length`. And this; `depth` has to be 0.
 ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options);
+ProfileRun<Peak> FindPeak(ByteFile& file, const ProfileOptions& options);
 
 /// The largest stamp, which windows that are equal parts of the span need before the dump is read:
 /// of a dump that can be read twice.

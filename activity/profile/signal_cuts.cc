@@ -1,17 +1,17 @@
-// Rows of clocks, parts of values, and the search for a peak.
+// Rows of clocks and parts of values.
 //
-// A cut takes the counter's sums away and begins new ones. All three listeners rely on being told
+// A cut takes the counter's sums away and begins new ones. Both listeners rely on being told
 // of a step when its toggles are in the sums and those of the next step are not.
 #include "activity/profile/signal_cuts.h"
 
 #include <algorithm>
 #include <utility>
 
+#include "text/failure.h"
+
 namespace orsa::kesncd {
 
 namespace {
-
-__extension__ using Wide = unsigned __int128;
 
 // Values beyond this many are put together: a counter has no end of them.
 constexpr std::size_t kMostParts = 4096;
@@ -42,7 +42,7 @@ std::vector<ValueWord> AllUnknown(std::uint32_t width) {
   return value;
 }
 
-/// A part's sums have no memory until it has held for once.
+/// A part's sums have no memory until it has held for once; `more` may be of one that never did.
 void AddToggles(std::vector<std::uint64_t>& sums, const std::vector<std::uint64_t>& more) {
   if (sums.empty()) sums.resize(more.size());
   for (std::size_t at = 0; at < more.size(); ++at) sums[at] += more[at];
@@ -66,16 +66,67 @@ void ClockRows::Value(const std::vector<ValueWord>& value) {
   const auto level = static_cast<unsigned>(value.front().high & 1);
   // The step's toggles belong to the row that ends with it.
   const std::uint64_t now = toggles_.time().lastStamp;
-  if (known_ == 0 && level == 1 && toggles_.window().Counts(now)) Cut(now);
+  const bool mayRise = level == 1 && toggles_.window().Counts(now);
+  if (mayRise && isOpen_) {
+    headEnd_ = now;
+    head_.resize(toggles_.Sums().size());
+    head_.swap(toggles_.Sums());
+  } else if (mayRise && known_ == 0) {
+    Cut(now);
+  }
   known_ = level;
+  isOpen_ = false;
 }
 
 /// Room is asked for first: a clock of a long dump has more cycles than there is memory for.
 void ClockRows::Cut(std::uint64_t ticks) {
-  rows_.RequireRoom(edges_.size());
-  rows_.Take(toggles_.Sums(), edges_.size());
+  try {
+    rows_.RequireRoom(edges_.size());
+    rows_.Take(toggles_.Sums(), edges_.size());
+  } catch (const Failure&) {
+    if (isFirst_) throw;
+    throw StretchTooLarge();
+  }
   edges_.push_back(ticks);
   unobserved_.push_back(toggles_.time().UnobservedUpTo(ticks));
+}
+
+/// The row that is open here goes on in the next stretch, up to its first edge.
+void ClockRows::Add(ClockRows& next) {
+  const std::size_t open = edges_.size();
+  rows_.Take(toggles_.Sums(), open);
+  rows_.Take(next.head_, open);
+  std::size_t begin = open;  // the row that the next stretch's first one becomes
+  if (next.headEnd_ && known_ == 0) {
+    edges_.push_back(*next.headEnd_);
+    // The head ends before the first pause.
+    unobserved_.push_back(toggles_.time().unobserved);
+    ++begin;
+  }
+  edges_.insert(edges_.end(), next.edges_.begin(), next.edges_.end());
+  for (const std::uint64_t ticks : next.unobserved_) {
+    unobserved_.push_back(toggles_.time().unobserved + ticks);
+  }
+  AddOpenings(next.toggles_.Openings(), open);
+  next.rows_.BeginAt(begin);
+  rows_.Add(next.rows_);
+  rows_.Take(next.toggles_.Sums(), edges_.size());
+  if (!next.isOpen_) known_ = next.known_;
+  toggles_.Follow(next.toggles_);
+}
+
+/// Openings come in the order of time, so rows only go on from `row`.
+void ClockRows::AddOpenings(const std::vector<Opening>& openings, std::size_t row) {
+  for (const Opening& opening : openings) {
+    if (row < edges_.size() && edges_[row] < opening.ticks) {
+      rows_.Take(toggles_.Sums(), row);
+      const auto from = edges_.begin() + static_cast<std::ptrdiff_t>(row);
+      const auto found = std::lower_bound(from, edges_.end(), opening.ticks);
+      row = static_cast<std::size_t>(found - edges_.begin());
+    }
+    toggles_.Open(opening);
+  }
+  rows_.Take(toggles_.Sums(), row);
 }
 
 /// The last row ends with the dump, where something of it is after the last edge. Edges are told
@@ -103,25 +154,45 @@ Profile ClockRows::Finish(ModuleTree tree) {
 }
 
 /// As many parts as their sums and their texts find room for among `mostCells`, two at least: that
-/// of others, and the one that the signal begins with.
-ValueParts::ValueParts(ToggleCounter& toggles, std::uint32_t width, std::uint64_t mostCells)
+/// of others, and the one that the signal begins with. Only of the body's first stretch is it known
+/// what that one's value is.
+ValueParts::ValueParts(ToggleCounter& toggles, std::uint32_t width, const CutRoom& room)
     : toggles_(toggles),
       width_(width),
-      mostParts_(
-          std::clamp<std::uint64_t>(mostCells / (toggles.Sums().size() + width), 2, kMostParts)),
-      parts_(1),
-      now_(AllUnknown(width)),
-      part_(PartOf(now_)) {}
+      mostParts_(std::clamp<std::uint64_t>(room.mostCells / (toggles.Sums().size() + width), 2,
+                                           kMostParts)),
+      isFirst_(room.isFirst),
+      isOpen_(!room.isFirst),
+      parts_(2),
+      now_(AllUnknown(width)) {
+  if (!isFirst_) return;
+  parts_[kHead].value = TextOf(now_, width);
+  places_.emplace(ValueKey(now_), kHead);
+}
 
-/// 0 for a value that finds no room any more.
 std::size_t ValueParts::PartOf(const std::vector<ValueWord>& value) {
-  std::string key = ValueKey(value);
+  const std::string key = ValueKey(value);
   const auto known = places_.find(key);
-  if (known != places_.end()) return known->second;
-  if (parts_.size() >= mostParts_) return kOthers;
-  places_.emplace(std::move(key), parts_.size());
-  parts_.push_back({TextOf(value, width_), 0, {}});
+  return known != places_.end() ? known->second : NewPart(key, TextOf(value, width_));
+}
+
+/// kOthers for a value that finds no room any more. A stretch that does not begin the body cannot
+/// say so: the value may have its part in one before it.
+std::size_t ValueParts::NewPart(const std::string& key, std::string text) {
+  if (parts_.size() >= mostParts_) {
+    if (isFirst_) return kOthers;
+    throw StretchTooLarge();
+  }
+  places_.emplace(key, parts_.size());
+  parts_.push_back({std::move(text), 0, {}});
   return parts_.size() - 1;
+}
+
+/// Moves what was counted since it was done last into a part.
+void ValueParts::TakeSums(ValueSplit::Part& part) {
+  std::vector<std::uint64_t>& sums = toggles_.Sums();
+  AddToggles(part.toggles, sums);
+  std::fill(sums.begin(), sums.end(), 0);
 }
 
 /// Gives what was counted since the last cut to the value that held.
@@ -129,18 +200,20 @@ void ValueParts::Cut() {
   const std::uint64_t observed = ObservedSoFar(toggles_);
   ValueSplit::Part& part = parts_[part_];
   part.observed += observed - std::exchange(since_, observed);
-  std::vector<std::uint64_t>& sums = toggles_.Sums();
-  AddToggles(part.toggles, sums);
-  std::fill(sums.begin(), sums.end(), 0);
+  TakeSums(part);
+  if (isFirst_) return;
+  const std::size_t end = toggles_.Openings().size();
+  if (end > (openings_.empty() ? 0 : openings_.back().end)) openings_.push_back({end, part_});
 }
 
 // Two values in turn may both be kOthers; the cut between them does no harm.
 void ValueParts::Value(const std::vector<ValueWord>& value) {
   // Given again, but the same.
-  if (value == now_) return;
+  if (!isOpen_ && value == now_) return;
   Cut();
   now_ = value;
   part_ = PartOf(value);
+  isOpen_ = false;
 }
 
 /// When observation goes on, the signal is x until it has a value.
@@ -148,6 +221,55 @@ void ValueParts::Pause() {
   Cut();
   now_ = AllUnknown(width_);
   part_ = PartOf(now_);
+  isOpen_ = false;
+}
+
+/// The parts here in which those of another one are. Values get theirs in the order in which they
+/// were met, as in one reading.
+std::vector<std::size_t> ValueParts::PlacesOf(const ValueParts& next) {
+  std::vector<const std::string*> keys(next.parts_.size());
+  for (const auto& [key, place] : next.places_) keys[place] = &key;
+  std::vector<std::size_t> places(next.parts_.size());
+  places[kHead] = part_;
+  for (std::size_t part = kHead + 1; part < places.size(); ++part) {
+    const auto known = places_.find(*keys[part]);
+    places[part] =
+        known != places_.end() ? known->second : NewPart(*keys[part], next.parts_[part].value);
+  }
+  return places;
+}
+
+/// The value that holds here goes on until the next stretch's first one.
+void ValueParts::Add(ValueParts& next) {
+  Cut();
+  next.Cut();
+  const ActivityWindow& window = toggles_.window();
+  parts_[part_].observed +=
+      window.Clamp(next.toggles_.time().firstStamp) - window.Clamp(toggles_.time().lastStamp);
+  const std::vector<std::size_t> places = PlacesOf(next);
+  for (std::size_t part = kHead; part < places.size(); ++part) {
+    ValueSplit::Part& to = parts_[places[part]];
+    to.observed += next.parts_[part].observed;
+    AddToggles(to.toggles, next.parts_[part].toggles);
+  }
+  AddOpenings(next, places);
+  if (!next.isOpen_) {
+    now_ = next.now_;
+    part_ = places[next.part_];
+  }
+  toggles_.Follow(next.toggles_);
+  since_ = ObservedSoFar(toggles_);
+}
+
+/// Whether a bit's first known value in the next stretch is a toggle is known here, and to which of
+/// its parts it belongs, there.
+void ValueParts::AddOpenings(ValueParts& next, const std::vector<std::size_t>& places) {
+  const std::vector<Opening>& openings = next.toggles_.Openings();
+  std::size_t at = 0;
+  for (const OpeningsEnd& part : next.openings_) {
+    for (; at < part.end; ++at) toggles_.Open(openings[at]);
+    TakeSums(parts_[places[part.part]]);
+  }
 }
 
 /// Parts are ranked by time, and listed by value.
@@ -178,79 +300,6 @@ ValueSplit ValueParts::Finish(ModuleTree tree, std::uint64_t mostValues) {
   for (ValueSplit::Part& part : split.parts) tree.AddUp(part.toggles);
   split.modules = std::move(tree);
   return split;
-}
-
-/// The end of the grain that a time lies in. Rounded up to a whole grain. In 128 bits, as rounding
-/// up may pass 2^64.
-std::uint64_t PeakSearch::GrainEnd(std::uint64_t ticks) const {
-  const Wide end = (Wide{ticks} + grain_ - 1) / grain_ * grain_;
-  return end > UINT64_MAX ? UINT64_MAX : static_cast<std::uint64_t>(end);
-}
-
-/// Takes the toggles of a step into the stretch that ends with it. Nothing toggled: no step.
-void PeakSearch::EndStep(std::uint64_t ticks) {
-  const std::uint64_t toggles = std::exchange(toggles_.Sums().front(), 0);
-  if (toggles == 0) return;
-  // Steps of one grain are one.
-  const std::uint64_t now = GrainEnd(ticks);
-  if (!steps_.empty() && steps_.back().ticks == now) {
-    steps_.back().toggles += toggles;
-  } else {
-    steps_.push_back({now, toggles});
-  }
-  sum_ += toggles;
-  // Whole grains only, so that both ends are rounded alike.
-  const std::uint64_t length = length_ - length_ % grain_;
-  // What is too long ago leaves the sum.
-  while (now - steps_[first_].ticks >= length) sum_ -= steps_[first_++].toggles;
-  if (sum_ > best_.toggles) best_ = {now - std::min(now, length), now, sum_, grain_};
-  // From time to time the steps that left are thrown away.
-  if (first_ > steps_.size() / 2) {
-    // Only when they are more than half, so each step is moved about once.
-    steps_.erase(steps_.begin(), steps_.begin() + static_cast<std::ptrdiff_t>(first_));
-    first_ = 0;
-  }
-  if (steps_.size() - first_ > mostSteps_) Coarsen();
-}
-
-/// Makes the grains so long that they are half as many. Steps of a stretch are never more than its
-/// ticks, so a grain stays shorter than the stretch.
-void PeakSearch::Coarsen() {
-  std::size_t kept = 0;
-  while (steps_.size() - first_ > mostSteps_ / 2) {
-    grain_ *= 2;
-    kept = 0;
-    for (std::size_t at = first_; at < steps_.size(); ++at) {
-      const Step step{GrainEnd(steps_[at].ticks), steps_[at].toggles};
-      if (kept > 0 && steps_[kept - 1].ticks == step.ticks) {
-        steps_[kept - 1].toggles += step.toggles;
-      } else {
-        steps_[kept++] = step;
-      }
-    }
-    first_ = 0;
-    steps_.resize(kept);
-  }
-}
-
-/// The stretch as it is shown lies in the window, and a peak of no toggles is an empty one at the
-/// begin.
-Peak PeakSearch::Finish() {
-  const CountedTime& time = toggles_.time();
-  if (!time.hasStamps) return {};
-  EndStep(time.lastStamp);
-  const std::uint64_t first = toggles_.window().Clamp(time.firstStamp);
-  const std::uint64_t last = toggles_.window().Clamp(time.lastStamp);
-  Peak peak = best_;
-  if (peak.toggles == 0) peak = {first, first, 0, grain_};
-  peak.grain = grain_;
-  peak.begin = std::clamp(peak.begin, first, last);
-  peak.end = std::clamp(peak.end, first, last);
-  // No toggle is won by making it as long as it was to be: a fuller stretch would be the peak.
-  if (grain_ == 1 && peak.end - peak.begin < length_) {
-    peak.end = last - peak.begin < length_ ? last : peak.begin + length_;
-  }
-  return peak;
 }
 
 }  // namespace orsa::kesncd

@@ -153,16 +153,21 @@ ExitStatus RunWindows(const ProfileChoices& options) {
 /// A row a cycle: rows end at the clock's rising edges, so the span need not be known before.
 ExitStatus RunClock(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
-  const ProfileRun<Profile> run = ReadByWindows(options.input, counting, {}, CountClockProfile);
+  const auto count = [](auto& dump, const ProfileOptions& how) {
+    return CountClockProfile(dump, how);
+  };
+  const ProfileRun<Profile> run = ReadByWindows(options.input, counting, {}, count);
   SayOfProfile(run, counting);
   return WriteProfile(run, {NameOf(options.input), "clock", options.clock}, options.output);
 }
 
 /// One reading, with what is to be said of it.
 template <class Count>
-auto ReadOnce(const ProfileChoices& options, const ProfileOptions& counting, Count count) {
+auto ReadOnce(const ProfileChoices& options, ProfileOptions counting, Count count) {
   UnpackedSource bytes = OpenDump(options.input);
-  auto run = count(*bytes.bytes, counting);
+  counting.counting.jobs = UseThreads(options.input, bytes);
+  auto run =
+      counting.counting.jobs > 1 ? count(*bytes.file, counting) : count(*bytes.bytes, counting);
   bytes.bytes.reset();  // and with it the line that shows how far it was read
   for (const std::string& remark : RemarksOn(run.base)) Remark(counting.counting.dump, remark);
   return run;
@@ -172,7 +177,8 @@ auto ReadOnce(const ProfileChoices& options, const ProfileOptions& counting, Cou
 ExitStatus RunValues(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
-  const ProfileRun<ValueSplit> run = ReadOnce(options, counting, CountByValue);
+  const auto count = [](auto& dump, const ProfileOptions& how) { return CountByValue(dump, how); };
+  const ProfileRun<ValueSplit> run = ReadOnce(options, counting, count);
   // No toggle is lost by that: the last row has them, under "others".
   if (run.figures.others > 0) {
     Remark(dump, options.by + " has more than " + std::to_string(counting.mostValues) +
@@ -201,7 +207,8 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices&
 ExitStatus RunPeak(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
-  const ProfileRun<Peak> run = ReadOnce(options, counting, FindPeak);
+  const auto count = [](auto& dump, const ProfileOptions& how) { return FindPeak(dump, how); };
+  const ProfileRun<Peak> run = ReadOnce(options, counting, count);
   const Peak& peak = run.figures;
   // Said, because a stretch between two grains may have had a few more.
   if (peak.grain > 1) {

@@ -7,9 +7,9 @@
 #include <string>
 
 #include "activity/activity_rows.h"
+#include "activity/profile/peak_search.h"
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/profile_run.h"
-#include "activity/profile/signal_cuts.h"
 #include "activity/profile/time_grid.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
@@ -128,9 +128,8 @@ TEST(PeakSearch, StaysNearThePeakWithLittleRoom) {
     const ModuleTree tree = ModulesIn(declarations, Declarations::kDump, 0);
     const CodeBits codes(declarations);
     const ModuleShares shares = ModuleShares::ByName(declarations, tree);
-    ToggleCounter toggles(codes, shares, 1, {});
     constexpr std::uint64_t kLength = 100;
-    PeakSearch search(toggles, kLength, trial % 2 == 0 ? 16 : 1000);
+    PeakSearch search(codes, shares, {}, kLength, trial % 2 == 0 ? 16 : 1000);
     DumpItems items(words, declarations);
     ReadBody(items, search);
     const Peak peak = search.Finish();

@@ -85,6 +85,26 @@ std::string TextOf(const ProfileRun<Profile>& run) {
   return text.str();
 }
 
+std::string TextOf(const ProfileRun<ValueSplit>& run) {
+  std::ostringstream text;
+  text << "split of " << run.base.observedTicks << ", " << run.figures.others << " put together";
+  for (const ValueSplit::Part& part : run.figures.parts) {
+    text << "\nvalue " << part.value << ' ' << part.observed;
+    for (const std::uint64_t toggles : part.toggles) text << ' ' << toggles;
+  }
+  for (const std::string& remark : RemarksOn(run.base)) text << "\n! " << remark;
+  return text.str();
+}
+
+std::string TextOf(const ProfileRun<Peak>& run) {
+  const Peak& peak = run.figures;
+  std::ostringstream text;
+  text << "peak of " << peak.toggles << " from " << peak.begin << " to " << peak.end << ", by "
+       << peak.grain;
+  for (const std::string& remark : RemarksOn(run.base)) text << "\n! " << remark;
+  return text.str();
+}
+
 std::string TextOf(const ProfiledRuns& run) {
   std::string text = TextOf(run.runs.exact) + TextOf(run.runs.host);
   if (!run.profile) return text;
@@ -231,6 +251,53 @@ void CheckProfilesInParts(const std::string& dump, const ActivityOptions& counti
   }
 }
 
+/// The declared variable of a number, with a width that it may have.
+CuttingSignal SignalAt(const Declarations& declarations, std::size_t number) {
+  const std::vector<DumpVariable>& variables = declarations.variables;
+  const DumpVariable& variable = variables[number % variables.size()];
+  return {variable.codeId, std::clamp<std::uint32_t>(variable.width, 1, 100)};
+}
+
+/// Rows of a clock, parts of values and the peak, with much room and with so little that threads or
+/// even one reading have too little.
+void CheckCutsInParts(const std::string& dump, const ActivityOptions& counting,
+                      const std::vector<std::uint32_t>& numbers) {
+  TextFile file(dump);
+  for (const std::uint64_t room : {5000, 60, 9}) {
+    ProfileOptions options;
+    options.counting = counting;
+    options.mostCells = room;
+    options.mostSteps = room / 3;
+    const auto compare = [&](auto count, const std::string& what) {
+      TextSource whole(dump, kSmallBlock / 3);
+      const std::string expected = Outcome([&] { return count(whole, options); });
+      for (const std::uint32_t threads : numbers) {
+        options.counting.jobs = threads;
+        RequireSame(
+            Outcome([&] { return count(file, options); }), expected,
+            what + " by " + std::to_string(threads) + " threads, room for " + std::to_string(room));
+      }
+    };
+    for (const std::uint64_t ticks : {1, 4, 30, 1000}) {
+      options.length = ticks * 1000;  // of a picosecond, which small dumps mostly have
+      compare([](auto& from, const ProfileOptions& how) { return FindPeak(from, how); },
+              "peak of " + std::to_string(ticks));
+    }
+    options.depth = 2;
+    options.mostValues = 3;
+    for (const std::size_t number : {0, 1}) {
+      options.signal = [number](const Declarations& declarations) {
+        return SignalAt(declarations, number);
+      };
+      const std::string which = " of signal " + std::to_string(number);
+      compare([](auto& from, const ProfileOptions& how) { return CountClockProfile(from, how); },
+              "clock rows" + which);
+      compare([](auto& from, const ProfileOptions& how) { return CountByValue(from, how); },
+              "values" + which);
+    }
+  }
+}
+
 }  // namespace
 
 void CheckReadingInParts(const Input& input) {
@@ -252,6 +319,7 @@ void CheckReadingInParts(const Input& input) {
   std::vector<std::uint32_t> numbers{2, 3, 7, 40};
   if (asked > 0) numbers = {std::min(asked, kMostParts)};
   CheckProfilesInParts(input.text, options, asked > 0 ? numbers : std::vector<std::uint32_t>{7});
+  CheckCutsInParts(input.text, options, asked > 0 ? numbers : std::vector<std::uint32_t>{7, 40});
   TextFile file(input.text);
   for (const std::uint32_t parts : numbers) {
     const std::string by = std::to_string(parts);
