@@ -145,6 +145,16 @@ ProfileRun<Figures> Counted(const RandomDump& dump, const ProfileOptions& option
   return count(source, options);
 }
 
+/// The same by one thread or by several, which cut the dump where they may: seeds take turns.
+template <class Count>
+auto CountedBy(unsigned seed, const RandomDump& dump, ProfileOptions options, Count count) {
+  TextSource source(dump.text, 100);
+  if (seed % 2 == 0) return count(source, options);
+  TextFile file(dump.text);
+  options.counting.jobs = 2 + seed % 7;
+  return count(file, options);
+}
+
 /// Each window has the toggles and the observed time that activity has in it alone, and no time is
 /// between windows, or before and after them.
 void ExpectWindowsOfActivity(const RandomDump& dump, const ProfileRun<Profile>& run) {
@@ -242,11 +252,12 @@ TEST(RandomProfile, ActivityBesideAProfileIsTheSame) {
 }
 
 TEST(RandomProfile, ClockRowsEndWhereTheClockRises) {
-  for (unsigned seed = 0; seed < 80; ++seed) {
+  for (unsigned seed = 0; seed < 160; ++seed) {
     SCOPED_TRACE(seed);
-    RandomDump dump(seed);
-    const ProfileRun<Profile> run =
-        Counted(dump, OptionsFor(dump, dump.SomeWindow()), CountClockProfile);
+    RandomDump dump(seed / 2);
+    const ProfileRun<Profile> run = CountedBy(
+        seed, dump, OptionsFor(dump, dump.SomeWindow()),
+        [](auto& from, const ProfileOptions& how) { return CountClockProfile(from, how); });
     ExpectWindowsOfActivity(dump, run);
     std::vector<std::uint64_t> expected{run.base.firstTick};
     for (const std::uint64_t edge : dump.edges)
@@ -281,12 +292,15 @@ std::map<std::string, ValueSplit::Part> PlainSplit(const RandomDump& dump, const
 }
 
 TEST(RandomProfile, EachValueHasTheActivityOfTheTimeItHolds) {
-  for (unsigned seed = 0; seed < 80; ++seed) {
+  for (unsigned seed = 0; seed < 160; ++seed) {
     SCOPED_TRACE(seed);
-    RandomDump dump(seed);
+    RandomDump dump(seed / 2);
     ProfileOptions options = OptionsFor(dump, dump.SomeWindow());
-    options.mostValues = seed % 2 == 0 ? 2 : 100;
-    const ValueSplit split = Counted(dump, options, CountByValue).figures;
+    options.mostValues = seed % 4 < 2 ? 2 : 100;
+    const ValueSplit split =
+        CountedBy(seed, dump, options, [](auto& from, const ProfileOptions& how) {
+          return CountByValue(from, how);
+        }).figures;
     auto expected = PlainSplit(dump, options.counting.window, split.modules);
     EXPECT_EQ(split.others, expected.size() - std::min(expected.size(), options.mostValues));
     std::uint64_t shortest = UINT64_MAX;
@@ -313,14 +327,16 @@ TEST(RandomProfile, EachValueHasTheActivityOfTheTimeItHolds) {
 }
 
 TEST(RandomProfile, NoStretchTogglesMoreThanThePeak) {
-  for (unsigned seed = 0; seed < 80; ++seed) {
+  for (unsigned seed = 0; seed < 160; ++seed) {
     SCOPED_TRACE(seed);
-    RandomDump dump(seed);
+    RandomDump dump(seed / 2);
     const TimeWindow window = dump.SomeWindow();
     ProfileOptions options = OptionsFor(dump, window);
     options.depth = 0;
     options.length = 1 + dump.Below(120);
-    const ProfileRun<Peak> run = Counted(dump, options, FindPeak);
+    const ProfileRun<Peak> run =
+        CountedBy(seed, dump, options,
+                  [](auto& from, const ProfileOptions& how) { return FindPeak(from, how); });
     const Peak& peak = run.figures;
     const auto within = [&](std::uint64_t begin, std::uint64_t end) {
       return TogglesIn(ActivityBetween(dump, {begin, end}), {{Declarations::kDump}, {}, {}, {}})
