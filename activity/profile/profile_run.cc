@@ -318,11 +318,13 @@ ProfileRun<ValueSplit> ByValueOf(DumpWords& words, FileDump* file, const Profile
   return result;
 }
 
+/// All of the scope is one module, whatever the options say.
 ProfileRun<Peak> PeakOf(DumpWords& words, FileDump* file, const ProfileOptions& options) {
-  Run run(words, options);
+  ProfileOptions flat = options;
+  flat.depth = 0;
+  Run run(words, flat);
   const auto shares = ModuleShares::ByName(run.start.result.declarations, run.tree);
-  // In whole ticks, rounded down; WindowLength has refused what is less than one. The tree has one
-  // module, as the depth of a peak is 0.
+  // In whole ticks, rounded down; WindowLength has refused what is less than one.
   const std::uint64_t length = WindowLength(run.start, options) / run.start.result.tick.value_or(1);
   const auto search = run.ReadCuts(file, [&](bool isFirst, unsigned sharers) {
     return std::make_unique<PeakSearch>(run.start.codes, shares, run.start.window, length,

@@ -69,13 +69,14 @@ struct ProfiledRuns {
 ProfiledRuns CountBothAndProfile(ByteSource& dump, const ProfileOptions& options);
 ProfiledRuns CountBothAndProfile(ByteFile& file, const ProfileOptions& options);
 
-/// Toggles by rising edges of `signal`. A file is read with as many threads as there may be.
+/// Toggles by rising edges of `signal`. A file is read with as many threads as there may be, or by
+/// one where they would need more room than it: the result does not depend on them.
 ProfileRun<Profile> CountClockProfile(ByteSource& dump, const ProfileOptions& options);
 ProfileRun<Profile> CountClockProfile(ByteFile& file, const ProfileOptions& options);
-/// Toggles by values of `signal`. So is this.
+/// Toggles by values of `signal`, read in the same way.
 ProfileRun<ValueSplit> CountByValue(ByteSource& dump, const ProfileOptions& options);
 ProfileRun<ValueSplit> CountByValue(ByteFile& file, const ProfileOptions& options);
-/// The busiest stretch of `length`. And this; `depth` has to be 0.
+/// The busiest stretch of `length`, read in the same way.
 ProfileRun<Peak> FindPeak(ByteSource& dump, const ProfileOptions& options);
 ProfileRun<Peak> FindPeak(ByteFile& file, const ProfileOptions& options);
 

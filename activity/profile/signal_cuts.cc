@@ -253,10 +253,7 @@ void ValueParts::Add(ValueParts& next) {
     AddToggles(to.toggles, next.parts_[part].toggles);
   }
   AddOpenings(next, places);
-  if (!next.isOpen_) {
-    now_ = next.now_;
-    part_ = places[next.part_];
-  }
+  part_ = places[next.part_];
   toggles_.Follow(next.toggles_);
   since_ = ObservedSoFar(toggles_);
 }

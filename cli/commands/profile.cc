@@ -39,9 +39,7 @@ constexpr char kProfileHelp[] =
     "Toggles are those of kesncd activity, bit by bit, and rows add up to its totals: a toggle at\n"
     "a row's end belongs to the row, one at its begin to the row before. begin, end and observed\n"
     "are in ticks of the dump, in a table with their unit. A module is all that is in it and "
-    "below.\n"
-    "Rows of --clock and --by, and the place of the peak, come from one thread: a row ends where\n"
-    "the signal changes, which a thread that begins in the middle of the dump does not know.\n";
+    "below.\n";
 
 // What the options say. What is empty or 0 was not given.
 struct ProfileChoices {
@@ -250,8 +248,6 @@ void AddProfileCommand(CommandLine& line) {
       .AddCount("--windows", "N", {1, 1000000}, options->windows.parts,
                 "so many equal parts of the span")
       .Initially(std::to_string(kUsualParts) + ", or what a database holds");
-  // Its cuts and those of --by need the order of changes, so these read by one thread, whatever
-  // --jobs says.
   command.AddText("--clock", "NAME", options->clock,
                   "a window for each rising edge of this signal, which ends there");
   // With --peak, 0 is refused by the check.

@@ -151,6 +151,36 @@ TEST(PeakSearch, StaysNearThePeakWithLittleRoom) {
   }
 }
 
+// One reading rounds all steps after those that had no room, and so do threads, though those of the
+// second half have room.
+TEST(PeakSearch, RoundsAllStepsThatOneReadingRounds) {
+  std::string text =
+      "$timescale 1fs $end $var wire 1 ! a $end $var wire 64 v v $end $enddefinitions $end\n";
+  for (int time = 0; time < 100; ++time) {
+    text += "#" + std::to_string(time) + "\n" + std::to_string(time % 2) + "!\n";
+  }
+  const std::string low = "b0 v\n";
+  const std::string high = "b" + std::string(64, '1') + " v\n";
+  bool isHigh = false;
+  for (const int time : {1000, 1300, 1600, 2003, 2099, 2400}) {
+    text += "#" + std::to_string(time) + "\n" + (isHigh ? high : low);
+    for (int again = 0; again < 60; ++again) text += "1!\n";  // so that these are a half
+    isHigh = !isHigh;
+  }
+  ProfileOptions options;
+  options.length = 100;
+  options.mostSteps = 16;
+  options.counting.jobs = 2;
+  TextSource source(text);
+  TextFile file(text);
+  const Peak whole = FindPeak(source, options).figures;
+  const Peak parted = FindPeak(file, options).figures;
+  EXPECT_GT(whole.grain, 1U);
+  EXPECT_LT(whole.toggles, 128U) << "2003 and 2099 are too far apart by grains";
+  EXPECT_EQ(parted.grain, whole.grain);
+  EXPECT_EQ(parted.toggles, whole.toggles);
+}
+
 TEST(Profile, RefusesMoreSumsThanThereIsRoomFor) {
   const std::string text = Toggling({1, 5, 1000000});
   const auto windows = [&](std::uint64_t length, std::uint64_t mostCells) {

@@ -15,9 +15,14 @@ TEST(ProfileCommand, GivesWhatCasesSay) {
   const TempDir dir;
   ExpectCases(kCases, [&](const Case& of, const std::string& options) {
     dir.Write("d.vcd", of.dump);
-    return Shell(dir.Path("."),
-                 "kesncd profile d.vcd --format csv -q " + options + " | tr -d '\\r'")
-        .out;
+    const auto by = [&](const std::string& jobs) {
+      const std::string line =
+          "kesncd profile d.vcd --format csv -q --jobs " + jobs + " " + options;
+      return Shell(dir.Path("."), line + " | tr -d '\\r'").out;
+    };
+    const std::string out = by("1");
+    EXPECT_EQ(by("3"), out) << options;
+    return out;
   });
 }
 
