@@ -175,7 +175,7 @@ auto ReadOnce(const ProfileChoices& options, ProfileOptions counting, Count coun
 ExitStatus RunValues(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
-  const auto count = [](auto& dump, const ProfileOptions& how) { return CountByValue(dump, how); };
+  const auto count = [](auto& from, const ProfileOptions& how) { return CountByValue(from, how); };
   const ProfileRun<ValueSplit> run = ReadOnce(options, counting, count);
   // No toggle is lost by that: the last row has them, under "others".
   if (run.figures.others > 0) {
@@ -205,7 +205,7 @@ std::optional<ActivityResult> ActivityIn(const Peak& peak, const ProfileChoices&
 ExitStatus RunPeak(const ProfileChoices& options) {
   const ProfileOptions counting = ProfileCounting(options);
   const std::string& dump = counting.counting.dump;
-  const auto count = [](auto& dump, const ProfileOptions& how) { return FindPeak(dump, how); };
+  const auto count = [](auto& from, const ProfileOptions& how) { return FindPeak(from, how); };
   const ProfileRun<Peak> run = ReadOnce(options, counting, count);
   const Peak& peak = run.figures;
   // Said, because a stretch between two grains may have had a few more.
