@@ -98,7 +98,7 @@ kesncd activity d.vcd -q --no-profile -o n.kact && kesncd profile n.kact -q => 2
 kesncd merge d.kact d.kact -q -o m.kact && kesncd profile m.kact -q => 2 =>  => kesncd: m.kact: holds no figures over time: it was merged from several runs, .*\n
 kesncd activity flat.vcd -q -o z.kact && sqlite3 z.kact < forge.sql && kesncd profile z.kact -q => 2 =>  => kesncd: z.kact: is a corrupt database: .*\n
 kesncd report z.kact -q -o z.html => 2 =>  => kesncd: z.kact: is a corrupt database: .*\n
-kesncd activity d.vcd --windows 5 => 2 =>  => kesncd: --windows, --window and --no-profile are for a database; .*\n.*\n
+kesncd activity d.vcd --windows 5 => 2 =>  => kesncd: --windows, --window and --no-profile are for a database; .*\n.*\n)");
 }
 
 }  // namespace
