@@ -38,23 +38,73 @@ ActivityResult Finish(ActivityStart& start, ActivityPart part, ItemTallies items
   return std::move(start.result);
 }
 
+// Two kinds of takers count: one of them watches a few signals as well. Watching costs each change
+// something, so it is left out where there is nothing to be watched.
+using WatchingCounter = ToggleWatch<ActivityCounter>;
+
+ActivityCounter& CounterOf(ActivityCounter& taker) {
+  return taker;
+}
+ActivityCounter& CounterOf(WatchingCounter& taker) {
+  return taker.counter();
+}
+void AddWatched(ActivityCounter& /*whole*/, ActivityCounter& /*next*/) {}
+void AddWatched(WatchingCounter& whole, WatchingCounter& next) {
+  whole.Add(next);
+}
+std::vector<ToggleSpan> TakeWatched(ActivityCounter& /*taker*/) {
+  return {};
+}
+std::vector<ToggleSpan> TakeWatched(WatchingCounter& taker) {
+  return taker.Take();
+}
+
+/// Calls `count(make)`, where `make()` gives a taker for a body or a stretch of one.
+template <class Count>
+ActivityResult WithTakers(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
+                          Count count) {
+  if (watched.empty()) {
+    return count([&] { return std::make_unique<ActivityCounter>(start.codes, start.window); });
+  }
+  return count(
+      [&] { return std::make_unique<WatchingCounter>(watched, start.codes, start.window); });
+}
+
 /// Goes on from the declarations to the end of the dump.
 ActivityResult CountBody(DumpWords& words, ActivityStart& start,
                          const std::vector<std::uint32_t>& watched) {
-  // Items need the declarations, to know which codes there are.
-  DumpItems items(words, start.result.declarations);
-  ActivityCounter counter(start.codes, start.window);
-  if (watched.empty()) {
-    // Watching sits between the body and the counter and passes everything on.
-    ReadBody(items, counter);
-  } else {
-    ToggleWatch watch(counter, watched, start.codes.codes(), start.window);
-    ReadBody(items, watch);
-    start.result.watched = watch.Take();
-  }
-  // Taken after the reading, as they grow with it.
-  const ItemTallies tallies = items.tallies();
-  return Finish(start, counter.TakePart(), tallies);
+  return WithTakers(start, watched, [&](const auto make) {
+    // Items need the declarations, to know which codes there are.
+    DumpItems items(words, start.result.declarations);
+    const auto taker = make();
+    ReadBody(items, *taker);
+    start.result.watched = TakeWatched(*taker);
+    return Finish(start, CounterOf(*taker).TakePart(), items.tallies());
+  });
+}
+
+/// The same by several threads, each with stretches of the body.
+ActivityResult CountStretches(FileDump& dump, ActivityStart& start,
+                              const std::vector<std::uint32_t>& watched, unsigned threads) {
+  return WithTakers(start, watched, [&](const auto make) {
+    // What was watched is gathered in the first stretch's taker, what was counted in `part`.
+    decltype(make()) whole;
+    ActivityPart part;
+    // Called in the dump's order, when all is read.
+    const auto take = [&](decltype(make()) next) {
+      if (whole) {
+        part.Add(start.codes, CounterOf(*next).TakePart());
+        AddWatched(*whole, *next);
+      } else {
+        part = CounterOf(*next).TakePart();
+        whole = std::move(next);
+      }
+    };
+    ItemTallies tallies =
+        ReadInParts(dump, start.result.declarations, dump.Cut(threads), make, take);
+    start.result.watched = TakeWatched(*whole);
+    return Finish(start, std::move(part), std::move(tallies));
+  });
 }
 
 }  // namespace
@@ -75,22 +125,8 @@ ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options) {
   const std::vector<std::uint32_t> watched = WatchedCodes(start.result.declarations, options);
   // Each thread has the figures of all bits.
   const unsigned threads = ThreadsWithin(kBytesPerBit * codes.bits(), options.jobs);
-  if (threads == 1 || !watched.empty()) return CountBody(dump.words(), start, watched);
-  ActivityPart whole;
-  bool isFirst = true;
-  // Called for each stretch; `codes` outlives all counters.
-  const auto make = [&] { return std::make_unique<ActivityCounter>(codes, start.window); };
-  // Called in the dump's order, when all is read.
-  const auto take = [&](const std::unique_ptr<ActivityCounter> counter) {
-    if (isFirst) {
-      whole = counter->TakePart();
-    } else {
-      whole.Add(codes, counter->TakePart());
-    }
-    isFirst = false;
-  };
-  ItemTallies tallies = ReadInParts(dump, start.result.declarations, dump.Cut(threads), make, take);
-  return Finish(start, std::move(whole), std::move(tallies));
+  if (threads == 1) return CountBody(dump.words(), start, watched);
+  return CountStretches(dump, start, watched, threads);
 }
 
 /// Declarations move into the result.

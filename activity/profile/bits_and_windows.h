@@ -78,32 +78,19 @@ struct BitParts {
   }
 };
 
-/// A base, so that the counter is there before the watch that stands before it.
-template <class Counter>
-struct HeldCounter {
-  template <class... From>
-  explicit HeldCounter(const From&... from) : bits(from...) {}
-
-  Counter bits;
-};
-
 /// Counts bits and toggles by windows in one reading, and watches a few signals. A taker of
 /// ReadInParts; Counter is an ActivityCounter, or BothCounters. Calling order: construct, ReadBody;
 /// Add what the next stretches gave; then the rest.
 template <class Counter>
-class BitsAndWindows : private HeldCounter<Counter>,
-                       public TakerPair<ToggleWatch<Counter>, ProfileCounter> {
+class BitsAndWindows : public TakerPair<ToggleWatch<Counter>, ProfileCounter> {
  public:
   /// `more` is what a counter is made of beside the codes and the window of `start`.
   template <class... More>
   BitsAndWindows(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
                  const ModuleShares& shares, std::size_t sums, const ProfileWindows& windows,
                  const More&... more)
-      : HeldCounter<Counter>(start.codes, start.window, more...),
-        TakerPair<ToggleWatch<Counter>, ProfileCounter>(
-            [&] {
-              return ToggleWatch<Counter>(this->bits, watched, start.codes.codes(), start.window);
-            },
+      : TakerPair<ToggleWatch<Counter>, ProfileCounter>(
+            [&] { return ToggleWatch<Counter>(watched, start.codes, start.window, more...); },
             [&] { return ProfileCounter(start.codes, shares, sums, start.window, windows); }),
         start_(start) {}
 
@@ -117,7 +104,7 @@ class BitsAndWindows : private HeldCounter<Counter>,
   }
   /// What was counted bit by bit, when all is read.
   BitParts& parts() {
-    if (!parts_) parts_.emplace(this->bits);
+    if (!parts_) parts_.emplace(this->first().counter());
     return *parts_;
   }
   std::vector<ToggleSpan> watched() { return this->first().Take(); }

@@ -14,6 +14,7 @@
 
 #include "activity/activity_result.h"
 #include "activity/activity_window.h"
+#include "activity/code_bits.h"
 #include "vcd/dump_keywords.h"
 
 namespace orsa::kesncd {
@@ -63,43 +64,44 @@ struct WatchPart {
   }
 };
 
-/// Stands before a taker of a dump's body (see body_reader.h) and passes all on to it. Calling
+/// A counter that watches a few signals: a taker of a dump's body (see body_reader.h). Calling
 /// order: construct, ReadBody, Take; watches of a body's stretches add up by Add, in the order of
 /// the dump, before Take.
 ///
 /// Levels follow the rules of exact activity: only the last value of a step is seen, x and z are
 /// passed over (0 x 1 is a toggle at the 1, 0 x 0 none), the first known value is none. Every
 /// change costs a look into a table, so nothing is stored for codes that nobody watches.
-template <class Taker>
+template <class Counter>
 class ToggleWatch {
  public:
-  /// `codeIds` of signals of one bit, each once. `taker` has to outlive the watch. `codes` is how
-  /// many codes the dump has.
-  ToggleWatch(Taker& taker, const std::vector<std::uint32_t>& codeIds, std::uint32_t codes,
-              const ActivityWindow& window)
-      : taker_(taker), window_(window), place_(codes, kNone) {
-    part_.signals.resize(codeIds.size());
-    for (std::uint32_t i = 0; i < codeIds.size(); ++i) place_[codeIds[i]] = i;
+  /// `watched` are codes of signals of one bit, each once. `more` is what a counter is made of
+  /// beside the codes and the window.
+  template <class... More>
+  ToggleWatch(const std::vector<std::uint32_t>& watched, const CodeBits& codes,
+              const ActivityWindow& window, const More&... more)
+      : counter_(codes, window, more...), window_(window), place_(codes.codes(), kNone) {
+    part_.signals.resize(watched.size());
+    for (std::uint32_t i = 0; i < watched.size(); ++i) place_[watched[i]] = i;
   }
 
-  void Fetch(std::uint32_t codeId) const { taker_.Fetch(codeId); }
+  void Fetch(std::uint32_t codeId) const { counter_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) {
     if (place_[codeId] != kNone) part_.signals[place_[codeId]].given = value;
-    taker_.Scalar(codeId, value);
+    counter_.Scalar(codeId, value);
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
     // A wider value is cut on its left, so the signal's bit is its last character.
     if (place_[codeId] != kNone) part_.signals[place_[codeId]].given = value.back();
-    taker_.Vector(codeId, value);
+    counter_.Vector(codeId, value);
   }
-  void Real(std::uint32_t codeId, std::string_view value) { taker_.Real(codeId, value); }
+  void Real(std::uint32_t codeId, std::string_view value) { counter_.Real(codeId, value); }
   /// A stamp that repeats the time or goes back leaves the step open, as it does for all takers.
   void Stamp(std::uint64_t ticks) {
     if (ticks > now_) {
       EndStep();
       now_ = ticks;
     }
-    taker_.Stamp(ticks);
+    counter_.Stamp(ticks);
   }
   /// Of a dump that pauses only what comes before the first pause is sure to be without a gap.
   /// Edges on the two sides of a pause are no period apart, so nothing is watched from then on.
@@ -108,14 +110,17 @@ class ToggleWatch {
       EndStep();
       part_.isOver = true;
     }
-    taker_.Command(command);
+    counter_.Command(command);
   }
-  void SectionEnd() { taker_.SectionEnd(); }
-  bool IsDone() const { return taker_.IsDone(); }
-  /// What the watches saw adds up whenever what the takers took does.
-  bool Precedes(const ToggleWatch& next) const { return taker_.Precedes(next.taker_); }
+  void SectionEnd() { counter_.SectionEnd(); }
+  bool IsDone() const { return counter_.IsDone(); }
+  /// What the watches saw adds up whenever what the counters counted does.
+  bool Precedes(const ToggleWatch& next) const { return counter_.Precedes(next.counter_); }
 
-  /// Adds what another watch saw from a stamp later than all of this one on.
+  Counter& counter() { return counter_; }
+
+  /// Adds what another watch saw, but not what its counter counted, from a stamp later than all of
+  /// this one on.
   void Add(ToggleWatch& next) {
     EndStep();
     next.EndStep();
@@ -155,7 +160,7 @@ class ToggleWatch {
     }
   }
 
-  Taker& taker_;
+  Counter counter_;
   const ActivityWindow window_;
   std::vector<std::uint32_t> place_;  // by codeId
   WatchPart part_;

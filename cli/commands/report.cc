@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "activity/profile/profile_run.h"
 #include "cli/commands/commands.h"
@@ -19,6 +20,7 @@
 #include "cli/input/netlist_input.h"
 #include "cli/output/path_ending.h"
 #include "cli/process/messages.h"
+#include "cli/selection/signal_choice.h"
 #include "export/netlist_pins.h"
 #include "export/report_figures.h"
 #include "free_format/findings/dump_findings.h"
@@ -150,24 +152,37 @@ Reported ReadDump(const ReportChoices& options, ReportClocks& clocks) {
   return reported;
 }
 
+/// The signals of these codes, each by its first name.
+std::string NamesOf(std::unordered_set<std::uint32_t> codes, const Declarations& declarations) {
+  std::vector<std::uint32_t> variables;
+  for (std::uint32_t id = 0; id < declarations.variables.size() && !codes.empty(); ++id) {
+    if (codes.erase(declarations.variables[id].codeId) != 0) variables.push_back(id);
+  }
+  return PathsOf(variables, declarations);
+}
+
 /// When the clocks toggled, as far as a database holds it: of signals that are called like clocks.
 /// A clock that is missing ends the run: a page without it would look as if it stood still.
 std::vector<ToggleSpan> SpansOf(const std::vector<std::uint32_t>& codes, const KeptProfile& kept,
-                                const std::string& name) {
+                                const Declarations& declarations, const std::string& name) {
   std::unordered_map<std::uint32_t, ToggleSpan> held;  // by code
   for (const KeptProfile::Clock& clock : kept.clocks) held.emplace(clock.codeId, clock.span);
   std::vector<ToggleSpan> spans;
+  std::unordered_set<std::uint32_t> missing;
   for (const std::uint32_t codeId : codes) {
     const auto clock = held.find(codeId);
     if (clock == held.end()) {
-      throw Failure(FailureKind::Unusable,
-                    name +
-                        ": holds when the signals toggle that are called like clocks, and no "
-                        "others: these clocks of --sdc or --timing need the dump");
+      missing.insert(codeId);
+    } else {
+      spans.push_back(clock->second);
     }
-    spans.push_back(clock->second);
   }
-  return spans;
+  if (missing.empty()) return spans;
+  throw Failure(FailureKind::Unusable,
+                name +
+                    ": holds when signals toggle that are called like clocks, and no others: a "
+                    "report with clocks on " +
+                    NamesOf(missing, declarations) + " needs the dump");
 }
 
 /// The same from a database, which holds all of it but the findings.
@@ -186,7 +201,8 @@ Reported ReadDatabase(const ReportChoices& options, ActivityDatabase& database,
   Reported reported;
   ProfileRun<Profile>& run = reported.run;
   run.base = std::move(stored.exact);
-  run.base.watched = SpansOf(clocks.FindIn(run.base.declarations, name), kept, name);
+  run.base.watched =
+      SpansOf(clocks.FindIn(run.base.declarations, name), kept, run.base.declarations, name);
   run.figures = std::move(kept.profile);
   // A page adds up modules itself, from sums by owner, as CountActivityAndProfile gives them.
   run.figures.toggles = std::move(run.figures.own);

@@ -46,7 +46,7 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
     for (const DesignClock& clock : SdcClocksOf(sdc)) {
       // SdcClocksOf gives no clock without a period, so this divides by no 0.
       const double mhz = kMegahertzPeriod / static_cast<double>(clock.period);
-      clocks_.push_back({clock.name, clock.signal, mhz, "SDC"});
+      clocks_.push_back({clock.name, clock.signal, mhz, "SDC", clock.isVirtual});
     }
   }
   isByName_ = clocks_.empty();
@@ -79,6 +79,7 @@ std::vector<std::uint32_t> ReportClocks::FindIn(const Declarations& declarations
   std::unordered_map<std::uint32_t, std::size_t> places;  // by code, in `codes`
   for (std::size_t i = 0; i < clocks_.size(); ++i) {
     const std::vector<std::uint32_t>& found = search.Answer(i).variables;
+    if (found.empty() && clocks_[i].isVirtual) continue;
     // An ambiguous clock is left out rather than guessed; it stays in the list without a frequency.
     if (found.size() != 1 || declarations.variables[found.front()].width != 1) {
       const std::string why = found.size() > 1
@@ -118,8 +119,8 @@ void ReportClocks::FindByName(const Declarations& declarations, std::vector<std:
     // An alias further in: the same clock again.
     if (std::find(codes.begin(), codes.end(), variable.codeId) != codes.end()) continue;
     if (codes.size() == kMostByName) break;
-    // In the order of Clock's members: name, signal, mhz, source, watched, isFound.
-    clocks_.push_back({declarations.ShortPathOf(variable), "", {}, "", codes.size(), true});
+    // In the order of Clock's members: name, signal, mhz, source, isVirtual, watched, isFound.
+    clocks_.push_back({declarations.ShortPathOf(variable), "", {}, "", false, codes.size(), true});
     codes.push_back(variable.codeId);
   }
 }
@@ -130,7 +131,7 @@ std::vector<ReportFacts::Clock> ReportClocks::Measured(const ActivityResult& res
     std::optional<double> mhz;
     if (clock.isFound) mhz = FrequencyOf(result.watched[clock.watched], result);
     // What is only called like a clock and does not run is none.
-    if (!mhz && clock.source.empty()) continue;
+    if (!mhz && (clock.source.empty() || (clock.isVirtual && !clock.isFound))) continue;
     clocks.push_back({clock.name, mhz, clock.mhz, clock.source});
   }
   return clocks;

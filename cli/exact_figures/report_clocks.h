@@ -47,6 +47,8 @@ class ReportClocks {
     std::optional<double> mhz;
     // "SDC", "timing report", or empty for one that was found by its name.
     std::string source;
+    // Of constraints without a signal: shown only where the dump has a signal of its name.
+    bool isVirtual = false;
     // Its place among the codes that FindIn gave; only where isFound.
     std::size_t watched = 0;
     bool isFound = false;

@@ -178,7 +178,8 @@ void AddClocks(const Words& words, std::uint64_t unit, SdcClocks& found) {
     return;
   }
   // A virtual clock has no signal; a dump may have one of that name all the same.
-  if (signals.empty() && !clock.name.empty()) signals.push_back(clock.name);
+  clock.isVirtual = signals.empty();
+  if (clock.isVirtual && !clock.name.empty()) signals.push_back(clock.name);
   clock.periodText = TimeText(clock.period);
   // One clock for each signal that carries it, however often it is listed.
   std::unordered_set<std::string_view> seen;

@@ -29,6 +29,8 @@ struct DesignClock {
   std::uint64_t period = 0;  // femtoseconds
   // For messages: "2ns".
   std::string periodText;
+  // Created without a signal, for constraints of inputs and outputs: no dump need have it.
+  bool isVirtual = false;
 };
 
 /// What the create_clock commands of a text say.

@@ -9,6 +9,7 @@
 
 #include "activity/activity_rows.h"
 #include "activity/both_runs.h"
+#include "activity/profile/profile_sum.h"
 #include "database/database_reader.h"
 #include "database/database_writer.h"
 #include "database/facts.h"
@@ -467,11 +468,14 @@ TEST(StoredParts, OverTimeAreThoseOfTheDump) {
   windows.parts = 10;
   windows.last = 20;
   windows.counting.watch = [](const Declarations&) { return std::vector<std::uint32_t>{2}; };
-  const std::string text = SmallDump(kDesign);
+  // The second part begins with #12.
+  const std::string text =
+      SmallDump("1ns a{ reg:2:!:d[1:0] real:64:r:r b{ wire:2:!:e[1:0] reg:1:q:q } } ; ") +
+      "#0\n0q\nb01 !\n#5\nb11 !\n#9\n1q\nb00 !\n#12\n0q\nb01 !\n#20\n";
   const StoredRun first = PartOf(text, {0, 0, 2}, &windows);
   const std::string bytes = Written(PartOf(text, {1, 1, 2}, &windows));
   ASSERT_TRUE(first.part.profile->toggles.time.hasStamps);
-  const std::string kRight = "1 of the clock; 0 0 1 0 1 0 0 0 0 0";
+  const std::string kRight = "2 of the clock; 0 0 1 0 3 2 0 0 0 0";
   const std::string kNone = "no part";
   const std::pair<std::string, std::string> rows[] = {
       {"SELECT 1", kRight},

@@ -24,6 +24,10 @@ namespace support {
 
 namespace {
 
+const std::string& TextOf(const std::string& text) {
+  return text;
+}
+
 std::string TextOf(const ActivityResult& result) {
   std::ostringstream text;
   text << "activity of " << result.observedTicks << " in " << result.firstTick << " to "
@@ -59,6 +63,14 @@ std::string TextOf(const DumpCheck& check) {
   return text.str();
 }
 
+std::string WatchedText(const ActivityResult& result) {
+  std::ostringstream text;
+  for (const ToggleSpan& span : result.watched) {
+    text << "\nwatched " << span.first << ' ' << span.last << ' ' << span.toggles;
+  }
+  return text.str();
+}
+
 std::string TextOf(const ProfileRun<Profile>& run) {
   const Profile& profile = run.figures;
   std::ostringstream text;
@@ -77,9 +89,7 @@ std::string TextOf(const ProfileRun<Profile>& run) {
     text << "\nown";
     for (const std::uint64_t toggles : row) text << ' ' << toggles;
   }
-  for (const ToggleSpan& span : run.base.watched) {
-    text << "\nwatched " << span.first << ' ' << span.last << ' ' << span.toggles;
-  }
+  text << WatchedText(run.base);
   for (const BitFigures& bit : run.base.bits) text << "\nbit " << bit.t1 << ' ' << bit.tc;
   for (const std::string& remark : RemarksOn(run.base)) text << "\n! " << remark;
   return text.str();
@@ -307,6 +317,13 @@ void CheckReadingInParts(const Input& input) {
   options.window.end = Femtoseconds(input.Option(1));
   TextSource whole(input.text, kSmallBlock / 3);
   const std::string activity = Outcome([&] { return CountActivity(whole, options); });
+  ActivityOptions watching = options;
+  watching.watch = SomeCodes;
+  const auto watch = [&](auto& dump) {
+    return Outcome([&] { return WatchedText(CountActivity(dump, watching)); });
+  };
+  TextSource seen(input.text, kSmallBlock / 3);
+  const std::string watched = watch(seen);
   TextSource again(input.text, kSmallBlock / 3);
   const std::string changes =
       Outcome([&] { return ReadHostRun(again, "", options.window, kSmallBlock); });
@@ -323,8 +340,9 @@ void CheckReadingInParts(const Input& input) {
   TextFile file(input.text);
   for (const std::uint32_t parts : numbers) {
     const std::string by = std::to_string(parts);
-    options.jobs = parts;
+    options.jobs = watching.jobs = parts;
     RequireSame(Outcome([&] { return CountActivity(file, options); }), activity, by + " threads");
+    RequireSame(watch(file), watched, by + " threads that watch");
     RequireSame(Outcome([&] { return CheckDump(file, "", parts, kSmallBlock); }), findings,
                 by + " threads");
     RequireSame(Outcome([&] { return ReadHostRun(file, "", options.window, parts, kSmallBlock); }),
