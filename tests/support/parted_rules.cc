@@ -268,43 +268,41 @@ CuttingSignal SignalAt(const Declarations& declarations, std::size_t number) {
   return {variable.codeId, std::clamp<std::uint32_t>(variable.width, 1, 100)};
 }
 
-/// Rows of a clock, parts of values and the peak, with much room and with so little that threads or
-/// even one reading have too little.
+/// Rows of a clock, parts of values and the peak. With much room or, by the dump's length, with so
+/// little that threads or even one reading have too little.
 void CheckCutsInParts(const std::string& dump, const ActivityOptions& counting,
                       const std::vector<std::uint32_t>& numbers) {
+  static constexpr std::uint64_t kRooms[] = {5000, 60, 9};
   TextFile file(dump);
-  for (const std::uint64_t room : {5000, 60, 9}) {
-    ProfileOptions options;
-    options.counting = counting;
-    options.mostCells = room;
-    options.mostSteps = std::max<std::uint64_t>(room / 3, 8);
-    const auto compare = [&](auto count, const std::string& what) {
-      TextSource whole(dump, kSmallBlock / 3);
-      const std::string expected = Outcome([&] { return count(whole, options); });
-      for (const std::uint32_t threads : numbers) {
-        options.counting.jobs = threads;
-        RequireSame(
-            Outcome([&] { return count(file, options); }), expected,
-            what + " by " + std::to_string(threads) + " threads, room for " + std::to_string(room));
-      }
+  ProfileOptions options;
+  options.counting = counting;
+  options.mostCells = kRooms[dump.size() % std::size(kRooms)];
+  options.mostSteps = std::max<std::uint64_t>(options.mostCells / 3, 8);
+  const auto compare = [&](auto count, const std::string& what) {
+    TextSource whole(dump, kSmallBlock / 3);
+    const std::string expected = Outcome([&] { return count(whole, options); });
+    for (const std::uint32_t threads : numbers) {
+      options.counting.jobs = threads;
+      RequireSame(Outcome([&] { return count(file, options); }), expected,
+                  what + " by " + std::to_string(threads) + " threads");
+    }
+  };
+  for (const std::uint64_t ticks : {3, 40}) {
+    options.length = ticks * 1000;  // of a picosecond, which small dumps mostly have
+    compare([](auto& from, const ProfileOptions& how) { return FindPeak(from, how); },
+            "peak of " + std::to_string(ticks));
+  }
+  options.depth = 2;
+  options.mostValues = 3;
+  for (const std::size_t number : {0, 1}) {
+    options.signal = [number](const Declarations& declarations) {
+      return SignalAt(declarations, number);
     };
-    for (const std::uint64_t ticks : {3, 40}) {
-      options.length = ticks * 1000;  // of a picosecond, which small dumps mostly have
-      compare([](auto& from, const ProfileOptions& how) { return FindPeak(from, how); },
-              "peak of " + std::to_string(ticks));
-    }
-    options.depth = 2;
-    options.mostValues = 3;
-    for (const std::size_t number : {0, 1}) {
-      options.signal = [number](const Declarations& declarations) {
-        return SignalAt(declarations, number);
-      };
-      const std::string which = " of signal " + std::to_string(number);
-      compare([](auto& from, const ProfileOptions& how) { return CountClockProfile(from, how); },
-              "clock rows" + which);
-      compare([](auto& from, const ProfileOptions& how) { return CountByValue(from, how); },
-              "values" + which);
-    }
+    const std::string which = " of signal " + std::to_string(number);
+    compare([](auto& from, const ProfileOptions& how) { return CountClockProfile(from, how); },
+            "clock rows" + which);
+    compare([](auto& from, const ProfileOptions& how) { return CountByValue(from, how); },
+            "values" + which);
   }
 }
 
