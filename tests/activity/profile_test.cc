@@ -151,34 +151,44 @@ TEST(PeakSearch, StaysNearThePeakWithLittleRoom) {
   }
 }
 
-// One reading rounds all steps after those that had no room, and so do threads, though those of the
-// second half have room.
-TEST(PeakSearch, RoundsAllStepsThatOneReadingRounds) {
-  std::string text =
-      "$timescale 1fs $end $var wire 1 ! a $end $var wire 64 v v $end $enddefinitions $end\n";
-  for (int time = 0; time < 100; ++time) {
-    text += "#" + std::to_string(time) + "\n" + std::to_string(time % 2) + "!\n";
+/// A dump of 120 steps whose signals change once each, so that no stretch but the first knows what
+/// toggles in it. 30 steps with few toggles come fast, one after the other.
+std::string ChangingOnce(std::mt19937& random, int fastFrom) {
+  std::string names, zeros, steps;
+  std::uint64_t now = 0;
+  for (int step = 0; step < 120; ++step) {
+    const std::string code = "v" + std::to_string(step);
+    const bool isFast = step >= fastFrom && step < fastFrom + 30;
+    const std::size_t width = isFast ? 1 : 1 + random() % 30;
+    now += 1 + random() % (isFast ? 3 : 40);
+    names += "$var wire " + std::to_string(width) + " " + code + " " + code + " $end\n";
+    zeros += "b0 " + code + "\n";
+    steps += "#" + std::to_string(now) + "\nb" + std::string(width, '1') + " " + code + "\n";
   }
-  const std::string low = "b0 v\n";
-  const std::string high = "b" + std::string(64, '1') + " v\n";
-  bool isHigh = false;
-  for (const int time : {1000, 1300, 1600, 2003, 2099, 2400}) {
-    text += "#" + std::to_string(time) + "\n" + (isHigh ? high : low);
-    for (int again = 0; again < 60; ++again) text += "1!\n";  // so that these are a half
-    isHigh = !isHigh;
+  return "$timescale 1fs $end\n" + names + "$enddefinitions $end\n#0\n" + zeros + steps;
+}
+
+// Also where one reading rounds steps, be it to the end or from the middle on, and a thread would
+// not have to.
+TEST(PeakSearch, FindsTheSameByThreadsWithMuchRoomAndWithLittle) {
+  std::mt19937 random(1);
+  for (int trial = 0; trial < 40; ++trial) {
+    const std::string text = ChangingOnce(random, trial % 4 < 2 ? 5 : 80);
+    ProfileOptions options;
+    options.length = 100;
+    options.mostSteps = trial % 2 == 0 ? 1000 : 24;
+    TextSource source(text);
+    const Peak whole = FindPeak(source, options).figures;
+    EXPECT_EQ(whole.grain > 1, trial % 2 == 1);
+    TextFile file(text);
+    for (options.counting.jobs = 2; options.counting.jobs < 7; ++options.counting.jobs) {
+      const Peak parted = FindPeak(file, options).figures;
+      ASSERT_EQ(parted.toggles, whole.toggles) << trial << " by " << options.counting.jobs;
+      ASSERT_EQ(parted.begin, whole.begin);
+      ASSERT_EQ(parted.end, whole.end);
+      ASSERT_EQ(parted.grain, whole.grain);
+    }
   }
-  ProfileOptions options;
-  options.length = 100;
-  options.mostSteps = 16;
-  options.counting.jobs = 2;
-  TextSource source(text);
-  TextFile file(text);
-  const Peak whole = FindPeak(source, options).figures;
-  const Peak parted = FindPeak(file, options).figures;
-  EXPECT_GT(whole.grain, 1U);
-  EXPECT_LT(whole.toggles, 128U) << "2003 and 2099 are too far apart by grains";
-  EXPECT_EQ(parted.grain, whole.grain);
-  EXPECT_EQ(parted.toggles, whole.toggles);
 }
 
 TEST(Profile, RefusesMoreSumsThanThereIsRoomFor) {

@@ -272,7 +272,7 @@ CuttingSignal SignalAt(const Declarations& declarations, std::size_t number) {
 /// little that threads or even one reading have too little.
 void CheckCutsInParts(const std::string& dump, const ActivityOptions& counting,
                       const std::vector<std::uint32_t>& numbers) {
-  static constexpr std::uint64_t kRooms[] = {5000, 60, 9};
+  static constexpr std::uint64_t kRooms[] = {5000, 300, 9};
   TextFile file(dump);
   ProfileOptions options;
   options.counting = counting;
