@@ -182,7 +182,9 @@ inline void ToggleCounter::TakeWaiting() {
   waiting_.TakeAll([this](std::uint32_t codeId, char value) { TakeScalar(codeId, value); });
 }
 
-inline void ToggleCounter::TakeScalar(std::uint32_t codeId, char value) {
+// Always inlined: in a source with many takers the compiler leaves it out of line, which takes a
+// tenth more instructions for a dump of short changes.
+[[gnu::always_inline]] inline void ToggleCounter::TakeScalar(std::uint32_t codeId, char value) {
   Code& code = codes_[codeId];
   if (code.kind == Kind::Unused || !time_.isObserving) return;
   if (code.kind == Kind::Vector) {
