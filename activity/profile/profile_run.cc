@@ -76,7 +76,7 @@ class Run {
     ProfileWindows windows = WindowsFor(start, options_);
     const unsigned threads = dump == nullptr ? 1 : Threads(windows, sums, bytesOfBit);
     if (threads > 1) windows.first = FirstStampOf(*dump, start.result.declarations);
-    if (!windows.first) {
+    if (dump == nullptr || !windows.first) {
       auto taker = make(windows);
       Read(*taker);
       return taker;
@@ -92,7 +92,7 @@ class Run {
     const std::uint64_t bytes = kBytesPerBit * start.codes.bits() + kBytesPerSum * tree.size();
     const bool isCut = dump != nullptr && !start.result.declarations.hasWord;
     const unsigned threads = isCut ? ThreadsWithin(bytes, options_.counting.jobs) : 1;
-    if (threads == 1) {
+    if (dump == nullptr || threads == 1) {
       auto taker = make(true, 1);
       Read(*taker);
       return taker;
