@@ -96,6 +96,14 @@ bool SignalRow::IsWhollyRepeated() const {
          std::find(repeated->begin(), repeated->end(), false) == repeated->end();
 }
 
+bool ActivityRows::IsWhollyRepeated(std::uint32_t variableId) const {
+  // Asked for each of a million signals, of which few or none share a code.
+  if (repeated_.empty()) return false;
+  const auto found = repeated_.find(variableId);
+  return found != repeated_.end() &&
+         std::find(found->second.begin(), found->second.end(), false) == found->second.end();
+}
+
 ActivityRows::ActivityRows(const ActivityResult& result) : result_(result) {
   for (const std::string& type : result.declarations.types) {
     typeHasBits_.push_back(TypeHasBits(type));

@@ -82,6 +82,9 @@ class ActivityRows {
     }
   }
 
+  /// Whether a variable has bits, all of them declared before: it has no row.
+  bool IsWhollyRepeated(std::uint32_t variableId) const;
+
   /// Of each scope with all below it: its codes once each, at the greatest width that they have
   /// there, however many names they have. By scope, number 0 being the whole dump. Computed anew at
   /// each call.

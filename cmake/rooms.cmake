@@ -4,12 +4,12 @@
 # Sources with a loop over the body of a dump stand under ALONE: they are compiled by themselves also
 # where others are joined, since a compiler inlines less into a loop in a long source, and optimised
 # as far as a release asks for. The other sources of a COLD room run once a signal or once a run;
-# optimising them as far takes a fifth of the time of a build.
+# optimising them further takes a fifth of the time of a build.
 function(kesncd_room name)
   cmake_parse_arguments(room "COLD" "" "ROOMS;ALONE" ${ARGN})
   add_library(kesncd-room-${name} STATIC ${room_UNPARSED_ARGUMENTS} ${room_ALONE})
   if(room_COLD)
-    target_compile_options(kesncd-room-${name} PRIVATE $<$<CONFIG:Release>:-O2>)
+    target_compile_options(kesncd-room-${name} PRIVATE $<$<CONFIG:Release>:-O1>)
   endif()
   set_source_files_properties(${room_ALONE} PROPERTIES
     SKIP_UNITY_BUILD_INCLUSION ON
@@ -19,4 +19,5 @@ function(kesncd_room name)
     target_link_libraries(kesncd-room-${name} PUBLIC kesncd-room-${other})
   endforeach()
   kesncd_strict(kesncd-room-${name})
+  kesncd_standard_headers(kesncd-room-${name})
 endfunction()

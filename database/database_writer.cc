@@ -2,7 +2,6 @@
 #include "database/database_writer.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string>
 #include <vector>
 
@@ -66,17 +65,6 @@ struct ScopePlaces {
   }
 };
 
-/// A bit's index as a number, where it is one that SQLite can count with. Indices in a dump may be
-/// any digits; those beyond 64 bits are left to the names.
-std::optional<std::int64_t> IndexOf(const BitNames& names, std::uint32_t bit) {
-  if (!names.IsIndexed()) return {};
-  const std::string text = names.Index(bit);
-  std::int64_t index = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
-  if (error != std::errc() || end != text.data() + text.size()) return {};
-  return index;
-}
-
 /// Calling order: construct, Write once. The connection is a new database in memory.
 class DatabaseWriter {
  public:
@@ -137,7 +125,7 @@ class DatabaseWriter {
       rows.DerivedNumber(places.last[id]);
       rows.EndRow();
     }
-    facts_["checksum_scope"] = rows.sum();
+    facts_["checksum_scope"] = rows.Finish();
   }
 
   /// Where each code's bits are, and how often hosts counted it.
@@ -154,34 +142,33 @@ class DatabaseWriter {
                                     : std::nullopt);
       rows.EndRow();
     }
-    facts_["checksum_code"] = rows.sum();
+    facts_["checksum_code"] = rows.Finish();
   }
 
   /// All variables, also those without bits, in the dump's order.
   void WriteSignals() {
     // Which rows `kesncd activity` leaves out, so that views can do the same.
     const ActivityRows activity(run_.exact);
-    std::vector<bool> isRepeated(declarations_.variables.size());
-    activity.ForEachSignal(Declarations::kDump, [&](const SignalRow& row) {
-      isRepeated[row.variableId] = row.IsWhollyRepeated();
-    });
+    // By the number of the type, so that texts are compared once.
+    std::vector<bool> typeHasBits;
+    for (const std::string& type : declarations_.types) typeHasBits.push_back(TypeHasBits(type));
     TableWriter rows(to_, "signal", 13);
     for (std::uint32_t id = 0; id < declarations_.variables.size(); ++id) {
-      WriteSignal(id, isRepeated[id], rows);
+      // Reals have a width too, but no bits.
+      const DumpVariable& variable = declarations_.variables[id];
+      WriteSignal(id, typeHasBits[variable.typeId] ? variable.width : 0,
+                  activity.IsWhollyRepeated(id), rows);
     }
-    facts_["checksum_signal"] = rows.sum();
+    facts_["checksum_signal"] = rows.Finish();
   }
 
   /// Written are what the declarations need; derived are what views need to name bits.
-  void WriteSignal(std::uint32_t id, bool isRepeated, TableWriter& rows) {
+  void WriteSignal(std::uint32_t id, std::uint32_t bits, bool isRepeated, TableWriter& rows) {
     const DumpVariable& variable = declarations_.variables[id];
-    const std::string& type = declarations_.TypeOf(variable);
-    // Reals have a width too, but no bits.
-    const std::uint32_t bits = TypeHasBits(type) ? variable.width : 0;
     rows.DerivedNumber(id);
     rows.Count(std::uint64_t{variable.scope});
     rows.Count(std::uint64_t{variable.codeId});
-    rows.Text(type);
+    rows.Text(declarations_.TypeOf(variable));
     rows.Count(std::uint64_t{variable.width});
     rows.Text(variable.name);
     rows.Count(std::uint64_t{variable.nameWord});
@@ -190,8 +177,8 @@ class DatabaseWriter {
     const bool isWhole = bits == 0 || names.Base().size() == variable.name.size();
     rows.DerivedText(isWhole ? std::nullopt : std::optional(names.Base()));
     // Names of bits are base[low + step * bit]: step is 1, -1, or 0 for a single bit.
-    const std::optional<std::int64_t> low = bits > 0 ? IndexOf(names, 0) : std::nullopt;
-    const std::optional<std::int64_t> next = bits > 1 && low ? IndexOf(names, 1) : low;
+    const std::optional<std::int64_t> low = bits > 0 ? names.IndexNumber(0) : std::nullopt;
+    const std::optional<std::int64_t> next = bits > 1 && low ? names.IndexNumber(1) : low;
     rows.DerivedNumber(next ? low : std::nullopt);
     rows.DerivedNumber(next ? *next - *low : 0);
     rows.Count(variable.line);
@@ -212,7 +199,7 @@ class DatabaseWriter {
       rows.EndRow();
     }
     // Each table's sum is kept as a fact; ActivityDatabase::CheckSum compares it.
-    facts_["checksum_bit"] = rows.sum();
+    facts_["checksum_bit"] = rows.Finish();
   }
 
   /// What was passed over in the dump, by kind; kinds without any have no row.
@@ -228,7 +215,7 @@ class DatabaseWriter {
       rows.Text(tally.example);
       rows.EndRow();
     }
-    facts_["checksum_tally"] = rows.sum();
+    facts_["checksum_tally"] = rows.Finish();
   }
 
   /// What the hosts' reading said, in its order.
@@ -240,7 +227,7 @@ class DatabaseWriter {
       rows.Text(remark);
       rows.EndRow();
     }
-    facts_["checksum_host_remark"] = rows.sum();
+    facts_["checksum_host_remark"] = rows.Finish();
   }
 
   /// A fact that is a number or nothing.
@@ -298,6 +285,7 @@ class DatabaseWriter {
     rows.Text("checksum_run");
     rows.Count(sum);
     rows.EndRow();
+    rows.Finish();
   }
 
   const StoredRun& run_;

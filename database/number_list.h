@@ -4,9 +4,11 @@
 #ifndef KESNCD_DATABASE_NUMBER_LIST_H_
 #define KESNCD_DATABASE_NUMBER_LIST_H_
 
+#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,11 +20,19 @@ namespace orsa::kesncd {
 /// below 0 is shorter than what it is without a sign.
 template <class Number>
 std::string NumberListText(const std::vector<std::uint64_t>& numbers) {
-  std::string text = "[";
+  // A sign, the digits and a comma.
+  constexpr std::size_t kLongest = std::numeric_limits<std::uint64_t>::digits10 + 3;
+  std::string text;
   for (const std::uint64_t number : numbers) {
-    if (text.size() > 1) text += ',';
-    text += std::to_string(static_cast<Number>(number));
+    std::array<char, kLongest> digits;
+    digits.front() = ',';
+    char* const end =
+        std::to_chars(digits.data() + 1, digits.data() + digits.size(), static_cast<Number>(number))
+            .ptr;
+    text.append(digits.data(), end);
   }
+  if (text.empty()) text = "[";
+  text.front() = '[';
   return text + ']';
 }
 

@@ -93,8 +93,8 @@ class Writer {
   }
 
  private:
-  void End(const std::string& table, const TableWriter& rows) {
-    facts_["checksum_" + table] = FactOfCount(rows.sum());
+  void End(const std::string& table, TableWriter& rows) {
+    facts_["checksum_" + table] = rows.Finish();
   }
 
   Connection& to_;

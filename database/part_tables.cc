@@ -18,7 +18,7 @@ namespace {
 /// reading, so that neither can forget a member. The names are part of the format: none may change
 /// or go without a new version of it.
 template <class Part, class Visit>
-void ForEachNumber(Part& part, Visit visit) {
+void ForEachPartNumber(Part& part, Visit visit) {
   // The stretch: which part of how many it is, and where in the file.
   visit("part_first", part.choice.first);
   visit("part_last", part.choice.last);
@@ -109,7 +109,7 @@ void WriteBits(const ActivityPart& activity, Connection& to, FactsByName& facts)
     ++number;
   }
   // Read back by the reader after the last row.
-  facts["checksum_part_bit"] = rows.sum();
+  facts["checksum_part_bit"] = rows.Finish();
 }
 
 /// Rows of all codes that have a value or a count.
@@ -128,7 +128,7 @@ void WriteCodes(const HostPart& host, Connection& to, FactsByName& facts) {
     rows.Count(static_cast<std::uint64_t>(first.kind));
     rows.EndRow();
   }
-  facts["checksum_part_code"] = rows.sum();
+  facts["checksum_part_code"] = rows.Finish();
 }
 
 /// Calling order: construct, Read once.
@@ -140,7 +140,7 @@ class PartReader {
 
   BodyPart Read() {
     BodyPart part;
-    ForEachNumber(part, [&](const char* name, auto& value) {
+    ForEachPartNumber(part, [&](const char* name, auto& value) {
       // Every member has to be there.
       using Value = std::remove_reference_t<decltype(value)>;
       value = static_cast<Value>(facts_.CountOf(name, MostOf<Value>()));
@@ -214,7 +214,7 @@ class PartReader {
 }  // namespace
 
 void WritePartTables(const BodyPart& part, Connection& to, FactsByName& facts) {
-  ForEachNumber(part, [&](const char* name, const auto& value) {
+  ForEachPartNumber(part, [&](const char* name, const auto& value) {
     // Truth values and enumerations too are numbers in the file.
     facts[name] = FactOfCount(static_cast<std::uint64_t>(value));
   });

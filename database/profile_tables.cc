@@ -36,7 +36,7 @@ void WriteWindows(const Profile& profile, Connection& to, FactsByName& facts) {
     rows.Count(profile.observed[window]);
     rows.EndRow();
   }
-  facts["checksum_time_window"] = FactOfCount(rows.sum());
+  facts["checksum_time_window"] = rows.Finish();
 }
 
 /// By scope, not by module: a database has scopes for everything, and modules are numbered anew for
@@ -54,7 +54,7 @@ void WriteToggles(const Profile& profile, Connection& to, FactsByName& facts) {
     rows.Text(own);
     rows.EndRow();
   }
-  facts["checksum_module_toggles"] = FactOfCount(rows.sum());
+  facts["checksum_module_toggles"] = rows.Finish();
 }
 
 /// In the order of time.
@@ -65,7 +65,7 @@ void WriteGaps(const Profile& profile, Connection& to, FactsByName& facts) {
     rows.Count(end);
     rows.EndRow();
   }
-  facts["checksum_dumping_gap"] = FactOfCount(rows.sum());
+  facts["checksum_dumping_gap"] = rows.Finish();
 }
 
 /// `first_tick` and `last_tick` are those of the first and the last toggle; both are 0 without any.
@@ -79,7 +79,7 @@ void WriteClocks(const std::vector<KeptProfile::Clock>& clocks, Connection& to,
     rows.Count(clock.span.last);
     rows.EndRow();
   }
-  facts["checksum_clock"] = FactOfCount(rows.sum());
+  facts["checksum_clock"] = rows.Finish();
 }
 
 /// Calling order: construct, Read once. Whatever is missing, of another kind than it was written,

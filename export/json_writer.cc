@@ -21,10 +21,11 @@ namespace orsa::kesncd {
 
 namespace {
 
-using OrderedJson = nlohmann::ordered_json;
+// For single values only, of which nlohmann::ordered_json would be a second whole library.
+using JsonValue = nlohmann::json;
 
 /// The sum of a WideCount is cut to 64 bits here; AppendCell takes care of larger ones.
-OrderedJson JsonOf(const Cell& cell) {
+JsonValue JsonOf(const Cell& cell) {
   if (const auto* wide = std::get_if<WideCount>(&cell)) {
     return static_cast<std::uint64_t>(*wide);
   }
@@ -38,9 +39,9 @@ OrderedJson JsonOf(const Cell& cell) {
 /// Appends a value's text. Names in a dump need not be UTF-8: stray bytes become the character that
 /// stands for one. Characters that steer a terminal, of which JSON itself escapes only the oldest,
 /// are written as escapes, which says the same.
-void AppendValue(std::string& out, const OrderedJson& value) {
+void AppendValue(std::string& out, const JsonValue& value) {
   // The JSON library's `replace` puts U+FFFD in the place of bytes that are no UTF-8.
-  const std::string text = value.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
+  const std::string text = value.dump(-1, ' ', false, JsonValue::error_handler_t::replace);
   for (std::string_view rest = text; !rest.empty();) {
     // Printable ASCII, which is nearly all; everything else is looked at by itself.
     const auto isPlain = [](char c) { return c >= ' ' && c < '\x7f'; };

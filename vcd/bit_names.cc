@@ -121,16 +121,23 @@ bool BitNames::TakeBracket(std::string_view bracket) {
 }
 
 std::string BitNames::Index(std::uint32_t bit) const {
-  // Bit 0 is the rightmost. To its left indices grow in [3:0] and fall in [0:3].
-  if (isShort_) {
-    return std::to_string(isAscending_ ? right_ - std::int64_t{bit} : right_ + std::int64_t{bit});
-  }
+  if (isShort_) return std::to_string(ShortIndex(bit));
   // A width has 32 bits, so no sign changes on the way.
   const bool isNegative = longRight_.front() == '-';
   // Moving away from zero adds to the digits, moving towards it takes from them.
   const std::string moved =
       Moved(longRight_.substr(isNegative ? 1 : 0), bit, isNegative == isAscending_);
   return isNegative ? "-" + moved : moved;
+}
+
+std::optional<std::int64_t> BitNames::IndexNumber(std::uint32_t bit) const {
+  if (!isIndexed_) return {};
+  if (isShort_) return ShortIndex(bit);
+  const std::string text = Index(bit);
+  std::int64_t index = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
+  if (error != std::errc() || end != text.data() + text.size()) return {};
+  return index;
 }
 
 void BitNames::AppendName(std::uint32_t bit, std::string& text) const {

@@ -4,6 +4,7 @@
 #define KESNCD_VCD_BIT_NAMES_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,11 +33,17 @@ class BitNames {
   bool IsIndexed() const { return isIndexed_; }
   /// The index of a bit, of which 0 is the lowest, the rightmost of a value.
   std::string Index(std::uint32_t bit) const;
+  /// The same as a number; nothing for a bit without an index, or where 64 bits do not hold it.
+  std::optional<std::int64_t> IndexNumber(std::uint32_t bit) const;
   /// Adds the bit's name, "count[3]", to a text.
   void AppendName(std::uint32_t bit, std::string& text) const;
 
  private:
   bool TakeBracket(std::string_view bracket);
+  // Where it is short. To the left of the rightmost bit indices grow in [3:0] and fall in [0:3].
+  std::int64_t ShortIndex(std::uint32_t bit) const {
+    return isAscending_ ? right_ - std::int64_t{bit} : right_ + std::int64_t{bit};
+  }
 
   // The name without its bracket, or all of it.
   std::string_view base_;

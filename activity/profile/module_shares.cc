@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 #include <tuple>
+#include <utility>
 
 #include "vcd/bit_names.h"
 
@@ -161,27 +163,35 @@ class ModuleShares::Walk {
   std::vector<Found> found_;
 };
 
-/// Puts what was found together: what adds to a module and is taken off again is nothing.
-ModuleShares::ModuleShares(std::size_t codes, std::vector<Found> found) {
-  const auto key = [](const Found& one) {
-    return std::tuple(one.codeId, one.share.module, one.share.from, one.share.to);
+/// Puts what was found together: what adds to a module and is taken off again is nothing. Sorted by
+/// code by counting, since there are as many codes as entries, nearly: an entry goes to its place
+/// at once, and only those of one code are compared.
+ModuleShares::ModuleShares(std::size_t codes, const std::vector<Found>& found)
+    : first_(codes + 1), shares_(found.size()) {
+  for (const Found& one : found) ++first_[one.codeId + 1];
+  std::partial_sum(first_.begin(), first_.end(), first_.begin());
+  // Each code's end moves on as its shares come, until it is the begin of the next code's.
+  std::vector<std::size_t> ends(first_.begin(), std::prev(first_.end()));
+  for (const Found& one : found) shares_[ends[one.codeId]++] = one.share;
+  const auto key = [](const ModuleShare& share) {
+    return std::tuple(share.module, share.from, share.to);
   };
-  std::sort(found.begin(), found.end(),
-            [&](const Found& one, const Found& other) { return key(one) < key(other); });
-  // Shares of equal codes stand together now.
-  first_.resize(codes + 1);
-  for (std::size_t at = 0; at < found.size();) {
-    ModuleShare share = found[at].share;
-    const auto same = key(found[at]);
-    // Added and taken off in the same module: they cancel.
-    while (++at < found.size() && key(found[at]) == same) share.times += found[at].share.times;
-    if (share.times == 0) continue;
-    shares_.push_back(share);
-    // The end of the code's shares, which is where the next code's begin.
-    first_[std::get<0>(same) + 1] = shares_.size();
+  std::size_t kept = 0;
+  for (std::size_t codeId = 0; codeId < codes; ++codeId) {
+    std::size_t at = std::exchange(first_[codeId], kept);
+    const std::size_t end = ends[codeId];
+    std::sort(
+        shares_.data() + at, shares_.data() + end,
+        [&](const ModuleShare& one, const ModuleShare& other) { return key(one) < key(other); });
+    while (at < end) {
+      ModuleShare share = shares_[at];
+      // Added and taken off in the same module: they cancel.
+      while (++at < end && key(shares_[at]) == key(share)) share.times += shares_[at].times;
+      if (share.times != 0) shares_[kept++] = share;
+    }
   }
-  // A code without shares ends where the one before it does.
-  for (std::size_t i = 1; i < first_.size(); ++i) first_[i] = std::max(first_[i], first_[i - 1]);
+  first_.back() = kept;
+  shares_.resize(kept);
 }
 
 ModuleShares ModuleShares::ByName(const Declarations& declarations, const ModuleTree& tree) {
@@ -207,7 +217,7 @@ ModuleShares ModuleShares::ByOwner(const Declarations& declarations, const CodeB
     if (owners[codeId] == ModuleTree::kOutside) continue;
     found.push_back({codeId, {owners[codeId], 1, 0, codes.Width(codeId)}});
   }
-  return {codes.codes(), std::move(found)};
+  return {codes.codes(), found};
 }
 
 /// For modules 0 to n-1 the shares by name, for n to 2n-1 those by owner less those by name. A code
@@ -233,7 +243,7 @@ ModuleShares ModuleShares::ByBoth(const Declarations& declarations, const CodeBi
       found.push_back({codeId, share});
     }
   }
-  return {codes.codes(), std::move(found)};
+  return {codes.codes(), found};
 }
 
 }  // namespace orsa::kesncd

@@ -86,7 +86,7 @@ class ModuleShares {
   // What makes the shares of ByName; see module_shares.cc.
   class Walk;
 
-  ModuleShares(std::size_t codes, std::vector<Found> found);
+  ModuleShares(std::size_t codes, const std::vector<Found>& found);
 
   std::vector<std::size_t> first_;  // by code, and the end
   std::vector<ModuleShare> shares_;

@@ -70,7 +70,8 @@ struct WatchPart {
 ///
 /// Levels follow the rules of exact activity: only the last value of a step is seen, x and z are
 /// passed over (0 x 1 is a toggle at the 1, 0 x 0 none), the first known value is none. Every
-/// change costs a look into a table, so nothing is stored for codes that nobody watches.
+/// change costs a look into a table, which has a bit a code, to stay in the cache of a processor
+/// where there are a million codes.
 template <class Counter>
 class ToggleWatch {
  public:
@@ -79,19 +80,27 @@ class ToggleWatch {
   template <class... More>
   ToggleWatch(const std::vector<std::uint32_t>& watched, const CodeBits& codes,
               const ActivityWindow& window, const More&... more)
-      : counter_(codes, window, more...), window_(window), place_(codes.codes(), kNone) {
+      : counter_(codes, window, more...),
+        window_(window),
+        isWatched_(codes.codes()),
+        place_(watched.empty() ? 0 : codes.codes()) {
     part_.signals.resize(watched.size());
-    for (std::uint32_t i = 0; i < watched.size(); ++i) place_[watched[i]] = i;
+    for (std::uint32_t i = 0; i < watched.size(); ++i) {
+      isWatched_[watched[i]] = true;
+      place_[watched[i]] = i;
+    }
   }
 
   void Fetch(std::uint32_t codeId) const { counter_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) {
-    if (place_[codeId] != kNone) part_.signals[place_[codeId]].given = value;
+    if (isWatched_[codeId]) [[unlikely]]
+      part_.signals[place_[codeId]].given = value;
     counter_.Scalar(codeId, value);
   }
   void Vector(std::uint32_t codeId, std::string_view value) {
     // A wider value is cut on its left, so the signal's bit is its last character.
-    if (place_[codeId] != kNone) part_.signals[place_[codeId]].given = value.back();
+    if (isWatched_[codeId]) [[unlikely]]
+      part_.signals[place_[codeId]].given = value.back();
     counter_.Vector(codeId, value);
   }
   void Real(std::uint32_t codeId, std::string_view value) { counter_.Real(codeId, value); }
@@ -142,8 +151,6 @@ class ToggleWatch {
   }
 
  private:
-  static constexpr std::uint32_t kNone = UINT32_MAX;
-
   /// Takes the values of the step that ends; a signal without one keeps its level.
   void EndStep() {
     for (WatchedSignal& watched : part_.signals) {
@@ -162,7 +169,8 @@ class ToggleWatch {
 
   Counter counter_;
   const ActivityWindow window_;
-  std::vector<std::uint32_t> place_;  // by codeId
+  std::vector<bool> isWatched_;       // by codeId
+  std::vector<std::uint32_t> place_;  // of a watched one
   WatchPart part_;
   std::uint64_t now_ = 0;
 };
