@@ -11,10 +11,10 @@ namespace orsa::kesncd {
 ProfileSum::ProfileSum(const Declarations& declarations, std::string dump,
                        const PartWindows& windows, std::uint64_t mostCells)
     : asked_(windows),
+      windows_(StretchWindows(windows)),
       codes_(declarations),
       tree_(ModulesIn(declarations, Declarations::kDump, UINT32_MAX)),
       shares_(ModuleShares::ByBoth(declarations, codes_, tree_)) {
-  windows_ = StretchWindows(windows);
   windows_.dump = std::move(dump);
   windows_.mostCells = mostCells;
   windows_.tick = declarations.tick.value_or(1);
