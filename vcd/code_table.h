@@ -165,10 +165,11 @@ inline std::size_t CodeCells::PlaceOf(const char* code, std::size_t length) {
 inline std::uint32_t* CodeCells::LookPlain(const char* code, std::size_t length) {
   if (length <= kLongestDirect) [[likely]] {
     const std::size_t place = PlaceOf(code, length);
-    // No place: a code of three characters while none of them was added, or one that tests have
-    // packed.
     if (place < places_) [[likely]]
       return &direct_[place];
+    // Such codes have places once one of them is added: none was. In a dump of which one module is
+    // counted, most changes may be of these.
+    if (place < Places(longestDirect_)) return nullptr;
   }
   return LookFurther(code, length);
 }
@@ -186,8 +187,10 @@ inline std::uint32_t* CodeCells::Look(const char* code, std::size_t length) {
   if (length <= kLongestDirect) [[likely]] {
     const std::size_t place = PlaceOf(code, length);
     // A byte of 128 or more would lead to another code's place, or past the table.
-    if (place < places_ && (place & kNotDirect) == 0) [[likely]]
+    const bool isDirect = (place & kNotDirect) == 0;
+    if (place < places_ && isDirect) [[likely]]
       return &direct_[place];
+    if (place < Places(longestDirect_) && isDirect) return nullptr;
   }
   return LookFurther(code, length);
 }
