@@ -331,8 +331,11 @@ bool ProfileCounter::Restore(ProfilePart&& part) {
   for (const ProfileRow& row : part.rows) {
     if (!rows_.Restore(row, window_ - first + 1)) return false;
   }
+  const bool isInside =
+      std::all_of(part.unobserved.begin(), part.unobserved.end(),
+                  [this](const auto& unobserved) { return unobserved.first <= window_; });
+  if (!isInside) return false;
   for (const auto& [at, ticks] : part.unobserved) {
-    if (at > window_) return false;
     if (unobserved_.size() <= at) unobserved_.resize(at + 1);
     unobserved_[at] = ticks;
   }
