@@ -63,18 +63,6 @@ StoredRun Count(const ExactOptions& options, ClockCheck* clocks) {
   return ReadExactRun(input);
 }
 
-/// Rates that are missing in every row want a reason. The two causes need different advice: a
-/// missing time scale can be supplied, a dump that ends where it begins has nothing to measure.
-void SayWhyNoRates(const ExactRun& run) {
-  if (!run.result.tick) {
-    Remark(run.dump,
-           "it has no time scale, so no rate is known; kesncd prepare --timescale gives one");
-  } else if (run.result.observedTicks == 0 && run.result.notes.hasStamps) {
-    // A dump without stamps has had its own remark from the reading.
-    Remark(run.dump, "no time was observed, so no rate is known");
-  }
-}
-
 /// With the factor of the design's clock, if there is one. All times and rates of the run are then
 /// to be multiplied and divided by `scale`; the figures themselves stay in the dump's ticks.
 ExactRun CountScaled(const ExactOptions& options) {
@@ -95,7 +83,7 @@ ExactRun CountScaled(const ExactOptions& options) {
   run.origin = std::move(stored.facts.dump);
   run.result = std::move(stored.exact);
   // SAIF and Tcl without a time scale are an error of their own, so only rows need the remark.
-  if (options.HasRows()) SayWhyNoRates(run);
+  if (options.HasRows()) SayWhyNoRates(run.result, run.dump);
   run.scale = clocks.ScaleOf(run.result, run.dump);
   return run;
 }

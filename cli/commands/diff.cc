@@ -59,7 +59,9 @@ StoredRun ReadRun(const DiffOptions& options, const std::string& path) {
   ExactInput input;
   input.input = options.before;
   input.input.dump = path;
-  return ReadExactRun(input);
+  StoredRun run = ReadExactRun(input);
+  SayWhyNoRates(run.exact, NameOf(input.input));
+  return run;
 }
 
 /// Whether --match wants the row. A signal is taken with or without its range ("data" takes

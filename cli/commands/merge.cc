@@ -6,6 +6,7 @@
 // tells which of the two is meant.
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "activity/activity_rows.h"
@@ -134,11 +135,14 @@ StoredRun AddRuns(const MergeOptions& options, RunMerger& merger) {
 
 /// Which of the two operations it is, is told by the first file before anything is read.
 ExitStatus RunMerge(const MergeOptions& options) {
+  const std::optional<std::string> dump = DumpOfPart(options.runs.front());
+  const bool areParts = dump.has_value();
   std::vector<std::string> inputs = options.runs;
   inputs.push_back(options.dump);
+  // A merge reads of it what no part could read by itself.
+  if (areParts && options.dump.empty()) inputs.push_back(*dump);
   CheckExactPlaces(inputs, options.exact);
   RunMerger merger;
-  const bool areParts = IsPart(options.runs.front());
   if (areParts && options.byRun) {
     throw Failure(FailureKind::Unusable, "--by-run: these are parts of one run");
   }
@@ -156,6 +160,7 @@ ExitStatus RunMerge(const MergeOptions& options) {
   ExactRun run;
   run.dump = run.origin = merged.facts.dump;
   run.result = std::move(merged.exact);
+  if (options.exact.HasRows()) SayWhyNoRates(run.result, run.dump);
   return options.byRun ? WriteByRun(merger, run, options)
                        : WriteExact(std::move(run), options.exact);
 }

@@ -104,4 +104,15 @@ StoredRun ReadExactRun(const ExactInput& options) {
   return run;
 }
 
+/// The two causes need different advice: a missing time scale can be supplied, a dump that ends
+/// where it begins has nothing to measure.
+void SayWhyNoRates(const ActivityResult& result, const std::string& name) {
+  if (!result.tick) {
+    Remark(name, "it has no time scale, so no rate is known; kesncd prepare --timescale gives one");
+  } else if (result.observedTicks == 0 && result.notes.hasStamps) {
+    // A dump without stamps has had its own remark from the reading.
+    Remark(name, "no time was observed, so no rate is known");
+  }
+}
+
 }  // namespace orsa::kesncd::cli

@@ -30,6 +30,10 @@ struct ExactInput {
 /// set only where it was wanted or the database has it.
 StoredRun ReadExactRun(const ExactInput& options);
 
+/// Rates that are missing in every row want a reason, which this says on standard error; nothing
+/// where there are rates. `name` is what messages call the run.
+void SayWhyNoRates(const ActivityResult& result, const std::string& name);
+
 }  // namespace orsa::kesncd::cli
 
 #endif  // KESNCD_CLI_EXACT_FIGURES_EXACT_INPUT_H_

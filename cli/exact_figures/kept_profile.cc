@@ -18,7 +18,8 @@ namespace {
 [[noreturn]] void FailWithout(const StoredFacts& facts, const std::string& name) {
   const std::string why = facts.runs > 1
                               ? "it was merged from several runs, whose times are not the same"
-                              : "it was made with --no-profile, or by an earlier version; "
+                              : "it was made with --no-profile, by an earlier version, or from "
+                                "parts of a dump whose windows they could not know; "
                                 "kesncd activity DUMP -o FILE makes one that does";
   throw Failure(FailureKind::Unusable, name + ": holds no figures over time: " + why);
 }

@@ -138,7 +138,7 @@ std::vector<PartFile> InOrder(const std::vector<std::string>& paths) {
   std::vector<PartFile> files;
   for (const std::string& path : paths) {
     // Looked at apart from Look, so that a dump among the parts gets this message too.
-    if (!IsPart(path)) {
+    if (!DumpOfPart(path)) {
       throw Failure(FailureKind::Unusable,
                     path + ": is no part of a dump: parts are merged with parts only");
     }
@@ -336,12 +336,13 @@ StoredRun ReadPart(const InputOptions& input, const PartChoice& choice,
   return run;
 }
 
-bool IsPart(const std::string& path) {
+std::optional<std::string> DumpOfPart(const std::string& path) {
   InputOptions input;
   input.dump = path;
   // No window: a part is of the whole time.
   const auto database = OpenDatabase(input, {});
-  return database && database->facts().part;
+  if (!database || !database->facts().part) return {};
+  return database->facts().dump;
 }
 
 /// All are looked at before the first is added: a missing part must not cost hours.

@@ -24,9 +24,9 @@ namespace orsa::kesncd::cli {
 StoredRun ReadPart(const InputOptions& input, const PartChoice& choice,
                    const std::optional<WindowsAsked>& windows);
 
-/// Whether a file holds a part; not what cannot be read as one. False for a dump and for a database
-/// of a whole one. Throws for a database that cannot be read.
-bool IsPart(const std::string& path);
+/// Of a file that holds a part, where its dump was when it was counted. Nothing for a dump and for
+/// a database of a whole one. Throws for a database that cannot be read.
+std::optional<std::string> DumpOfPart(const std::string& path);
 
 /// Adds all parts of a dump up to what one reading of it gives. Stretches that no part could read
 /// on its own are read from `dump`, or from where the parts were counted if it is empty. Throws

@@ -173,6 +173,9 @@ UnpackedSource OpenDump(const InputOptions& options) {
   std::string start(kKnownBy, '\0');
   start.resize(ReadFully(file->file(), start.data(), start.size()));
   // Otherwise SQLite's pages would be read as a dump full of errors.
+  if (IsSqlite(start) && !std::filesystem::is_regular_file(options.dump, ignored)) {
+    throw Failure(FailureKind::Unusable, name + ": is a database, which has to be a plain file");
+  }
   if (IsSqlite(start)) {
     throw Failure(FailureKind::Unusable,
                   name + ": is a database, which holds counts and no values by time: this needs " +

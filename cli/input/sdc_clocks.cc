@@ -55,6 +55,7 @@ class Commands {
   bool TakeCharacter(char c) {
     // What comes after a backslash is itself, also a brace: it must not nest.
     if (c == '\\' && at_ < text_.size()) {
+      if (text_.substr(at_).starts_with("\r\n")) ++at_;
       TakeEscaped(text_[at_++]);
       return false;
     }
@@ -118,8 +119,9 @@ std::string Bare(const std::string& word) {
   return isWrapped ? word.substr(1, word.size() - 2) : word;
 }
 
-/// The names in "[get_ports {a b}]", "{a b}" or "a". Nobody nests lists deeper than `levels`.
-/// Options among them ("-nocase") and the query's own name are left out.
+/// The names in "[get_ports {a b}]", "[list [get_ports a] b]", "{a b}" or "a". Nobody nests lists
+/// deeper than `levels`. Options among them ("-nocase") and the query's own name are left out, and
+/// so are the conditions of "-filter" and the like.
 Words NamesIn(const std::string& word, int levels = 8) {
   Words names;
   // Braces around a query do not matter here.
@@ -130,8 +132,10 @@ Words NamesIn(const std::string& word, int levels = 8) {
   // From 1 in a query: the first word is get_ports or the like.
   for (std::size_t i = isQuery ? 1 : 0; words && i < words->size(); ++i) {
     const std::string& name = (*words)[i];
+    if (name == "-filter" || name == "-of_objects") ++i;
     if (name.front() == '-') continue;
-    if (const std::string bare = Bare(name); bare != name) {
+    const bool isQueryInside = name.front() == '[' && name.back() == ']';
+    if (const std::string bare = Bare(name); bare != name || isQueryInside) {
       if (levels == 0) continue;
       for (const std::string& inner : NamesIn(bare, levels - 1)) names.push_back(inner);
     } else {
@@ -153,6 +157,11 @@ std::optional<std::uint64_t> PeriodOf(const std::string& text, std::uint64_t uni
   return static_cast<std::uint64_t>(period);
 }
 
+/// Options may be shortened as long as they are no other's: "-per".
+bool IsOption(const std::string& word, std::string_view option) {
+  return word.size() > 1 && option.starts_with(word);
+}
+
 /// Takes one create_clock command apart. Unknown options are passed over without their values,
 /// which then look like signals: the last word that is no option counts.
 void AddClocks(const Words& words, std::uint64_t unit, SdcClocks& found) {
@@ -160,13 +169,13 @@ void AddClocks(const Words& words, std::uint64_t unit, SdcClocks& found) {
   Words signals;
   for (std::size_t i = 1; i < words.size(); ++i) {
     const std::string value = i + 1 < words.size() ? Bare(words[i + 1]) : "";
-    if (words[i] == "-period") {
+    if (IsOption(words[i], "-period")) {
       clock.period = PeriodOf(value, unit).value_or(0);
       ++i;
-    } else if (words[i] == "-name") {
+    } else if (IsOption(words[i], "-name")) {
       clock.name = value.substr(0, kLongestName);
       ++i;
-    } else if (words[i] == "-waveform" || words[i] == "-comment") {
+    } else if (IsOption(words[i], "-waveform") || IsOption(words[i], "-comment")) {
       // Their value is a list or a text, and no signal.
       ++i;
     } else if (words[i].front() != '-') {
@@ -191,6 +200,13 @@ void AddClocks(const Words& words, std::uint64_t unit, SdcClocks& found) {
   }
 }
 
+/// Whether another command's braces hold clocks: those of an "if" or of a procedure.
+bool HoldsClocks(const Words& words) {
+  return std::any_of(words.begin(), words.end(), [](const std::string& word) {
+    return word.find("create_clock ") != std::string::npos;
+  });
+}
+
 }  // namespace
 
 SdcClocks ReadSdcClocks(std::string_view text) {
@@ -200,13 +216,19 @@ SdcClocks ReadSdcClocks(std::string_view text) {
   Commands commands(text);
   while (const std::optional<Words> words = commands.Next()) {
     // The unit may change between two clocks; each has the one before it.
-    if (words->front() == "create_clock") AddClocks(*words, unit, found);
+    if (words->front() == "create_clock") {
+      AddClocks(*words, unit, found);
+    } else if (HoldsClocks(*words)) {
+      found.nested.Add(0, "");
+    }
     for (std::size_t i = 1; words->front() == "set_units" && i + 1 < words->size(); ++i) {
       if ((*words)[i] != "-time") continue;
       // "-time ps" and "-time 1ps" are both written.
       const std::string text_ = Bare((*words)[i + 1]);
       const bool hasNumber = text_.find_first_of("0123456789") == 0;
-      unit = Femtoseconds(hasNumber ? text_ : "1" + text_).value_or(unit);
+      const std::optional<std::uint64_t> known = Femtoseconds(hasNumber ? text_ : "1" + text_);
+      if (!known) found.units.Add(0, "");
+      unit = known.value_or(unit);
     }
   }
   found.endsOpen = commands.EndsOpen();
@@ -217,6 +239,12 @@ std::vector<DesignClock> SdcClocksOf(const std::string& path) {
   SdcClocks found = ReadSdcClocks(ReadText(path));
   if (found.unread) {
     Remark(path, RemarkOn("clocks without a period that is a number, left out", found.unread));
+  }
+  if (found.nested) {
+    Remark(path, RemarkOn("commands with clocks inside them, which are not read", found.nested));
+  }
+  if (found.units) {
+    Remark(path, RemarkOn("units of time that are none, passed over", found.units));
   }
   if (found.endsOpen) {
     Remark(path, "it ends inside a brace, bracket or quote: clocks in there are not read");

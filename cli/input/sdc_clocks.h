@@ -38,6 +38,8 @@ struct SdcClocks {
   std::vector<DesignClock> clocks;  // in the file's order, one for each object that carries it
   bool endsOpen = false;            // the text ends inside a brace, bracket or quote
   Tally unread;                     // commands whose period is no number, but a variable say
+  Tally nested;                     // other commands with clocks in them, such as "if"
+  Tally units;                      // of time that are none
 };
 
 /// Reads a whole file. Periods are in nanoseconds unless set_units says otherwise. Never throws for
