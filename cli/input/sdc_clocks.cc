@@ -119,6 +119,11 @@ std::string Bare(const std::string& word) {
   return isWrapped ? word.substr(1, word.size() - 2) : word;
 }
 
+/// "[get_ports clk]".
+bool IsQuery(const std::string& word) {
+  return word.size() > 1 && word.front() == '[' && word.back() == ']';
+}
+
 /// The names in "[get_ports {a b}]", "[list [get_ports a] b]", "{a b}" or "a". Nobody nests lists
 /// deeper than `levels`. Options among them ("-nocase") and the query's own name are left out, and
 /// so are the conditions of "-filter" and the like.
@@ -126,7 +131,7 @@ Words NamesIn(const std::string& word, int levels = 8) {
   Words names;
   // Braces around a query do not matter here.
   std::string text = Bare(word);
-  const bool isQuery = text.size() > 1 && text.front() == '[' && text.back() == ']';
+  const bool isQuery = IsQuery(text);
   if (isQuery) text = text.substr(1, text.size() - 2);
   const std::optional<Words> words = Commands(text).Next();
   // From 1 in a query: the first word is get_ports or the like.
@@ -134,12 +139,12 @@ Words NamesIn(const std::string& word, int levels = 8) {
     const std::string& name = (*words)[i];
     if (name == "-filter" || name == "-of_objects") ++i;
     if (name.front() == '-') continue;
-    const bool isQueryInside = name.front() == '[' && name.back() == ']';
-    if (const std::string bare = Bare(name); bare != name || isQueryInside) {
-      if (levels == 0) continue;
-      for (const std::string& inner : NamesIn(bare, levels - 1)) names.push_back(inner);
-    } else {
+    const std::string bare = Bare(name);
+    if (bare == name && !IsQuery(name)) {
       names.push_back(name);
+    } else if (levels > 0) {
+      const Words inner = NamesIn(bare, levels - 1);
+      names.insert(names.end(), inner.begin(), inner.end());
     }
   }
   return names;
