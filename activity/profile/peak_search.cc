@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "activity/profile/stretch_too_large.h"
-
 namespace orsa::kesncd {
 
 namespace {

@@ -20,7 +20,6 @@
 #include "activity/profile/peak_search.h"
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/signal_cuts.h"
-#include "activity/profile/stretch_too_large.h"
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"

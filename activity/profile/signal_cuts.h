@@ -14,7 +14,6 @@
 #include "activity/activity_start.h"
 #include "activity/profile/profile.h"
 #include "activity/profile/profile_counter.h"
-#include "activity/profile/stretch_too_large.h"
 #include "activity/profile/toggle_counter.h"
 #include "activity/vector_value.h"
 

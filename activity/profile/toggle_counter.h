@@ -58,6 +58,11 @@ struct Opening {
   std::uint32_t word = 0;
 };
 
+/// Thrown by a taker of a stretch that needs more room than it has. That is no Failure: the stretch
+/// may hold what is no part of the dump, such as a long comment, or fit into the room of one
+/// reading.
+struct StretchTooLarge {};
+
 /// What a counter of a stretch knows beside its sums.
 struct TogglePart {
   CountedTime time;
