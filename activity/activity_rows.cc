@@ -90,18 +90,24 @@ ActivityRates RatesOf(const BitFigures& figures, const ActivityResult& result) {
                    WideCount{figures.t0} + figures.t1 + figures.tx + figures.tz, result);
 }
 
-/// All bits of the row, not some.
+namespace {
+
+/// All bits, not some.
+bool AreAll(const std::vector<bool>& repeated) {
+  return std::find(repeated.begin(), repeated.end(), false) == repeated.end();
+}
+
+}  // namespace
+
 bool SignalRow::IsWhollyRepeated() const {
-  return repeated != nullptr &&
-         std::find(repeated->begin(), repeated->end(), false) == repeated->end();
+  return repeated != nullptr && AreAll(*repeated);
 }
 
 bool ActivityRows::IsWhollyRepeated(std::uint32_t variableId) const {
   // Asked for each of a million signals, of which few or none share a code.
   if (repeated_.empty()) return false;
   const auto found = repeated_.find(variableId);
-  return found != repeated_.end() &&
-         std::find(found->second.begin(), found->second.end(), false) == found->second.end();
+  return found != repeated_.end() && AreAll(found->second);
 }
 
 ActivityRows::ActivityRows(const ActivityResult& result) : result_(result) {

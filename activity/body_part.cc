@@ -104,11 +104,10 @@ void ReadWithWindows(FileDump& dump, const ActivityStart& start, const BodyCuts&
   if (options.counting.watch) profile.watched = options.counting.watch(declarations);
   const auto shares = hasProfile ? ModuleShares::ByBoth(declarations, start.codes, tree)
                                  : ModuleShares::None(start.codes);
+  // Throws for a length that is none.
   (void)WindowLength(start, options);
-  ProfileWindows windows = StretchWindows(profile.windows);
-  windows.dump = options.counting.dump;
-  windows.tick = start.result.tick.value_or(1);
-  windows.mostCells = options.mostCells;
+  const ProfileWindows windows =
+      StretchWindows(profile.windows, options.counting.dump, start.result.tick, options.mostCells);
   BitsAndWindows<BothCounters> taker(start, profile.watched, shares, KeptSums(tree), windows);
   ReadChosen(dump, declarations, cuts, taker, part);
   part.activity = std::move(taker.parts().activity);

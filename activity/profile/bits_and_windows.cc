@@ -1,8 +1,6 @@
 // Which windows are counted in, of a whole dump and of its parts alike.
 #include "activity/profile/bits_and_windows.h"
 
-#include <string>
-
 #include "free_format/body_reader.h"
 #include "text/failure.h"
 
@@ -35,8 +33,12 @@ ProfileWindows WindowsFor(const ActivityStart& start, const ProfileOptions& opti
   return windows;
 }
 
-ProfileWindows StretchWindows(const PartWindows& windows) {
+ProfileWindows StretchWindows(const PartWindows& windows, const std::string& dump,
+                              std::optional<std::uint64_t> tick, std::uint64_t mostCells) {
   ProfileWindows stretch;
+  stretch.dump = dump;
+  stretch.tick = tick.value_or(1);
+  stretch.mostCells = mostCells;
   stretch.length = windows.length.value_or(0);
   if (stretch.length == 0) {
     stretch.parts = windows.parts;

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -27,9 +28,10 @@ namespace orsa::kesncd {
 std::uint64_t WindowLength(const ActivityStart& start, const ProfileOptions& options);
 /// The windows that are asked for, but for the dump's first stamp.
 ProfileWindows WindowsFor(const ActivityStart& start, const ProfileOptions& options);
-/// For counters of stretches: they need a first stamp, and a last one, also where the dump has
-/// none. `dump` and `tick` are left to the caller.
-ProfileWindows StretchWindows(const PartWindows& windows);
+/// For counters of stretches, which need a first stamp, and a last one, also where the dump has
+/// none. `dump` is what messages call it.
+ProfileWindows StretchWindows(const PartWindows& windows, const std::string& dump,
+                              std::optional<std::uint64_t> tick, std::uint64_t mostCells);
 /// The first stamp of a body whose declarations were read.
 std::optional<std::uint64_t> FirstStampOf(FileDump& dump, const Declarations& declarations);
 /// A database's profile has two sums of each module.

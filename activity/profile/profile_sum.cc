@@ -8,17 +8,13 @@
 
 namespace orsa::kesncd {
 
-ProfileSum::ProfileSum(const Declarations& declarations, std::string dump,
+ProfileSum::ProfileSum(const Declarations& declarations, const std::string& dump,
                        const PartWindows& windows, std::uint64_t mostCells)
     : asked_(windows),
-      windows_(StretchWindows(windows)),
+      windows_(StretchWindows(windows, dump, declarations.tick, mostCells)),
       codes_(declarations),
       tree_(ModulesIn(declarations, Declarations::kDump, UINT32_MAX)),
-      shares_(ModuleShares::ByBoth(declarations, codes_, tree_)) {
-  windows_.dump = std::move(dump);
-  windows_.mostCells = mostCells;
-  windows_.tick = declarations.tick.value_or(1);
-}
+      shares_(ModuleShares::ByBoth(declarations, codes_, tree_)) {}
 
 /// Windows of less than a tick were never counted in, and a counter divides by the tick.
 bool ProfileSum::Add(ProfilePart&& next) {

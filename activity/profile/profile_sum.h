@@ -21,7 +21,7 @@ namespace orsa::kesncd {
 class ProfileSum {
  public:
   /// Messages call the dump `dump`; windows are those of all parts.
-  ProfileSum(const Declarations& declarations, std::string dump, const PartWindows& windows,
+  ProfileSum(const Declarations& declarations, const std::string& dump, const PartWindows& windows,
              std::uint64_t mostCells = ProfileWindows().mostCells);
 
   /// Adds a part that the one before it can precede. False where it is not what a part of such a
@@ -33,7 +33,7 @@ class ProfileSum {
 
  private:
   const PartWindows asked_;
-  ProfileWindows windows_;
+  const ProfileWindows windows_;
   CodeBits codes_;
   ModuleTree tree_;
   ModuleShares shares_;

@@ -343,11 +343,7 @@ TEST(StoredRuns, OfAForgerDoNoHarm) {
   };
   for (const auto& [change, outcome] : rows) {
     const std::string path = dir.Write("f", bytes);
-    if (change.starts_with("DROP")) {
-      Sql(path).Run(change);
-    } else {
-      Forge(path, change);
-    }
+    Forge(path, change);
     EXPECT_EQ(OutcomeOf(path, figures), outcome) << change;
   }
 }
@@ -511,11 +507,7 @@ TEST(StoredParts, OverTimeAreThoseOfTheDump) {
   };
   for (const auto& [change, outcome] : rows) {
     const std::string path = dir.Write("f", bytes);
-    if (change.starts_with("DROP")) {
-      Sql(path).Run(change);
-    } else {
-      Forge(path, change);
-    }
+    Forge(path, change);
     EXPECT_EQ(OutcomeOf(path, [&](ActivityDatabase& f) { return JoinedWith(f, first); }), outcome)
         << change;
   }

@@ -218,6 +218,21 @@ void RequireSame(const std::string& parted, const std::string& whole, const std:
   Require(parted == whole, [&] { return how + ":\n" + parted + "\nin one reading:\n" + whole; });
 }
 
+/// What `count` gives of a dump by so many threads and in one reading.
+template <class Count>
+void CompareByThreads(const std::string& dump, ProfileOptions options,
+                      const std::vector<std::uint32_t>& numbers, Count count,
+                      const std::string& what) {
+  TextFile file(dump);
+  TextSource whole(dump, kSmallBlock / 3);
+  const std::string expected = Outcome([&] { return count(whole, options); });
+  for (const std::uint32_t threads : numbers) {
+    options.counting.jobs = threads;
+    RequireSame(Outcome([&] { return count(file, options); }), expected,
+                what + " by " + std::to_string(threads) + " threads");
+  }
+}
+
 /// Toggles by windows: equal parts of the span, and windows of a few ticks.
 void CheckProfilesInParts(const std::string& dump, const ActivityOptions& counting,
                           const std::vector<std::uint32_t>& numbers) {
@@ -235,13 +250,7 @@ void CheckProfilesInParts(const std::string& dump, const ActivityOptions& counti
   for (const std::uint64_t femtoseconds : {0, 7000, 7000000}) {
     if (femtoseconds > 0) options.length = femtoseconds;
     const auto compare = [&](auto count, const std::string& what) {
-      TextSource whole(dump, kSmallBlock / 3);
-      const std::string expected = Outcome([&] { return count(whole, options); });
-      for (const std::uint32_t threads : numbers) {
-        options.counting.jobs = threads;
-        RequireSame(Outcome([&] { return count(file, options); }), expected,
-                    what + " by " + std::to_string(threads) + " threads");
-      }
+      CompareByThreads(dump, options, numbers, count, what);
     };
     options.parts = 5;
     compare([](auto& from, const ProfileOptions& how) { return CountProfile(from, how); },
@@ -273,19 +282,12 @@ CuttingSignal SignalAt(const Declarations& declarations, std::size_t number) {
 void CheckCutsInParts(const std::string& dump, const ActivityOptions& counting,
                       const std::vector<std::uint32_t>& numbers) {
   static constexpr std::uint64_t kRooms[] = {5000, 300, 9};
-  TextFile file(dump);
   ProfileOptions options;
   options.counting = counting;
   options.mostCells = kRooms[dump.size() % std::size(kRooms)];
   options.mostSteps = std::max<std::uint64_t>(options.mostCells / 3, 8);
   const auto compare = [&](auto count, const std::string& what) {
-    TextSource whole(dump, kSmallBlock / 3);
-    const std::string expected = Outcome([&] { return count(whole, options); });
-    for (const std::uint32_t threads : numbers) {
-      options.counting.jobs = threads;
-      RequireSame(Outcome([&] { return count(file, options); }), expected,
-                  what + " by " + std::to_string(threads) + " threads");
-    }
+    CompareByThreads(dump, options, numbers, count, what);
   };
   for (const std::uint64_t ticks : {3, 40}) {
     options.length = ticks * 1000;  // of a picosecond, which small dumps mostly have
