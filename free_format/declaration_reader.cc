@@ -135,10 +135,18 @@ bool DeclarationReader::TakeWord() {
     result_.hasWord = true;
     return false;
   }
+  NoteSwitch(keyword);
   if (keyword != Keyword::None && keyword != Keyword::End && !IsDumpCommand(keyword)) {
     TakeSection(keyword);
   }
   return true;
+}
+
+/// Line readers stop counting at a line "$dumpoff" anywhere, be it in a comment of the header. Here
+/// nothing has been dumped yet that could be switched off.
+void DeclarationReader::NoteSwitch(Keyword keyword) {
+  if (keyword != Keyword::DumpOff || !words_.StartsLine()) return;
+  result_.lines.switchedOff.Add(words_.Line(), words_.Word());
 }
 
 /// First its words are collected, then it is understood as a whole.
@@ -223,6 +231,7 @@ void DeclarationReader::ReadSection(Keyword keyword) {
     if (words_.StartsLine() && StartsSection(next)) {
       result_.lines.quoted.Add(words_.Line(), words_.Word());
     }
+    NoteSwitch(next);
     // These tell whether the words share lines with the keyword or with one another.
     if (section_.firstLine == 0) section_.firstLine = words_.Line();
     section_.lastLine = words_.Line();

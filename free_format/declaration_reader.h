@@ -56,6 +56,7 @@ class DeclarationReader {
   // Takes the next word, or the last one again.
   bool Advance();
   bool TakeWord();
+  void NoteSwitch(Keyword keyword);
   // How a section is collected.
   void TakeSection(Keyword keyword);
   void ReadSection(Keyword keyword);

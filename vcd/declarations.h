@@ -62,6 +62,7 @@ struct LineReading {
   Tally split;             // scopes opened again under the same path
   Tally grammarCodes;      // vectors whose code the grammar reader takes for a time or a value
   Tally attributes;        // sections that the grammar reader does not know
+  Tally switchedOff;       // "$dumpoff" before $enddefinitions, which counts there for them alone
 };
 
 /// Filled by DeclarationReader from front to back and only read afterwards. Scopes and variables

@@ -72,6 +72,7 @@ void FindInDeclarations(const Declarations& declarations, Findings& findings) {
   findings.Add(FindingKind::Unreachable, lines.unreachable);
   findings.Add(FindingKind::Overlooked, lines.overlooked);
   findings.Add(FindingKind::QuotedDeclarations, lines.quoted);
+  findings.Add(FindingKind::SwitchedOff, lines.switchedOff);
   findings.Add(FindingKind::Keywords, lines.keywords);
   findings.Add(FindingKind::WrongScope, lines.wrongScope);
   FindForeign(declarations, findings);

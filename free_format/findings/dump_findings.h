@@ -38,6 +38,7 @@ enum class FindingKind {
   StampsNotAlone,
   ChangesInLine,
   CommandsNotAlone,
+  SwitchedOff,
   Ports,
   MisreadSpan,
   HugeStamps,
