@@ -38,19 +38,20 @@ void ActivityCounter::BeginCode(std::uint32_t codeId, Code& code) {
 /// Takes a value that comes first, comes again in its step, or has to do with x or z.
 void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level level) {
   const unsigned was = code.edge.level();
+  BitFigures& figures = figures_[bits_.First(codeId)];
   if (code.step == 0) {
     BeginCode(codeId, code);
     code.before = code.edge;
   } else {
     if (was == level) return;
     // The old level ends now. If it began in this very step, its time comes to nothing.
-    TimeAt(code.figures, was) += step_.ticks;
+    TimeAt(figures, was) += step_.ticks;
     if (code.step == step_.number) {
       // The value that is replaced counted as a change from `before`; the new one starts from there
       // too. So 0 1 0 within a step leaves no toggle.
       const BitEdge::Counted last = code.edge.CountedSince(code.before);
-      code.figures.tc -= last.toggle && step_.counts ? 1 : 0;
-      code.figures.ig -= last.glitch && step_.counts ? 1 : 0;
+      figures.tc -= last.toggle && step_.counts ? 1 : 0;
+      figures.ig -= last.glitch && step_.counts ? 1 : 0;
       code.edge = code.before;
     }
     code.before = code.edge;
@@ -58,10 +59,10 @@ void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level leve
   }
   // And the new level begins. A first value has no old one: what was before it is x of an unseen
   // code, for which Finish accounts.
-  TimeAt(code.figures, level) -= step_.ticks;
+  TimeAt(figures, level) -= step_.ticks;
   const BitEdge::Counted counted = code.edge.Take(level, step_.counts);
-  code.figures.tc += counted.toggle && step_.counts ? 1 : 0;
-  code.figures.ig += counted.glitch && step_.counts ? 1 : 0;
+  figures.tc += counted.toggle && step_.counts ? 1 : 0;
+  figures.ig += counted.glitch && step_.counts ? 1 : 0;
 }
 
 void ActivityCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_view value) {
@@ -182,7 +183,7 @@ void ActivityCounter::AddToLevels(std::uint64_t ticks) {
   for (const std::uint32_t codeId : seen_) {
     Code& code = codes_[codeId];
     if (code.kind == kScalar) {
-      TimeAt(code.figures, code.edge.level()) += ticks;
+      TimeAt(figures_[bits_.First(codeId)], code.edge.level()) += ticks;
     } else {
       vectors_.AddToLevels(code.kind, ticks, figures_.data());
     }
@@ -214,12 +215,15 @@ ObservedPiece ActivityCounter::TakePiece(bool goesOn) {
       vectors_.Leave(code.kind, figures_.data(), edges);
     }
   }
-  // Scalars counted beside their edges, for the sake of one cache line; now their figures join
-  // those of vectors, in the places that CodeBits gives to all bits.
+  // Scalars counted beside their edges; now their toggles join the other figures, in the places
+  // that CodeBits gives to all bits.
   for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {
-    if (codes_[codeId].kind == kScalar) {
-      figures_[bits_.First(codeId)] = std::exchange(codes_[codeId].figures, {});
-    }
+    if (codes_[codeId].kind != kScalar) continue;
+    BitFigures& figures = figures_[bits_.First(codeId)];
+    const std::uint64_t toT0 = std::exchange(codes_[codeId].toT0, 0);
+    figures.t0 += toT0;
+    figures.t1 -= toT0;
+    figures.tc += std::exchange(codes_[codeId].toggles, 0);
   }
   EndStretch();
   piece.figures = std::move(figures_);

@@ -1,9 +1,10 @@
 // Counts the exact activity of a dump's body, or of a part of it, bit by bit.
 //
 // A change costs what it changes and no more: nothing is done for codes that keep their value,
-// however many steps there are. Scalars have their figures in one cache line; vectors are counted
-// many bits at a time (vector_counter.h). Only the last value of a step counts, so each code keeps
-// what it was before the step, and a further value in the same step takes the one before back.
+// however many steps there are. What a scalar's toggles change is half a cache line; vectors are
+// counted many bits at a time (vector_counter.h). Only the last value of a step counts, so each
+// code keeps what it was before the step, and a further value in the same step takes the one before
+// back.
 //
 // A level's time is never added up step by step: entering a level takes the time of the step off
 // its sum, leaving it adds the time (see activity_part.h). A bit that goes from 1 to 0 at 30 has 30
@@ -65,13 +66,16 @@ class ActivityCounter {
   /// Which piece of the part values go into.
   enum class Place : std::uint8_t { Front, Middle, Tail };
 
-  /// One cache line. So a change waits for memory once.
-  struct alignas(64) Code {
+  /// Half a cache line, so a change waits for memory once, and a processor's cache holds many.
+  struct alignas(32) Code {
     std::uint64_t step = 0;  // of the last change; 0 before the first value of an observed stretch
     std::uint32_t kind = kNoBits;  // or the number of a vector
     BitEdge edge;                  // of a scalar, and what it was before the step
     BitEdge before;
-    BitFigures figures;  // of a scalar
+    // Of a scalar, by its plain toggles: what they add to t0 and take off t1, and their number.
+    // What x, z and corrections do is added in `figures_` at once.
+    std::uint64_t toT0 = 0;
+    std::uint64_t toggles = 0;
   };
   // Kinds that are no vector. Below them all numbers are vectors, which Vector relies on.
   static constexpr std::uint32_t kNoBits = UINT32_MAX;
@@ -100,7 +104,7 @@ class ActivityCounter {
   Place place_ = Place::Front;
   std::vector<Code> codes_;
   std::vector<std::uint32_t> seen_;  // codes with a value in the open stretch
-  std::vector<BitFigures> figures_;  // of all bits; those of scalars are filled in at the end
+  std::vector<BitFigures> figures_;  // of all bits; plain toggles of scalars are added at the end
   VectorCounter vectors_;
   std::vector<ValueWord> value_;  // of the vector in hand
   ActivityPart part_;
@@ -144,9 +148,8 @@ inline void ActivityCounter::TakeScalar(std::uint32_t codeId, Code& code, Level 
   code.edge.Flip(toggles != 0);
   // 0 to 1 leaves 0 now: its time is added to t0 and taken off t1; 1 to 0 the other way round.
   // Without a toggle `ticks` is 0.
-  code.figures.t0 += ticks;
-  code.figures.t1 -= ticks;
-  code.figures.tc += toggles & (step_.counts ? 1U : 0U);
+  code.toT0 += ticks;
+  code.toggles += toggles & (step_.counts ? 1U : 0U);
 }
 
 inline void ActivityCounter::Vector(std::uint32_t codeId, std::string_view value) {
