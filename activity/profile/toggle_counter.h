@@ -172,7 +172,7 @@ class ToggleCounter {
   std::vector<Word> words_;
   std::vector<std::uint64_t> sums_;
   std::vector<ValueWord> value_;  // of the vector in hand
-  WaitingChanges waiting_;
+  WaitingChanges<char> waiting_;
   bool keepsOpenings_ = false;  // until the first pause
   std::vector<std::uint32_t>
       unknown_;  // codes with a value in the step, and bits unknown before it
