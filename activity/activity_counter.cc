@@ -59,7 +59,7 @@ void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level leve
   }
   // And the new level begins. A first value has no old one: what was before it is x of an unseen
   // code, for which Finish accounts.
-  TimeAt(figures, level) -= step_.ticks;
+  if (step_.ticks != 0) TimeAt(figures, level) -= step_.ticks;
   const BitEdge::Counted counted = code.edge.Take(level, step_.counts);
   figures.tc += counted.toggle && step_.counts ? 1 : 0;
   figures.ig += counted.glitch && step_.counts ? 1 : 0;

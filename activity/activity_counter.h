@@ -25,6 +25,7 @@
 #include "activity/vector_counter.h"
 #include "activity/vector_value.h"
 #include "activity/waiting_changes.h"
+#include "text/large_array.h"
 #include "vcd/dump_keywords.h"
 #include "vcd/value_alphabet.h"
 
@@ -105,9 +106,9 @@ class ActivityCounter {
   CountedStep step_;
   bool isObserving_ = true;
   Place place_ = Place::Front;
-  std::vector<Code> codes_;
+  LargeArray<Code> codes_;
   std::vector<std::uint32_t> seen_;  // codes with a value in the open stretch
-  std::vector<BitFigures> figures_;  // of all bits; plain toggles of scalars are added at the end
+  LargeArray<BitFigures> figures_;   // of all bits; plain toggles of scalars are added at the end
   VectorCounter vectors_;
   std::vector<ValueWord> value_;  // of the vector in hand
   ActivityPart part_;

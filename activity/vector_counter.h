@@ -18,6 +18,7 @@
 #include "activity/activity_result.h"
 #include "activity/bit_edge.h"
 #include "activity/vector_value.h"
+#include "text/large_array.h"
 #include "vcd/plain_lines.h"
 
 namespace orsa::kesncd {
@@ -132,9 +133,9 @@ class VectorCounter {
   void Unlearn(Word& word, BitFigures* figures) const;
 
   const CountedStep& step_;
-  std::vector<Vector> vectors_;
-  std::vector<Word> words_;
-  std::vector<Small> smalls_;
+  LargeArray<Vector> vectors_;
+  LargeArray<Word> words_;
+  LargeArray<Small> smalls_;
 };
 
 }  // namespace orsa::kesncd

@@ -23,6 +23,7 @@
 #include "activity/profile/module_shares.h"
 #include "activity/vector_value.h"
 #include "activity/waiting_changes.h"
+#include "text/large_array.h"
 #include "vcd/dump_keywords.h"
 #include "vcd/value_alphabet.h"
 
@@ -168,7 +169,7 @@ class ToggleCounter {
   std::uint64_t step_ = 1;
   std::uint64_t stretch_ = 1;  // the step that observation began with
   std::uint64_t counts_ = 0;   // 1 where the step's toggles lie in the window
-  std::vector<Code> codes_;
+  LargeArray<Code> codes_;
   std::vector<Word> words_;
   std::vector<std::uint64_t> sums_;
   std::vector<ValueWord> value_;  // of the vector in hand
