@@ -126,6 +126,10 @@ void AddNets(const ReportChoices& options, const std::vector<std::string>& nets,
   if (options.nets.empty()) return;
   const std::string dump = NameOf(options.input);
   const std::uint32_t scope = ChosenScope(dump, declarations, options.top);
+  if (options.top.empty()) {
+    Remark(dump, "nets are looked for in " + declarations.ShortPathOf(scope) +
+                     "; --top chooses another module");
+  }
   const FlatMap map(declarations, scope, nets);
   // As extract does, for a corrupt range that stands for more names than can be walked.
   if (map.RangeNames() > kMostFlatNames) {

@@ -80,6 +80,7 @@ kesncd report odd.vcd -o odd.html -q && grep -c '"name":\["","\\u003c/script>\\u
 grep -c '</script><img>' odd.html => 1 => 0\n
 kesncd report - -q < d.vcd | grep -c '"findings"' => 1 => 0\n
 kesncd report bus.vcd -q --nets nets.txt | grep -o '"reached":.{"what":[^]]*' => 0 => "reached":.\{"what":"nets","reached":2,"total":4,"source":"nets.txt"\}\n
+kesncd report bus.vcd -o bus.html --nets nets.txt => 0 =>  => (.|\n)*kesncd: bus.vcd: nets are looked for in top; --top .*\n
 kesncd report bus.vcd -q --nets nets.txt --top none => 1 =>  => kesncd: bus.vcd: no scope none; .*\n
 kesncd report bus.vcd -q --top top => 2 =>  => kesncd: --top is for --nets\n.*\n
 kesncd report d.vcd -o d.csv => 2 =>  => kesncd: d.csv: ends in .csv, but this command writes html\n.*\n
