@@ -186,7 +186,7 @@ class ToggleCounter {
   std::vector<Shared> shared_;
   std::vector<std::uint32_t> waitingShared_;  // places of those with toggles that are in no sum
   std::vector<ValueWord> value_;              // of the vector in hand
-  WaitingChanges waiting_;
+  WaitingChanges<char> waiting_;
   bool keepsOpenings_ = false;  // until the first pause
   std::vector<std::uint32_t>
       unknown_;  // codes with a value in the step, and bits unknown before it
