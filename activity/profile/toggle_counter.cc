@@ -78,7 +78,9 @@ ToggleCounter::ToggleCounter(const CodeBits& codes, const ModuleShares& shares, 
 void ToggleCounter::CountShares(std::uint32_t codeId, std::uint32_t index, std::uint64_t toggles,
                                 std::uint64_t sign) {
   const std::span<const ModuleShare> shares = shares_.Of(codeId);
-  if (const std::uint32_t place = sharedPlaces_[codeId]; place != kNotShared) {
+  // One module needs no look at the places, which are memory of their own.
+  const std::uint32_t place = shares.size() > 1 ? sharedPlaces_[codeId] : kNotShared;
+  if (place != kNotShared) {
     Shared& shared = shared_[place];
     const std::uint64_t lanes = Lanes(shares.front().from, shares.front().to, index);
     shared.toggles += sign * static_cast<std::uint64_t>(std::popcount(toggles & lanes));
