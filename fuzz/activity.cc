@@ -53,7 +53,7 @@ std::vector<std::uint32_t> WidthsOf(const Declarations& declarations) {
   return widths;
 }
 
-void Compare(const ActivityResult& result, const std::vector<BitFigures>& plain) {
+void Compare(const ActivityResult& result, const LargeArray<BitFigures>& plain) {
   support::Require(result.bits.size() == plain.size(), "as many bits");
   for (std::size_t bit = 0; bit < plain.size(); ++bit) {
     const BitFigures& one = result.bits[bit];

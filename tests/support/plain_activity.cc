@@ -8,6 +8,7 @@ namespace support {
 
 using orsa::kesncd::ActivityWindow;
 using orsa::kesncd::BitFigures;
+using orsa::kesncd::LargeArray;
 
 namespace {
 
@@ -77,11 +78,11 @@ BitFigures PlainFigures(const std::vector<Stretch>& stretches, std::uint32_t cod
 
 }  // namespace
 
-std::vector<BitFigures> PlainFigures(const std::vector<Event>& events,
-                                     const std::vector<std::uint32_t>& widths,
-                                     const ActivityWindow& window) {
+LargeArray<BitFigures> PlainFigures(const std::vector<Event>& events,
+                                    const std::vector<std::uint32_t>& widths,
+                                    const ActivityWindow& window) {
   const std::vector<Stretch> stretches = StretchesOf(events);
-  std::vector<BitFigures> all;
+  LargeArray<BitFigures> all;
   for (std::uint32_t codeId = 0; codeId < widths.size(); ++codeId) {
     for (std::uint32_t bit = 0; bit < widths[codeId]; ++bit) {
       all.push_back(PlainFigures(stretches, codeId, bit, window));

@@ -21,9 +21,9 @@ struct Event {
 };
 
 /// The figures of all bits of codes of those widths, code by code, the lowest bit first.
-std::vector<orsa::kesncd::BitFigures> PlainFigures(const std::vector<Event>& events,
-                                                   const std::vector<std::uint32_t>& widths,
-                                                   const orsa::kesncd::ActivityWindow& window);
+orsa::kesncd::LargeArray<orsa::kesncd::BitFigures> PlainFigures(
+    const std::vector<Event>& events, const std::vector<std::uint32_t>& widths,
+    const orsa::kesncd::ActivityWindow& window);
 
 }  // namespace support
 
