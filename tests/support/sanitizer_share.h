@@ -1,5 +1,5 @@
-// How much of their random work tests leave out under a sanitizer, which makes each reading of a dump
-// several times as dear and finds in some hundred of them what it would find in more.
+// How much of their random work tests leave out under a sanitizer, which makes each reading of a
+// dump several times as dear and finds in some hundred of them what it would find in more.
 #ifndef KESNCD_TESTS_SUPPORT_SANITIZER_SHARE_H_
 #define KESNCD_TESTS_SUPPORT_SANITIZER_SHARE_H_
 
