@@ -59,14 +59,48 @@ void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level leve
   }
   // And the new level begins. A first value has no old one: what was before it is x of an unseen
   // code, for which Finish accounts.
-  TimeAt(figures, level) -= step_.ticks;
+  if (step_.ticks != 0) TimeAt(figures, level) -= step_.ticks;
   const BitEdge::Counted counted = code.edge.Take(level, step_.counts);
   figures.tc += counted.toggle && step_.counts ? 1 : 0;
   figures.ig += counted.glitch && step_.counts ? 1 : 0;
 }
 
-void ActivityCounter::TakeVector(std::uint32_t codeId, Code& code, std::string_view value) {
-  ReadVectorValue(value, vectors_.Width(code.kind), value_.data());
+/// What is kept of a vector is known when its code has arrived.
+void ActivityCounter::FetchVectors() {
+  areVectorsWaiting_ = false;
+  waiting_.LookAtAll([this](std::uint32_t codeId) {
+    const std::uint32_t kind = codes_[codeId].kind;
+    if (kind < kScalar) vectors_.Fetch(kind);
+  });
+}
+
+/// Takes a value with x or z in it, or one of more than 64 characters.
+void ActivityCounter::TakeText(std::uint32_t codeId, std::string_view value) {
+  TakeWaiting();
+  if (!isObserving_) return;
+  Code& code = codes_[codeId];
+  if (code.kind < kScalar) {
+    ReadVectorValue(value, vectors_.Width(code.kind), value_.data());
+    TakeWords(codeId, code);
+  } else if (code.kind == kScalar) {
+    TakeScalar(codeId, code, LevelOf(In(kBitValues, value.back())));
+  }
+}
+
+void ActivityCounter::TakeVector(std::uint32_t codeId, Code& code, std::uint64_t value) {
+  const bool isFurther = code.step != 0 && code.step != step_.number;
+  if (isFurther && vectors_.IsOpen(code.kind)) [[likely]] {
+    if (vectors_.Write(code.kind, value, figures_.data())) code.step = step_.number;
+    return;
+  }
+  const std::uint32_t width = vectors_.Width(code.kind);
+  std::fill_n(value_.begin(), (width + kWordBits - 1) / kWordBits, ValueWord{});
+  value_.front().high = value & LowBits(width);
+  TakeWords(codeId, code);
+}
+
+/// Takes the value in `value_`.
+void ActivityCounter::TakeWords(std::uint32_t codeId, Code& code) {
   if (code.step == 0) {
     BeginCode(codeId, code);
     vectors_.Begin(code.kind, value_.data(), figures_.data());

@@ -25,6 +25,7 @@
 #include "activity/vector_counter.h"
 #include "activity/vector_value.h"
 #include "activity/waiting_changes.h"
+#include "text/large_array.h"
 #include "vcd/dump_keywords.h"
 #include "vcd/value_alphabet.h"
 
@@ -82,10 +83,13 @@ class ActivityCounter {
   static constexpr std::uint32_t kScalar = UINT32_MAX - 1;
 
   void TakeWaiting();
-  void TakeChange(std::uint32_t codeId, char value);
+  void FetchVectors();
+  void TakeChange(std::uint32_t codeId, std::uint64_t value);
   void TakeScalar(std::uint32_t codeId, Code& code, Level level);
   void TakeOddScalar(std::uint32_t codeId, Code& code, Level level);
-  void TakeVector(std::uint32_t codeId, Code& code, std::string_view value);
+  void TakeText(std::uint32_t codeId, std::string_view value);
+  void TakeVector(std::uint32_t codeId, Code& code, std::uint64_t value);
+  void TakeWords(std::uint32_t codeId, Code& code);
   void BeginCode(std::uint32_t codeId, Code& code);
   void CorrectFront(std::uint32_t codeId);
   void BeginTime(std::uint64_t ticks);
@@ -102,13 +106,15 @@ class ActivityCounter {
   CountedStep step_;
   bool isObserving_ = true;
   Place place_ = Place::Front;
-  std::vector<Code> codes_;
+  LargeArray<Code> codes_;
   std::vector<std::uint32_t> seen_;  // codes with a value in the open stretch
-  std::vector<BitFigures> figures_;  // of all bits; plain toggles of scalars are added at the end
+  LargeArray<BitFigures> figures_;   // of all bits; plain toggles of scalars are added at the end
   VectorCounter vectors_;
   std::vector<ValueWord> value_;  // of the vector in hand
   ActivityPart part_;
-  WaitingChanges waiting_;
+  // Values of 0 and 1 only, up to 64 bits as a number: a change's text does not outlive its line.
+  WaitingChanges<std::uint64_t> waiting_;
+  bool areVectorsWaiting_ = false;  // among the changes
   // Edges before the step in which the middle began, of codes that had a value in this step before.
   std::unordered_map<std::uint32_t, std::vector<BitEdge>> edgesBefore_;
 };
@@ -116,20 +122,27 @@ class ActivityCounter {
 /// Changes are taken in groups, so that their codes' memory is fetched at the same time; whatever
 /// must come after them calls TakeWaiting first.
 inline void ActivityCounter::Scalar(std::uint32_t codeId, char value) {
-  if (waiting_.Add(codeId, value, &codes_[codeId])) TakeWaiting();
+  if ((value | 1) == '1') [[likely]] {
+    const std::uint64_t bit = value & 1;
+    if (waiting_.Add(codeId, bit, &codes_[codeId])) TakeWaiting();
+  } else {
+    TakeText(codeId, {&value, 1});
+  }
 }
 
 inline void ActivityCounter::TakeWaiting() {
-  waiting_.TakeAll([this](std::uint32_t codeId, char value) { TakeChange(codeId, value); });
+  if (areVectorsWaiting_) FetchVectors();
+  waiting_.TakeAll(
+      [this](std::uint32_t codeId, std::uint64_t value) { TakeChange(codeId, value); });
 }
 
-inline void ActivityCounter::TakeChange(std::uint32_t codeId, char value) {
+inline void ActivityCounter::TakeChange(std::uint32_t codeId, std::uint64_t value) {
   if (!isObserving_) return;
   Code& code = codes_[codeId];
   if (code.kind == kScalar) [[likely]] {
-    TakeScalar(codeId, code, LevelOf(value));
+    TakeScalar(codeId, code, (value & 1) != 0 ? kHigh : kLow);
   } else if (code.kind != kNoBits) {
-    TakeVector(codeId, code, {&value, 1});
+    TakeVector(codeId, code, value);
   }
 }
 
@@ -153,13 +166,13 @@ inline void ActivityCounter::TakeScalar(std::uint32_t codeId, Code& code, Level 
 }
 
 inline void ActivityCounter::Vector(std::uint32_t codeId, std::string_view value) {
-  TakeWaiting();
-  if (!isObserving_) return;
-  Code& code = codes_[codeId];
-  if (code.kind < kScalar)
-    TakeVector(codeId, code, value);
-  else if (code.kind == kScalar)
-    TakeScalar(codeId, code, LevelOf(In(kBitValues, value.back())));
+  std::uint64_t bits = 0;
+  if (!ReadBinaryValue(value, bits)) [[unlikely]] {
+    TakeText(codeId, value);
+    return;
+  }
+  areVectorsWaiting_ = true;
+  if (waiting_.Add(codeId, bits, &codes_[codeId])) TakeWaiting();
 }
 
 inline void ActivityCounter::Stamp(std::uint64_t ticks) {

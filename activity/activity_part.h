@@ -18,6 +18,7 @@
 #include "activity/activity_window.h"
 #include "activity/bit_edge.h"
 #include "activity/code_bits.h"
+#include "text/large_array.h"
 
 namespace orsa::kesncd {
 
@@ -26,8 +27,8 @@ namespace orsa::kesncd {
 /// Both vectors have an element for each bit of all codes, by the places of CodeBits, or none.
 struct ObservedPiece {
   // tc and ig count what is known within the piece; t0 to tz may be below 0, wrapped around.
-  std::vector<BitFigures> figures;  // of each bit: differences since its code's first value
-  std::vector<BitEdge> edges;       // of each bit
+  LargeArray<BitFigures> figures;  // of each bit: differences since its code's first value
+  std::vector<BitEdge> edges;      // of each bit
 
   bool IsEmpty() const { return figures.empty(); }
   /// Whether the code was given any value in the piece.

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "free_format/dump_items.h"
+#include "text/large_array.h"
 #include "vcd/declarations.h"
 #include "vcd/tally.h"
 
@@ -63,7 +64,7 @@ struct ActivityResult {
   /// end. A code has as many as its widest variable; one whose variables have no bits has none.
   /// Numbers of bits, not bytes.
   std::vector<std::uint64_t> firstBit;
-  std::vector<BitFigures> bits;
+  LargeArray<BitFigures> bits;
   // The interval that was counted, and how much of it was observed: not what $dumpoff left out.
   // Clamped to the window; begin and end of the whole span, pauses included.
   std::uint64_t firstTick = 0;

@@ -11,6 +11,7 @@
 
 #include "free_format/body_window.h"
 #include "free_format/host_rule.h"
+#include "text/large_array.h"
 
 namespace orsa::kesncd {
 
@@ -40,7 +41,7 @@ struct HostPart {
   };
 
   // Without a window: of the whole stretch.
-  std::vector<Code> codes;  // by number
+  LargeArray<Code> codes;  // by number
   std::vector<First> first;
   std::uint64_t repeated = 0;  // counted values that repeat the one before
   // Initial values do not count then.

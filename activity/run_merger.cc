@@ -354,7 +354,7 @@ void RunMerger::AddFigures(const ActivityResult& run) {
   }
   // The new figures, which take the place of the old ones at the end.
   std::vector<std::uint64_t> firstBit{0};
-  std::vector<BitFigures> bits;
+  LargeArray<BitFigures> bits;
   // What a run lacks adds nothing: the bit was observed for less time.
   for (const std::size_t i : widest) {
     const Slot& slot = slots_[i];

@@ -1,7 +1,7 @@
 // The arithmetic of vectors: levels by words, times and toggles in small counters.
 //
 // A change passes up to three stages, from the cheapest to the dearest. A log takes values as they
-// are, without looking at bits (Change, in the header). Small counters take the bits that toggled,
+// are, without looking at bits (Write, in the header). Small counters take the bits that toggled,
 // sixteen at once: a time of 32 bits and a toggle count of 8 bits each. The figures, with 64 bits
 // for each, are touched when a small counter might overflow, when x or z come into play, and at the
 // end.
@@ -12,8 +12,6 @@
 
 #include <algorithm>
 #include <bit>
-
-#include "vcd/plain_lines.h"
 
 namespace orsa::kesncd {
 
@@ -162,23 +160,15 @@ void ToggleLane(std::int32_t& time, std::uint8_t& count, bool isHigh, std::int32
 
 }  // namespace
 
-/// Narrow vectors have neither small counters nor a log: their bits go into the figures one by one,
-/// which is faster for a handful of them. Those of more than 64 bits have no log, whose values are
-/// single words.
+/// All vectors have small counters, narrow ones too: what is written down is counted in these.
 std::uint32_t VectorCounter::Add(std::uint64_t firstBit, std::uint32_t width) {
   Vector vector;
   vector.firstBit = firstBit;
   vector.width = width;
   vector.firstWord = static_cast<std::uint32_t>(words_.size());
   words_.resize(words_.size() + (width + kWordBits - 1) / kWordBits);
-  if (width >= kLeastSmall) {
-    vector.firstSmall = static_cast<std::uint32_t>(smalls_.size());
-    smalls_.resize(smalls_.size() + (width + kLanes - 1) / kLanes);
-    if (width <= kWordBits) {
-      vector.log = static_cast<std::uint32_t>(logs_.size());
-      logs_.emplace_back();
-    }
-  }
+  vector.firstSmall = static_cast<std::uint32_t>(smalls_.size());
+  smalls_.resize(smalls_.size() + (width + kLanes - 1) / kLanes);
   vectors_.push_back(vector);
   return static_cast<std::uint32_t>(vectors_.size() - 1);
 }
@@ -187,11 +177,11 @@ std::span<VectorCounter::Word> VectorCounter::WordsOf(const Vector& vector) {
   return {words_.data() + vector.firstWord, (vector.width + kWordBits - 1) / kWordBits};
 }
 
-/// Lets values of this step be written down. The log is empty then, all of its values will lie on
-/// the same side of the window's bounds, and the time since the base time fits into 31 bits.
-void VectorCounter::MakeRoom(Vector& vector, Log& log, BitFigures* figures) {
+/// Lets values of this step be written down. None is then that was before, all of its values will
+/// lie on the same side of the window's bounds, and the time since the base time fits into 31 bits.
+void VectorCounter::MakeRoom(Vector& vector, BitFigures* figures) {
   CountLog(vector, figures);
-  log.counts = step_.counts;
+  vector.logCounts = step_.counts;
   if (step_.ticks - vector.base < kMostTicks) return;
   Flush(vector, figures);
   vector.base = step_.ticks;
@@ -199,80 +189,79 @@ void VectorCounter::MakeRoom(Vector& vector, Log& log, BitFigures* figures) {
 
 /// Counts the values that are written down, as Change would have done one after the other.
 void VectorCounter::CountLog(Vector& vector, BitFigures* figures) {
-  Log* const log = LogOf(vector);
-  if (log == nullptr || log->size == 0) return;
+  if (vector.logged == 0) return;
   // Each value may toggle a bit once, and a toggle count is a byte.
-  if (vector.changes + log->size > kMostChanges) Flush(vector, figures);
+  if (vector.changes + vector.logged > kMostChanges) Flush(vector, figures);
   Word& word = words_[vector.firstWord];
   if (!vector.isPending) word.base = word.now.high;
   vector.isPending = true;
-  vector.changes = static_cast<std::uint16_t>(vector.changes + log->size);
+  vector.changes = static_cast<std::uint16_t>(vector.changes + vector.logged);
   // Only the last value can be corrected by a further one in its step, so only what was before it
   // has to be right: all bits were 0 or 1 there.
-  const std::size_t last = log->size - 1U;
-  word.before.high = last > 0 ? log->values[last - 1] : word.now.high;
+  const std::size_t last = vector.logged - 1U;
+  word.before.high = last > 0 ? vector.values[last - 1] : word.now.high;
   word.before.unknown = 0;
-  CountValues(vector, *log, word);
-  word.now.high = word.known = log->values[last];
+  CountValues(vector, word);
+  word.now.high = word.known = vector.values[last];
   word.hadKnown = word.hasKnown;
   word.knew = word.before.high;
   word.wasTouched = word.touched;
   vector.wasSeen = true;
-  log->size = 0;
+  vector.logged = 0;
 }
 
-/// Moves the log's values into the small counters; the word's level is still that before the first
-/// of them.
-void VectorCounter::CountValues(Vector& vector, const Log& log, Word& word) {
+/// Moves the values of the log into the small counters; the word's level is still that before the
+/// first of them.
+void VectorCounter::CountValues(const Vector& vector, const Word& word) {
 #ifdef __SSE2__
   // A full log is counted all at once.
-  if (log.size == Log::kMost) {
-    std::array<std::uint64_t, Log::kMost + 1> values;
-    std::array<std::uint64_t, Log::kMost> toggles;
+  if (vector.logged == kMostLogged) {
+    std::array<std::uint64_t, kMostLogged + 1> values;
+    std::array<std::uint64_t, kMostLogged> toggles;
     // A fall adds its time and a rise takes it off: so each value has the time of the change that
     // ends it, less that of the one that began it.
-    std::array<std::int32_t, Log::kMost + 1> weights;
+    std::array<std::int32_t, kMostLogged + 1> weights;
     values[0] = word.now.high;
     std::uint32_t before = 0;
-    for (std::size_t i = 0; i < Log::kMost; ++i) {
-      values[i + 1] = log.values[i];
+    for (std::size_t i = 0; i < kMostLogged; ++i) {
+      values[i + 1] = vector.values[i];
       toggles[i] = values[i] ^ values[i + 1];
-      weights[i] = static_cast<std::int32_t>(log.ticks[i] - before);
-      before = log.ticks[i];
+      weights[i] = static_cast<std::int32_t>(vector.ticks[i] - before);
+      before = vector.ticks[i];
     }
-    weights[Log::kMost] = static_cast<std::int32_t>(-before);
+    weights[kMostLogged] = static_cast<std::int32_t>(-before);
     const BitCounts counts(toggles);
     Small* small = smalls_.data() + vector.firstSmall;
     for (std::size_t from = 0; from < vector.width; from += kLanes, ++small) {
       AddWeights(small->times.data(), values, weights, from);
-      if (log.counts) AddCounts(small->toggles.data(), counts, from);
+      if (vector.logCounts) AddCounts(small->toggles.data(), counts, from);
     }
     return;
   }
 #endif
   // A log that was ended early: value by value.
   std::uint64_t high = word.now.high;
-  for (std::size_t i = 0; i < log.size; ++i) {
-    const std::uint64_t toggles = high ^ log.values[i];
-    high = log.values[i];
-    ToggleSmall(vector, 0, toggles, high, static_cast<std::int32_t>(log.ticks[i]), log.counts);
+  for (std::size_t i = 0; i < vector.logged; ++i) {
+    const std::uint64_t toggles = high ^ vector.values[i];
+    high = vector.values[i];
+    ToggleSmall(vector, 0, toggles, high, static_cast<std::int32_t>(vector.ticks[i]),
+                vector.logCounts);
   }
 }
 
 /// Writes further values down if all bits are 0 or 1. A bit that is has had a known value, which is
 /// its last one, and nothing has touched it since: so nothing but its level changes.
-void VectorCounter::OpenLog(const Vector& vector) {
-  Log* const log = LogOf(vector);
-  if (log == nullptr) return;
+void VectorCounter::OpenLog(Vector& vector) const {
+  // What is written down are single words.
+  if (vector.width > kWordBits) return;
   const Word& word = words_[vector.firstWord];
-  log->isOpen = word.now.unknown == 0;
-  log->last = word.now.high;
+  vector.isOpen = word.now.unknown == 0;
+  vector.last = word.now.high;
 }
 
 /// Makes room in the small counters for one more change. Counters that hold nothing are given a new
 /// base time here: it costs nothing then.
 void VectorCounter::Prepare(Vector& vector, BitFigures* figures) {
-  if (vector.firstSmall == kNone) return;
   if (vector.changes == kMostChanges || step_.ticks - vector.base >= kMostTicks) {
     Flush(vector, figures);
   }
@@ -323,19 +312,8 @@ void VectorCounter::FlushWord(const Word& word, Small* small, std::uint32_t widt
 
 /// Lets bits go from 0 to 1 and from 1 to 0; their levels are the new ones already. `toggles` has a
 /// bit set for each of them.
-void VectorCounter::Toggle(Vector& vector, std::size_t word, std::uint64_t toggles, bool counts,
-                           BitFigures* figures) {
+void VectorCounter::Toggle(Vector& vector, std::size_t word, std::uint64_t toggles, bool counts) {
   const std::uint64_t high = words_[vector.firstWord + word].now.high;
-  if (vector.firstSmall == kNone) {
-    BitFigures* const bits = figures + vector.firstBit + word * kWordBits;
-    ForEachBit(toggles, [&](std::size_t bit) {
-      const std::uint64_t ticks = IsSet(high, bit) ? -step_.ticks : step_.ticks;
-      bits[bit].t1 += ticks;
-      bits[bit].t0 -= ticks;
-      bits[bit].tc += counts ? 1 : 0;
-    });
-    return;
-  }
   vector.isPending = true;
   ToggleSmall(vector, word, toggles, high, static_cast<std::int32_t>(step_.ticks - vector.base),
               counts);
@@ -375,7 +353,7 @@ void VectorCounter::MoveLevels(Vector& vector, std::size_t index, const ValueWor
   const std::uint64_t toggles = (word.now.high ^ value.high) & ~unknown;
   if (toggles != 0) {
     word.now.high ^= toggles;
-    Toggle(vector, index, toggles, false, figures);
+    Toggle(vector, index, toggles, false);
   }
   // What is left enters or leaves x or z. Times at these have no small counters.
   const std::uint64_t others = (word.now.high ^ value.high) | (word.now.unknown ^ value.unknown);
@@ -456,8 +434,9 @@ void VectorCounter::Begin(std::uint32_t number, const ValueWord* value, BitFigur
   OpenLog(vector);
 }
 
-/// The way of all values that a log does not take.
-bool VectorCounter::ChangeWords(Vector& vector, const ValueWord* value, BitFigures* figures) {
+/// The way of all values that are not written down.
+bool VectorCounter::Change(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
+  Vector& vector = vectors_[number];
   CountLog(vector, figures);
   const std::span<Word> words = WordsOf(vector);
   const bool isSame =
@@ -479,7 +458,7 @@ bool VectorCounter::ChangeWords(Vector& vector, const ValueWord* value, BitFigur
       // Known bits that toggle: the last known values are the ones that they leave.
       const std::uint64_t toggles = word.now.high ^ value[index].high;
       word.known = word.now.high = value[index].high;
-      if (toggles != 0) Toggle(vector, index, toggles, step_.counts, figures);
+      if (toggles != 0) Toggle(vector, index, toggles, step_.counts);
     } else {
       MoveLevels(vector, index, value[index], figures);
       Learn(word, value[index], LowBits(left), figures + vector.firstBit + index * kWordBits);
@@ -493,13 +472,11 @@ bool VectorCounter::ChangeWords(Vector& vector, const ValueWord* value, BitFigur
 /// the step is the last.
 void VectorCounter::Correct(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
   Vector& vector = vectors_[number];
-  if (Log* const log = LogOf(vector); log != nullptr) {
-    if (log->size > 0 && value->unknown == 0) {  // the last value written down is this step's
-      log->values[log->size - 1U] = log->last = value->high;
-      return;
-    }
-    CountLog(vector, figures);
+  if (vector.logged > 0 && value->unknown == 0) {  // the last value written down is this step's
+    vector.values[vector.logged - 1U] = vector.last = value->high;
+    return;
   }
+  CountLog(vector, figures);
   const std::span<Word> words = WordsOf(vector);
   Prepare(vector, figures);
   std::size_t left = vector.width;

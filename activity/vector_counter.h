@@ -5,7 +5,7 @@
 // a base time and go into the figures now and then; what happens with x and z goes there at once.
 //
 // A vector of up to 64 bits that are all 0 or 1 does not even count each change: it writes the
-// values and their times down, and counts a handful of them together.
+// values and their times down, its log, and counts a handful of them together.
 #ifndef KESNCD_ACTIVITY_VECTOR_COUNTER_H_
 #define KESNCD_ACTIVITY_VECTOR_COUNTER_H_
 
@@ -18,6 +18,8 @@
 #include "activity/activity_result.h"
 #include "activity/bit_edge.h"
 #include "activity/vector_value.h"
+#include "text/large_array.h"
+#include "vcd/plain_lines.h"
 
 namespace orsa::kesncd {
 
@@ -38,23 +40,33 @@ class VectorCounter {
   std::uint32_t Add(std::uint64_t firstBit, std::uint32_t width);
   std::uint32_t Width(std::uint32_t vector) const { return vectors_[vector].width; }
 
+  /// Fetches what Write looks at.
+  void Fetch(std::uint32_t number) const {
+    const auto* const lines = reinterpret_cast<const char*>(&vectors_[number]);
+    __builtin_prefetch(lines, 1);
+    __builtin_prefetch(lines + 64, 1);
+  }
+
   /// The first value in a stretch. `figures` are those of all bits, here and below.
   void Begin(std::uint32_t number, const ValueWord* value, BitFigures* figures);
-  /// The first value in a step, if it differs from the one before; false where it does not.
-  bool Change(std::uint32_t number, const ValueWord* value, BitFigures* figures) {
+  /// Whether Write takes the vector's next value, if all of its bits are 0 or 1.
+  bool IsOpen(std::uint32_t number) const { return vectors_[number].isOpen; }
+  /// Does what Change does for a vector that is open: writes the value down. Of `value`, as many
+  /// bits are taken as the vector has.
+  bool Write(std::uint32_t number, std::uint64_t value, BitFigures* figures) {
     Vector& vector = vectors_[number];
-    if (vector.log == kNone || !logs_[vector.log].isOpen || value->unknown != 0) [[unlikely]]
-      return ChangeWords(vector, value, figures);
-    Log& log = logs_[vector.log];
-    if (value->high == log.last) return false;
-    if (log.size == Log::kMost || log.counts != step_.counts ||
+    value &= LowBits(vector.width);
+    if (value == vector.last) return false;
+    if (vector.logged == kMostLogged || vector.logCounts != step_.counts ||
         step_.ticks - vector.base >= kMostTicks) [[unlikely]] {
-      MakeRoom(vector, log, figures);
+      MakeRoom(vector, figures);
     }
-    log.ticks[log.size] = static_cast<std::uint32_t>(step_.ticks - vector.base);
-    log.values[log.size++] = log.last = value->high;
+    vector.ticks[vector.logged] = static_cast<std::uint32_t>(step_.ticks - vector.base);
+    vector.values[vector.logged++] = vector.last = value;
     return true;
   }
+  /// The first value in a step, if it differs from the one before; false where it does not.
+  bool Change(std::uint32_t number, const ValueWord* value, BitFigures* figures);
   /// Another value in the step of the last one, which is as if it had not been.
   void Correct(std::uint32_t number, const ValueWord* value, BitFigures* figures);
 
@@ -81,57 +93,49 @@ class VectorCounter {
     std::array<std::int32_t, 16> times{};
     std::array<std::uint8_t, 16> toggles{};
   };
-  /// Values that were not counted yet. The last one may still be corrected.
-  struct alignas(64) Log {
-    static constexpr std::size_t kMost = 7;  // what three bits count
-
-    std::array<std::uint64_t, kMost> values{};
-    std::uint64_t last = 0;                    // the value that the vector has
-    std::array<std::uint32_t, kMost> ticks{};  // relative to the base time
-    std::uint8_t size = 0;
-    bool isOpen = false;  // all bits are 0 or 1
-    bool counts = false;  // whether the toggles lie in the window
-  };
-  struct Vector {
-    std::uint64_t firstBit = 0;
+  static constexpr std::size_t kMostLogged = 7;  // what three bits count
+  /// Two cache lines, the second one with all that a value needs that is written down. What is
+  /// logged was not counted yet; the last value may still be corrected.
+  struct alignas(64) Vector {
+    std::array<std::uint64_t, kMostLogged> values{};
+    std::uint64_t last = 0;                          // the value that the vector has
+    std::array<std::uint32_t, kMostLogged> ticks{};  // of the values, relative to the base time
+    std::uint8_t logged = 0;                         // values that are written down
+    bool isOpen = false;                             // all bits are 0 or 1, 64 of them at most
+    bool logCounts = false;  // whether the toggles of what is logged lie in the window
+    bool isPending = false;  // the small counters are not all 0
     std::uint64_t base = 0;  // time
+    std::uint64_t firstBit = 0;
     std::uint32_t width = 0;
     std::uint32_t firstWord = 0;
-    std::uint32_t firstSmall = kNone;
-    std::uint32_t log = kNone;
+    std::uint32_t firstSmall = 0;
     std::uint16_t changes = 0;  // since the base time
-    bool isPending = false;     // the small counters are not all 0
     bool wasSeen = false;       // before the step of the last value
   };
-  static constexpr std::uint32_t kNone = UINT32_MAX;
-  static constexpr std::uint32_t kLeastSmall = 12;    // bits for which small counters pay
+  static_assert(sizeof(Vector) == 128);
   static constexpr std::uint16_t kMostChanges = 255;  // that a byte counts
   static constexpr std::uint64_t kMostTicks = std::uint64_t{1} << 31;
 
   std::span<Word> WordsOf(const Vector& vector);
-  Log* LogOf(const Vector& vector) { return vector.log == kNone ? nullptr : &logs_[vector.log]; }
-  bool ChangeWords(Vector& vector, const ValueWord* value, BitFigures* figures);
-  void MakeRoom(Vector& vector, Log& log, BitFigures* figures);
+  void MakeRoom(Vector& vector, BitFigures* figures);
   void CountLog(Vector& vector, BitFigures* figures);
-  void CountValues(Vector& vector, const Log& log, Word& word);
-  void OpenLog(const Vector& vector);
+  void CountValues(const Vector& vector, const Word& word);
+  void OpenLog(Vector& vector) const;
   void Prepare(Vector& vector, BitFigures* figures);
   void Flush(Vector& vector, BitFigures* figures);
   void FlushWord(const Word& word, Small* small, std::uint32_t width, std::uint64_t base,
                  BitFigures* figures);
   void MoveLevels(Vector& vector, std::size_t index, const ValueWord& value, BitFigures* figures);
-  void Toggle(Vector& vector, std::size_t word, std::uint64_t toggles, bool counts,
-              BitFigures* figures);
+  void Toggle(Vector& vector, std::size_t word, std::uint64_t toggles, bool counts);
   void ToggleSmall(const Vector& vector, std::size_t word, std::uint64_t toggles,
                    std::uint64_t high, std::int32_t ticks, bool counts);
   void Learn(Word& word, const ValueWord& value, std::uint64_t lanes, BitFigures* figures) const;
   void Unlearn(Word& word, BitFigures* figures) const;
 
   const CountedStep& step_;
-  std::vector<Vector> vectors_;
-  std::vector<Word> words_;
-  std::vector<Small> smalls_;
-  std::vector<Log> logs_;
+  LargeArray<Vector> vectors_;
+  LargeArray<Word> words_;
+  LargeArray<Small> smalls_;
 };
 
 }  // namespace orsa::kesncd

@@ -12,6 +12,53 @@ namespace orsa::kesncd {
 
 namespace {
 
+/// Eight characters as one integer, the first one lowest.
+template <class Integer>
+std::uint64_t Load(const char* text) {
+  Integer bytes = 0;
+  std::memcpy(&bytes, text, sizeof bytes);
+  if constexpr (std::endian::native == std::endian::big) {
+    return sizeof bytes == 8 ? __builtin_bswap64(bytes) : __builtin_bswap32(bytes);
+  }
+  return bytes;
+}
+
+/// Whether eight characters are all 0 or 1, which differ in their lowest bit only.
+bool AreBinary(std::uint64_t characters) {
+  return (characters & 0xFEFEFEFEFEFEFEFEU) == 0x3030303030303030U;
+}
+
+/// The lowest bits of eight characters, that of the first one highest. The product moves each of
+/// them to a place of its own in the highest byte; no two meet on the way, so nothing carries.
+std::uint64_t LowestBits(std::uint64_t characters) {
+  return ((characters & 0x0101010101010101U) * 0x8040201008040201U) >> 56;
+}
+
+/// Up to fifteen characters if all are 0 or 1: the first and the last ones, which may overlap, as
+/// the same characters give the same bits twice.
+bool ReadShortBinary(const char* text, std::size_t length, std::uint64_t& bits) {
+  if (length >= 8) {
+    const std::uint64_t first = Load<std::uint64_t>(text);
+    const std::uint64_t last = Load<std::uint64_t>(text + length - 8);
+    bits = LowestBits(first) << (length - 8) | LowestBits(last);
+    return AreBinary(first) && AreBinary(last);
+  }
+  if (length >= 4) {
+    const std::uint64_t both = Load<std::uint32_t>(text) | Load<std::uint32_t>(text + length - 4)
+                                                               << 32;
+    const std::uint64_t eight = LowestBits(both);
+    bits = eight >> 4 << (length - 4) | (eight & 0xF);
+    return AreBinary(both);
+  }
+  // The first, the middle and the last one; of one or two characters some are the same.
+  const std::size_t middle = length / 2;
+  const auto first = static_cast<unsigned char>(text[0]);
+  const auto second = static_cast<unsigned char>(text[middle]);
+  const auto last = static_cast<unsigned char>(text[length - 1]);
+  bits = (first & 1U) << (length - 1) | (second & 1U) << (length - 1 - middle) | (last & 1U);
+  return (first & 0xFE) == '0' && (second & 0xFE) == '0' && (last & 0xFE) == '0';
+}
+
 /// Adds a value's character at its place. Other characters of the alphabet, such as H and W, become
 /// one of the four.
 void AddBit(ValueWord& word, std::size_t place, char c) {
@@ -77,7 +124,7 @@ ValueWord ReadLane(__m128i text) {
 
 /// Sixteen to 64 characters if all are 0 or 1. Four lanes whatever the length, the last ones over
 /// and over where it is less: a loop's end would be predicted wrong wherever widths take turns.
-bool ReadBinary(const char* text, std::size_t length, std::uint64_t& bits) {
+bool ReadLongBinary(const char* text, std::size_t length, std::uint64_t& bits) {
   const std::size_t last = length - kLane;
   const __m128i highBits = _mm_set1_epi8('\xFE');
   const __m128i zeros = _mm_set1_epi8('0');
@@ -170,17 +217,25 @@ void ReadValue(std::string_view value, std::uint32_t width, ValueWord* words, Re
 
 }  // namespace
 
-void ReadVectorValue(std::string_view value, std::uint32_t width, ValueWord* words) {
+bool ReadBinaryValue(std::string_view value, std::uint64_t& bits) {
+  if (value.size() < 16) return ReadShortBinary(value.data(), value.size(), bits);
+  if (value.size() > kWordBits) return false;
 #ifdef __SSE2__
-  // A shorter value of zeros and ones is extended with zeros.
-  if (value.size() >= kLane && value.size() <= width && width <= kWordBits) [[likely]] {
-    std::uint64_t bits = 0;
-    if (ReadBinary(value.data(), value.size(), bits)) [[likely]] {
-      *words = {bits, 0};
-      return;
-    }
-  }
+  return ReadLongBinary(value.data(), value.size(), bits);
+#else
+  const ValueWord word = ReadWordPlainly(value.data(), value.size());
+  bits = word.high;
+  return word.unknown == 0;
 #endif
+}
+
+void ReadVectorValue(std::string_view value, std::uint32_t width, ValueWord* words) {
+  std::uint64_t bits = 0;
+  if (width <= kWordBits && ReadBinaryValue(value, bits)) [[likely]] {
+    // A longer value loses its left part, a shorter one is extended with zeros.
+    *words = {bits & LowBits(width), 0};
+    return;
+  }
   ReadValue(value, width, words, ReadPart);
 }
 

@@ -30,7 +30,13 @@ inline constexpr std::size_t kWordBits = 64;  // in one
 /// `value`.
 void ReadVectorValue(std::string_view value, std::uint32_t width, ValueWord* words);
 
-/// The same, character by character. For tests, which check the fast way against it.
+/// The value of up to 64 characters that are all 0 or 1, as nearly all are, as a number: "0110"
+/// is 6. False, with `bits` anything, for any other value. Reads no byte outside of `value`, which
+/// is not empty.
+bool ReadBinaryValue(std::string_view value, std::uint64_t& bits);
+
+/// The same as ReadVectorValue, character by character. For tests, which check the fast way against
+/// it.
 void ReadVectorValuePlainly(std::string_view value, std::uint32_t width, ValueWord* words);
 
 }  // namespace orsa::kesncd

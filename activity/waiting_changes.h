@@ -1,4 +1,4 @@
-// Scalar changes on their way to a counter. Where there are many codes, each change would wait for
+// Changes on their way to a counter. Where there are many codes, each change would wait for
 // its code's memory; a few that wait together wait once.
 #ifndef KESNCD_ACTIVITY_WAITING_CHANGES_H_
 #define KESNCD_ACTIVITY_WAITING_CHANGES_H_
@@ -10,15 +10,22 @@
 namespace orsa::kesncd {
 
 /// Calling order: Add until it returns true, then TakeAll; TakeAll before anything that the changes
-/// have to come before. Changes are taken late, but in their order.
+/// have to come before. Changes are taken late, but in their order. A value is what the counter
+/// makes of a change's text, a few bytes.
+template <class Value>
 class WaitingChanges {
  public:
   /// Adds a change and fetches the memory of its code. Whether all have to be taken now. `memory`
   /// is where the code's figures are. After true nothing may be added before TakeAll.
-  bool Add(std::uint32_t codeId, char value, const void* memory) {
+  bool Add(std::uint32_t codeId, Value value, const void* memory) {
     __builtin_prefetch(memory, 1);
-    changes_[held_++] = {codeId, value};
+    changes_[held_++] = {value, codeId};
     return held_ == kMost;
+  }
+  /// Calls `look(codeId)` for each, as some memory can be fetched only when other memory is there.
+  template <class Look>
+  void LookAtAll(Look look) const {
+    for (std::size_t i = 0; i < held_; ++i) look(changes_[i].codeId);
   }
   /// Calls `take(codeId, value)` for each. In the order in which they came. Afterwards none is
   /// waiting.
@@ -32,8 +39,8 @@ class WaitingChanges {
   // About as many fetches as a processor keeps under way.
   static constexpr std::size_t kMost = 32;
   struct Change {
+    Value value;
     std::uint32_t codeId;
-    char value;
   };
 
   std::array<Change, kMost> changes_;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <csignal>
 #include <exception>
+#include <new>
 
 #include "cli/command_line.h"
 #include "cli/options/parse.h"
@@ -48,6 +49,8 @@ int main(int argc, char** argv) {
     // After "kesncd ... | head" nobody waits for an explanation: every program in such a pipe ends
     // in silence, with the status that a shell shows for SIGPIPE.
     if (status != ExitStatus::ReaderGone) Say("", failure.what());
+  } catch (const std::bad_alloc&) {
+    Say("", "memory ran out");
   } catch (const std::exception& error) {
     Say("", error.what());
   }

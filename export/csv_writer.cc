@@ -32,7 +32,7 @@ class CsvWriter : public ResultWriter {
       if (const auto* text = std::get_if<std::string>(&row[c])) {
         AppendQuoted(*text);
       } else {
-        text_ += NumberText(row[c]);
+        AppendNumber(text_, row[c]);
       }
     }
     text_ += "\r\n";

@@ -24,11 +24,8 @@ namespace {
 // For single values only, of which nlohmann::ordered_json would be a second whole library.
 using JsonValue = nlohmann::json;
 
-/// The sum of a WideCount is cut to 64 bits here; AppendCell takes care of larger ones.
+/// Of all but a WideCount, which AppendCell takes care of.
 JsonValue JsonOf(const Cell& cell) {
-  if (const auto* wide = std::get_if<WideCount>(&cell)) {
-    return static_cast<std::uint64_t>(*wide);
-  }
   if (const auto* text = std::get_if<std::string>(&cell)) return *text;
   if (const auto* count = std::get_if<std::int64_t>(&cell)) return *count;
   if (const double* value = ValueIn(cell)) return *value;
@@ -114,9 +111,8 @@ class JsonWriter : public ResultWriter {
 
   /// Sums may be longer than the whole numbers of the JSON library, though not than JSON's.
   void AppendCell(const Cell& cell) {
-    const auto* const wide = std::get_if<WideCount>(&cell);
-    if (wide != nullptr && *wide > UINT64_MAX) {
-      text_ += WideText(*wide);
+    if (std::holds_alternative<WideCount>(cell)) {
+      AppendNumber(text_, cell);
     } else {
       AppendValue(text_, JsonOf(cell));
     }

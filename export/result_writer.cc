@@ -21,11 +21,24 @@ const double* ValueIn(const Cell& cell) {
 }
 
 /// As few digits as give the same double when they are read again.
+void AppendNumber(std::string& to, const Cell& cell) {
+  if (const auto* wide = std::get_if<WideCount>(&cell)) {
+    if (*wide <= UINT64_MAX) {
+      AppendDigits(to, static_cast<std::uint64_t>(*wide));
+    } else {
+      to += WideText(*wide);
+    }
+  } else if (const auto* count = std::get_if<std::int64_t>(&cell)) {
+    to += std::to_string(*count);
+  } else if (const double* const value = ValueIn(cell)) {
+    AppendShortest(to, *value);
+  }
+}
+
 std::string NumberText(const Cell& cell) {
-  if (const auto* count = std::get_if<std::int64_t>(&cell)) return std::to_string(*count);
-  if (const auto* count = std::get_if<WideCount>(&cell)) return WideText(*count);
-  const double* const value = ValueIn(cell);
-  return value == nullptr ? "" : ShortestText(*value);
+  std::string text;
+  AppendNumber(text, cell);
+  return text;
 }
 
 }  // namespace orsa::kesncd

@@ -107,6 +107,8 @@ const double* ValueIn(const Cell& cell);
 /// The text of a number with every digit; empty for another cell. A measured value in the shortest
 /// text that gives the same double again.
 std::string NumberText(const Cell& cell);
+/// Appends it.
+void AppendNumber(std::string& to, const Cell& cell);
 
 }  // namespace orsa::kesncd
 

@@ -73,9 +73,21 @@ std::string DisplayText(double value) {
 }
 
 std::string ShortestText(double value) {
-  std::array<char, 32> text{};
+  std::string text;
+  AppendShortest(text, value);
+  return text;
+}
+
+void AppendShortest(std::string& to, double value) {
+  std::array<char, 32> text;
   const auto result = std::to_chars(text.data(), text.data() + text.size(), value);
-  return {text.data(), result.ptr};
+  to.append(text.data(), result.ptr);
+}
+
+void AppendDigits(std::string& to, std::uint64_t number) {
+  std::array<char, 20> text;
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), number);
+  to.append(text.data(), result.ptr);
 }
 
 std::string RoundedText(double value, int digits) {

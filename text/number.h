@@ -39,6 +39,9 @@ std::string DisplayText(double value);
 /// The shortest text that reads back to the same value. For files that other programs read: no
 /// digit is lost.
 std::string ShortestText(double value);
+/// Appends that text, or a whole number's digits: a row of a million needs no text of its own.
+void AppendShortest(std::string& to, double value);
+void AppendDigits(std::string& to, std::uint64_t number);
 
 /// The value rounded to so many significant digits, without an exponent where a reader could still
 /// tell the size: "33.33", "0.0005". For figures that a person reads. `digits` is 1 to 17: a double

@@ -25,18 +25,35 @@ std::uint64_t Lanes(std::uint32_t from, std::uint32_t to, std::uint32_t index) {
   return below(high) & ~below(low);
 }
 
+/// Whether several modules have a code, and all of them the same bits of it.
+bool IsShared(std::span<const ModuleShare> shares) {
+  return shares.size() > 1 &&
+         std::all_of(shares.begin(), shares.end(), [&](const ModuleShare& share) {
+           return share.from == shares.front().from && share.to == shares.front().to;
+         });
+}
+
 }  // namespace
 
 /// Decides once for each code how it is counted. A code that no module wants has no memory but its
 /// entry, which says that.
 ToggleCounter::ToggleCounter(const CodeBits& codes, const ModuleShares& shares, std::size_t modules,
                              const ActivityWindow& window)
-    : bits_(codes), shares_(shares), window_(window), codes_(codes.codes()), sums_(modules) {
+    : bits_(codes),
+      shares_(shares),
+      window_(window),
+      codes_(codes.codes()),
+      sums_(modules),
+      sharedPlaces_(codes.codes(), kNotShared) {
   std::size_t widest = 1;
   std::size_t words = 0;
   for (std::uint32_t codeId = 0; codeId < codes.codes(); ++codeId) {
     const std::span<const ModuleShare> own = shares.Of(codeId);
     if (own.empty()) continue;
+    if (IsShared(own)) {
+      sharedPlaces_[codeId] = static_cast<std::uint32_t>(shared_.size());
+      shared_.push_back({codeId});
+    }
     Code& code = codes_[codeId];
     const std::uint32_t width = codes.Width(codeId);
     if (width > 1) {
@@ -60,11 +77,35 @@ ToggleCounter::ToggleCounter(const CodeBits& codes, const ModuleShares& shares, 
 /// have of it: sums wrap around then, and are right again when modules are added up.
 void ToggleCounter::CountShares(std::uint32_t codeId, std::uint32_t index, std::uint64_t toggles,
                                 std::uint64_t sign) {
-  for (const ModuleShare& share : shares_.Of(codeId)) {
+  const std::span<const ModuleShare> shares = shares_.Of(codeId);
+  // One module needs no look at the places, which are memory of their own.
+  const std::uint32_t place = shares.size() > 1 ? sharedPlaces_[codeId] : kNotShared;
+  if (place != kNotShared) {
+    Shared& shared = shared_[place];
+    const std::uint64_t lanes = Lanes(shares.front().from, shares.front().to, index);
+    shared.toggles += sign * static_cast<std::uint64_t>(std::popcount(toggles & lanes));
+    if (!std::exchange(shared.isWaiting, true)) waitingShared_.push_back(place);
+    return;
+  }
+  for (const ModuleShare& share : shares) {
     const int count = std::popcount(toggles & Lanes(share.from, share.to, index));
     const std::int64_t counted = std::int64_t{share.times} * count;
     sums_[share.module] += sign * static_cast<std::uint64_t>(counted);
   }
+}
+
+/// Moves toggles of shared codes into the sums of all modules that have them.
+void ToggleCounter::ShareOut() {
+  for (const std::uint32_t place : waitingShared_) {
+    Shared& shared = shared_[place];
+    shared.isWaiting = false;
+    const std::uint64_t toggles = std::exchange(shared.toggles, 0);
+    if (toggles == 0) continue;
+    for (const ModuleShare& share : shares_.Of(shared.codeId)) {
+      sums_[share.module] += static_cast<std::uint64_t>(std::int64_t{share.times}) * toggles;
+    }
+  }
+  waitingShared_.clear();
 }
 
 /// Makes a code what it was before the step, where it had a value in it, or before its first value,

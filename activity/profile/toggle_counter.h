@@ -5,9 +5,10 @@
 // of their own then, since a toggle is a known value that differs from the last known one. So each
 // bit costs little, and nothing where no module wants it.
 //
-// A bit's toggles go straight into the sums of the modules that want it; nothing is kept a bit but
+// A bit's toggles go straight into the sum of the module that wants it; nothing is kept a bit but
 // its last known value, and what that was before the open step, so that a further value in the same
-// step can take the one before back.
+// step can take the one before back. Those of a code that several modules name, such as a clock
+// that is a port of each, wait until the sums are taken: a toggle costs the same in all designs.
 #ifndef KESNCD_ACTIVITY_PROFILE_TOGGLE_COUNTER_H_
 #define KESNCD_ACTIVITY_PROFILE_TOGGLE_COUNTER_H_
 
@@ -23,6 +24,7 @@
 #include "activity/profile/module_shares.h"
 #include "activity/vector_value.h"
 #include "activity/waiting_changes.h"
+#include "text/large_array.h"
 #include "vcd/dump_keywords.h"
 #include "vcd/value_alphabet.h"
 
@@ -97,6 +99,7 @@ class ToggleCounter {
   /// may be below 0 where a code was taken off a module.
   std::vector<std::uint64_t>& Sums() {
     TakeWaiting();
+    if (!waitingShared_.empty()) ShareOut();
     return sums_;
   }
   const CountedTime& time() const { return time_; }
@@ -138,6 +141,14 @@ class ToggleCounter {
     std::uint8_t known = 0;
     std::uint8_t before = 0;  // that it had before the step
   };
+  /// Toggles of a code whose modules have the same bits of it, on their way into the sums; below 0,
+  /// wrapped around, where more were taken back than counted since the sums were taken.
+  struct Shared {
+    std::uint32_t codeId = 0;
+    bool isWaiting = false;  // it is in waitingShared_
+    std::uint64_t toggles = 0;
+  };
+  static constexpr std::uint32_t kNotShared = UINT32_MAX;
   /// 64 bits of a vector.
   struct Word {
     std::uint64_t hasKnown = 0, known = 0;
@@ -150,6 +161,7 @@ class ToggleCounter {
   void TakeVector(std::uint32_t codeId, Code& code, std::string_view value);
   void CountShares(std::uint32_t codeId, std::uint32_t index, std::uint64_t toggles,
                    std::uint64_t sign);
+  void ShareOut();
   // A code comes here once a step, with its first value in it.
   void NoteUnknown(std::uint32_t codeId) {
     if (keepsOpenings_) unknown_.push_back(codeId);
@@ -168,11 +180,14 @@ class ToggleCounter {
   std::uint64_t step_ = 1;
   std::uint64_t stretch_ = 1;  // the step that observation began with
   std::uint64_t counts_ = 0;   // 1 where the step's toggles lie in the window
-  std::vector<Code> codes_;
+  LargeArray<Code> codes_;
   std::vector<Word> words_;
   std::vector<std::uint64_t> sums_;
-  std::vector<ValueWord> value_;  // of the vector in hand
-  WaitingChanges waiting_;
+  std::vector<std::uint32_t> sharedPlaces_;  // by code, in shared_, or kNotShared
+  std::vector<Shared> shared_;
+  std::vector<std::uint32_t> waitingShared_;  // places of those with toggles that are in no sum
+  std::vector<ValueWord> value_;              // of the vector in hand
+  WaitingChanges<char> waiting_;
   bool keepsOpenings_ = false;  // until the first pause
   std::vector<std::uint32_t>
       unknown_;  // codes with a value in the step, and bits unknown before it

@@ -218,8 +218,10 @@ ExitStatus RunPeak(const ProfileChoices& options) {
   const std::uint64_t limit = options.limit == UINT64_MAX ? kLimit : options.limit;
   const std::optional<ActivityResult> inPeak = ActivityIn(peak, options, counting, run.base);
   if (!inPeak) {
-    Remark(dump,
-           "what toggles in the peak is found by a second reading, which a pipe does not allow");
+    Remark(dump, std::string("what toggles in the peak is found by a second reading, ") +
+                     (CanReadTwice(options.input)
+                          ? "which no time of an option reaches: it ends after 2^64 femtoseconds"
+                          : "which a pipe does not allow"));
   }
   return WritePeak(run, inPeak ? &*inPeak : nullptr, scope, limit, dump, options.output);
 }
@@ -236,6 +238,16 @@ ExitStatus RunProfile(const ProfileChoices& options) {
   return options.peak ? RunPeak(options) : RunWindows(options);
 }
 
+/// The signal that cuts time. Not an empty text, as of a script's variable that is not set: the
+/// rows would be equal parts of the span, which look like what was asked for.
+void AddSignal(Command& command, const std::string& flag, const std::string& value,
+               std::string& target, const std::string& help) {
+  command.AddText(flag, value, target, help).take = [&target](const std::string& text) {
+    if (text.empty()) throw Failure(FailureKind::Unusable, "an empty text is no signal");
+    target = text;
+  };
+}
+
 }  // namespace
 
 void AddProfileCommand(CommandLine& line) {
@@ -248,14 +260,13 @@ void AddProfileCommand(CommandLine& line) {
       .AddCount("--windows", "N", {1, 1000000}, options->windows.parts,
                 "so many equal parts of the span")
       .Initially(std::to_string(kUsualParts) + ", or what a database holds");
-  command.AddText("--clock", "NAME", options->clock,
-                  "a window for each rising edge of this signal, which ends there");
+  AddSignal(command, "--clock", "NAME", options->clock,
+            "a window for each rising edge of this signal, which ends there");
   // With --peak, 0 is refused by the check.
   command.AddTime("--peak", options->peak,
                   "the busiest stretch of this length, and what toggles most in it");
-  command.AddText(
-      "--by", "SIGNAL", options->by,
-      "split by the values that this signal has: a toggle belongs to the value before it");
+  AddSignal(command, "--by", "SIGNAL", options->by,
+            "split by the values that this signal has: a toggle belongs to the value before it");
   command
       .AddCount("--values", "N", {1, 4000}, options->values,
                 "with --by, so many values at most, the others together")

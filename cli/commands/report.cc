@@ -17,16 +17,20 @@
 #include "cli/exact_figures/report_clocks.h"
 #include "cli/input/database_input.h"
 #include "cli/input/dump_check.h"
+#include "cli/input/list_file.h"
 #include "cli/input/netlist_input.h"
 #include "cli/output/path_ending.h"
 #include "cli/process/messages.h"
+#include "cli/selection/scope_choice.h"
 #include "cli/selection/signal_choice.h"
 #include "export/netlist_pins.h"
 #include "export/report_figures.h"
 #include "free_format/findings/dump_findings.h"
 #include "free_format/remarks.h"
+#include "names/flat_map.h"
 #include "report/report_page.h"
 #include "text/failure.h"
+#include "vcd/bit_names.h"
 
 namespace orsa::kesncd::cli {
 
@@ -38,6 +42,7 @@ constexpr char kReportHelp[] =
     "Examples:\n"
     "  kesncd report sim.vcd -o report.html\n"
     "  kesncd report sim.vcd --sdc soc.sdc --netlist soc.json -o report.html\n"
+    "  kesncd report sim.vcd --nets nets.txt --top tb/soc -o report.html\n"
     "  kesncd report sim.kact -o report.html\n"
     "\n"
     "The file needs no other and no network. A dump that is a file is read twice, once to check "
@@ -58,6 +63,8 @@ struct ReportChoices {
   std::string timing;
   std::string netlist;
   std::string netlistTop;
+  std::string nets;
+  std::string top;  // of the nets; empty: the outermost scope with variables
   std::string output;
 };
 
@@ -110,6 +117,33 @@ void AddReached(const ReportChoices& options, const ActivityResult& result, Repo
   // A pin is reached where the dump holds its net under any of the net's names.
   const NetlistPins pins(netlist, result, pinOptions);
   facts.reached.push_back({"pins", pins.reached(), pins.pins(), FileName(options.netlist)});
+}
+
+/// How many of the design's nets the dump has figures of, by the names that `kesncd extract` takes:
+/// a bus bit by bit, as data_0 and data_1. `nets` are what the list holds, nothing without a list.
+void AddNets(const ReportChoices& options, const std::vector<std::string>& nets,
+             const Declarations& declarations, ReportFacts& facts) {
+  if (options.nets.empty()) return;
+  const std::string dump = NameOf(options.input);
+  const std::uint32_t scope = ChosenScope(dump, declarations, options.top);
+  if (options.top.empty()) {
+    Remark(dump, "nets are looked for in " + declarations.ShortPathOf(scope) +
+                     "; --top chooses another module");
+  }
+  const FlatMap map(declarations, scope, nets);
+  // As extract does, for a corrupt range that stands for more names than can be walked.
+  if (map.RangeNames() > kMostFlatNames) {
+    throw Failure(FailureKind::Unusable, dump + ": its ranges stand for too many nets");
+  }
+  // A net that is listed twice is one.
+  const std::unordered_set<std::string> asked(nets.begin(), nets.end());
+  std::uint64_t reached = 0;
+  map.Walk([&](const std::string& name, std::uint32_t id) {
+    const DumpVariable& variable = declarations.variables[id];
+    const bool hasBits = variable.width > 0 && TypeHasBits(declarations.types[variable.typeId]);
+    if (hasBits && asked.contains(name)) ++reached;
+  });
+  facts.reached.push_back({"nets", reached, asked.size(), FileName(options.nets)});
 }
 
 /// `clocks` has to outlive the counting: which signals are clocks is known when the declarations
@@ -219,9 +253,11 @@ Reported ReadDatabase(const ReportChoices& options, ActivityDatabase& database,
 /// The files of clocks are read first: a mistake in them shows before a long dump is read. A
 /// netlist is looked up in the dump's names, so it comes after.
 ExitStatus RunReport(const ReportChoices& options) {
-  CheckOutputs({options.input.dump, options.netlist, options.sdc, options.timing},
+  CheckOutputs({options.input.dump, options.netlist, options.nets, options.sdc, options.timing},
                {options.output});
   ReportClocks clocks(options.sdc, options.timing);
+  const std::vector<std::string> nets =
+      options.nets.empty() ? std::vector<std::string>() : ReadNames(options.nets);
   // A database with another window is refused, not shown.
   const auto database = OpenDatabase(options.input, options.window);
   Reported reported =
@@ -232,6 +268,7 @@ ExitStatus RunReport(const ReportChoices& options) {
   facts.clocks = clocks.Measured(run.base);
   // After the reading, as only that tells which signals there are.
   AddReached(options, run.base, facts);
+  AddNets(options, nets, run.base.declarations, facts);
   const ReportPage page = GetReportPage();
   // The file appears under its name when Commit is called; a failure before leaves what was there.
   OutputFile out(options.output);
@@ -249,6 +286,9 @@ void CheckReportOptions(const ReportChoices& options) {
   RefuseOtherEnding(options.output, {"html"});
   if (!options.netlistTop.empty() && options.netlist.empty()) {
     throw Failure(FailureKind::Unusable, "--netlist-top is for --netlist");
+  }
+  if (!options.top.empty() && options.nets.empty()) {
+    throw Failure(FailureKind::Unusable, "--top is for --nets");
   }
 }
 
@@ -272,6 +312,10 @@ void AddReportCommand(CommandLine& line) {
                   "how many pins of this netlist's cells are reached: JSON of Yosys, or Verilog");
   command.AddText("--netlist-top", "NAME", options->netlistTop,
                   "the design's module, where the netlist does not say");
+  command.AddFile("--nets", "FILE", options->nets,
+                  "how many of a design's nets are reached: a list as of kesncd extract");
+  command.AddText("--top", "NAME", options->top,
+                  "the module whose signals the nets are, a name or a path");
   command.AddFile("-o,--output", "FILE", options->output,
                   "write the report to FILE, packed if it ends in .gz; - for standard output");
   command.check = [options] { CheckReportOptions(*options); };

@@ -1,6 +1,9 @@
 // Rows of exact activity, in the dump's order unless another one is asked for.
 #include "cli/exact_figures/exact_rows.h"
 
+#include <algorithm>
+#include <initializer_list>
+
 #include "activity/activity_rows.h"
 #include "cli/process/messages.h"
 
@@ -109,7 +112,9 @@ class ExactRows {
       // Patterns see the cell as the scope and the pin as the name.
       cell.clear();
       pins.AppendCellPath(pin, cell);
-      if (filter_.Takes(cell, pin.name)) WriteBit(cell + '/' + pin.name, *pin.figures);
+      if (!filter_.Takes(cell, pin.name)) return;
+      SetPath(cell, pin.name);
+      WriteBit(*pin.figures);
     });
     selected_.Finish();
   }
@@ -128,12 +133,12 @@ class ExactRows {
     return scopePath_;
   }
 
-  /// The path of something in the scope that was taken last.
-  std::string PathOf(std::string_view name) {
-    std::string path = ScopePath();
+  /// Gives the row the path of something in a scope.
+  void SetPath(const std::string& scopePath, std::string_view name) {
+    std::string& path = std::get<std::string>(row_.front());
+    path = scopePath;
     if (!path.empty()) path += '/';
     path += name;
-    return path;
   }
 
   /// Whether a row may still get in, before its texts are made: with --limit 10 most of a million
@@ -153,20 +158,21 @@ class ExactRows {
       if (row.IsRepeated(bit) || !Wants(row.figures[bit])) continue;
       name_.clear();
       row.names.AppendName(bit, name_);
-      if (takesAll || filter_.Takes(ScopePath(), name_)) WriteBit(PathOf(name_), row.figures[bit]);
+      if (!takesAll && !filter_.Takes(ScopePath(), name_)) continue;
+      SetPath(ScopePath(), name_);
+      WriteBit(row.figures[bit]);
     }
   }
 
-  /// The columns that HeadOf gives for bits.
-  void WriteBit(const std::string& path, const BitFigures& figures) {
-    Row row{path,
-            WideCount{figures.t0},
-            WideCount{figures.t1},
-            WideCount{figures.tx},
-            WideCount{figures.tz},
-            WideCount{figures.tc},
-            WideCount{figures.ig}};
-    Add(std::move(row), static_cast<double>(figures.tc), RatesOf(figures, run_.result));
+  /// The columns that HeadOf gives for bits. The row has its path.
+  void WriteBit(const BitFigures& figures) {
+    SetCounts({figures.t0, figures.t1, figures.tx, figures.tz, figures.tc, figures.ig});
+    Add(static_cast<double>(figures.tc), RatesOf(figures, run_.result));
+  }
+
+  void SetCounts(std::initializer_list<WideCount> counts) {
+    row_.resize(1 + counts.size());
+    std::copy(counts.begin(), counts.end(), row_.begin() + 1);
   }
 
   void WriteSignal(const SignalRow& row) {
@@ -178,7 +184,8 @@ class ExactRows {
     if (!Wants(sums)) return;
     // Patterns after figures: matching costs more than comparing.
     if (!filter_.IsOpen() && !TakesSignal(filter_, ScopePath(), row.variable)) return;
-    WriteSums(PathOf(row.variable.name), sums);
+    SetPath(ScopePath(), row.variable.name);
+    WriteSums(sums);
   }
 
   /// In the order of the dump; a module comes before those in it.
@@ -192,32 +199,31 @@ class ExactRows {
       // A module's row belongs to the scope around it.
       TakeScope(declarations_.scopes[scope].parent);
       const std::string& name = declarations_.scopes[scope].name;
-      if (filter_.IsOpen() || filter_.Takes(ScopePath(), name))
-        WriteSums(PathOf(name), sums[scope]);
+      if (!filter_.IsOpen() && !filter_.Takes(ScopePath(), name)) continue;
+      SetPath(ScopePath(), name);
+      WriteSums(sums[scope]);
     }
   }
 
   /// The columns that HeadOf gives for signals and modules.
-  void WriteSums(const std::string& path, const ActivitySums& sums) {
-    Row row{
-        path,   static_cast<std::int64_t>(sums.bits), sums.tc, sums.ig, sums.t0, sums.t1, sums.tx,
-        sums.tz};
-    Add(std::move(row), static_cast<double>(sums.tc), RatesOf(sums, run_.result));
+  void WriteSums(const ActivitySums& sums) {
+    SetCounts({sums.bits, sums.tc, sums.ig, sums.t0, sums.t1, sums.tx, sums.tz});
+    Add(static_cast<double>(sums.tc), RatesOf(sums, run_.result));
   }
 
   /// Adds the three columns that all rows end in. Scaling divides rates by the factor of times;
   /// `high` is a share of time and stays.
-  void Add(Row row, double toggles, const ActivityRates& rates) {
+  void Add(double toggles, const ActivityRates& rates) {
     const double factor = run_.scale.Factor();
     const auto scaled = [factor](const std::optional<double>& rate) {
       return rate ? Cell(*rate / factor) : Cell();
     };
-    row.push_back(scaled(rates.freqMhz));
-    row.push_back(scaled(rates.toggleRate));
-    row.push_back(rates.high ? Cell(*rates.high) : Cell());
+    row_.push_back(scaled(rates.freqMhz));
+    row_.push_back(scaled(rates.toggleRate));
+    row_.push_back(rates.high ? Cell(*rates.high) : Cell());
     // Sorted by rates that are not scaled, as all are scaled alike.
-    const SortKeys keys{std::get<std::string>(row.front()), toggles, rates.toggleRate};
-    selected_.Add(keys, row);
+    const SortKeys keys{std::get<std::string>(row_.front()), toggles, rates.toggleRate};
+    selected_.Add(keys, row_);
   }
 
   const ExactRun& run_;
@@ -229,7 +235,8 @@ class ExactRows {
   std::uint32_t scope_ = Declarations::kDump;
   bool hasScopePath_ = false;
   std::string scopePath_;
-  // Room for the name of a bit, kept from one to the next.
+  // The row in hand and the name of a bit: their room is kept for the next ones.
+  Row row_{std::string()};
   std::string name_;
 };
 

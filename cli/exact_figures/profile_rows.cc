@@ -14,6 +14,7 @@
 
 #include "activity/activity_rows.h"
 #include "cli/output/path_ending.h"
+#include "text/failure.h"
 #include "text/number.h"
 #include "vcd/time_text.h"
 
@@ -24,6 +25,9 @@ namespace {
 constexpr double kMicrosecond = 1e9;  // in femtoseconds
 // More columns do not fit on a terminal; --wide shows all.
 constexpr std::size_t kTableModules = 6;
+// Scopes in one another have paths of all that is around them, n levels some n * n characters: more
+// than so many are of a corrupt dump.
+constexpr std::size_t kMostPathBytes = std::size_t{1} << 26U;
 
 // What the output will be in the end: a path's ending or --format decides, else it is a table.
 bool IsTable(const OutputOptions& output) {
@@ -69,35 +73,24 @@ class ToggleColumns {
  public:
   /// `totals` are the toggles of modules over all rows, `most` those of the busiest row, which has
   /// the longest bar.
-  ToggleColumns(const ModuleTree& tree, std::vector<std::uint64_t> totals, std::uint64_t most,
-                const ActivityResult& base, const OutputOptions& output)
+  ToggleColumns(const ModuleTree& tree, const std::vector<std::uint64_t>& totals,
+                std::uint64_t most, const ActivityResult& base, const OutputOptions& output)
       : base_(base), isTable_(IsTable(output)), most_(most) {
     // Module 0 is the scope itself, whose toggles are the column "toggles".
     for (std::uint32_t module = 1; module < tree.size(); ++module) {
       if (HasBits(tree, module)) shown_.push_back(module);
     }
-    // All of them, for the list of modules in JSON.
-    for (const std::uint32_t module : shown_) {
-      paths_.push_back(base.declarations.PathOf(tree.scopes[module]));
-    }
-    // The most active ones, in the dump's order again.
-    if (!isTable_ || output.look.isWide || shown_.size() <= kTableModules) return;
-    hidden_ = shown_.size() - kTableModules;
-    std::stable_sort(shown_.begin(), shown_.end(), [&](std::uint32_t one, std::uint32_t other) {
-      return totals[one] > totals[other];
-    });
-    shown_.resize(kTableModules);
-    std::sort(shown_.begin(), shown_.end());
+    if (isTable_ && !output.look.isWide) KeepMostActive(totals);
+    TakePaths(tree);
   }
 
   /// To the heading, after the columns of the rows themselves.
-  void AppendTo(std::vector<Column>& columns, const ModuleTree& tree) const {
+  void AppendTo(std::vector<Column>& columns) const {
     columns.insert(columns.end(), {"toggles", "toggles_per_us"});
     // Names of columns that are not modules.
     std::set<std::string> taken;
     for (const Column& column : columns) taken.insert(column.name);
-    for (const std::uint32_t module : shown_) {
-      std::string name = base_.declarations.PathOf(tree.scopes[module]);
+    for (std::string name : paths_) {
       // A top-level scope may be called like a column; a program must know the two apart.
       if (!isTable_ && taken.contains(name)) name += '/';
       columns.emplace_back(std::move(name), false);
@@ -127,12 +120,36 @@ class ToggleColumns {
     return base_.declarations.scopes[tree.scopes[module]].populated;
   }
 
+  /// As many as a table has room for, in the dump's order again.
+  void KeepMostActive(const std::vector<std::uint64_t>& totals) {
+    if (shown_.size() <= kTableModules) return;
+    hidden_ = shown_.size() - kTableModules;
+    std::stable_sort(shown_.begin(), shown_.end(), [&](std::uint32_t one, std::uint32_t other) {
+      return totals[one] > totals[other];
+    });
+    shown_.resize(kTableModules);
+    std::sort(shown_.begin(), shown_.end());
+  }
+
+  /// For the columns, and for the list of modules in JSON.
+  void TakePaths(const ModuleTree& tree) {
+    std::size_t bytes = 0;
+    for (const std::uint32_t module : shown_) {
+      paths_.push_back(base_.declarations.PathOf(tree.scopes[module]));
+      bytes += paths_.back().size();
+      if (bytes <= kMostPathBytes) continue;
+      throw Failure(FailureKind::Unusable,
+                    "the paths of modules down to this depth have more than " +
+                        std::to_string(kMostPathBytes) + " characters; ask for a smaller --depth");
+    }
+  }
+
   const ActivityResult& base_;
   const bool isTable_;
   const std::uint64_t most_;
   // In the dump's order.
   std::vector<std::uint32_t> shown_;  // modules
-  std::vector<std::string> paths_;    // of all
+  std::vector<std::string> paths_;    // of these
   std::size_t hidden_ = 0;
 };
 
@@ -187,7 +204,7 @@ ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& su
   head.facts.emplace_back("folded", std::int64_t{profile.isFolded ? 1 : 0});
   head.facts.emplace_back("toggles", WideCount{totals.front()});
   if (!toggles.isTable()) head.columns.emplace_back("observed");
-  toggles.AppendTo(head.columns, profile.modules);
+  toggles.AppendTo(head.columns);
   ResultOutput out(output, head);
   for (std::size_t window = 0; window < profile.windows(); ++window) {
     Row row{TimeCell(profile.edges[window], base, toggles.isTable()),
@@ -228,7 +245,7 @@ ExitStatus WriteSplit(const ProfileRun<ValueSplit>& run, const ProfileSubject& s
                   {{"modules", toggles.paths()}}};
   head.facts.emplace_back("put_together", WideCount{split.others});
   head.facts.emplace_back("toggles", WideCount{totals.front()});
-  toggles.AppendTo(head.columns, split.modules);
+  toggles.AppendTo(head.columns);
   ResultOutput out(output, head);
   for (const ValueSplit::Part& part : split.parts) {
     // Of the time that was observed.

@@ -49,7 +49,7 @@ void RefuseOtherEnding(const std::string& path, const std::vector<std::string>& 
   }
   throw Failure(FailureKind::Unusable, path + ": ends in ." + ending +
                                            ", but this command writes " + Join(words, ", ") +
-                                           "; --format says which");
+                                           (words.size() > 1 ? "; --format says which" : ""));
 }
 
 }  // namespace orsa::kesncd::cli

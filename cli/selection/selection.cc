@@ -70,14 +70,14 @@ bool SelectedRows::Wants(std::optional<double> toggles, std::optional<double> ra
 }
 
 /// `keys.name` may be gone when the row is written, so it is copied if it is needed.
-void SelectedRows::Add(const SortKeys& keys, Row row) {
+void SelectedRows::Add(const SortKeys& keys, const Row& row) {
   if (sort_ == SortBy::Nothing) {
     if (passed_++ < limit_) out_.Add(row);
     return;
   }
   keptBytes_ += BytesOf(row);
   kept_.push_back({KeyOf(keys.toggles, keys.rate),
-                   sort_ == SortBy::Name ? std::string(keys.name) : std::string(), std::move(row)});
+                   sort_ == SortBy::Name ? std::string(keys.name) : std::string(), row});
   MakeRoom();
 }
 

@@ -72,7 +72,7 @@ class SelectedRows {
   /// result.
   bool Wants(std::optional<double> toggles, std::optional<double> rate) const;
   /// The row has a cell for each column of the output. It may be written at once, later or never.
-  void Add(const SortKeys& keys, Row row);
+  void Add(const SortKeys& keys, const Row& row);
   /// Writes the rows that waited for their order.
   void Finish();
 

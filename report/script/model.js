@@ -88,7 +88,7 @@ const Model = (() => {
         module.parent.children.push(module);
         // The whole dump has no name, so its children's paths begin with their own.
         const front = module.parent.path;
-        module.path = front === '' ? module.name : `${front}.${module.name}`;
+        module.path = front === '' ? module.name : `${front}/${module.name}`;
       }
       open.push(module);
     }
@@ -116,7 +116,7 @@ const Model = (() => {
       return {
         module,
         name,
-        path: module.path === '' ? name : `${module.path}.${name}`,
+        path: module.path === '' ? name : `${module.path}/${name}`,
         bits,
         toggles: all.toggles[at],
         glitches: all.glitches[at],

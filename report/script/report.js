@@ -146,7 +146,7 @@
         order: { key: 'toggles', descending: true },
         // The module looked at and all below it, which are neighbours in the list.
         rows: () => model.modules.slice(this.focus.id, this.focus.end),
-        searched: (module) => module.path.toLowerCase(),
+        searched: ({ path }) => path,
         open: (module) => this.enter(module),
         columns: [
           { key: 'module', title: 'Module', ...byName(({ path }) => path || 'whole dump') },
@@ -187,7 +187,7 @@
         fileName: 'signals.csv',
         order: { key: 'toggles', descending: true },
         rows: () => this.listed(),
-        searched: (signal) => signal.path.toLowerCase(),
+        searched: ({ path }) => path,
         columns: [
           { key: 'signal', title: 'Signal', ...byName(({ path }) => path) },
           { key: 'toggles', title: 'Toggles', bar: true, ...byCount(({ toggles }) => toggles) },

@@ -44,6 +44,9 @@ const Table = (() => {
     setTimeout(() => URL.revokeObjectURL(link.href), 1000);
   }
 
+  // Names are found in any letter case, and by the dots of Verilog as by the slashes of their paths.
+  const toSearched = (text) => text.toLowerCase().replaceAll('.', '/');
+
   // What is not known comes last, whichever way the rest is sorted. Numbers and texts alike; null
   // is what is not known.
   function compare(a, b, descending) {
@@ -71,7 +74,7 @@ const Table = (() => {
       const search = make('input', { type: 'search', placeholder: `Search ${this.what}`, spellcheck: false });
       search.setAttribute('aria-label', `Search ${this.what}`);
       search.addEventListener('input', () => {
-        this.words = search.value.toLowerCase().split(/\s+/).filter(Boolean);
+        this.words = toSearched(search.value).split(/\s+/).filter(Boolean);
         // A new search begins at its first rows.
         this.limit = FIRST_ROWS;
         this.update();
@@ -115,7 +118,7 @@ const Table = (() => {
       // Copied, as sorting would change the caller's list.
       const { words, searched } = this;
       const matches = (row) => {
-        const text = searched(row);
+        const text = toSearched(searched(row));
         return words.every((word) => text.includes(word));
       };
       const rows = words.length === 0 ? [...this.rows()] : this.rows().filter(matches);

@@ -2,7 +2,7 @@
 #include <cstdlib>
 
 #include "tests/support/case_files.h"
-#include "tests/support/direct_rules.h"
+#include "tests/support/reading_rules.h"
 #include "tests/support/require.h"
 #include "tests/support/testing.h"
 

@@ -4,7 +4,7 @@
 
 #include "free_format/body_stretch.h"
 #include "tests/support/case_files.h"
-#include "tests/support/parted_rules.h"
+#include "tests/support/reading_rules.h"
 #include "tests/support/require.h"
 #include "tests/support/sanitizer_share.h"
 #include "tests/support/testing.h"

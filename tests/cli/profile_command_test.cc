@@ -34,6 +34,21 @@ TEST(ProfileCommand, TakesPipesAndSaysWhatItRefuses) {
             "$timescale 1ns $end $scope module </script><img> $end $var wire 1 ! </script> $end\n"
             "$upscope $end $enddefinitions $end #0 0! #1 1! #3 0! \n");
   dir.Write("flat.vcd", "$var wire 1 ! a $end $enddefinitions $end #0 0! #5 1! \n");
+  // A clock of 2^64 ns, beyond what --begin takes.
+  dir.Write("long.vcd",
+            "$timescale 1ns $end $var wire 1 ! a $end $enddefinitions $end #0 0! "
+            "#18446744073709551615 1!\n");
+  // A bus bit by bit; a name twice, one that is no net here, and one of a type without bits.
+  dir.Write("bus.vcd",
+            "$timescale 1ns $end $scope module top $end $var wire 2 ! d [1:0] $end\n"
+            "$var real 64 r level $end $upscope $end $enddefinitions $end #0 b0 ! #1 b1 !\n");
+  dir.Write("nets.txt", "# nets\nd_0\nd_1\nd_1\nd_2\nlevel\n");
+  // Modules in one another, as only a corrupt dump has them: their paths grow with the square.
+  dir.Write("deep.sh",
+            "awk 'BEGIN { for (i = 0; i < 6000; ++i) print \"$scope module d\" i \" $end $var wire "
+            "1 ! a $end\";\n"
+            "for (i = 0; i < 6000; ++i) print \"$upscope $end\"; print \"$enddefinitions $end #0 "
+            "0! #9 1! \" }'\n");
   ExpectRuns(
       dir,
       R"(kesncd profile d.vcd --windows 2 => 0 => begin +end +toggles .* bar\n0s +50ns +10 .* #+\n50ns +100ns +5 .*\n15 toggles in 2 windows\n
@@ -52,6 +67,10 @@ kesncd profile d.vcd --window 1ps -q => 2 =>  => kesncd: d.vcd: a window of less
 kesncd profile flat.vcd --window 1ns -q => 2 =>  => kesncd: flat.vcd: has no time scale, .*\n
 kesncd profile flat.vcd -q --format csv --windows 1 | tr -d '\r' => 0 => begin,end,observed,toggles,toggles_per_us\n0,5,5,1,\n
 kesncd profile d.vcd --clock state -q => 1 =>  => kesncd: d.vcd: state is no signal of one bit\n
+kesncd profile d.vcd --clock '' => 2 =>  => kesncd: --clock: an empty text is no signal\n.*\n
+kesncd profile long.vcd --peak 10ns >/dev/null => 0 =>  => kesncd: long.vcd: .* second reading, which no time of an option reaches.*\n
+sh deep.sh > deep.vcd; kesncd profile deep.vcd --depth 9999 -q | tail -1 => 0 => 1 toggles in 9 windows; 5994 modules with fewer toggles .*\n
+kesncd profile deep.vcd --depth 9999 -q --format csv => 2 =>  => kesncd: the paths of modules down to this depth have more than .*\n
 kesncd profile d.vcd --by none -q => 1 =>  => kesncd: d.vcd: no signal none\n
 kesncd profile d.vcd --by state --values 1 --format csv | tail -1 => 0 => others,.*\r\n => (.|\n)*d.vcd: state has more than 1 values: .*\n
 kesncd profile d.vcd --scope none -q => 1 =>  => kesncd: d.vcd: no scope none; .*\n
@@ -60,7 +79,11 @@ kesncd report d.vcd -o r.html -q --sdc c.sdc && grep -c '"name":"core","mhz":50,
 kesncd report odd.vcd -o odd.html -q && grep -c '"name":\["","\\u003c/script>\\u003cimg>"\]' odd.html => 0 => 1\n
 grep -c '</script><img>' odd.html => 1 => 0\n
 kesncd report - -q < d.vcd | grep -c '"findings"' => 1 => 0\n
-kesncd report d.vcd -o d.csv => 2 =>  => kesncd: d.csv: ends in .csv, but this command writes html; .*\n.*\n
+kesncd report bus.vcd -q --nets nets.txt | grep -o '"reached":.{"what":[^]]*' => 0 => "reached":.\{"what":"nets","reached":2,"total":4,"source":"nets.txt"\}\n
+kesncd report bus.vcd -o bus.html --nets nets.txt => 0 =>  => (.|\n)*kesncd: bus.vcd: nets are looked for in top; --top .*\n
+kesncd report bus.vcd -q --nets nets.txt --top none => 1 =>  => kesncd: bus.vcd: no scope none; .*\n
+kesncd report bus.vcd -q --top top => 2 =>  => kesncd: --top is for --nets\n.*\n
+kesncd report d.vcd -o d.csv => 2 =>  => kesncd: d.csv: ends in .csv, but this command writes html\n.*\n
 ln d.vcd d.html; kesncd report d.vcd -o d.html => 2 =>  => kesncd: d.html: is an input too\n)");
 }
 

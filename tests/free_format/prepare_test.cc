@@ -8,7 +8,7 @@
 #include "free_format/prepare/prepare.h"
 #include "tests/support/case_files.h"
 #include "tests/support/dump_figures.h"
-#include "tests/support/prepare_rules.h"
+#include "tests/support/reading_rules.h"
 #include "tests/support/testing.h"
 #include "tests/support/text_stream.h"
 #include "text/failure.h"

@@ -81,28 +81,28 @@ test('figures of the head, the modules and the signals are those given', async (
     assert.ok(head.includes(said), said);
   }
   assert.deepEqual(await rowsOf('.panel'), [
-    ['top.clk', '10 MHz', '10 MHz, SDC'],
-    ['top.b.s', '4.5 MHz', '5 MHz, timing report'],
+    ['top/clk', '10 MHz', '10 MHz, SDC'],
+    ['top/b/s', '4.5 MHz', '5 MHz, timing report'],
   ]);
-  assert.deepEqual(await browser.texts('.differs td:first-child'), ['top.b.s']);
+  assert.deepEqual(await browser.texts('.differs td:first-child'), ['top/b/s']);
   assert.deepEqual(await rowsOf('#modules'), [
     ['top', '39', '2.438', '16', '9', '9', '25.0 %', '6.3 %', '2'],
-    ['top.b', '29', '7.25', '4', '5', '1', '30.0 %', '25.0 %', '2'],
-    ['top.a', '24', '4.8', '5', '2', '1', '40.0 %', '0 %', '0'],
+    ['top/b', '29', '7.25', '4', '5', '1', '30.0 %', '25.0 %', '2'],
+    ['top/a', '24', '4.8', '5', '2', '1', '40.0 %', '0 %', '0'],
   ]);
   const signals = await rowsOf('#signals');
   assert.equal(signals.length, 7);
-  assert.deepEqual(signals[3], ['top.b.s[1:0]', '9', '4.5', '2', '35.0 %', '0.50 %', '0 %', '2']);
+  assert.deepEqual(signals[3], ['top/b/s[1:0]', '9', '4.5', '2', '35.0 %', '0.50 %', '0 %', '2']);
   assert.match(await browser.text('#notes'), /7 signals are listed.*2 more with 0 toggles/);
 });
 
 test('a module is entered by a click or a key, and left by its path or a key', async () => {
   await open(small);
   assert.equal(await browser.text('#path [aria-current]'), 'top');
-  await browser.click(box('top.b'));
+  await browser.click(box('top/b'));
   assert.deepEqual(await browser.texts('#path button'), ['Whole dump', 'top', 'b']);
-  assert.deepEqual(await namesOf('#modules'), ['top.b']);
-  assert.deepEqual(await namesOf('#signals'), ['top.b.clk', 'top.b.s[1:0]', 'top.b.r']);
+  assert.deepEqual(await namesOf('#modules'), ['top/b']);
+  assert.deepEqual(await namesOf('#signals'), ['top/b/clk', 'top/b/s[1:0]', 'top/b/r']);
   await browser.click('#path li:nth-child(2) button');
   assert.equal((await namesOf('#modules')).length, 3);
 
@@ -126,17 +126,17 @@ test('area is bits or toggles, counted once in the highest module that names the
       box(path),
       box('top'),
     );
-  assert.ok(Math.abs((await share('top.a')) - 4 / 16) < 0.01);
+  assert.ok(Math.abs((await share('top/a')) - 4 / 16) < 0.01);
   await browser.click('input[value="ownToggles"]');
-  assert.ok(Math.abs((await share('top.b')) - 9 / 39) < 0.01);
+  assert.ok(Math.abs((await share('top/b')) - 9 / 39) < 0.01);
   await browser.click('#icicle-table summary');
   const rows = await rowsOf('#icicle-table');
   assert.deepEqual(
     rows.map(([name, ...figures]) => [name.trim(), ...figures]),
     [
       ['top', '39', '16', '39', '2.438'],
-      ['top.b', '9', '4', '29', '7.25'],
-      ['top.a', '4', '5', '24', '4.8'],
+      ['top/b', '9', '4', '29', '7.25'],
+      ['top/a', '4', '5', '24', '4.8'],
     ],
   );
 });
@@ -148,8 +148,8 @@ test('a brushed stretch ranks the modules anew, and sliders and buttons set it t
   const inStretch = async () => (await rowsOf('#modules')).map((row) => row.slice(0, 3));
   assert.deepEqual(await inStretch(), [
     ['top', '9', '36'],
-    ['top.a', '4', '16'],
-    ['top.b', '0', '0'],
+    ['top/a', '4', '16'],
+    ['top/b', '0', '0'],
   ]);
   assert.deepEqual(await browser.texts('#layers .part'), ['44.4 %', '55.6 %']);
 
@@ -157,7 +157,7 @@ test('a brushed stretch ranks the modules anew, and sliders and buttons set it t
   assert.match(await browser.text('#stretch'), /^750 ns to 1 µs/);
   assert.match(await browser.text('#timeline-summary'), /Peak from 750 ns to 1 µs: 14 toggles, 1\.436 times/);
   assert.equal(await browser.text('.peak text'), 'peak 750 ns');
-  assert.deepEqual((await inStretch())[1], ['top.b', '8', '32']);
+  assert.deepEqual((await inStretch())[1], ['top/b', '8', '32']);
 
   await browser.run('document.getElementById("from").focus()');
   await browser.press('ArrowLeft');
@@ -174,33 +174,33 @@ test('a brushed stretch ranks the modules anew, and sliders and buttons set it t
 test('tables are sorted by a click, searched as one types and saved as CSV', async () => {
   await open(small);
   await sortBy('#signals', 'bits');
-  assert.equal((await namesOf('#signals'))[0], 'top.data[7:0]');
+  assert.equal((await namesOf('#signals'))[0], 'top/data[7:0]');
   assert.equal(await browser.run('return document.activeElement.textContent'), 'Bits');
   await sortBy('#signals', 'bits');
-  assert.equal((await namesOf('#signals')).at(-1), 'top.data[7:0]');
+  assert.equal((await namesOf('#signals')).at(-1), 'top/data[7:0]');
   assert.equal(
     await browser.run('return document.querySelector("#signals th[data-key=bits]").ariaSort'),
     'ascending',
   );
   await sortBy('#signals', 'signal');
   await browser.type('#signals input[type="search"]', 'B. S');
-  assert.deepEqual(await namesOf('#signals'), ['top.b.s[1:0]']);
+  assert.deepEqual(await namesOf('#signals'), ['top/b/s[1:0]']);
   assert.equal(await browser.text('#signals .status'), '1 of 7 signals');
   await browser.click('#signals .csv');
   assert.equal(
     await saved('signals.csv'),
     'signal,toggles,rate,bits,high,x,z,glitches,t0,t1,tx,tz\n' +
-      'top.b.s[1:0],9,4.5,2,0.35,0.005,0,2,1290,700,10,0\n',
+      'top/b/s[1:0],9,4.5,2,0.35,0.005,0,2,1290,700,10,0\n',
   );
 });
 
 test('lists show the signals that stand out, worst first', async () => {
   await open(small);
   const lists = {
-    most: ['top.clk', 'top.a.clk', 'top.b.clk', 'top.b.s[1:0]', 'top.data[7:0]', 'top.a.q[3:0]'],
-    never: ['top.b.r'],
-    unknown: ['top.b.r', 'top.b.s[1:0]'],
-    glitch: ['top.b.s[1:0]'],
+    most: ['top/clk', 'top/a/clk', 'top/b/clk', 'top/b/s[1:0]', 'top/data[7:0]', 'top/a/q[3:0]'],
+    never: ['top/b/r'],
+    unknown: ['top/b/r', 'top/b/s[1:0]'],
+    glitch: ['top/b/s[1:0]'],
   };
   for (const [list, names] of Object.entries(lists)) {
     await browser.click(`input[value="${list}"]`);
@@ -232,7 +232,7 @@ test('names are shown as text, whatever they hold', async () => {
   const spelled = [...names.slice(0, 6), '\\u{202e}gnp\\u{7}\\u{200b}'];
   await sortBy('#signals', 'bits');
   const shown = await namesOf('#signals');
-  const isShown = (name) => shown.some((path) => path.endsWith(`.${name}`));
+  const isShown = (name) => shown.some((path) => path.endsWith(`/${name}`));
   assert.deepEqual(
     spelled.filter((name) => !isShown(name)),
     [],
@@ -242,7 +242,7 @@ test('names are shown as text, whatever they hold', async () => {
   assert.equal(await browser.run('return document.scripts.length'), 3);
   await open(changed((figures) => (figures.signals.name[0] = figures.modules.name[1] = '=1+1')));
   await browser.click('#signals .csv');
-  assert.match(await saved('signals.csv'), /\n'=1\+1\.=1\+1,20,/);
+  assert.match(await saved('signals.csv'), /\n'=1\+1\/=1\+1,20,/);
 });
 
 test('nothing but the scripts of the file runs, and nothing is sent', async () => {
@@ -305,10 +305,10 @@ test('a module without a course shows the one that it is part of', async () => {
       ];
     }),
   );
-  await browser.click(box('top.b'));
-  assert.match(await browser.text('#timeline-summary'), /top\.b has no course of its own.*that of top,/);
+  await browser.click(box('top/b'));
+  assert.match(await browser.text('#timeline-summary'), /top\/b has no course of its own.*that of top,/);
   await browser.click('#to-peak');
-  assert.deepEqual((await rowsOf('#modules'))[0].slice(0, 3), ['top.b', '–', '–']);
+  assert.deepEqual((await rowsOf('#modules'))[0].slice(0, 3), ['top/b', '–', '–']);
 });
 
 test('light and dark follow the system until the reader chooses', async () => {
@@ -346,10 +346,10 @@ test('a path of any length and a name of any length leave the rest in sight', as
       activity.toggles.push([1, 1, 1, 1]);
     }),
   );
-  await browser.type('#signals input[type="search"]', 'm.m');
+  await browser.type('#signals input[type="search"]', 'm/m');
   const [shown] = await namesOf('#signals');
   assert.ok(shown.endsWith('n') && shown.length < 300, shown);
-  await browser.type('#modules input[type="search"]', 'm.m');
+  await browser.type('#modules input[type="search"]', 'm/m');
   await sortBy('#modules', 'module');
   await sortBy('#modules', 'module');
   await browser.click('#modules tbody tr:first-child button');

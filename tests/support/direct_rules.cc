@@ -1,5 +1,5 @@
 // Direct counts against an account item by item and against prepared dumps.
-#include "tests/support/direct_rules.h"
+#include "tests/support/reading_rules.h"
 
 #include <optional>
 #include <set>

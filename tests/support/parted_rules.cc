@@ -1,5 +1,5 @@
 // One reading of a dump against threads, and against parts that are added up as by a merge.
-#include "tests/support/parted_rules.h"
+#include "tests/support/reading_rules.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // How a prepared dump is judged: by preparing it again, by `check`, and by all readers.
-#include "tests/support/prepare_rules.h"
+#include "tests/support/reading_rules.h"
 
 #include <algorithm>
 #include <limits>
