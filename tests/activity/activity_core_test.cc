@@ -15,6 +15,7 @@
 #include "activity/activity_run.h"
 #include "tests/support/case_files.h"
 #include "tests/support/plain_activity.h"
+#include "tests/support/sanitizer_share.h"
 #include "tests/support/text_stream.h"
 #include "text/failure.h"
 
@@ -118,7 +119,7 @@ ActivityResult Finish(ActivityPart part, const CodeBits& codes, const ActivityWi
   return result;
 }
 
-constexpr unsigned kBodies = 1500;
+constexpr unsigned kBodies = 1500 / kSanitizerShare;
 const std::vector<std::uint32_t> kWidths{1, 1, 2, 7, 12, 33, 64, 70, 130};
 
 TEST(ActivityCore, AgreesWithPlainAccount) {

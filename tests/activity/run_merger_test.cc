@@ -7,6 +7,7 @@
 #include <map>
 #include <random>
 
+#include "tests/support/sanitizer_share.h"
 #include "tests/support/small_dumps.h"
 #include "text/failure.h"
 
@@ -242,7 +243,7 @@ void AddByName(const ActivityResult& run, std::uint64_t factor, FiguresByBit& to
 TEST(RunMerger, SumsRandomRunsByName) {
   std::mt19937 random(1);
   const std::pair<std::string, std::uint64_t> scales[] = {{"1ps", 1}, {"10ps", 10}, {"1ns", 1000}};
-  for (int round = 0; round < 100; ++round) {
+  for (int round = 0; round < 100 / kSanitizerShare; ++round) {
     RunMerger all, firsts, sums;
     FiguresByBit expected;
     for (int i = 0; i < 4; ++i) {

@@ -5,6 +5,7 @@
 
 #include <random>
 
+#include "tests/support/sanitizer_share.h"
 #include "tests/support/shell.h"
 #include "tests/support/testing.h"
 #include "tests/support/text_stream.h"
@@ -103,7 +104,9 @@ TEST_P(Unpacking, SaysWhereverItIsCut) {
 
 TEST_P(Unpacking, NeverGivesAnotherDumpWhereABitIsWrong) {
   std::size_t refused = 0;
-  for (std::size_t at = 0; at < packed_.size(); ++at) {
+  std::size_t tried = 0;
+  for (std::size_t at = 0; at < packed_.size(); at += kSanitizerShare) {
+    ++tried;
     for (int bit = 0; bit < 8; ++bit) {
       std::string wrong = packed_;
       wrong[at] = static_cast<char>(wrong[at] ^ 1 << bit);
@@ -116,7 +119,7 @@ TEST_P(Unpacking, NeverGivesAnotherDumpWhereABitIsWrong) {
       EXPECT_TRUE(!read.failure.empty() || read.text == dump_) << "byte " << at << " bit " << bit;
     }
   }
-  EXPECT_GT(refused, packed_.size() * 7);
+  EXPECT_GT(refused, tried * 7);
 }
 
 TEST_P(Unpacking, RefusesWhatFollowsThatIsNotPacked) {

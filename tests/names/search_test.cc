@@ -16,6 +16,7 @@
 #include "names/name_order.h"
 #include "names/scope_search.h"
 #include "names/signal_search.h"
+#include "tests/support/sanitizer_share.h"
 #include "text/words.h"
 
 namespace orsa::kesncd {
@@ -145,7 +146,7 @@ std::vector<std::uint32_t> PlainAnswer(const Declarations& declarations, const s
 TEST(SignalSearch, FindsWhatTheSurestReadingMeans) {
   std::size_t found = 0;
   std::size_t ambiguous = 0;
-  for (unsigned seed = 0; seed < 300; ++seed) {
+  for (unsigned seed = 0; seed < 300 / kSanitizerShare; ++seed) {
     Words words(seed);
     Design design;
     Fill(words, design);
@@ -168,8 +169,8 @@ TEST(SignalSearch, FindsWhatTheSurestReadingMeans) {
       }
     }
   }
-  EXPECT_GT(found, 4000U);
-  EXPECT_GT(ambiguous, 800U);
+  EXPECT_GT(found, 4000U / kSanitizerShare);
+  EXPECT_GT(ambiguous, 800U / kSanitizerShare);
 }
 
 TEST(SignalSearch, KeepsAFewOfManyAnswersAndLooksBelowAScopeOnly) {
