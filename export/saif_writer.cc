@@ -87,11 +87,11 @@ class SaifTree {
   void WriteVariable(const DumpVariable& variable, SharedBits* shared, SaifStream& saif);
   /// Counts a bit that is not written, and lists it where that is wanted.
   void LeaveOut(const DumpVariable& variable, const BitNames& names, std::uint32_t bit);
-  template <class Visit>
   // With bits that are to be written; in the dump's order.
-  void ForEachVariable(std::uint32_t scope, Visit visit) const;
   template <class Visit>
+  void ForEachVariable(std::uint32_t scope, Visit visit) const;
   // Filled ones, in the dump's order.
+  template <class Visit>
   void ForEachInner(std::uint32_t scope, Visit visit) const;
 
   const ActivityResult& result_;

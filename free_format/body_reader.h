@@ -146,9 +146,9 @@ class PlainLineTaker {
   std::array<CodeInLine, kAhead / 64 * kMostCodesFound> found_;
 };
 
-/// Hands one item to a taker.
+/// Hands one item to a taker. By the same calls as PlainLineTaker makes, so a taker cannot tell
+/// which way an item took.
 template <class Taker>
-/// The same calls as PlainLineTaker makes, so a taker cannot tell which way an item took.
 void GiveItem(const DumpItems& items, Taker& taker) {
   switch (items.kind()) {
     case ItemKind::Stamp:

@@ -173,9 +173,9 @@ inline bool DumpWords::FinishLine() {
   return isAtStart_ && at_ < end_;
 }
 
-/// Passes plain lines on and counts them.
+/// Passes plain lines on and counts them: the words do not see those lines one by one, but their
+/// number is needed for messages.
 template <class Taker>
-/// The words do not see those lines one by one, but their number is needed for messages.
 struct CountedLines {
   Taker& taker;
   std::uint64_t lines = 0;
@@ -197,8 +197,8 @@ struct CountedLines {
   }
 };
 
-template <class Taker>
 /// No line is too long: a block is what limits them.
+template <class Taker>
 void DumpWords::TakePlainLines(Taker& taker) {
   if (!FinishLine()) return;
   CountedLines<Taker> counted{taker};

@@ -81,8 +81,8 @@ class Selection {
       whole_.emplace(base, index);
     }
   }
-  template <class Range>
   // All that were asked for under the name, even if one of them is enough.
+  template <class Range>
   bool Meet(Range range) {
     for (auto met = range.first; met != range.second; ++met) isMet_[met->second] = true;
     return range.first != range.second;
