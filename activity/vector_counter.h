@@ -34,7 +34,9 @@ struct CountedStep {
 /// by Begin and further ones by Change or Correct, and is ended by Close or Leave.
 class VectorCounter {
  public:
-  explicit VectorCounter(const CountedStep& step) : step_(step) {}
+  /// `isWide` may be true only where HasWideLanes; it makes no difference to what is counted.
+  explicit VectorCounter(const CountedStep& step, bool isWide = HasWideLanes())
+      : step_(step), isWide_(isWide) {}
 
   /// Adds a vector whose figures begin with those of bit `firstBit`; returns its number.
   std::uint32_t Add(std::uint64_t firstBit, std::uint32_t width);
@@ -133,6 +135,7 @@ class VectorCounter {
   void Unlearn(Word& word, BitFigures* figures) const;
 
   const CountedStep& step_;
+  const bool isWide_;
   LargeArray<Vector> vectors_;
   LargeArray<Word> words_;
   LargeArray<Small> smalls_;

@@ -5,6 +5,10 @@
 #include <bit>
 #include <cstring>
 
+#ifdef __x86_64__
+#include <immintrin.h>
+#endif
+
 #include "vcd/plain_lines.h"
 #include "vcd/value_alphabet.h"
 
@@ -140,6 +144,20 @@ bool ReadLongBinary(const char* text, std::size_t length, std::uint64_t& bits) {
   return MaskOf(binary) == 0xFFFF;
 }
 
+#ifdef __x86_64__
+/// Up to 64 characters if all are 0 or 1. Those after the last one are not loaded.
+__attribute__((target("avx512f,avx512bw"))) bool ReadWideBinary(const char* text,
+                                                                std::size_t length,
+                                                                std::uint64_t& bits) {
+  const __mmask64 taken = LowBits(length);
+  const __m512i characters = _mm512_maskz_loadu_epi8(taken, text);
+  const __m512i highBits = _mm512_and_si512(characters, _mm512_set1_epi8('\xFE'));
+  const std::uint64_t ones = _mm512_test_epi8_mask(characters, _mm512_set1_epi8(1));
+  bits = Reversed(ones) >> (kWordBits - length);
+  return _mm512_mask_cmpneq_epi8_mask(taken, highBits, _mm512_set1_epi8('0')) == 0;
+}
+#endif
+
 /// Up to 64 characters, of which at least sixteen may be read. Characters come in lanes of sixteen;
 /// the last lane may overlap the one before, which gives the same bits twice.
 ValueWord ReadWord(const char* text, std::size_t length) {
@@ -217,9 +235,12 @@ void ReadValue(std::string_view value, std::uint32_t width, ValueWord* words, Re
 
 }  // namespace
 
-bool ReadBinaryValue(std::string_view value, std::uint64_t& bits) {
-  if (value.size() < 16) return ReadShortBinary(value.data(), value.size(), bits);
+bool ReadBinaryValue(std::string_view value, std::uint64_t& bits, [[maybe_unused]] bool isWide) {
   if (value.size() > kWordBits) return false;
+#ifdef __x86_64__
+  if (isWide) return ReadWideBinary(value.data(), value.size(), bits);
+#endif
+  if (value.size() < 16) return ReadShortBinary(value.data(), value.size(), bits);
 #ifdef __SSE2__
   return ReadLongBinary(value.data(), value.size(), bits);
 #else

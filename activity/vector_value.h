@@ -30,10 +30,20 @@ inline constexpr std::size_t kWordBits = 64;  // in one
 /// `value`.
 void ReadVectorValue(std::string_view value, std::uint32_t width, ValueWord* words);
 
-/// The value of up to 64 characters that are all 0 or 1, as nearly all are, as a number: "0110"
-/// is 6. False, with `bits` anything, for any other value. Reads no byte outside of `value`, which
-/// is not empty.
-bool ReadBinaryValue(std::string_view value, std::uint64_t& bits);
+/// Whether the processor works on 64 bytes at a time and can leave some of them out (AVX-512), as
+/// servers do. What is done so has a plain way beside it, and tests ask for either.
+inline bool HasWideLanes() {
+#ifdef __x86_64__
+  return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw");
+#else
+  return false;
+#endif
+}
+
+/// The value of up to 64 characters that are all 0 or 1, as nearly all are, as a number: "0110" is
+/// 6. False, with `bits` anything, for any other value. Reads no byte outside of `value`, which is
+/// not empty. `isWide` may be true only where HasWideLanes; it makes no difference to the result.
+bool ReadBinaryValue(std::string_view value, std::uint64_t& bits, bool isWide = HasWideLanes());
 
 /// The same as ReadVectorValue, character by character. For tests, which check the fast way against
 /// it.

@@ -208,6 +208,61 @@ TEST(ActivityCore, ReadsVectorValues) {
   }
 }
 
+// Values stand in memory of their own, so that a sanitizer sees a byte read beyond them.
+TEST(ActivityCore, ReadsBinaryValuesEitherWay) {
+  Random random(2);
+  for (std::size_t length = 1; length <= 65; ++length) {
+    std::uint64_t number = 0;
+    std::vector<char> value;
+    for (std::size_t i = 0; i < length; ++i) {
+      value.push_back(random.Chance(50) ? '1' : '0');
+      number = number << 1 | (value.back() == '1' ? 1U : 0U);
+    }
+    const std::string_view text(value.data(), length);
+    for (const bool isWide : {false, HasWideLanes()}) {
+      std::uint64_t bits = 0;
+      ASSERT_EQ(ReadBinaryValue(text, bits, isWide), length <= 64) << text;
+      ASSERT_EQ(bits, length <= 64 ? number : 0) << text;
+      for (char& c : value) {
+        const char kept = std::exchange(c, "xzX/2"[random.Below(5)]);
+        ASSERT_FALSE(ReadBinaryValue(text, bits, isWide)) << text;
+        c = kept;
+      }
+    }
+  }
+}
+
+TEST(ActivityCore, CountsVectorsEitherWay) {
+  if (!HasWideLanes()) GTEST_SKIP() << "the processor has one way only";
+  for (const std::uint32_t width : {2U, 15U, 16U, 17U, 33U, 63U, 64U}) {
+    Random random(width);
+    CountedStep step;
+    VectorCounter counters[] = {VectorCounter(step, false), VectorCounter(step, true)};
+    std::vector<BitFigures> figures[2] = {std::vector<BitFigures>(width),
+                                          std::vector<BitFigures>(width)};
+    ValueWord value;
+    for (std::size_t i = 0; i < 2; ++i) {
+      counters[i].Add(0, width);
+      counters[i].Begin(0, &value, figures[i].data());
+    }
+    for (int change = 0; change < 4000; ++change) {
+      ++step.number;
+      step.ticks += random.Chance(1) ? std::uint64_t{3} << 30 : random.Below(100000);
+      step.counts = random.Chance(1) != step.counts;
+      // Of some values few bits change, of others any.
+      const std::uint64_t few = std::uint64_t{1} << random.Below(width);
+      const std::uint64_t given = random.Chance(50) ? value.high ^ few : random.Below(UINT64_MAX);
+      value.high = given & LowBits(width);
+      for (std::size_t i = 0; i < 2; ++i) counters[i].Write(0, given, figures[i].data());
+    }
+    std::vector<BitEdge> edges[2] = {std::vector<BitEdge>(width), std::vector<BitEdge>(width)};
+    for (std::size_t i = 0; i < 2; ++i) counters[i].Leave(0, figures[i].data(), edges[i].data());
+    ASSERT_TRUE(figures[0] == figures[1]) << width;
+    ASSERT_TRUE(edges[0] == edges[1]) << width;
+    ASSERT_GT(figures[0][width - 1].tc, 100U);
+  }
+}
+
 TEST(ActivityCore, NamesBits) {
   struct Row {
     std::string_view name;

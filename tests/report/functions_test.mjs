@@ -177,7 +177,7 @@ test('the tree of random figures adds up as a plain account does', () => {
         ownToggles: sum(figures.modules.own_toggles),
       });
       const around = depth.map((_, id) => id).filter((id) => id > 0 && isBelow(module.id, id));
-      assert.equal(module.path, around.map((id) => name[id]).join('.'));
+      assert.equal(module.path, around.map((id) => name[id]).join('/'));
       const signals = model.signals.slice(module.firstSignal, module.endSignal);
       assert.deepEqual(
         plain(signals.map((signal) => signal.name)),
