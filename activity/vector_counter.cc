@@ -239,11 +239,12 @@ void VectorCounter::CountValues(const Vector& vector, const Word& word) {
 #ifdef __SSE2__
   // A full log is counted all at once.
   if (vector.logged == kMostLogged) {
-    std::array<std::uint64_t, kMostLogged + 1> values;
+    constexpr std::size_t kValues = kMostLogged + 1;
+    std::array<std::uint64_t, kValues> values;
     std::array<std::uint64_t, kMostLogged> toggles;
     // A fall adds its time and a rise takes it off: so each value has the time of the change that
     // ends it, less that of the one that began it.
-    std::array<std::int32_t, kMostLogged + 1> weights;
+    std::array<std::int32_t, kValues> weights;
     values[0] = word.now.high;
     std::uint64_t toggled = 0;
     std::uint32_t before = 0;
