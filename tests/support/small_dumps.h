@@ -53,8 +53,11 @@ inline std::string RandomRun(std::mt19937& random, const std::string& scale) {
       const std::size_t low = below(3);
       const std::size_t width = 1 + below(4);
       const std::string code = below(4) == 0 ? "shared" + std::to_string(width) : scope + name;
-      line += " wire:" + std::to_string(width) + ":" + code + ":" + name + "[" +
-              std::to_string(low + width - 1) + ":" + std::to_string(low) + "]";
+      std::string left = std::to_string(low + width - 1);
+      std::string right = std::to_string(low);
+      if (below(4) == 0) left.swap(right);
+      line += " wire:" + std::to_string(width) + ":" + code + ":" + name + "[" + left + ":" +
+              right + "]";
       for (std::size_t i = below(6), time = 0; i > 0; --i) {
         std::string value(width, '0');
         for (char& bit : value) bit = "01xz"[below(4)];
