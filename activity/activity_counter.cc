@@ -59,10 +59,13 @@ void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level leve
   }
   // And the new level begins. A first value has no old one: what was before it is x of an unseen
   // code, for which Finish accounts.
+  // At a dump's begin all codes come here, where nothing changes yet: memory that is left alone
+  // need not be fetched.
   if (step_.ticks != 0) TimeAt(figures, level) -= step_.ticks;
   const BitEdge::Counted counted = code.edge.Take(level, step_.counts);
-  figures.tc += counted.toggle && step_.counts ? 1 : 0;
-  figures.ig += counted.glitch && step_.counts ? 1 : 0;
+  if (!step_.counts) return;
+  figures.tc += counted.toggle ? 1 : 0;
+  figures.ig += counted.glitch ? 1 : 0;
 }
 
 /// What is kept of a vector is known when its code has arrived.
@@ -87,6 +90,8 @@ void ActivityCounter::TakeText(std::uint32_t codeId, std::string_view value) {
   }
 }
 
+/// Takes a value of 0 and 1. Nearly all are written down; the first of a stretch, a further one of
+/// a step, one after x or z and those of long vectors go the way of words.
 void ActivityCounter::TakeVector(std::uint32_t codeId, Code& code, std::uint64_t value) {
   const bool isFurther = code.step != 0 && code.step != step_.number;
   if (isFurther && vectors_.IsOpen(code.kind)) [[likely]] {

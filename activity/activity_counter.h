@@ -78,7 +78,7 @@ class ActivityCounter {
     std::uint64_t toT0 = 0;
     std::uint64_t toggles = 0;
   };
-  // Kinds that are no vector. Below them all numbers are vectors, which Vector relies on.
+  // Kinds that are no vector. All smaller numbers are vectors; FetchVectors and TakeText compare.
   static constexpr std::uint32_t kNoBits = UINT32_MAX;
   static constexpr std::uint32_t kScalar = UINT32_MAX - 1;
 

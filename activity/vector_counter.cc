@@ -200,8 +200,8 @@ std::span<VectorCounter::Word> VectorCounter::WordsOf(const Vector& vector) {
   return {words_.data() + vector.firstWord, (vector.width + kWordBits - 1) / kWordBits};
 }
 
-/// Lets values of this step be written down. None is then that was before, all of its values will
-/// lie on the same side of the window's bounds, and the time since the base time fits into 31 bits.
+/// Lets values of this step be written down. The log is empty then, all of its values will lie on
+/// the same side of the window's bounds, and the time since the base time fits into 31 bits.
 void VectorCounter::MakeRoom(Vector& vector, BitFigures* figures) {
   CountLog(vector, figures);
   vector.logCounts = step_.counts;

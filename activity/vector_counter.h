@@ -96,8 +96,8 @@ class VectorCounter {
     std::array<std::uint8_t, 16> toggles{};
   };
   static constexpr std::size_t kMostLogged = 7;  // what three bits count
-  /// Two cache lines, the second one with all that a value needs that is written down. What is
-  /// logged was not counted yet; the last value may still be corrected.
+  /// Two cache lines, and Write needs no other memory. What is logged was not counted yet; the last
+  /// value may still be corrected.
   struct alignas(64) Vector {
     std::array<std::uint64_t, kMostLogged> values{};
     std::uint64_t last = 0;                          // the value that the vector has

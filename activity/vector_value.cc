@@ -16,7 +16,7 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Eight characters as one integer, the first one lowest.
+/// The characters at `text` as one integer of that many bytes, the first one lowest.
 template <class Integer>
 std::uint64_t Load(const char* text) {
   Integer bytes = 0;

@@ -17,7 +17,7 @@ add_link_options("$<$<CONFIG:Release>:LINKER:-z,relro>")
 # Headers of the standard library that most sources include: read once for all targets, they take a
 # third of a second of each source instead of more than one. Usage: kesncd_standard_headers(TARGET)
 # after the room "text" only, whose headers are those of all. g++ takes them at every level of
-# optimisation but not for programs, which are compiled for another kind of addresses; clang
+# optimisation but not for programs, which are compiled with -fPIE and not with -fPIC; clang
 # would take them at one level only. Caches of compilers know nothing of them without more ado.
 option(KESNCD_STANDARD_HEADERS "Read the standard library's headers once for all targets (g++ only)" OFF)
 function(kesncd_standard_headers target)
@@ -40,8 +40,8 @@ endfunction()
 # The same for the tests' own sources, half of whose time goes into reading these headers, in every
 # build but those with a cache of compilers. (The development build reads no common headers for the
 # product itself, so that a source that lacks an include does not compile.) The target of the case
-# files comes first, and nothing waits for more than its one source. Programs are compiled for the
-# kind of addresses that libraries have, or they could not take what was read.
+# files comes first, and nothing waits for more than its one source. Programs are compiled with -fPIC
+# here, as headers that were compiled with it are not taken with -fPIE.
 set(read_once ON)
 if(CMAKE_CXX_COMPILER_LAUNCHER)
   set(read_once ${KESNCD_STANDARD_HEADERS})

@@ -59,8 +59,8 @@ constexpr FindingText kTexts[] = {
     {"dump commands that share their lines are not obeyed", "commands", kWrong, kHosts,
      Remedy::Prepare},
     // "$dumpoff" on a line before $enddefinitions
-    {"dumping switched off in the declarations, which only readers of lines obey", "commands",
-     kWrong, kHosts, Remedy::Prepare},
+    {"dumping switched off in the declarations, which only line readers obey", "commands", kWrong,
+     kHosts, Remedy::Prepare},
     // "pU 0 6 <1"
     {"values of port dumps are not counted", "changes", kWrong, kHosts, Remedy::Prepare},
     // "#1000" and then "#5", read as 5000; see text/splitter.h.
