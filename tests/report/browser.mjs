@@ -81,6 +81,14 @@ export class Browser {
     return (await this.call('POST', '/element', { using: 'css selector', value: css }))[ELEMENT];
   }
 
+  // Until there is such an element; after ten seconds there will be none.
+  async waitFor(css) {
+    for (const end = Date.now() + 10_000; Date.now() < end; ) {
+      if (await this.run('return document.querySelector(arguments[0]) !== null', css)) return;
+    }
+    throw new Error(`no ${css} appeared`);
+  }
+
   text(css) {
     return this.run('return document.querySelector(arguments[0])?.textContent.trim()', css);
   }

@@ -57,9 +57,15 @@ const namesOf = async (section) => (await rowsOf(section)).map(([name]) => name)
 const sortBy = (section, key) => browser.click(`${section} th[data-key="${key}"] button`);
 const box = (path) => `#icicle g[aria-label^="${path},"]`;
 
+// A browser tells a page after the click that it has opened something.
+async function openTable(section) {
+  await browser.click(`${section} summary`);
+  await browser.waitFor(`${section} .frame`);
+}
+
 async function saved(name) {
   const file = join(folder, name);
-  for (let tries = 0; !existsSync(file) && tries < 100; ++tries) {
+  for (let tries = 0; !existsSync(file) && tries < 500; ++tries) {
     await new Promise((resolve) => setTimeout(resolve, 20));
   }
   const text = readFileSync(file, 'utf8');
@@ -129,7 +135,7 @@ test('area is bits or toggles, counted once in the highest module that names the
   assert.ok(Math.abs((await share('top/a')) - 4 / 16) < 0.01);
   await browser.click('input[value="ownToggles"]');
   assert.ok(Math.abs((await share('top/b')) - 9 / 39) < 0.01);
-  await browser.click('#icicle-table summary');
+  await openTable('#icicle-table');
   const rows = await rowsOf('#icicle-table');
   assert.deepEqual(
     rows.map(([name, ...figures]) => [name.trim(), ...figures]),
@@ -167,7 +173,7 @@ test('a brushed stretch ranks the modules anew, and sliders and buttons set it t
   assert.equal(await browser.text('#stretch'), '');
   assert.deepEqual((await inStretch())[0], ['top', '39', '2.438']);
 
-  await browser.click('#timeline-table summary');
+  await openTable('#timeline-table');
   assert.deepEqual((await rowsOf('#timeline-table'))[3], ['750 ns', '1 µs', '14', '8', '0', '6']);
 });
 
@@ -402,6 +408,6 @@ test('a report of 1,000,000 signals is small and quick', async () => {
     const begin = performance.now();
     document.querySelectorAll('#icicle g[role]')[1].dispatchEvent(new MouseEvent('click'));
     return performance.now() - begin`);
-  assert.ok(entering < 1000, `${entering} ms`);
+  assert.ok(entering < kDrawLimit / 2, `${entering} ms`);
   assert.equal((await browser.texts('#path li')).length, 3);
 });
