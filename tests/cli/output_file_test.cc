@@ -249,6 +249,7 @@ TEST(OutputFile, RunsAtOnceAndSignalsLeaveWholeFiles) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     EXPECT_EXIT(
         {
+          std::signal(signal, SIG_DFL);  // nohup has it ignored
           cli::EndWhenInterrupted();
           WholeFileRules rules;
           rules.watch = &cli::FilesOfThisRun();
