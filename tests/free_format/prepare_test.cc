@@ -57,7 +57,7 @@ using PreparedDumps = FreshState;
 
 TEST_F(PreparedDumps, GiveNamesToWhatHasNoneAndPlainValues) {
   const std::string dump = Dump(
-      "$timescale 1ns $end $scope module $end $var wire 1 ! $end $var wire 8 # \\a/b[1] [7 : 0] "
+      "$timescale 1ns $end $scope module $end $var wire 1 ! $end $var port 8 # \\a/b[1] [7 : 0] "
       "$end $var wire 4 % m[0] [3:0] $end $scope begin $var $end $var wire 1 & " +
       std::string(70000, 'n') + " $end $enddefinitions $end #0 1! #1 b01zZHhLlUx #");
   const std::string text = Prepare(dump).text;
