@@ -10,13 +10,28 @@
 #include <cstddef>
 #include <cstdlib>
 #include <limits>
+#include <memory>
 #include <new>
 #include <vector>
 
 namespace orsa::kesncd {
 
-/// Memory as the usual allocator gives it, but large blocks ask the system for large pages. Where
-/// it has none, nothing but time is lost.
+inline constexpr std::size_t kLargePage = std::size_t{1} << 21U;  // of x86-64 and most others
+
+/// Asks for large pages where `bytes` at `memory` hold whole ones. Advice that a system may not
+/// take: nothing but time is lost then.
+inline void AskForLargePages(void* memory, std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  void* begin = memory;
+  if (std::align(kLargePage, kLargePage, begin, bytes) != nullptr) {
+    (void)madvise(begin, bytes / kLargePage * kLargePage, MADV_HUGEPAGE);
+  }
+#else
+  (void)memory, (void)bytes;
+#endif
+}
+
+/// Memory as the usual allocator gives it, but large blocks ask the system for large pages.
 template <class T>
 struct LargePages {
   using value_type = T;
@@ -31,12 +46,10 @@ struct LargePages {
     if (bytes < kWorthIt) {
       return static_cast<T*>(::operator new (bytes, std::align_val_t{alignof(T)}));
     }
-    const std::size_t whole = (bytes + kPage - 1) / kPage * kPage;
-    void* const memory = std::aligned_alloc(kPage, whole);
+    const std::size_t whole = (bytes + kLargePage - 1) / kLargePage * kLargePage;
+    void* const memory = std::aligned_alloc(kLargePage, whole);
     if (memory == nullptr) throw std::bad_alloc();
-#ifdef MADV_HUGEPAGE
-    (void)madvise(memory, whole, MADV_HUGEPAGE);  // advice, which may not be taken
-#endif
+    AskForLargePages(memory, whole);
     return static_cast<T*>(memory);
   }
   void deallocate(T* memory, std::size_t count) {
@@ -47,14 +60,11 @@ struct LargePages {
     }
   }
 
-  bool operator==(const LargePages& /*other*/) const {
-    return true;
-  }
+  bool operator==(const LargePages& /*other*/) const { return true; }
 
  private:
-  static constexpr std::size_t kPage = std::size_t{1} << 21U;  // of x86-64 and most others
   // Four pages: the last one may be used in part only.
-  static constexpr std::size_t kWorthIt = 4 * kPage;
+  static constexpr std::size_t kWorthIt = 4 * kLargePage;
 };
 
 template <class T>

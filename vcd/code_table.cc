@@ -6,6 +6,8 @@
 #include <new>
 #include <utility>
 
+#include "text/large_array.h"
+
 namespace orsa::kesncd {
 
 CodeCells::CodeCells(std::size_t longestDirect)
@@ -24,6 +26,7 @@ void CodeCells::ReservePlaces(std::size_t longest) {
       // calloc gives zeroed pages that take memory only when they are first written.
       static_cast<std::uint32_t*>(std::calloc(words, sizeof(std::uint32_t))));
   if (more == nullptr) throw std::bad_alloc();
+  AskForLargePages(more.get(), words * sizeof(std::uint32_t));
   std::copy_n(direct_.get(), places_, more.get());
   std::copy_n(direct_.get() + places_, places_ / 32, more.get() + places);
   direct_ = std::move(more);

@@ -177,18 +177,14 @@ void DumpWriter::EndSection() {
   inSection_ = false;
 }
 
-/// A stamp of fewer digits than one before gets zeros in front: readers that keep a stamp's text in
-/// place would else take the longer one's last digits for its own.
+/// Stamps grow, so none has fewer digits than one before: readers that keep a stamp's text in place
+/// would take the longer one's last digits for its own.
 void DumpWriter::WriteStamp(std::uint64_t ticks) {
   EndSection();
   std::array<char, kTickDigits> digits{};
   const char* const end = std::to_chars(digits.begin(), digits.end(), ticks).ptr;
-  const auto length = static_cast<std::size_t>(end - digits.data());
-  // Zeros up to the longest so far; the number stays the same.
-  longestStamp_ = std::max(longestStamp_, length);
   Put("#");
-  Put(std::string_view("00000000000000000000").substr(0, longestStamp_ - length));
-  Put({digits.data(), length});
+  Put({digits.data(), end});
   Put("\n");
 }
 

@@ -75,8 +75,6 @@ class DumpWriter {
   // A block on its way to the sink, with `used_` bytes in it.
   std::vector<char> held_;
   std::size_t used_ = 0;
-  // The digits of the longest stamp so far; shorter ones get zeros in front.
-  std::size_t longestStamp_ = 0;
   // A dump command was written whose $end is still to come.
   bool inSection_ = false;
   Tally renamed_;

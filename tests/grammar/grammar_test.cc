@@ -151,6 +151,7 @@ $scope module top $end /$var w 1 % late $end 1% => 0, 1, -1--1, a=0 d[1]=0 late=
     std::string dumps = row[0];
     std::replace(dumps.begin(), dumps.end(), '~', '\n');
     EXPECT_EQ(Read(kHeader + dumps), row[1]) << dumps;
+    EXPECT_EQ(isTopModNameEverMatched, 1);
   }
   const std::string code(1000, 'c');
   ResetReaderState();

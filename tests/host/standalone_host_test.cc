@@ -1,4 +1,5 @@
 // The stand-alone host with the shared library, as a program has them.
+#include "host/design_data.h"
 #include "host/standalone/standalone_host.h"
 
 #include "tests/support/testing.h"
@@ -60,6 +61,9 @@ TEST_F(StandaloneHost, LoadsReusesAndFails) {
   analyser.ncdFile = analyser.ncdName = "";
   EXPECT_NE(analyser.ExtractNCD(), 0);  // the loaded design is current
   EXPECT_EQ(analyser.ncdName, "board");
+  // Set again, a file may hold another design.
+  CommonData::getGlobalInstance()->setNcdSource(folder.Path("board.nets").c_str(), "");
+  EXPECT_EQ(analyser.ExtractNCD(), 0);
 
   analyser.ncdFile = folder.Write("next.nets", "");
   analyser.prfFile = folder.Path("");

@@ -94,6 +94,11 @@ TEST_F(FlatRun, StartsFromWhatTheLastRunLeft) {
   EXPECT_EQ(Run(dir.Write("b.vcd", Dump("TOP~CLK~UP~END~#100~1!~$dumpon~1!~1!~#200~"))),
             "-: clk=2.5");
   EXPECT_EQ(startCycle, 0);
+  // A stamp that opens the span and is no number: the span opens with the begin that is there.
+  startCycle = -2;
+  endCycle = -4;
+  (void)Run(dir.Write("c.vcd", Dump("TOP~CLK~UP~END~#x~1!~")));
+  EXPECT_EQ(endCycle, -2);
 }
 
 // A host may run under a locale with a decimal comma; figures and files must not follow it.
