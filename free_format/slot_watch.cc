@@ -1,6 +1,6 @@
 // Does to two strings what the line readers do to their slots, to know which stamp they read.
 //
-// For example, "#1000" and later "#5" leave "5000" in a place: the digits are put without an end.
+// For example, "#1000" and later "#5" leave "5000" in a slot: digits are put without a terminator.
 #include "free_format/slot_watch.h"
 
 #include <algorithm>
@@ -35,20 +35,20 @@ double SlotWatch::Stamp::ReadAs(double ticks) const {
 /// Only digits are a stamp's second piece; "#12.5" leaves 12.
 void SlotWatch::PutDigits(std::string_view stamp) {
   const std::string_view digits = stamp.substr(0, DigitsOf(stamp));
-  // Put without an end, which makes the stamp tail.
+  // Put without a terminator, which makes the stamp tail.
   for (std::string& slot : slots_) Put(slot, digits, false);
 }
 
-/// A place only grows: what it has never held is unknown, not zero, in the middle of a dump.
+/// A slot only grows: what it has never held is unknown, not zero, in the middle of a dump.
 void SlotWatch::Put(std::string& slot, std::string_view word, bool isEnded) {
   const std::size_t written = word.size() + (isEnded ? 1 : 0);
   if (slot.size() < written) slot.resize(written);
   std::copy(word.begin(), word.end(), slot.begin());
-  // A word ends in its place, so that a shorter one does not show the tail of a longer one.
+  // A word has a terminator, so that a shorter one does not show the tail of a longer one.
   if (isEnded) slot[word.size()] = '\0';
 }
 
-/// What the place shows begins with the digits that are known, so the rest is looked at.
+/// What the slot shows begins with the digits that are known, so the rest is looked at.
 void SlotWatch::AppendDigits(std::string_view slot, Stamp::Digits& digits) {
   if (slot.size() <= digits.text.size()) return;
   slot.remove_prefix(digits.text.size());
@@ -58,7 +58,7 @@ void SlotWatch::AppendDigits(std::string_view slot, Stamp::Digits& digits) {
   digits.isOpen = length == slot.size();
 }
 
-/// Copied, since later words change the places.
+/// Copied, since later words change the slots.
 void SlotWatch::NoteStamp(Stamp& stamp) const {
   for (std::size_t i = 0; i < slots_.size(); ++i) {
     stamp.digits[i].text.clear();

@@ -1,9 +1,9 @@
-// What the line readers read a time stamp as. They keep the digits of a stamp in one place, where
-// the digits end nothing: a longer text that stood there before goes on after them. In the flat
-// run's reader the second words of lines pass through the same place.
+// What the line readers read a time stamp as. They keep the digits of a stamp in a slot, without a
+// terminator: the tail of a longer text that the slot held before goes on after them. In the flat
+// run's reader the second words of lines pass through the same slot.
 //
-// A watch that begins in the middle of a dump does not know what stood in the places before; what
-// it saw is laid over what was there once that is known.
+// A watch that begins in the middle of a dump does not know what the slots held before; what it saw
+// is laid over that once it is known.
 #ifndef KESNCD_FREE_FORMAT_SLOT_WATCH_H_
 #define KESNCD_FREE_FORMAT_SLOT_WATCH_H_
 
@@ -19,13 +19,11 @@ namespace orsa::kesncd {
 /// a stamp; LayOver when the stretch that comes next was watched too.
 class SlotWatch {
  public:
-  /// Digits as they stand in both places when a stamp was taken. What is open goes on with what
-  /// stood there before the watch began.
+  /// The digits that the two slots show after a stamp was taken.
   struct Stamp {
     struct Digits {
-      // The digits that were seen so far.
       std::string text;
-      // More digits may follow, which stood there before the watch began.
+      // More digits may follow, which the slot held before the watch began.
       bool isOpen = true;
     };
     std::array<Digits, 2> digits;
@@ -34,7 +32,7 @@ class SlotWatch {
     double ReadAs(double ticks) const;
   };
 
-  /// A watch for what comes next, with nothing in its places.
+  /// A watch for what comes next, with nothing in its slots.
   SlotWatch Next() const {
     SlotWatch next;
     next.index_ = index_;
@@ -47,19 +45,18 @@ class SlotWatch {
     // "#100 1!" is read as a stamp too here, though line readers want it alone: that it shares its
     // line is a finding of its own.
     if (index_ == 0 && word.front() == '#') PutDigits(word.substr(1));
-    // The filtered flat reader has a line's second word in the place of its stamps.
+    // The filtered flat reader has a line's second word in the slot of its stamps.
     if (index_ == 1) Put(slots_[kShared], word, true);
   }
-  /// A plain line: a stamp, or a value with its code. Given without "#", and the code without its
-  /// blank.
+  /// A plain line: a stamp, given without its "#", or a value with a blank before its code.
   void TakeStampLine(std::string_view digits) { PutDigits(digits); }
   void TakeValueLine(std::string_view code) { Put(slots_[kShared], code, true); }
 
   /// Notes the stamp that was the last word taken.
   void NoteStamp(Stamp& stamp) const;
-  /// A stamp that a later watch noted, now that it is known what stood there before.
+  /// A stamp that a later watch noted, now that it is known what the slots held before.
   Stamp Completed(Stamp stamp) const;
-  /// Lets the places hold what a later watch leaves in them.
+  /// Lets the slots hold what a later watch leaves in them.
   void LayOver(const SlotWatch& later);
 
  private:
@@ -72,7 +69,7 @@ class SlotWatch {
   // With `isEnded` a NUL is put after the word.
   void PutDigits(std::string_view stamp);
   static void Put(std::string& slot, std::string_view word, bool isEnded);
-  // Adds digits that stand in the place after those that are known.
+  // Adds the digits that the slot holds after those that are known.
   static void AppendDigits(std::string_view slot, Stamp::Digits& digits);
 
   std::size_t index_ = 0;             // of the last word on its line

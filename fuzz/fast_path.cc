@@ -50,7 +50,7 @@ std::string ReadDump(int reader, const ReadingOptions& options, const std::strin
   bool complete = true;
   const std::set<std::string> selection{"clk"};
   VmodHier* unlinked = nullptr;
-  const ModuleTree tree{analyser.codeIndex, analyser.hierRoot, unlinked};
+  const HostTree tree{analyser.codeIndex, analyser.hierRoot, unlinked};
   if (reader < 2) complete = ReadFlat(stream, reader == 0 ? nullptr : &selection, options);
   if (reader == 2) complete = ReadTree(stream, tree, options);
   std::ostringstream text;

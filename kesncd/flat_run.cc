@@ -13,25 +13,20 @@ namespace orsa::kesncd {
 
 namespace {
 
-// More bits than any design has, few enough to hold: a corrupt range such as [2147483647:0] must
-// not fill the memory.
-constexpr std::uint64_t kMostBusBits = 16777216;
-
 /// Counted before anything is entered, and no further than the limit.
 bool TooManyBusBits() {
   std::uint64_t bits = 0;
-  for (int i = 0; i < topMod.GetSignalSize() && bits <= kMostBusBits; ++i) {
+  for (int i = 0; i < topMod.GetSignalSize() && bits <= kMostFlatNames; ++i) {
     bits += RewriteName(topMod.GetSignalName(i)).RangeSize();
   }
-  return bits > kMostBusBits;
+  return bits > kMostFlatNames;
 }
 
 using Frequencies = std::map<std::string, double>;
 
-/// Enters the bits of one bus. Taken in the order of their names ("d_1", "d_10", "d_2"), each goes
-/// right after the one before, where the map need not be searched. Appending at a known place takes
-/// constant time; searching for each of a million bits would not.
-/// Construct and Enter once.
+/// Enters the bits of one bus: construct and Enter once. Taken in the order of their names ("d_1",
+/// "d_10", "d_2"), each goes right after the one before, which takes constant time; searching the
+/// map for each of a million bits would not.
 class BusEntry {
  public:
   BusEntry(const DesignNames& names, double frequency, Frequencies& frequencies)
@@ -44,7 +39,6 @@ class BusEntry {
   void Enter() {
     // Of [1000000:999998] nearly all that a walk by digits meets lies below the range.
     if (names_.low < 0 || names_.low > static_cast<std::int64_t>(names_.RangeSize())) {
-      // The walk by digits would meet too many numbers below the range.
       for (std::int64_t bit = names_.low; bit <= names_.high; ++bit) EnterBit(bit);
       return;
     }

@@ -1,4 +1,4 @@
-// What the strict readers hand on, put into the exported module and trees.
+// What the line readers hand on, put into the exported module and trees.
 #include "kesncd/readings.h"
 
 #include "kesncd/shared_state.h"
@@ -9,8 +9,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Takes the top module's variables into `topMod`. The sink of a flat reading. Scopes other than
-/// the top module never come here.
+/// The sink of a flat reading: takes the top module's variables into `topMod`. Other scopes never
+/// come here.
 class TopModuleFiller : public DeclarationSink {
  public:
   explicit TopModuleFiller(CodeCounts& counts) : counts_(counts) {}
@@ -50,7 +50,7 @@ bool ReadFlat(std::FILE* dump, const std::set<std::string>* selection,
   return complete;
 }
 
-bool ReadTree(std::FILE* dump, ModuleTree tree, const ReadingOptions& options) {
+bool ReadTree(std::FILE* dump, HostTree tree, const ReadingOptions& options) {
   SharedState shared;
   CodeCounts counts(options.longestDirectCode);
   TreeBuilder builder(tree, counts);

@@ -1,4 +1,4 @@
-// One reading of an open dump by a strict reader, into the module or the tree that hosts see.
+// One reading of an open dump by a line reader, into the module or the tree that hosts see.
 #ifndef KESNCD_READINGS_H_
 #define KESNCD_READINGS_H_
 
@@ -21,7 +21,7 @@ bool ReadFlat(std::FILE* dump, const std::set<std::string>* selection,
 
 /// Reads all scopes into a tree, which may hold some before. True when it reached the end; see
 /// HierarchyReader::Read.
-bool ReadTree(std::FILE* dump, ModuleTree tree, const ReadingOptions& options = {});
+bool ReadTree(std::FILE* dump, HostTree tree, const ReadingOptions& options = {});
 
 }  // namespace orsa::kesncd
 

@@ -32,13 +32,13 @@ DesignNames RewriteName(const std::string& declared) {
   // Ranges are written from either end: [7:0] and [0:7] have the same names.
   names.low = std::min(first, second);
   names.high = std::max(first, second);
-  // What is left is the base with its bar.
+  // What is left is the base with its "_".
   names.base.resize(bracket + 1);
   return names;
 }
 
 bool TakeBitNumber(std::string_view& name, std::int64_t& number) {
-  // All of it is digits, or its last character is none: no bar and number.
+  // All of it is digits, or its last character is none: no "_" and number.
   const std::size_t digits = name.find_last_not_of("0123456789") + 1;
   if (digits == 0 || digits == name.size()) return false;
   // "data_-1" comes from "data[-1]".

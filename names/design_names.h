@@ -13,9 +13,9 @@ namespace orsa::kesncd {
 /// `high`, or `base` alone when it is no range. A range is kept as its bounds: "data[2147483647:0]"
 /// costs as much as "data[1:0]".
 struct DesignNames {
-  // Ends with the bar that the bracket became: "data_".
+  // Of a range it ends with the "_" that the bracket became: "data_". Else it is the one name,
+  // "data_3" or "clk".
   std::string base;
-  // Without a range `base` is the one name, "data_3" or "clk".
   bool isRange = false;
   // Both have 32 bits, and `low` is not above `high`.
   std::int64_t low = 0;
@@ -24,6 +24,10 @@ struct DesignNames {
   /// How many names the range stands for; 0 for a single name.
   std::uint64_t RangeSize() const;
 };
+
+/// The ranges of one module together may stand for so many names: more than any design has, few
+/// enough to hold. A corrupt range such as [2147483647:0] must not fill the memory.
+inline constexpr std::uint64_t kMostFlatNames = 16777216;
 
 /// The rewriting never fails: what has no bracket is a name as it is.
 DesignNames RewriteName(const std::string& declared);

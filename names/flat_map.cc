@@ -6,7 +6,6 @@
 #include <set>
 #include <tuple>
 
-#include "names/design_names.h"
 #include "text/words.h"
 
 namespace orsa::kesncd {
@@ -15,7 +14,7 @@ namespace {
 
 /// Takes the number of a bit off a name; false where it has none. "data_3" is base "data_" and
 /// number 3, as an entry of "data[7:0]" has it.
-bool TakeBarNumber(std::string& base, std::int64_t& number) {
+bool TakeEntryNumber(std::string& base, std::int64_t& number) {
   std::string_view name = base;
   if (!TakeBitNumber(name, number)) return false;
   base.resize(name.size());
@@ -75,7 +74,7 @@ class Selection {
     // "data[7:0]" is the whole signal only.
     if (rewritten.isRange) return;
     // A bit of a bus, or a signal of that very name.
-    if (TakeBarNumber(base, number)) {
+    if (TakeEntryNumber(base, number)) {
       bits_[base].emplace(number, index);
     } else if (base != name) {
       whole_.emplace(base, index);
@@ -105,7 +104,7 @@ FlatMap::Entry FlatMap::EntryOf(const Declarations& declarations, std::uint32_t 
   Entry entry{names.base, names.isRange, names.isRange, names.low, names.high, variable};
   // A signal data_3 takes the place of bit 3 of data in the order, and its name, if declared
   // before.
-  if (!entry.isRange && TakeBarNumber(entry.base, entry.low)) {
+  if (!entry.isRange && TakeEntryNumber(entry.base, entry.low)) {
     entry.hasNumber = true;
     entry.high = entry.low;
   }

@@ -12,13 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "names/design_names.h"
 #include "vcd/declarations.h"
 
 namespace orsa::kesncd {
-
-/// The ranges of one map together may stand for so many names, as in a host's. Some 16 million
-/// lines are more than anybody reads; a corrupt range of 2^31 bits is told from a memory by it.
-inline constexpr std::uint64_t kMostFlatNames = 16777216;
 
 /// Construct it for a scope, ask RangeNames, and Walk if those are not too many. The declarations
 /// are only read in the constructor.
@@ -43,10 +40,9 @@ class FlatMap {
   const std::vector<std::string>& Missing() const { return missing_; }
 
  private:
-  /// `base` with each number from `low` to `high` after it, or `base` alone.
   struct Entry {
     std::string base;
-    // The name is the base and a number from `low` to `high`.
+    // Its names are the base with each number from `low` to `high` after it; else the base alone.
     bool hasNumber = false;
     // A number without a range is a single name, "data_3".
     bool isRange = false;

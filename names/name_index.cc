@@ -5,8 +5,10 @@
 #include <bit>
 #include <cctype>
 #include <iterator>
+#include <optional>
 #include <set>
 
+#include "names/name_match.h"
 #include "text/words.h"
 
 namespace orsa::kesncd {
@@ -22,20 +24,20 @@ NameIndex::NameIndex(const std::vector<std::string_view>& signals, std::size_t o
   constexpr std::size_t kBitsOfName = 128;  // for about eight keys: few that are no key look so
   expected_.resize(std::bit_ceil(kBitsOfName * (asked.size() + 1)));
   // Expected first: signals that no name can mean are then dropped at once.
-  for (const std::string_view signal : asked) ExpectKeysOf(signal);
+  for (const std::string_view design : asked) ExpectKeysOf(design);
   for (Place place = 0; place < signals.size(); ++place) Enter(signals[place], place);
   // The keys are the tables' own texts, which live as long.
   for (const auto& [base, ranges] : ranges_) segments_.emplace(base, Segments(ranges));
 }
 
 /// A design name may be meant as it stands or flattened, with or without the extra letter.
-NameIndex::Keys NameIndex::KeysOf(std::string_view signal) const {
-  const std::string_view seen = SeenPart(signal, exact_);
+NameIndex::Keys NameIndex::KeysOf(std::string_view design) const {
+  const std::string_view seen = SeenPart(design, exact_);
   Keys keys;
   keys.forms[0] = Folded(seen);
   keys.count = seen.find('/') == std::string_view::npos ? 1 : 2;
   if (keys.count == 2) keys.forms[1] = SlashesFlattened(keys.forms[0]);
-  keys.hasLetter = seen.size() == signal.size();  // after a NUL the letter is out of sight
+  keys.hasLetter = seen.size() == design.size();  // after a NUL the letter is out of sight
   return keys;
 }
 
@@ -44,8 +46,8 @@ std::size_t NameIndex::BitOf(std::string_view text) const {
   return SecretHash(text) & (expected_.size() - 1);
 }
 
-void NameIndex::ExpectKeysOf(std::string_view signal) {
-  Keys keys = KeysOf(signal);
+void NameIndex::ExpectKeysOf(std::string_view design) {
+  Keys keys = KeysOf(design);
   for (std::string& form : keys) {
     // As a plain name, as a bit of a range, and as a name with the letter after it.
     Expect(form);
@@ -59,7 +61,6 @@ void NameIndex::Expect(std::string_view text) {
   expected_[BitOf(text)] = true;
 }
 
-/// False for a text that no asked name is looked up by.
 bool NameIndex::IsExpected(std::string_view text) const {
   return expected_[BitOf(text)];
 }
@@ -135,7 +136,7 @@ std::vector<NameIndex::Segment> NameIndex::Segments(const std::pmr::vector<Range
   return segments;
 }
 
-/// A text as it is compared: as it stands, or as far as it is seen and in one letter case.
+/// As a text is compared: as far as it is seen.
 std::string NameIndex::Folded(std::string_view text) const {
   std::string folded(SeenPart(text, exact_));
   if (exact_) return folded;

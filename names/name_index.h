@@ -15,7 +15,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "names/name_match.h"
 #include "text/secret_hash.h"
 
 namespace orsa::kesncd {
@@ -71,10 +70,9 @@ class NameIndex {
     std::string* end() { return forms.data() + count; }
   };
 
-  // A design name's keys.
-  Keys KeysOf(std::string_view signal) const;
-  // Marks what the name may be looked up by.
-  void ExpectKeysOf(std::string_view signal);
+  Keys KeysOf(std::string_view design) const;
+  // Marks what the design name may be looked up by.
+  void ExpectKeysOf(std::string_view design);
   void Expect(std::string_view text);
   // May be true for others too, but never false for what was expected.
   bool IsExpected(std::string_view text) const;

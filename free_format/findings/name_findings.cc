@@ -13,10 +13,11 @@ namespace {
 // A flat run prints a row for each bit.
 constexpr std::uint32_t kWide = 4096;
 
-/// The names that a variable has in the flat map: `base` alone, or with each of some numbers. A row
-/// of the flat map is the base with a number after a bar: q_3. -1: the base alone.
+/// The names that a variable has in the flat map: the base alone, or with each number from `low` to
+/// `high` after a "_", such as q_3.
 struct FlatNames {
   std::string_view base;
+  // -1, as `high`: the base alone.
   std::int64_t low = -1;
   std::int64_t high = -1;
   // The index in the declarations.
@@ -45,14 +46,15 @@ FlatNames FlatNamesOf(std::string_view name, std::uint32_t variable) {
     return {name.substr(0, bracket), std::min(left, right), std::max(left, right), variable};
   }
   // "q_3" as a name of its own meets the row of bit 3 of q.
-  const std::size_t bar = name.rfind('_');
-  const std::string_view digits = bar == std::string_view::npos ? "" : name.substr(bar + 1);
+  const std::size_t underscore = name.rfind('_');
+  const std::string_view digits =
+      underscore == std::string_view::npos ? "" : name.substr(underscore + 1);
   // Numbers that a range could have, and as a row writes them: without zeros in front.
   const bool isNumber = !digits.empty() && digits.size() < 10 &&
                         digits.find_first_not_of("0123456789") == std::string_view::npos &&
                         (digits == "0" || digits.front() != '0');
   if (!isNumber) return {name, -1, -1, variable};
-  return {name.substr(0, bar), IndexIn(digits), IndexIn(digits), variable};
+  return {name.substr(0, underscore), IndexIn(digits), IndexIn(digits), variable};
 }
 
 /// Variables of one scope some of whose flat names another one has too.

@@ -35,8 +35,8 @@ int ReadUncounted() {
   return c == EOF ? 0 : c;
 }
 
-/// Counts a line. More lines than an int holds wrap around. Wrapped by way of unsigned, since an
-/// int must not overflow.
+/// Counts a line. More lines than an int holds wrap around, by way of unsigned: an int must not
+/// overflow.
 void CountLine() {
   yylineno = static_cast<int>(static_cast<unsigned>(yylineno) + 1);
 }
@@ -46,8 +46,8 @@ void GiveBack(int c) {
   *yysptr++ = static_cast<char>(c);
 }
 
-/// Skips the blanks that the stream has read ahead. Without a call for each character; a dump has
-/// one between any two words.
+/// Skips the blanks that the stream has read ahead, without a call for each: a dump has one between
+/// any two words.
 void SkipBlanksAhead() {
   const std::string_view ahead = ReadAhead(yyin);
   std::size_t blanks = 0;
@@ -58,8 +58,8 @@ void SkipBlanksAhead() {
   TakeAhead(yyin, blanks);
 }
 
-/// Skips blanks. What comes next is ahead in the stream, or was given back. Ends at the end of the
-/// input as well, which ReadUncounted gives as 0.
+/// Skips blanks. What comes next is then ahead in the stream, or was given back; at the end of the
+/// input it is the 0 of ReadUncounted.
 void SkipBlanks() {
   for (;;) {
     // Where something was given back, the stream's own bytes come only after it.
@@ -133,9 +133,9 @@ bool IsKeyword(std::string_view word, std::string_view keyword) {
 }
 
 /// Null for any other word. Nearly all words fail at their first character.
-const Keyword* FindKeyword(std::string_view word) {
+const LexerKeyword* FindKeyword(std::string_view word) {
   if (word.front() != '$') return nullptr;
-  for (const Keyword& keyword : kKeywords) {
+  for (const LexerKeyword& keyword : kKeywords) {
     if (IsKeyword(word, keyword.text)) return &keyword;
   }
   return nullptr;
@@ -156,7 +156,7 @@ int yylex() {
       continue;
     }
     if (isEnd) return kEnd;
-    if (const Keyword* keyword = FindKeyword(word)) {
+    if (const LexerKeyword* keyword = FindKeyword(word)) {
       // A keyword ends the search for a place to go on after an error.
       yyerrflag = 0;
       if (!keyword->skipped) return keyword->token;

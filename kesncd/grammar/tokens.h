@@ -28,15 +28,14 @@ enum Token : int {
 };
 
 /// The lexer compares words with `text` in any letter case.
-struct Keyword {
+struct LexerKeyword {
   std::string_view text;
   Token token;
   bool skipped;  // swallowed together with all that stands before its "$end"
 };
 
-/// Every keyword but "$end", which is told from words before them. Letter case does not matter. A
-/// word of a dump that is none of these is data.
-inline constexpr Keyword kKeywords[] = {
+/// Every keyword but "$end", which the lexer looks for first. A word that is none of these is data.
+inline constexpr LexerKeyword kKeywords[] = {
     {"$comment", kComment, true},
     {"$date", kDate, true},
     {"$dumpall", kDumpall, false},

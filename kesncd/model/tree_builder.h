@@ -2,10 +2,6 @@
 #ifndef KESNCD_MODEL_TREE_BUILDER_H_
 #define KESNCD_MODEL_TREE_BUILDER_H_
 
-#include <map>
-#include <string>
-#include <vector>
-
 #include "kesncd/kesncd.h"
 #include "kesncd/model/declaration_list.h"
 #include "line_readers/code_counts.h"
@@ -13,9 +9,9 @@
 
 namespace orsa::kesncd {
 
-/// A tree that a reading adds to. Nodes that hang nowhere are linked to `unlinked`. All three are
-/// the analyser's own members, which the reading changes in place.
-struct ModuleTree {
+/// A tree that a reading adds to, as hosts see it: the members of an analyser, which the reading
+/// changes in place. Top-level scopes after the root are linked to `unlinked`.
+struct HostTree {
   CodeIndex& index;
   VmodHier*& root;
   VmodHier*& unlinked;
@@ -26,7 +22,7 @@ struct ModuleTree {
 class TreeBuilder : public DeclarationSink {
  public:
   /// `counts` are those of the reading. Codes that the index holds before it are not counted.
-  TreeBuilder(const ModuleTree& tree, CodeCounts& counts) : tree_(tree), declarations_(counts) {}
+  TreeBuilder(const HostTree& tree, CodeCounts& counts) : tree_(tree), declarations_(counts) {}
 
   void OpenScope(const char* name) override;
   void CloseScope() override;
@@ -37,7 +33,7 @@ class TreeBuilder : public DeclarationSink {
   void Finish();
 
  private:
-  ModuleTree tree_;
+  HostTree tree_;
   // The declarations of this reading alone.
   DeclarationList declarations_;
   // The innermost open node; null outside all scopes.

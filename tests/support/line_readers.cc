@@ -58,7 +58,7 @@ Reading ReadDump(Reader reader, std::FILE* stream, const ReadingOptions& options
   Reading reading;
   const std::set<std::string> selection{"clk", "u/q"};
   VmodHier* unlinked = nullptr;
-  const ModuleTree tree{analyser.codeIndex, analyser.hierRoot, unlinked};
+  const HostTree tree{analyser.codeIndex, analyser.hierRoot, unlinked};
   if (reader == Reader::Unfiltered) reading.complete = ReadFlat(stream, nullptr, options);
   if (reader == Reader::Filtered) ReadFlat(stream, &selection, options);
   if (reader == Reader::Hierarchical) reading.complete = ReadTree(stream, tree, options);
