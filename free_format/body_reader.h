@@ -13,7 +13,6 @@
 #include "free_format/dump_items.h"
 #include "vcd/code_table.h"
 #include "vcd/plain_lines.h"
-#include "vcd/value_alphabet.h"
 
 namespace orsa::kesncd {
 
@@ -140,14 +139,14 @@ class PlainLineTaker {
 
   DumpItems& items_;
   const CodeTable& codes_;
-  const std::size_t longest_;  // a longer value loses its middle, however it stands in a block
+  const std::size_t longest_;  // characters of a value that the plain path surely keeps whole
   Taker& taker_;
   // Room for the codes that one LookAhead can find.
   std::array<CodeInLine, kAhead / 64 * kMostCodesFound> found_;
 };
 
-/// Hands one item to a taker. By the same calls as PlainLineTaker makes, so a taker cannot tell
-/// which way an item took.
+/// Hands one item to a taker, by the same calls as PlainLineTaker makes, so that a taker cannot
+/// tell which way an item took.
 template <class Taker>
 void GiveItem(const DumpItems& items, Taker& taker) {
   switch (items.kind()) {
@@ -175,9 +174,8 @@ void GiveItem(const DumpItems& items, Taker& taker) {
 /// Reads to the end of the dump. The taker has the operations
 ///
 ///   void Scalar(std::uint32_t codeId, char value)               `value` is 0, 1, x or z
-///   void Vector(std::uint32_t codeId, std::string_view value)   kBitValues says what its
-///   characters
-///                                                               mean; never empty
+///   void Vector(std::uint32_t codeId, std::string_view value)   not empty; kBitValues says what
+///                                                               its characters mean
 ///   void Real(std::uint32_t codeId, std::string_view value)
 ///   void Stamp(std::uint64_t ticks)
 ///   void Command(Keyword command)                               one of the four dump commands

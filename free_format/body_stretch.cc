@@ -2,7 +2,6 @@
 #include "free_format/body_stretch.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 namespace orsa::kesncd {

@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
+#include <mutex>
 #include <thread>
 
 namespace orsa::kesncd {

@@ -53,7 +53,7 @@ bool KesNCD::ReadVCDHier(const std::set<std::string>& signals, std::string& mess
 void KesNCD::IncreaseChangeForSymbol(const std::string& symbol) {
   const auto declared = codeIndex.find(symbol);
   if (declared == codeIndex.end()) return;
-  for (VmodHier* scope : declared->second) AddChangesIn(*scope, symbol, 1);
+  for (VmodHier* scope : declared->second) AddChangeIn(*scope, symbol);
 }
 
 }  // namespace orsa::kesncd

@@ -16,8 +16,7 @@ namespace {
 // what is put there past the splitter must not reach further.
 constexpr std::size_t kLongestText = Splitter::kLeastRoom - 1;
 
-// The second piece of a stamp and the second word of a line. Of a stamp "#1200" the digits, of a
-// line "b01 !" the code.
+// The slot of the digits of a stamp such as "#1200", and of the code of a line such as "b01 !".
 constexpr int kSecond = 1;
 
 static_assert(LineSource::kPadding >= kScanPadding, "blocks are scanned to their last byte");
@@ -137,18 +136,18 @@ void ChangeScanner::TakeLines(LineSource& source) {
   if (state_.recording != 1) return;  // simulators write next to nothing while a dump is off
   // Looked up anew in each call: a line of the plain path may have changed any of it.
   spanOpen_ = state_.firstTick >= 0 && state_.lastTick >= 0;
-  tooLong_ = longestLine_;
+  std::size_t tooLong = longestLine_;  // lines of this many characters are not plain
   codeSlot_ = nullptr;
   if (wordSplitter_ != nullptr) {
     // A line longer than any before it changes the splitter that stamps are read from.
-    tooLong_ = std::min(tooLong_, static_cast<std::size_t>(wordSplitter_->slotLength()));
+    tooLong = std::min(tooLong, static_cast<std::size_t>(wordSplitter_->slotLength()));
     codeSlot_ = wordSplitter_->slots()[kSecond];
   }
   const std::string_view block = source.Block();
   LineTaker taker{*this, counts_};
   // Up to LineSource::kPadding bytes after the block's end may be read.
   const char* const stop =
-      ScanPlainLines(block.data(), block.data() + block.size(), tooLong_, taker);
+      ScanPlainLines(block.data(), block.data() + block.size(), tooLong, taker);
   ConvertStamp();
   const auto taken = static_cast<std::size_t>(stop - block.data());
   source.Skip(taken);

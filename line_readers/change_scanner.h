@@ -61,7 +61,6 @@ class ChangeScanner {
   // Null where words have a splitter of their own.
   const Splitter* const wordSplitter_;
   const std::size_t longestLine_;
-  std::size_t tooLong_ = 0;      // lines of this many characters are not plain
   std::uint64_t unsettled_ = 0;  // bytes scanned since the counters were settled
   char* codeSlot_ = nullptr;     // where the code of a line of two words goes, if anywhere
   // A stamp then only moves the end of the span, as all but the first do.

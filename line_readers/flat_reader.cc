@@ -1,8 +1,6 @@
 // The states of the flat readers and what each makes of a line.
 #include "line_readers/flat_reader.h"
 
-#include <cstring>
-
 #include "line_readers/dump_rules.h"
 #include "line_readers/timescale.h"
 #include "text/words.h"

@@ -4,6 +4,7 @@
 #define KESNCD_TEXT_NUMBER_H_
 
 #include <clocale>
+#include <cstdint>
 #include <string>
 
 namespace orsa::kesncd {

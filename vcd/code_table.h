@@ -48,7 +48,6 @@ class CodeCells {
   std::uint32_t* Find(std::string_view code);
   /// The same, but may also give a cell to a code of up to three characters that was not added:
   /// one that is zero unless the caller changed it. Reads kReadAhead bytes.
-  std::uint32_t* Look(const char* code, std::size_t length);
   const std::uint32_t* Look(const char* code, std::size_t length) const;
   /// The same for a code of bytes below 128 only, as the fast scan of a dump's body finds them.
   std::uint32_t* LookPlain(const char* code, std::size_t length);
@@ -71,8 +70,8 @@ class CodeCells {
   };
   // A code of up to eight bytes is an integer without loss, zeros after its end: codes hold no NUL.
   static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
-  // Any bit of a fourth byte or beyond, and the highest bit of the first three.
-  static constexpr std::uint64_t kNotDirect = 0xFFFFFFFFFF808080U;  // bits of a packed code
+  // Of a packed code: any bit of a fourth byte or beyond, and the highest bit of the first three.
+  static constexpr std::uint64_t kNotDirect = 0xFFFFFFFFFF808080U;
 
   // Places for codes of up to `longest` ASCII characters. The last byte is below 128, so its
   // highest bit needs no places.
@@ -183,7 +182,7 @@ inline void CodeCells::FetchLook(const char* code, std::size_t length) const {
   }
 }
 
-inline std::uint32_t* CodeCells::Look(const char* code, std::size_t length) {
+inline const std::uint32_t* CodeCells::Look(const char* code, std::size_t length) const {
   if (length <= kLongestDirect) [[likely]] {
     const std::size_t place = PlaceOf(code, length);
     // A byte of 128 or more would lead to another code's place, or past the table.
@@ -192,11 +191,7 @@ inline std::uint32_t* CodeCells::Look(const char* code, std::size_t length) {
       return &direct_[place];
     if (place < Places(longestDirect_) && isDirect) return nullptr;
   }
-  return LookFurther(code, length);
-}
-
-inline const std::uint32_t* CodeCells::Look(const char* code, std::size_t length) const {
-  return const_cast<CodeCells*>(this)->Look(code, length);  // which changes nothing
+  return const_cast<CodeCells*>(this)->LookFurther(code, length);  // which changes nothing
 }
 
 template <class Take>

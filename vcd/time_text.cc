@@ -1,8 +1,6 @@
 // Times are whole femtoseconds, so that none is rounded on its way from a text to a window.
 #include "vcd/time_text.h"
 
-#include <strings.h>
-
 #include <cstddef>
 #include <iterator>
 #include <utility>
@@ -52,12 +50,9 @@ std::optional<std::uint64_t> Femtoseconds(std::string_view text) {
   }
   // "." alone is no number, while ".5" and "5." are.
   if (whole.empty() && fraction.empty()) return {};
-  for (const TimeUnit& unit : kTimeUnits) {
-    if (strcasecmp(std::string(text).c_str(), unit.text) == 0) {
-      return Scale(whole, fraction, unit.zeros);
-    }
-  }
-  return {};
+  const TimeUnit* const unit = FindTimeUnit(std::string(text).c_str(), UnitCase::Ignored);
+  if (unit == nullptr) return {};
+  return Scale(whole, fraction, unit->zeros);
 }
 
 namespace {

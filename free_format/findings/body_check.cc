@@ -167,9 +167,8 @@ void BodyCheck::Vector(std::uint32_t codeId, std::string_view value) {
   TakeValue(codeId, Fingerprint(value), kinds, false);
 }
 
-/// A real has its code as a second word, as a vector has.
 void BodyCheck::Real(std::uint32_t codeId, std::string_view value) {
-  SetLast(ItemKind::Vector);
+  SetLast(ItemKind::Real);
   TakeValue(codeId, Fingerprint(value), kKnownBit, false);
 }
 

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 #include "free_format/dump_items.h"
 #include "free_format/findings/body_account.h"

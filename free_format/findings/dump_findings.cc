@@ -2,9 +2,8 @@
 #include "free_format/findings/dump_findings.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
-
-#include "free_format/declaration_reader.h"
 
 namespace orsa::kesncd {
 

@@ -1,8 +1,6 @@
 // The first bytes by which formats are known, and what turns each into a dump.
 #include "free_format/findings/dump_format.h"
 
-#include <algorithm>
-
 namespace orsa::kesncd {
 
 namespace {

@@ -103,7 +103,6 @@ bool ReadCsvRows(const std::string& path, std::size_t fewest, std::size_t most, 
       return false;
     }
   }
-  // Reading stopped before the end.
   if (!file.eof()) {  // never opened, or a folder
     message = path + ": cannot be read";
     return false;

@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <utility>
 
 #include "host/standalone/standalone_host.h"
 

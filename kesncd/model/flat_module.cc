@@ -1,7 +1,6 @@
 // The flat module: parallel vectors addressed by signal index.
 #include <algorithm>
 #include <bit>
-#include <cstdio>
 #include <iostream>
 #include <utility>
 

@@ -39,8 +39,8 @@ void VmodHier::Unlink() {
   linkToThis_ = nullptr;
 }
 
-/// Takes the nodes of the subtree, but not this one, out of their lists: a host has hung them here
-/// since, if it was past AddSubMod.
+/// Takes the nodes of the subtree, but not this one, out of their lists: a host may have hung them
+/// here without AddSubMod.
 void VmodHier::UnlinkBelow() {
   WalkTree(*this, [this](VmodHier& node) {
     if (&node != this) node.Unlink();
@@ -116,16 +116,16 @@ VmodSignal& DeclareIn(VmodHier& scope, std::string name, std::string type, std::
 }
 
 /// A host may have taken the signal away since.
-void AddChangesIn(VmodHier& scope, const std::string& symbol, std::uint32_t changes) {
+void AddChangeIn(VmodHier& scope, const std::string& symbol) {
   const auto declared = scope.signals.find(symbol);
-  if (declared != scope.signals.end()) AddToCount(declared->second.changes, changes);
+  if (declared != scope.signals.end()) AddToCount(declared->second.changes, 1);
 }
 
 /// The first node in the tree that has the code counts; others of the same code do not.
 bool VmodHier::IncreaseChangeForSymbol(const std::string& symbol) {
   return WalkTree(*this, [&symbol](VmodHier& node) {
     if (!node.signals.contains(symbol)) return false;
-    AddChangesIn(node, symbol, 1);
+    AddChangeIn(node, symbol);
     return true;
   });
 }

@@ -2,20 +2,19 @@
 #ifndef KESNCD_MODEL_MODULE_NODE_H_
 #define KESNCD_MODEL_MODULE_NODE_H_
 
-#include <cstdint>
 #include <string>
 
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd {
 
-/// Declares a signal as VmodHier::AddSignal does; returns the one that the code has from now on. A
-/// caller that needs the signal is spared a look-up.
+/// Declares a signal as VmodHier::AddSignal does; returns the one that the code has from now on,
+/// which spares the caller a look-up.
 VmodSignal& DeclareIn(VmodHier& scope, std::string name, std::string type, std::string symbol,
                       int width);
 
-/// Adds changes to the signal that a scope has for a code, if it has one.
-void AddChangesIn(VmodHier& scope, const std::string& symbol, std::uint32_t changes);
+/// Adds a change to the signal that a scope has for a code, if it has one.
+void AddChangeIn(VmodHier& scope, const std::string& symbol);
 
 }  // namespace orsa::kesncd
 
