@@ -70,7 +70,7 @@ struct StretchRange {
 /// depend on nothing but the file's bytes, so everyone who reads it finds the same.
 class BodyCuts {
  public:
-  /// From 1 part on.
+  /// `parts` is at least 1.
   BodyCuts(ByteFile& file, std::uint64_t bodyBegin, std::uint32_t parts);
 
   /// A part's stretch, empty where no stamp begins in the part. Stretches that are not empty follow

@@ -15,8 +15,9 @@ namespace orsa::kesncd {
 
 namespace {
 
-// Of the readers' 4095 characters some are for the rest of the line.
-constexpr std::size_t kLongestRead = 4000;  // on a line of the readers that take whole dumps
+// The longest name that the line readers surely take whole: of the 4095 characters of their lines,
+// some are for the rest of the declaration.
+constexpr std::size_t kLongestRead = 4000;
 // Of texts that say where a dump comes from; what they hold is of no use to anybody beyond that.
 constexpr std::size_t kTextKept = 4096;
 
@@ -56,9 +57,8 @@ bool IsScopeKind(std::string_view word) {
   return std::find(kKinds.begin(), kKinds.end(), word) != kKinds.end();
 }
 
-/// "st is not handled", which GHDL writes into a comment in the place of a record or an array of
-/// them. Example: `$comment st is not handled $end`.
-/// Take each word of the comment, then ask IsWhole.
+/// The comment "$comment st is not handled $end", which GHDL writes in the place of a record, or of
+/// an array of records, called st. Take each word of a comment, then ask IsWhole.
 struct NotHandled {
   std::string name;
   std::size_t words = 0;
@@ -149,7 +149,6 @@ void DeclarationReader::NoteSwitch(Keyword keyword) {
   result_.lines.switchedOff.Add(words_.Line(), words_.Word());
 }
 
-/// First its words are collected, then it is understood as a whole.
 void DeclarationReader::TakeSection(Keyword keyword) {
   section_.line = words_.Line();
   section_.firstLine = section_.lastLine = section_.endLine = 0;
@@ -243,9 +242,8 @@ void DeclarationReader::ReadSection(Keyword keyword) {
 /// holds is a comment's, be it a commented-out declaration.
 bool DeclarationReader::EndsSection(Keyword keyword, Keyword next) {
   if (keyword == Keyword::Comment) return false;
-  // The first words may look like anything: codes do. "$var wire 1 $var q $end" declares q with the
-  // code "$var".
-  // Type, width, code and a name; kind and a name.
+  // The first words (type, width, code and a name; kind and a name) may look like anything, as
+  // codes do: "$var wire 1 $var q $end" declares q with the code "$var".
   const std::size_t plain = keyword == Keyword::Var ? 4 : keyword == Keyword::Scope ? 2 : 0;
   // A stamp at the start of a line, where a $var or $scope has all it needs.
   const bool isBody = plain > 0 && words_.StartsLine() && IsStamp(words_.Word());
@@ -428,7 +426,7 @@ void DeclarationReader::FollowScope(std::uint32_t scope, const std::string& kind
   lineRoot_ = true;
 }
 
-/// Counts a variable for each thing that a reader of hosts would do wrong with it.
+/// Counts a variable for each thing that the library's readers would do wrong with it.
 void DeclarationReader::FollowVariable(const DumpVariable& variable, char codeStart) {
   LineReading& lines = result_.lines;
   const auto add = [&](Tally& tally, bool applies) {

@@ -46,7 +46,7 @@ class DeclarationReader {
     /// The words from `first` on as one: a range belongs to its name, blanks in it to nothing.
     std::string_view From(std::size_t first) const;
   };
-  /// A scope as the hierarchical reader follows it. The scope for which the reader opened a node.
+  /// A scope for which the hierarchical reader has a node open.
   struct LineScope {
     std::uint32_t scope;
     // The node hangs on the tree's root.

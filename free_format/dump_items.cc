@@ -68,8 +68,7 @@ bool DumpItems::AdvanceInItem() {
   return true;
 }
 
-/// The same where a value is not complete yet. The dump ends before the value's code: it was cut
-/// off.
+/// The same where a value still lacks its code: a dump that ends there was cut off.
 bool DumpItems::AdvanceInValue() {
   if (AdvanceInItem()) return true;
   tallies_.torn.Add(place_.line, "");
@@ -196,15 +195,16 @@ bool DumpItems::TakePort(std::string_view word) {
   return true;
 }
 
-/// A string is no value that toggles: no reader counts it. "sIDLE !": simulators show the names of
-/// states so.
+/// "sIDLE !": a string, as simulators show the names of states. It does not toggle, so no reader
+/// counts it.
 bool DumpItems::TakeString() {
   if (TakeCode()) tallies_.strings.Add(place_.line, words_.Word());
   return false;
 }
 
-/// Takes the whole number of a stamp. One that ends the dump may have lost digits, and a span that
-/// ends there would be wrong by powers of ten. "#1200"; a fraction as in "#12.5" is dropped.
+/// Takes the whole number of a stamp such as "#1200"; a fraction as in "#12.5" is dropped. A stamp
+/// that ends the dump may have lost digits, and a span that ends there would be wrong by powers of
+/// ten.
 bool DumpItems::TakeStamp(std::string_view word) {
   const char* const end = word.data() + word.size();
   // Twenty digits that are too many for 64 bits are an error, not a wrong number.
@@ -289,7 +289,7 @@ void DumpItems::SkipSection(Keyword keyword) {
   tallies_.unended.Add(line, "");
 }
 
-/// Takes the code that stands as a word of its own. After "b0110", "r0.5", "p..." or a lone "1".
+/// Takes the code that stands as a word of its own after "b0110", "r0.5", "p..." or a lone "1".
 bool DumpItems::TakeCode() {
   if (!AdvanceInValue()) return false;
   // The line readers look for it on the value's own line only.

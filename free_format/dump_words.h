@@ -44,8 +44,8 @@ class DumpWords {
   std::size_t Longest() const { return longest_; }
   /// The dump's first bytes, until a word is taken. At most the first block.
   std::string_view FirstBytes() const;
-  /// Shows every word to come to a watch too. Plain lines are not shown to it: who takes some tells
-  /// the watch himself.
+  /// Shows every word to come to a watch too. Plain lines are not shown to it: whoever takes some
+  /// tells the watch.
   void Show(SlotWatch& watch) { watch_ = &watch; }
   /// Takes the next word; false at the end of the dump. Word, Line and the others are then those of
   /// this word.
@@ -53,12 +53,12 @@ class DumpWords {
 
   // A view into the block, valid until Next.
   std::string_view Word() const { return {word_, length_}; }
-  /// Of the source's bytes, how many stand before what comes after the word.
+  /// The offset in the source of what comes after the word.
   std::uint64_t Offset() const { return read_ - static_cast<std::uint64_t>(end_ - at_); }
   /// Forgets what was read ahead from an offset on that lies after the word. Returns the offset at
   /// which the source has to go on.
   std::uint64_t ForgetFrom(std::uint64_t offset);
-  /// Of the word; the first line is 1.
+  /// The line of the word; the first one is 1.
   std::uint64_t Line() const { return line_; }
   /// Whether no other word stands before it on its line.
   bool StartsLine() const { return startsLine_; }
@@ -125,8 +125,8 @@ inline std::size_t DumpWords::ShortLength(const char* word) {
   std::uint64_t bytes = 0;
   std::memcpy(&bytes, word, sizeof bytes);
   if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
-  // The lowest bit set is that of the first byte below '!'; a borrow only spoils those after it. A
-  // byte below "!" gives a borrow into its highest bit.
+  // The difference has the highest bit set for a byte below '!', which borrows. The borrow may
+  // spoil the bits of the bytes after it, but the lowest bit set is that of the first such byte.
   const std::uint64_t blanks = (bytes - kOnes * '!') & ~bytes & kOnes * 0x80;
   return static_cast<std::size_t>(std::countr_zero(blanks)) / 8;
 }

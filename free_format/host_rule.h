@@ -30,8 +30,8 @@ inline std::uint32_t Fingerprint(std::string_view value) {
   for (; i < value.size(); ++i) {
     mixed = (mixed ^ static_cast<unsigned char>(value[i])) * kFactor;
   }
-  // Scalars are kept as their characters, which are below 2^31.
-  return static_cast<std::uint32_t>(mixed >> 32) | 1U << 31;  // apart from those of scalars
+  // Apart from scalars, which are kept as their characters: those are below 2^31.
+  return static_cast<std::uint32_t>(mixed >> 32) | 1U << 31;
 }
 
 /// A value that goes on from stretch to stretch; all times in ticks.
@@ -80,8 +80,8 @@ class DumpingTime {
     Stamp(ticks);
   }
 
-  /// Adds that of a stretch that comes next, which was taken as beginning with dumping on. Dumping
-  /// is on, or nothing was taken yet.
+  /// Adds the time of the stretch that comes next, which was taken as beginning with dumping on. So
+  /// dumping must be on at the end of this one, unless nothing was taken yet.
   void Join(const DumpingTime& next) {
     const std::uint64_t offBefore = state_.offTicks;
     state_ = next.state_;

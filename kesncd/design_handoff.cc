@@ -12,7 +12,7 @@ namespace {
 /// The host's number for "loaded from the sources as they are now". The host gives states of its
 /// data by numbers; this is the one that matters here.
 constexpr int kSourceIsCurrent = 0x200;
-/// Stands for preferences that there are none of. The host wants some text in its place.
+/// Stands for no preferences: the host wants some text in their place.
 constexpr char kNoPreferences[] = ".";
 
 using Frequencies = std::map<std::string, double>;

@@ -41,13 +41,12 @@ std::vector<KesSigFreq> ReadRecords(PD_TABLE& table) {
   return records.Finish();
 }
 
-/// Looks frequencies up in the module tree: a few by searching it, many in an index of it. Both
-/// answer alike; a table of a large design asks hundreds of thousands of times, each of which would
-/// walk the whole tree.
+/// Looks frequencies up in the module tree: a few by searching it, many in an index of it, which
+/// answers alike. A table of a large design asks hundreds of thousands of times, and each search
+/// would walk the whole tree.
 class TreeLookup {
  public:
-  /// For the names that stand in `records`, which must stay there. Views into the records, whose
-  /// texts must not move.
+  /// For the names that stand in `records`. Keeps views of them, so the texts must not move.
   TreeLookup(const VmodHier& root, const std::vector<KesSigFreq>& records, bool exact)
       : root_(root), exact_(exact) {
     for (const KesSigFreq& signal : records) {
@@ -57,7 +56,6 @@ class TreeLookup {
     }
   }
 
-  // Answers of both ways are the same, so it does not matter when the index is made.
   bool Find(const std::string& module, const std::string& signal, double& freq) {
     if (searches_ < kMostSearches) {
       ++searches_;

@@ -1,4 +1,4 @@
-// The exported reader state with its values at load. No run resets any of it but what it says.
+// The exported reader state with its values at load. A run resets only what kesncd.h says.
 #include <cstdio>
 #include <cstdlib>
 #include <limits>

@@ -1,4 +1,4 @@
-// What a strict reader hands the declarations of a dump to: a module's list, or a tree of scopes.
+// What a line reader hands the declarations of a dump to: a module's list, or a tree of scopes.
 #ifndef KESNCD_LINE_READERS_DECLARATION_SINK_H_
 #define KESNCD_LINE_READERS_DECLARATION_SINK_H_
 

@@ -52,13 +52,11 @@ const char* ChangedCode(const VcdLine& line) {
   switch (line.words[0][0]) {
     case '0':
     case '1':
-      // "1!"
       return line.words[0] + 1;
     case 'b':
     case 'B':
     case 'r':
     case 'R':
-      // "b0110 !" and "r0.5 !"
       return line.count > 1 ? line.words[1] : nullptr;
     default:
       return nullptr;

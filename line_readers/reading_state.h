@@ -1,4 +1,4 @@
-// What a strict reading takes over from the readings before it and leaves to the next one. The
+// What a reading takes over from the readings before it and leaves to the next one. The line
 // readers keep no state of their own: whoever starts a reading passes this in and has it back, also
 // when the reading ends by an exception.
 #ifndef KESNCD_LINE_READERS_READING_STATE_H_
@@ -10,10 +10,10 @@ namespace orsa::kesncd {
 struct ReadingState {
   double firstTick = -1.0;  // the first time stamp; negative: none yet
   double lastTick = -1.0;   // the latest one
-  // In nanoseconds: 0 until a time scale was read, -1 after one that was not understood.
-  double nsPerTick = 0.0;  // the time scale
-  int recording = 1;       // changes count while it is exactly 1; a caller may set any value
-  int topMatched = 0;      // becomes 1 when a reader meets its scope, and never 0 again
+  // The time scale: 0 until one was read, -1 after one that was not understood.
+  double nsPerTick = 0.0;
+  int recording = 1;   // changes count while it is exactly 1; a caller may set any value
+  int topMatched = 0;  // becomes 1 when a reader meets its scope, and never 0 again
 };
 
 }  // namespace orsa::kesncd

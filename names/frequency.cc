@@ -11,7 +11,7 @@ double ToggleFrequency(int changes, double spanTicks, double nsPerTick) {
   const double periodNs = spanTicks * nsPerTick / cycles;
   // No span, or a time scale of 0: no figure rather than an infinite one.
   if (periodNs == 0.0) return 0.0;
-  return 1000.0 / periodNs;
+  return 1000.0 / periodNs;  // a period of 1000 ns is 1 MHz
 }
 
 }  // namespace orsa::kesncd

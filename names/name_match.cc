@@ -40,7 +40,7 @@ class Comparison {
   bool exact_;
 };
 
-/// `name` is the design name as it stands or flattened, either of them with an "I" after it.
+/// `name` is the design name as it stands or flattened, either of them also with an "I" after it.
 /// "u1/q", "u1_q", "u1/qI" and "u1_qI" all mean "u1/q".
 bool IsPlainMatch(std::string_view name, std::string_view design, const Comparison& compare) {
   name = compare.Seen(name);
@@ -150,7 +150,7 @@ std::optional<IndexedName> SplitIndex(std::string_view design, Slashes slashes) 
   const std::size_t last = text.find_last_not_of("0123456789");
   if (last == kNone) return std::nullopt;
   const std::size_t open = text[last] == '-' && last > 0 ? last - 1 : last;
-  // Brackets or bars on both sides, not one of each.
+  // Brackets or "_" on both sides, not one of each.
   if (read(text[open]) != (close == ']' ? '[' : '_')) return std::nullopt;
   const std::optional<std::int64_t> index = ReadIndex(text.substr(open + 1));
   if (!index) return std::nullopt;

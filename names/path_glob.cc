@@ -42,7 +42,7 @@ PathGlob::PathGlob(std::string_view pattern)
   }
 }
 
-/// Adds the set that a text begins with and returns its length; 0 where the bracket is none's.
+/// Adds the set that a text begins with and returns its length; 0 where the bracket begins none.
 /// "[!a-z]" and "[^a-z]" are the same.
 std::size_t PathGlob::AddSet(std::string_view rest) {
   std::size_t at = 1;

@@ -37,9 +37,9 @@ class PathGlob {
     std::bitset<256> set{};
   };
 
-  // Marks what is reached before the first character, or after one.
   std::size_t AddSet(std::string_view rest);
   bool MatchesSteps(std::string_view text) const;
+  // Marks what is reached before the first character, or after one.
   void Enter(std::vector<bool>& reached, std::size_t step) const;
   void Advance(const std::vector<bool>& from, std::vector<bool>& to, unsigned char c) const;
 

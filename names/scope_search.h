@@ -11,14 +11,14 @@
 
 namespace orsa::kesncd {
 
-/// The scopes that a text means, outermost first and among those in the dump's order. A path from a
-/// top-level scope on means that scope alone; any other text means every scope whose path ends in
-/// it: "u1" and "soc/u1" mean tb/soc/u1. Empty when there is none. Indices of scopes. "/" parts the
-/// names; letter case counts.
+/// The indices of the scopes that a text means, outermost first and among those in the dump's
+/// order. A path from a top-level scope on means that scope alone; any other text means every scope
+/// whose path ends in it: "u1" and "soc/u1" mean tb/soc/u1. "/" parts the names; letter case
+/// counts.
 std::vector<std::uint32_t> FindScopes(const Declarations& declarations, std::string_view text);
 
-/// Paths of scopes whose names look like the last part of the text, for a message that says what
-/// may have been meant. A few at most. Short paths, as ShortPathOf makes them.
+/// Short paths (see ShortPathOf) of a few scopes whose names look like the last part of the text,
+/// for a message that says what may have been meant.
 std::vector<std::string> NearScopes(const Declarations& declarations, std::string_view text);
 
 /// The scope and those below it, outermost first and among those in the dump's order. `top` comes

@@ -149,8 +149,7 @@ void SignalSearch::SortBits() {
   }
 }
 
-/// The scope texts that the path of a scope ends in, the empty one among them. From the scope's own
-/// name upwards.
+/// The scope texts that the path of a scope ends in, the shortest, which is empty, first.
 std::vector<SignalSearch::ScopeText> SignalSearch::TextsOf(const Declarations& declarations,
                                                            std::uint32_t scope) const {
   std::vector<ScopeText> texts{{0, scope == Declarations::kDump}};

@@ -43,8 +43,8 @@ class SignalSearch {
   const SignalAnswer& Answer(std::size_t name) const { return answers_[answerOf_[name]].answer; }
 
  private:
-  /// Answers kept for one name. Whoever asks for more means something else. A bare "clk" may mean a
-  /// signal of every module; a message lists a few of them.
+  /// Answers kept for one name: a bare "clk" may mean a signal of every module, and a message lists
+  /// a few of them.
   static constexpr std::size_t kMostAnswers = 64;
 
   // A distinct name with what was found for it so far.
@@ -53,8 +53,8 @@ class SignalSearch {
     std::vector<std::uint32_t> codes;  // of the answer's variables
     std::uint32_t level = UINT32_MAX;  // how sure the reading is that found them; less is surer
   };
-  /// A reading of a name: whose it is, and how sure. `level` grows with what is less sure: a tier's
-  /// place within the number of scopes.
+  /// A reading of a name: whose it is, and how sure. `level` is less the surer the reading is: by
+  /// the number of its scopes first, then by the kind of its last part.
   struct Reading {
     std::uint32_t query;
     std::uint32_t level;
@@ -66,8 +66,8 @@ class SignalSearch {
     std::vector<std::pair<std::int64_t, Reading>> readings;
     std::vector<std::uint32_t> next;
   };
-  /// A scope text that names begin with, as a scope's path ends in it. Its number, and whether it
-  /// is the scope's whole path.
+  /// A scope text, which a name begins with and a scope's path ends in: its number, and whether it
+  /// is the whole path.
   struct ScopeText {
     std::uint32_t id;
     bool isWhole;

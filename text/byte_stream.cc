@@ -76,7 +76,6 @@ FileChange FileSource::Change() const {
   return isSame ? FileChange::None : FileChange::Changed;
 }
 
-/// First what was already taken from the source, to look at the first bytes, then the source.
 std::size_t ResumedSource::Read(char* to, std::size_t most) {
   if (given_ == start_.size()) return rest_->Read(to, most);
   const std::size_t got = start_.copy(to, most, given_);

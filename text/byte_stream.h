@@ -69,7 +69,8 @@ class FileSource : public ByteSource {
   std::size_t Read(char* to, std::size_t most) override;
   /// The same from an offset on, without moving where Read goes on. Of a regular file only.
   std::size_t ReadAt(std::uint64_t offset, char* to, std::size_t most) const;
-  /// A path under which the file can be opened once more, and no other file can be made.
+  /// A path that opens this very file once more, also where its own name leads to another file by
+  /// now.
   std::string SecondPath() const { return "/proc/self/fd/" + std::to_string(file_); }
   /// Its bytes; 0 where that is not known, as of a pipe.
   std::uint64_t size() const;
@@ -85,7 +86,7 @@ class FileSource : public ByteSource {
   struct stat opened_ {};
 };
 
-/// Bytes that were read before, then the rest of what they came from.
+/// Bytes that were read before, to see what they are, then the rest of what they came from.
 class ResumedSource : public ByteSource {
  public:
   /// The rest is read only when all of the start has been given.
@@ -95,7 +96,6 @@ class ResumedSource : public ByteSource {
   std::size_t Read(char* to, std::size_t most) override;
 
  private:
-  // Its memory is released when all of it has been given.
   std::string start_;
   std::size_t given_ = 0;
   const std::unique_ptr<ByteSource> rest_;

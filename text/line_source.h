@@ -50,7 +50,7 @@ class LineSource {
   const char* NextOfBlock();
   bool Refill();
 
-  // The stream belongs to the caller; null is a dump without lines.
+  // Null is a dump without lines.
   std::FILE* const stream_;
   const std::size_t blockBytes_;
   // Set by a read error of this source only: a stream may come with its error flag set.

@@ -1,5 +1,5 @@
 // SipHash-1-3: one round for each eight bytes, three at the end. Fast enough for every name of a
-// dump, and no two texts collide by design of who wrote them.
+// dump, and whoever writes a dump cannot choose texts that collide.
 #include "text/secret_hash.h"
 
 #include <sys/random.h>

@@ -16,8 +16,8 @@ struct SecretKey {
   std::uint64_t high = 0;
 };
 
-/// The key of this process, drawn once. Drawn again in every run, so the order of a hash table's
-/// entries differs from run to run: nothing that is written may depend on it.
+/// The key of this process, drawn once. It differs from run to run, and with it the order of a hash
+/// table's entries: nothing that is written may depend on that.
 const SecretKey& ProcessKey();
 
 /// SipHash-1-3 of a text under a key.

@@ -71,8 +71,8 @@ int Doubled(int count) {
   return ToInt(2 * static_cast<std::size_t>(std::max(count, 0)));
 }
 
-/// Grows a zero-filled buffer, keeping its bytes; throws with the buffer as it was. The new bytes
-/// are zeros, so that a piece copied into a fresh slot ends where it ends.
+/// Grows a buffer, keeping its bytes; throws with the buffer as it was. The new bytes are zeros, so
+/// that a piece copied into a fresh slot ends where it ends.
 void Grow(char*& buffer, std::size_t held, std::size_t wanted) {
   void* grown = std::realloc(buffer, wanted);
   if (grown == nullptr) throw std::bad_alloc();
@@ -157,8 +157,8 @@ void Splitter::ClearSlot(std::size_t slot, std::size_t from) {
   written_[slot] = std::max(from, kLeastWritten);
 }
 
-/// Clears what lies after the strings of the slots, as a move into fresh slots would. A dump can
-/// ask for this on every line, so slots that have not changed since the last time are left out.
+/// Clears what lies after the strings of the slots, as a move into fresh slots would. Slots that
+/// have not changed since the last time are left out.
 void Splitter::KeepStrings() {
   for (std::size_t i = 0; i < stored_; ++i) ClearSlot(i, std::strlen(slots_[i]));
   stored_ = kWrittenByOthers;
@@ -244,8 +244,8 @@ char** Splitter::CutPieces(const char* text, int* count) {
   const char* piece = text_;
   for (int i = 0; i < pieces; ++i) {
     const std::size_t length = PieceLength(piece);
-    // The reported length stays while its double goes to the reported count. So the next such piece
-    // does the same again.
+    // The reported length stays; twice the piece's length goes to the reported count. So the next
+    // such piece does the same again.
     if (length > static_cast<std::size_t>(slotLength_)) {
       HoldBytes(2 * length + 1);
       KeepStrings();

@@ -1,4 +1,4 @@
-// The line splitter of the strict readers: cuts a line into words, and a word into runs of digits,
+// The line splitter of the line readers: cuts a line into words, and a word into runs of digits,
 // letters and other characters.
 //
 // Hosts see it as the public class Mem, whose fields have habits that readers of dumps depend on,

@@ -192,7 +192,7 @@ void WholeFile::Open() {
 /// A file that its user made read-only stays, also where its folder would let it be replaced.
 void WholeFile::OpenBesideOld() {
   const char* const path = place_.path.c_str();
-  // Renaming does not ask whether the old file may be written; its user's wish is respected here.
+  // A rename does not ask whether the old file may be written.
   if (faccessat(AT_FDCWD, path, W_OK, AT_EACCESS) != 0) Fail(errno);
   // A rename would part the file from its other names or from its list of permissions.
   const bool hasMore =

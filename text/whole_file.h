@@ -51,8 +51,8 @@ struct WholeFileRules {
   // Null: nobody has to know. Else it must outlive the file.
   TemporaryFiles* watch = nullptr;
   bool onlyRegular = false;  // a pipe or a device of that name is refused, not written to
-  bool inPlaceIfFull =
-      false;  // where the old and the new file do not both fit, at the old one's risk
+  // Where the old and the new file do not both fit, the old one is written over, at its risk.
+  bool inPlaceIfFull = false;
 };
 
 /// A result on its way: constructed, written, committed. Every step throws Failure with

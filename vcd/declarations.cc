@@ -90,7 +90,6 @@ std::uint32_t Outermost(const Declarations& declarations, Fits fits) {
     std::vector<std::uint32_t> below;
     for (const std::uint32_t index : level) {
       const DumpScope& scope = declarations.scopes[index];
-      // Of equally large ones the first stays.
       const bool isBetter = best == Declarations::kDump || sizes[index] > sizes[best];
       if (isBetter && fits(scope)) best = index;
       below.insert(below.end(), scope.scopes.begin(), scope.scopes.end());

@@ -40,8 +40,8 @@ struct DumpScope {
   std::vector<std::uint32_t> variables;
 };
 
-/// Whether the line readers take a scope of that kind for one of the tree. The tree that the
-/// hierarchical reader builds; variables of other scopes land in the one around.
+/// Whether the hierarchical reader makes a scope of that kind a node of its tree. Variables of
+/// other scopes land in the node around.
 inline bool IsTreeKind(const std::string& kind) {
   return kind == "module" || kind == "function" || kind == "task";
 }

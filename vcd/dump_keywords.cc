@@ -10,13 +10,13 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// Extended dumps have commands of their own for ports, which mean the same. "$dumpports" stands
-/// where "$dumpvars" does, and so on.
 struct Row {
   std::string_view word;
   Keyword keyword;
 };
 
+/// Port dumps have commands of their own, which mean the same: "$dumpports" stands where
+/// "$dumpvars" does, and so on.
 constexpr Row kRows[] = {
     {"$end", Keyword::End},
     {"$var", Keyword::Var},
@@ -59,7 +59,7 @@ Keyword KeywordOf(std::string_view word) {
 }
 
 bool IsPlainKeyword(std::string_view word) {
-  // By their spelling: what a port dump calls its commands is unknown to the strict readers.
+  // By their spelling: what a port dump calls its commands is unknown to the line readers.
   return !word.starts_with("$dumpports") &&
          std::any_of(std::begin(kRows), std::end(kRows),
                      [word](const Row& row) { return row.word == word; });

@@ -1,4 +1,4 @@
-// The keywords of dumps, the extended ones of port dumps among them.
+// The keywords of dumps, those of port dumps among them.
 #ifndef KESNCD_VCD_DUMP_KEYWORDS_H_
 #define KESNCD_VCD_DUMP_KEYWORDS_H_
 

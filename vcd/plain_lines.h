@@ -52,8 +52,7 @@ inline std::uint64_t MarkOddBytes(const char* bytes) {
 #endif
 }
 
-/// The lowest `count` bits, all of them from 64 on. `count` may be larger than 63, for which a
-/// shift would be undefined.
+/// The lowest `count` bits; all of them from 64 on, where a shift would be undefined.
 inline std::uint64_t LowBits(std::size_t count) {
   return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
 }
@@ -68,11 +67,11 @@ struct CodeInLine {
   std::uint32_t length;
 };
 
-/// The codes of the changes that end in the 64 bytes at `chunk`, as far as they lie before `end`,
-/// and nothing sure: what is no plain line gives any text of it. `line` is where the next line
-/// begins and moves on. Returns the end of what it wrote, kMostCodesFound at most. A taker
-/// fetches the memory of these codes before it counts their changes: in a large dump each change
-/// would wait for its own cell otherwise.
+/// The codes of the changes that end in the 64 bytes at `chunk`, as far as they lie before `end`.
+/// They are guesses: of a line that is not plain it is any text of the line. `line` is where the
+/// next line begins and moves on. Returns the end of what it wrote, kMostCodesFound at most. A
+/// taker fetches the memory of these codes before it counts their changes: in a large dump each
+/// change would wait for its own cell otherwise.
 inline CodeInLine* FindCodes(const char*& line, const char* chunk, const char* end,
                              CodeInLine* codes) {
   // Bytes from `end` on are padding and mark nothing.

@@ -29,8 +29,8 @@ struct BodyFacts {
   std::uint64_t lastTick = 0;
 };
 
-/// Of a code. A value is the fingerprint of its text; 0 stands for none. Values are kept as
-/// numbers, since only whether two are the same is asked.
+/// The figures of a code. A value is kept as the fingerprint of its text, since only whether two
+/// are the same is asked; 0 stands for none.
 struct CodeAccount {
   // What is known of the code's values; each flag but the first two stays once it is set.
   enum Flag : unsigned {
@@ -55,8 +55,8 @@ struct CodeAccount {
   void Join(const CodeAccount& next);
 };
 
-/// A stretch that does not begin the body begins with a stamp, and is looked through as if dumping
-/// were on there.
+/// The account of a stretch. One that does not begin the body begins with a stamp, and is looked
+/// through as if dumping were on there.
 struct BodyAccount {
   std::vector<CodeAccount> codes;  // by number
   BodyFacts facts;

@@ -23,7 +23,7 @@ namespace {
 // A larger share is worth knowing.
 constexpr double kUnknownShare = 0.01;  // of a signal's changes
 
-/// As a double's shortest text, since that is what the reader has.
+/// As a double's shortest text, since doubles are what the line readers have.
 std::string TickText(double ticks) {
   std::array<char, 32> text{};
   const auto end = std::to_chars(text.begin(), text.end(), ticks, std::chars_format::general);

@@ -9,9 +9,8 @@ namespace orsa::kesncd {
 namespace {
 
 /// Signals of several names in one scope: each such signal, and each name but its first. `prepare`
-/// gives each name a code of its own, so both go away by it.
+/// gives each name a code of its own, by the same sharing, so both go away by it.
 void FindAliases(const Declarations& declarations, Findings& findings) {
-  // `prepare` goes by the same sharing.
   const auto shares = ShareCodes(declarations);
   std::set<std::pair<std::uint32_t, std::uint32_t>> signals;
   Tally doubled;

@@ -80,7 +80,7 @@ enum class FindingKind {
   NotHandled,
 };
 
-/// What a finding does to figures. Of the dump as it stands; a remedy names what helps.
+/// What a finding does to the figures of the dump as it stands; a remedy names what helps.
 enum class Severity {
   WrongFigures,  // some are wrong, or lack what the dump says or should say
   WorthKnowing,  // they are what they are called, but a user may take them for something else
@@ -124,12 +124,10 @@ struct Finding {
   Tally tally;
 };
 
-/// A kind in words ("signals not reachable ..."), what it counts, and what is known of every
-/// finding of the kind. "signals not reachable from the tree's root", of "signals".
+/// A kind in words, and what is known of every finding of the kind.
 struct FindingText {
-  std::string_view finding;
-  // What the count is of, such as "signals".
-  std::string_view of;
+  std::string_view finding;  // "signals not reachable from the tree's root"
+  std::string_view of;       // what the count is of: "signals"
   Severity severity;
   Concerns concerns;
   Remedy remedy;

@@ -34,8 +34,8 @@ class DumpWriter {
   /// before anything of the body.
   void WriteHeader(std::optional<std::uint64_t> tick);
 
-  /// Opens a section. The one before it ends here at the latest, as it does at a stamp. Only the
-  /// four dump commands.
+  /// Opens a section with one of the four dump commands. The section before it ends here at the
+  /// latest, as it does at a stamp.
   void WriteCommand(Keyword command);
   // Does nothing where no section is open.
   void EndSection();

@@ -20,8 +20,7 @@ namespace orsa::kesncd {
 /// How a variable takes part in the codes of its scope. Made by ShareCodes, in the order of the
 /// declarations of each scope.
 struct CodeShare {
-  // 0 for the first name.
-  std::uint32_t name = 0;   // the how many-eth name of its code in its scope
+  std::uint32_t name = 0;   // 0 for the first name of its code in its scope, 1 for the second, ...
   bool isRepeated = false;  // name and code stood in the scope before
   bool isLeftOut = false;   // one name too many
 };
@@ -30,7 +29,7 @@ struct CodeShare {
 /// name, so without a bound a short dump with very many names of a clock would become a huge one.
 inline constexpr std::uint32_t kMostNames = 32;
 
-/// One for each variable. By the index of the variable.
+/// The shares of all variables, by their indices.
 std::vector<CodeShare> ShareCodes(const Declarations& declarations);
 
 /// Construct it, call CodeOf for every variable that the header declares, then First and Further.
@@ -39,8 +38,8 @@ class NewCodes {
   /// Room for every code of the dump with its further names.
   NewCodes(const Declarations& declarations, const std::vector<CodeShare>& shares);
 
-  /// The code of a variable; its number is given out when it is first asked for. Numbers are given
-  /// out in the order of these calls, which is the order of the declarations.
+  /// The code of a variable. Codes are given out in the order in which they are first asked for,
+  /// which is that of the declarations.
   std::string_view CodeOf(const DumpVariable& variable, const CodeShare& share);
 
   /// Bytes that may be read from the start of a code.

@@ -20,8 +20,8 @@ namespace {
 // fits the unfiltered reader's line with its letter, a blank and its code.
 constexpr std::size_t kLongestValue = 960;
 
-/// Writes the body, or the window of it that BodyWindow lets through. The inner taker of a
-/// BodyWindow; see there for when each is called.
+/// Writes the body, or a window of it: the inner taker of a BodyWindow, where it is said when each
+/// operation is called.
 class BodyCopy {
  public:
   BodyCopy(DumpWriter& writer, PrepareReport& report, const DumpItems& items)
@@ -59,9 +59,9 @@ class BodyCopy {
     values_[codeId] = RealText(value);
   }
 
-  /// Writes the values that signals have when the window begins. What was dumped while dumping was
-  /// off is not counted in the window either. As a section of a dump command, at the window's first
-  /// tick.
+  /// Writes the values that signals have when the window begins, as a section of a dump command at
+  /// the window's first tick. What was dumped while dumping was off is not counted in the window
+  /// either.
   void Open(std::uint64_t ticks, bool isDumping) {
     isDumping_ = isDumping;
     Stamp(ticks);
@@ -82,8 +82,7 @@ class BodyCopy {
   }
 
  private:
-  /// "b01x0", of a long value its end: those are the low bits. The text is valid until the next
-  /// value.
+  /// "b01x0", of a long value its low bits. The text is valid until the next value.
   const std::string& BitText(std::string_view value) {
     value = Fitting(value);
     text_.resize(value.size() + 1);
@@ -113,7 +112,7 @@ class BodyCopy {
   std::vector<std::string> values_;  // by code, while the window is not open yet
 };
 
-/// Moves a scope, and those around it, in front of their neighbours. So that readers that look for
+/// Moves a scope, and those around it, in front of their neighbours, so that readers that look for
 /// the first scope find the chosen one.
 void MoveToFront(Declarations& declarations, std::uint32_t scope) {
   while (scope != Declarations::kDump) {

@@ -28,16 +28,15 @@ struct TimeWindow {
   std::optional<std::uint64_t> end;
 };
 
-/// The window in ticks: BEGIN is rounded up, END down. Throws Failure with Unusable where a dump
-/// without a tick is to have a window; messages call it `name`. Rounded so, the window keeps no
-/// tick that lies outside it.
+/// The window in ticks: BEGIN is rounded up, END down, so that no tick outside the window is kept.
+/// Throws Failure with Unusable where a dump without a tick is to have a window; messages call it
+/// `name`.
 TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> tick,
                          const std::string& name);
 
 /// What a user wants of the rewrite; without any of it all of the dump is kept in its order.
 struct PrepareOptions {
-  // A path, as a rule.
-  std::string dump;  // what messages call it
+  std::string dump;  // what messages call it: a path, as a rule
   // Says which scope goes first; without it they stay in their order.
   std::function<std::uint32_t(const Declarations&)> chooseTop;
   std::optional<std::uint64_t> tick;      // femtoseconds, for a dump without a time scale

@@ -56,8 +56,7 @@ enum class Action : std::uint8_t {
   TakeValue,
 };
 
-/// The symbols on the right of a rule. Seven symbols are what the longest rule has: a variable with
-/// its range.
+/// The symbols on the right of a rule: seven in the longest one, a variable with its range.
 class RightSide {
  public:
   constexpr RightSide(std::initializer_list<int> symbols)

@@ -145,8 +145,8 @@ class TableBuilder {
     }
   }
 
-  /// A token that may be shifted must not be able to follow what the state could reduce. Such a
-  /// token would be shifted where it asks for the reduction.
+  /// A token that may be shifted must not be able to follow what the state could reduce: it would
+  /// be shifted where it asks for the reduction.
   constexpr void CountConflict(const ParserState& state) {
     if (state.reduction.rule == kNoRule) return;
     const auto rule = static_cast<std::size_t>(state.reduction.rule);

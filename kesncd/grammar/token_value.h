@@ -38,8 +38,8 @@ class ValueBlock {
     bytes_ = 0;
   }
   /// Copies the bytes above a blank at the start of a block, with zeros after them; returns how
-  /// many these are. Eight bytes are read and written. On other machines nothing is taken, and
-  /// words come by characters.
+  /// many these are. Eight bytes are read and written. Where the first byte is not the lowest
+  /// nothing is taken, and words come by characters.
   static std::size_t CopyWord(char* to, const char* from) {
     if constexpr (std::endian::native != std::endian::little) return 0;
     constexpr std::uint64_t kFirstAbove = kOnes * (' ' + 1);
@@ -53,8 +53,7 @@ class ValueBlock {
     std::memcpy(to, &bytes, sizeof bytes);
     return static_cast<std::size_t>(std::countr_zero(ends)) / 8;
   }
-  /// Copies a block; whether it holds the terminator. The terminator may lie anywhere in the block;
-  /// what follows it is copied along.
+  /// Copies a block, with what follows a terminator in it; returns whether it holds one.
   static bool Copy(char* to, const char* from) {
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, from, sizeof bytes);

@@ -10,12 +10,11 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// A declaration as it is sorted: by code, then in its order. Small and lying together, where the
-/// signals themselves lie far apart. Sixteen bytes, so that sorting moves little.
+/// A declaration as it is sorted: by code, then in its order. Sixteen bytes that lie together, so
+/// that sorting moves little; the signals themselves lie far apart.
 struct Key {
-  std::uint64_t start;  // of the code
-  std::size_t position;
-  // The place in the list.
+  std::uint64_t start;   // of the code
+  std::size_t position;  // in the list
 };
 
 constexpr std::size_t kStartBytes = sizeof(std::uint64_t);

@@ -18,8 +18,8 @@ bool VmodHier::FindSignalFreqHier(std::string module, std::string signal, double
   // In the order of WalkTree and, in a scope, of its codes; the first signal that matches is the
   // answer.
   return WalkTree(*this, [&](const VmodHier& scope) {
-    // Only the start is asked for the module's name; below it a scope is asked for its own, which
-    // all hold but those with a ':' in it.
+    // Only the start must have the module's name. A scope below it is compared with its own name,
+    // which only one with a ':' in it does not match.
     const std::string& asked = &scope == this ? module : scope.name;
     if (!NamesMatch(scope.name, asked, exact)) return false;
     // The map's order is that of the codes, not of the declarations.

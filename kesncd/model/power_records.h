@@ -1,7 +1,7 @@
 // Frequency records of power tables: what the rows of a table of connections become, and the order
 // in which signals are looked up for them. Where a name is looked up is the caller's.
-#ifndef KESNCD_KESNCD_MODEL_POWER_RECORDS_H_
-#define KESNCD_KESNCD_MODEL_POWER_RECORDS_H_
+#ifndef KESNCD_MODEL_POWER_RECORDS_H_
+#define KESNCD_MODEL_POWER_RECORDS_H_
 
 #include <string>
 #include <vector>
@@ -60,4 +60,4 @@ void FillRecord(KesSigFreq& signal, RecordLookup& lookup, double defaultFreq);
 
 }  // namespace orsa::kesncd
 
-#endif  // KESNCD_KESNCD_MODEL_POWER_RECORDS_H_
+#endif  // KESNCD_MODEL_POWER_RECORDS_H_

@@ -23,16 +23,15 @@ constexpr std::string_view kNameBlanks = " \t\"";
 constexpr std::string_view kValueBlanks = " ;\t";
 constexpr std::string_view kPreferenceBlanks = " ;\t\"";
 
-/// Keywords before a name, in ReadTWR: two of them, whichever they are. "FREQUENCY" and "NET", or
-/// "FREQUENCY" and "PORT".
+/// Keywords before a name, in ReadTWR, such as "FREQUENCY" and "NET": two, whichever they are.
 constexpr std::size_t kStepsBeforeName = 2;
 
 bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
-/// The number that a word begins with; kNotTold where it begins with none. "100.000000" of
-/// "100.000000 MHz"; what follows the number in the word does not matter.
+/// The number that a word begins with, whatever follows it in the word; kNotTold where it begins
+/// with none.
 double Scan(std::string_view word) {
   double value = kNotTold;
   ScanDouble(std::string(word).c_str(), value);
@@ -73,7 +72,6 @@ RowColumns::RowColumns(std::string_view line) {
        column = TakeWord(line, "|")) {
     // The line's end is no part of a column, but it keeps a blank last column from vanishing.
     if (column.back() == '\n') column.remove_suffix(1);
-    // Further columns are only counted.
     if (count < std::size(columns)) *columns[count] = column;
     ++count;
   }
@@ -115,8 +113,8 @@ std::optional<Clock> JoinedRow::Evaluate() {
     name = words[2];
     preference = Scan(words[3]);
   }
-  // The constraint's own column goes before the number inside the preference. Only where it is a
-  // number of MHz.
+  // The constraint's own column goes before the number inside the preference, where it is a number
+  // of MHz.
   const double constraint = Megahertz(constraint_).value_or(kNotTold);
   if (constraint >= 0.0) preference = constraint;
   const double achieved = Megahertz(achieved_).value_or(kNotTold);
@@ -177,7 +175,6 @@ void WordwiseRow::TakeNameWord(std::string_view word) {
   if (IsColumnWord(word)) {
     ++steps_;
   } else if (steps_ == kStepsBeforeName) {
-    // Only the word after two keywords is the name.
     name_ = word;
     ++steps_;
   }

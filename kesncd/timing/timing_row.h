@@ -22,8 +22,8 @@ struct Clock {
   double frequency;
 };
 
-/// Whether a line of the table starts a row. "FREQUENCY NET" or "FREQUENCY PORT", anywhere in the
-/// line.
+/// Whether a line of the table starts a row: it holds "FREQUENCY NET" or "FREQUENCY PORT",
+/// wherever.
 bool StartsRow(std::string_view line);
 
 /// A line cut at '|'. A column that the line does not have is blank.
