@@ -217,7 +217,6 @@ void DeclarationReader::ReadSection(Keyword keyword) {
     const Keyword next = KeywordOf(words_.Word());
     if (next == Keyword::End) {
       TakeEnd();
-      // The example is the signal's name.
       if (said.IsWhole()) result_.notHandled.Add(section_.line, said.name);
       return;
     }

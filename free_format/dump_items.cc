@@ -31,7 +31,6 @@ void ItemTallies::Join(const ItemTallies& next, std::uint64_t linesBefore) {
   for (Tally ItemTallies::*const tally : kAll) (this->*tally).Join(next.*tally, linesBefore);
 }
 
-/// For a dump that is read as one, from the word where the declarations ended.
 DumpItems::DumpItems(DumpWords& words, const Declarations& declarations)
     : DumpItems(words, declarations, nullptr, declarations.hasWord) {}
 

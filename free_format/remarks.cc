@@ -18,7 +18,6 @@ std::vector<std::string> ReadingRemarks(const Declarations& declarations,
     const Tally& tally;
     const char* text;
   };
-  // The order of the rows is that of the remarks.
   const Row rows[] = {
       {items.unended, "section without $end, after which nothing was read"},
       {items.torn, "value without a code at the end, where the dump is cut off"},

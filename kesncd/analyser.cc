@@ -43,28 +43,24 @@ void KesNCD::SetTWRFileOn(bool on) {
   twrFileOn = on;
 }
 
-/// An empty path is no setting; the report is read at once.
 void KesNCD::SetTWRFile(const std::string& path, int mode) {
   if (path.empty()) return;
   twrFile = path;
   ReadTWR2(mode);
 }
 
-/// Setting a dump reads it. The result is that of the reading.
 bool KesNCD::SetVCDFile(const std::string& path, const std::set<std::string>& signals,
                         std::string& message) {
   vcdFile = path;
   return ReadVCD(signals, message);
 }
 
-/// As above, for the tree.
 bool KesNCD::SetVCDFileHier(std::string path, const std::set<std::string>& signals,
                             std::string& message) {
   vcdFile = std::move(path);
   return ReadVCDHier(signals, message);
 }
 
-/// Without a selection all variables are taken.
 bool KesNCD::ParseVcdFile(std::FILE* file) {
   return ReadFlat(file, nullptr);
 }
@@ -75,7 +71,6 @@ int KesNCD::ParseVcdFile2(std::FILE* file, const std::set<std::string>& signals)
   return 0;
 }
 
-/// The selection is not looked at: the tree takes all signals.
 bool KesNCD::ParseVcdFileHier(std::FILE* file, const std::set<std::string>& /*signals*/) {
   return ReadTree(file, {codeIndex, hierRoot, unlinkedScopes_});
 }

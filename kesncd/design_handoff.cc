@@ -50,7 +50,6 @@ bool LoadDesign(CommonData& registry, const std::string& source, const std::stri
 
 }  // namespace
 
-/// Null unless a design is loaded and its sources have not changed since.
 NC_DESIGN* KesNCD::isNcdAvailable(CommonData* registry) {
   if (registry == nullptr || registry->isNcdAvailable() == 0) return nullptr;
   NcdData* const database = registry->findNcdObject();

@@ -159,7 +159,6 @@ void NameIndex::First::Take(const First& other) {
   below = std::min(below, other.below);
 }
 
-/// A signal of the root is none below it.
 NameIndex::First NameIndex::FirstAt(Place place) const {
   return {place, place < ofRoot_ ? kNowhere : place};
 }

@@ -46,7 +46,6 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
     std::size_t diagonal = row[0];
     row[0] = i + 1;
     for (std::size_t j = 0; j < b.size(); ++j) {
-      // A letter changed, gone or added.
       const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
       diagonal = row[j + 1];
       row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});

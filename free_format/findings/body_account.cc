@@ -59,7 +59,6 @@ void BodyAccount::Join(BodyAccount&& next) {
       &BodyAccount::beforeFirstStamp, &BodyAccount::longValues};
   for (Tally BodyAccount::*const tally : kTallies) (this->*tally).Join(next.*tally, lines);
   if (next.facts.stamps > 0) {
-    // The first stamp of all.
     if (facts.stamps == 0) {
       facts.firstTick = next.facts.firstTick;
       firstStamp = slots.Completed(next.firstStamp);

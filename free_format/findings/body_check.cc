@@ -158,7 +158,6 @@ void BodyCheck::Scalar(std::uint32_t codeId, char value) {
 
 void BodyCheck::Vector(std::uint32_t codeId, std::string_view value) {
   SetLast(ItemKind::Vector);
-  // With its code it might not fit on a reader's line.
   if (value.size() > kLongestWhole) account_.longValues.Add(Line(), "");
   const unsigned kinds = KindsOf(value, kinds_);
   if ((kinds & (kXBit | kZBit)) != 0 && account_.dumping.isOn() != 0) {
@@ -185,7 +184,6 @@ void BodyCheck::Stamp(std::uint64_t ticks) {
   account_.slots.NoteStamp(account_.lastStamp);
   lastTick_ = ticks;
   account_.dumping.Stamp(ticks);
-  // In ticks as the dump has them, from the first stamp to the largest.
   BodyFacts& facts = account_.facts;
   if (facts.stamps++ == 0) {
     facts.firstTick = facts.lastTick = ticks;

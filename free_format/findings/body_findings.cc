@@ -117,7 +117,6 @@ void FindInValues(const Declarations& declarations, const BodyAccount& body, Fin
                  return code.Is(CodeAccount::kTurnsX);
                }));
   findings.Add(FindingKind::UnknownBits, body.unknownBits);
-  // Without such a time there is nothing to tell.
   if (body.dumping.OffTicks() == 0) return;
   Tally off = body.offStretches;
   // In place of an example: how much of the span, and the repeats.

@@ -90,7 +90,6 @@ void DumpWriter::Flush() {
 
 /// Each line has the one shape that line readers take, such as "$scope module dut $end".
 void DumpWriter::WriteHeader(std::optional<std::uint64_t> tick) {
-  // On lines of its own, as line readers want it.
   if (tick) Put("$timescale\n" + TimeText(*tick) + "\n$end\n");
   const std::string root = AddedRootOf(declarations_);
   if (!root.empty()) OpenScope(Declarations::kDump, root);
@@ -101,7 +100,7 @@ void DumpWriter::WriteHeader(std::optional<std::uint64_t> tick) {
   Put("$enddefinitions $end\n");
 }
 
-/// Writes a scope and those below it. They may nest deeper than calls can.
+/// Without recursion: scopes may nest deeper than calls can.
 void DumpWriter::WriteScopes(std::uint32_t top) {
   struct Open {
     std::uint32_t scope;
@@ -112,7 +111,6 @@ void DumpWriter::WriteScopes(std::uint32_t top) {
   std::vector<Open> open{{top, 0}};
   while (!open.empty()) {
     const auto& below = declarations_.scopes[open.back().scope].scopes;
-    // All scopes below it are written.
     if (open.back().next == below.size()) {
       Put("$upscope $end\n");
       open.pop_back();

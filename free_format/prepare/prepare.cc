@@ -167,7 +167,6 @@ TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> 
   return ticks;
 }
 
-/// Header first, body after it, both in one pass.
 PrepareReport PrepareDump(ByteSource& in, ByteSink& out, const PrepareOptions& options) {
   DumpWords words(in, options.block, options.block / 4);
   const Declarations declarations = ReadHeader(words, options);

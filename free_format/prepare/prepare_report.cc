@@ -25,7 +25,6 @@ std::vector<std::string> PrepareReport::Remarks() const {
                       "\" is not understood, so all frequencies are 0; --timescale gives one");
   }
   if (tickNotNeeded) remarks.emplace_back("it has a time scale of its own, which stands");
-  // One of the two at most.
   if (stamps == 0) {
     remarks.emplace_back("it has no time stamp, so all frequencies are 0");
   } else if (firstTick == lastTick) {
@@ -42,7 +41,6 @@ std::vector<std::string> PrepareReport::Remarks() const {
       {renamed, "names that were too long or keywords, replaced"},
       {leftOut, "further names of signals with very many names in one scope, left out"},
   };
-  // Rows without a count say nothing.
   for (const Row& row : rows) {
     if (row.tally) remarks.push_back(RemarkOn(row.text, row.tally));
   }

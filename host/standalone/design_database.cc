@@ -80,7 +80,6 @@ const std::string& DesignMessage() {
 // The state is in Database(); the objects that hosts pass around hold no data of their own.
 using orsa::kesncd::standalone::Database;
 
-// Declared in host/design_data.h; the library finds them in the program.
 FileData::~FileData() = default;
 
 /// No other state is known here.
