@@ -23,8 +23,6 @@ struct ActivityWindow {
   /// Whether a toggle at that time counts. What happens at `begin` is the initial value, so that
   /// windows that touch add up.
   bool Counts(std::uint64_t ticks) const { return begin < ticks && ticks <= end; }
-
-  bool operator==(const ActivityWindow&) const = default;
 };
 
 }  // namespace orsa::kesncd

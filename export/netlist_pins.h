@@ -61,8 +61,6 @@ class DumpNames {
   /// The bit of that index, or without one. Several variables of the name: the first that has it.
   /// `index` is what the name has in brackets, `path` the rest.
   std::optional<DumpBit> Find(const std::string& path, std::optional<std::int64_t> index) const;
-  /// Whether anything of that path is there, with any bits.
-  bool Has(const std::string& path) const { return first_.contains(path); }
 
  private:
   const Declarations& declarations_;

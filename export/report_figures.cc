@@ -17,8 +17,6 @@ namespace {
 /// belong.
 class JsonText {
  public:
-  // Text that is JSON already.
-  void Raw(std::string_view text) { text_ += text; }
   // Inside an object, before each value.
   void Key(std::string_view key) {
     Separate();

@@ -290,7 +290,7 @@ class PartSum {
 PartRun CountProfiled(ByteFile& dump, const InputOptions& input, const PartChoice& choice,
                       const WindowsAsked& asked) {
   PartWindows windows;
-  windows.parts = asked.parts != 0 ? asked.parts : kUsualParts;
+  windows.parts = asked.PartsOrUsual();
   windows.length = asked.length;
   const ActivityOptions counting = OptionsFor(input.dump);
   InputOptions quiet = input;

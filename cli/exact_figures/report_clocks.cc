@@ -40,8 +40,7 @@ std::optional<double> FrequencyOf(const ToggleSpan& span, const ActivityResult& 
 
 }  // namespace
 
-ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
-    : sdc_(sdc), timing_(timing) {
+ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing) {
   if (!sdc.empty()) {
     for (const DesignClock& clock : SdcClocksOf(sdc)) {
       // SdcClocksOf gives no clock without a period, so this divides by no 0.

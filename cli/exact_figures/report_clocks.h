@@ -57,9 +57,6 @@ class ReportClocks {
   /// Adds clocks and their codes for want of better ones.
   void FindByName(const Declarations& declarations, std::vector<std::uint32_t>& codes);
 
-  // Paths, as the constructor got them.
-  std::string sdc_;
-  std::string timing_;
   bool isByName_ = true;
   std::vector<Clock> clocks_;
 };

@@ -174,10 +174,6 @@ Option& Command::AddWord(const std::string& flags, std::vector<std::string> word
 }
 
 /// Operands are options without flags.
-Option& Command::AddOperand(const std::string& name, std::string& target, const std::string& help) {
-  return AddText("", name, target, help);
-}
-
 Option& Command::AddFileOperand(const std::string& name, std::string& target,
                                 const std::string& help) {
   return AddFile("", name, target, help);

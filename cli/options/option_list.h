@@ -134,7 +134,6 @@ class Command {
 
   /// Operands are taken in the order in which they are added; one that takes all that are left
   /// comes last.
-  Option& AddOperand(const std::string& name, std::string& target, const std::string& help);
   Option& AddFileOperand(const std::string& name, std::string& target, const std::string& help);
   /// All operands that are left, of which there may be none.
   Option& AddOperands(const std::string& name, std::vector<std::string>& target,
