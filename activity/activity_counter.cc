@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "vcd/value_alphabet.h"
+
 namespace orsa::kesncd {
 
 /// A code without bits (a real, an event) keeps the kind kNoBits, and its changes are dropped.

@@ -5,7 +5,6 @@
 #include <map>
 #include <set>
 #include <string_view>
-#include <tuple>
 #include <utility>
 
 namespace orsa::kesncd {

@@ -18,8 +18,6 @@
 
 #include "activity/activity_part.h"
 #include "activity/activity_result.h"
-#include "activity/activity_window.h"
-#include "activity/code_bits.h"
 #include "free_format/dump_words.h"
 #include "free_format/prepare/prepare.h"
 #include "text/byte_stream.h"

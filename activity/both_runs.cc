@@ -6,7 +6,6 @@
 // both are what a reading for one kind alone would give.
 #include "activity/both_runs.h"
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <utility>

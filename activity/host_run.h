@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "activity/host_part.h"
-#include "free_format/body_window.h"
+#include "free_format/dump_words.h"
 #include "free_format/prepare/prepare.h"
 #include "text/byte_stream.h"
 #include "vcd/declarations.h"

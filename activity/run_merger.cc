@@ -10,7 +10,6 @@
 #include <deque>
 #include <numeric>
 #include <string_view>
-#include <tuple>
 
 #include "activity/activity_tallies.h"
 #include "activity/bit_edge.h"

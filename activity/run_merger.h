@@ -11,7 +11,6 @@
 #include <map>
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "activity/activity_result.h"

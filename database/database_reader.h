@@ -14,7 +14,6 @@
 #include "database/facts.h"
 #include "database/sqlite.h"
 #include "database/stored_run.h"
-#include "database/table_reader.h"
 
 namespace orsa::kesncd {
 

@@ -3,9 +3,7 @@
 #include "database/part_tables.h"
 
 #include <array>
-#include <string>
 #include <type_traits>
-#include <utility>
 
 #include "database/table_reader.h"
 #include "database/table_writer.h"

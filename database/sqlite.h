@@ -6,7 +6,6 @@
 #ifndef KESNCD_DATABASE_SQLITE_H_
 #define KESNCD_DATABASE_SQLITE_H_
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>

@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <iterator>
-#include <numeric>
 #include <utility>
+
+#include "activity/code_bits.h"
+#include "activity/profile/module_shares.h"
 
 namespace orsa::kesncd {
 

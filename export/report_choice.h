@@ -10,14 +10,11 @@
 #ifndef KESNCD_EXPORT_REPORT_CHOICE_H_
 #define KESNCD_EXPORT_REPORT_CHOICE_H_
 
-#include <cstddef>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 #include "activity/activity_result.h"
 #include "activity/activity_rows.h"
-#include "activity/profile/module_shares.h"
 #include "activity/profile/profile.h"
 #include "export/report_figures.h"
 

@@ -19,7 +19,6 @@
 #include "cli/exact_figures/exact_options.h"
 #include "cli/exact_figures/parts.h"
 #include "cli/input/database_input.h"
-#include "cli/process/messages.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {

@@ -4,7 +4,6 @@
 // stop a block altogether? Both sides may be dumps or databases of them; keeping yesterday's
 // database (1 MB, say) is cheaper than keeping its dump (1 GB).
 #include <memory>
-#include <utility>
 
 #include "activity/run_comparison.h"
 #include "cli/commands/commands.h"

@@ -4,7 +4,6 @@
 // database), findings from a check of it, and clocks and pins from files that belong to the design.
 // It is a fixed text around one JSON value, so the order of the work is: gather all, which may
 // fail, then write the file in one go.
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <unordered_map>

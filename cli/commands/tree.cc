@@ -16,7 +16,6 @@
 #include "cli/commands/commands.h"
 #include "cli/host_figures/figures.h"
 #include "cli/selection/selection.h"
-#include "names/scope_search.h"
 
 namespace orsa::kesncd::cli {
 

@@ -1,11 +1,9 @@
 // Finding clocks in a dump, measuring their periods, and comparing them with the design's.
 #include "cli/exact_figures/clock_scale.h"
 
-#include <algorithm>
 #include <cmath>
 #include <unordered_map>
 
-#include "cli/input/list_file.h"
 #include "cli/process/messages.h"
 #include "cli/selection/signal_choice.h"
 #include "names/signal_search.h"

@@ -15,7 +15,6 @@
 #include "activity/activity_rows.h"
 #include "cli/output/path_ending.h"
 #include "text/failure.h"
-#include "text/number.h"
 #include "vcd/time_text.h"
 
 namespace orsa::kesncd::cli {

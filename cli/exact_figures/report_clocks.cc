@@ -8,7 +8,6 @@
 #include "cli/input/sdc_clocks.h"
 #include "cli/input/timing_report.h"
 #include "cli/process/messages.h"
-#include "cli/selection/scope_choice.h"
 #include "cli/selection/signal_choice.h"
 #include "kesncd/kesncd.h"
 #include "names/signal_search.h"

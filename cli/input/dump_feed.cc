@@ -9,7 +9,7 @@
 #include <cstring>
 #include <utility>
 
-#include "cli/process/exit_status.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
