@@ -90,14 +90,14 @@ ClockCheck::ClockCheck(const ClockOptions& options)
 
 std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
                                               const std::string& dump) {
-  std::vector<std::string> names;
   // All together, in one walk over the declarations.
+  std::vector<std::string> names;
   for (const DesignClock& clock : clocks_) names.push_back(clock.signal);
   const SignalSearch search(declarations, Declarations::kDump, true, names);
   std::vector<std::uint32_t> codes;
   std::unordered_map<std::uint32_t, std::size_t> places;  // by code, in `codes`
   for (std::size_t i = 0; i < clocks_.size(); ++i) {
-    // From here on, of each clock: is it there, once, with one bit?
+    // Is the clock there, once, with one bit?
     const std::vector<std::uint32_t>& variables = search.Answer(i).variables;
     std::string fault;
     if (variables.empty() && clocks_[i].isVirtual) continue;

@@ -16,8 +16,8 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// 1e9 fs is a microsecond, the period of 1 MHz.
-constexpr double kMegahertzPeriod = 1e9;  // in femtoseconds
+// The period of 1 MHz, a microsecond, in femtoseconds.
+constexpr double kMegahertzPeriod = 1e9;
 // More would be dividers and gates of clocks, far down in the design.
 constexpr std::size_t kMostByName = 12;
 

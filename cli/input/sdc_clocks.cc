@@ -76,8 +76,8 @@ class Commands {
     return endsCommand;
   }
 
-  /// A line that ends in a backslash goes on with the next one. "\<newline>" is a blank between
-  /// words, and one inside a word with braces or quotes.
+  /// A line that ends in a backslash goes on with the next one: the two characters are a blank,
+  /// between words or inside braces or quotes.
   void TakeEscaped(char c) {
     word_ += c == '\n' ? ' ' : c;
     if (c == '\n' && depth_ == 0 && !isQuoted_) EndWord();
@@ -101,8 +101,7 @@ class Commands {
   }
 
   Words words_;
-  // The word that is being read.
-  std::string word_;
+  std::string word_;  // that is being read
   // Open braces and brackets. 64 bits: a hostile file may be nothing else.
   std::int64_t depth_ = 0;
   bool isQuoted_ = false;
