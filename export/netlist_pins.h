@@ -42,7 +42,7 @@ class JoinedNets {
   std::vector<std::uint32_t> outer_;
 };
 
-/// Which bit of a dump a net is: variableId and bit. `bit` counts from the variable's lowest one.
+/// Which bit of a dump a net is; `bit` counts from the variable's lowest one.
 struct DumpBit {
   std::uint32_t variableId = 0;
   std::uint32_t bit = 0;

@@ -71,7 +71,6 @@ struct ReportChoices {
 /// leaves figures right is a note.
 ReportFacts::Finding FindingOf(const Finding& finding) {
   const FindingText& text = TextOf(finding.kind);
-  // "error" makes figures of this page wrong, "warning" those of other readers.
   std::string severity = "note";
   if (text.severity == Severity::WrongFigures) {
     severity = text.concerns == Concerns::AllRuns ? "error" : "warning";

@@ -228,9 +228,9 @@ SdcClocks ReadSdcClocks(std::string_view text) {
     for (std::size_t i = 1; words->front() == "set_units" && i + 1 < words->size(); ++i) {
       if ((*words)[i] != "-time") continue;
       // "-time ps" and "-time 1ps" are both written.
-      const std::string text_ = Bare((*words)[i + 1]);
-      const bool hasNumber = text_.find_first_of("0123456789") == 0;
-      const std::optional<std::uint64_t> known = Femtoseconds(hasNumber ? text_ : "1" + text_);
+      const std::string written = Bare((*words)[i + 1]);
+      const bool hasNumber = written.find_first_of("0123456789") == 0;
+      const std::optional<std::uint64_t> known = Femtoseconds(hasNumber ? written : "1" + written);
       if (!known) found.units.Add(0, "");
       unit = known.value_or(unit);
     }
