@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "vcd/value_alphabet.h"
+
 namespace orsa::kesncd {
 
 /// A code without bits (a real, an event) keeps the kind kNoBits, and its changes are dropped.
@@ -57,8 +59,8 @@ void ActivityCounter::TakeOddScalar(std::uint32_t codeId, Code& code, Level leve
     code.before = code.edge;
     code.step = step_.number;
   }
-  // And the new level begins. A first value has no old one: what was before it is x of an unseen
-  // code, for which Finish accounts.
+  // And the new level begins. A first value ends no old one: time without a value is x, which
+  // ActivityPart::Finish adds.
   // At a dump's begin all codes come here, where nothing changes yet: memory that is left alone
   // need not be fetched.
   if (step_.ticks != 0) TimeAt(figures, level) -= step_.ticks;
@@ -238,7 +240,7 @@ void ActivityCounter::EndStretch() {
   seen_.clear();
 }
 
-/// All that was counted since the last piece, and begins anew. `goesOn` says that values may
+/// Gives what was counted since the last piece and begins a new one. `goesOn` says that values may
 /// follow, which need figures to count in. A tail has figures of its closed stretches even where no
 /// code is seen at the end.
 ObservedPiece ActivityCounter::TakePiece(bool goesOn) {

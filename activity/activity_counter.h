@@ -12,7 +12,6 @@
 #ifndef KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 #define KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 
-#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <unordered_map>
@@ -27,7 +26,6 @@
 #include "activity/waiting_changes.h"
 #include "text/large_array.h"
 #include "vcd/dump_keywords.h"
-#include "vcd/value_alphabet.h"
 
 namespace orsa::kesncd {
 

@@ -148,11 +148,10 @@ void ActivityPart::AddSwitched(const CodeBits& codes, ActivityPart&& next) {
   isTailOpen = next.isTailOpen;
 }
 
-/// In four steps: the front with what goes on from it, the tail, their sum, and x for what nothing
-/// is known of.
+/// In four steps: the front with what goes on from it, the tail, their sum, and x for all time
+/// without a value.
 void ActivityPart::Finish(const CodeBits& codes, const ActivityWindow& window,
                           ActivityResult& result) && {
-  // Notes do not need any time.
   result.notes.hasStamps = hasStamps;
   result.notes.backwardStamps = backward;
   result.firstBit = codes.all();

@@ -22,9 +22,9 @@
 
 namespace orsa::kesncd {
 
-/// Bits over a stretch of time that was observed without a break. What is not said of a code that
-/// had no value: its bits keep the level they had before. Empty vectors stand for no value at all.
-/// Both vectors have an element for each bit of all codes, by the places of CodeBits, or none.
+/// Bits over a stretch of time that was observed without a break. A code without a value in it
+/// keeps the levels that its bits had before. Both vectors have an element for each bit of all
+/// codes, by the places of CodeBits, or, if no code has a value, none.
 struct ObservedPiece {
   // tc and ig count what is known within the piece; t0 to tz may be below 0, wrapped around.
   LargeArray<BitFigures> figures;  // of each bit: differences since its code's first value
@@ -36,11 +36,11 @@ struct ObservedPiece {
   /// Goes on with the piece that comes next without a break. `next` is used up. What happened where
   /// the two meet (a toggle, an excursion that ended) is counted from their edges.
   void Append(const CodeBits& codes, ObservedPiece&& next);
-  /// Ends all bits' levels at a time; they are as before the first value then. For the end of an
-  /// observed stretch: from then on nothing is known of any bit.
+  /// Ends all bits' levels where observation ends; from then on nothing is known of any bit, as
+  /// before its first value.
   void Close(std::uint64_t ticks);
-  /// Adds the figures of a piece that begins after a break, and goes on as that one ends. All bits
-  /// of this one are closed.
+  /// Adds the figures of a piece that begins after a break; the levels are then those of `next`.
+  /// This piece has to be closed.
   void Join(ObservedPiece&& next);
 };
 
@@ -58,7 +58,7 @@ struct ObservedPiece {
 /// the middle begins anew.
 class ActivityPart {
  public:
-  /// Whether the word of the part's first switch, if there is one, ended or began observation.
+  /// Which word the part's first switch is: $dumpoff, $dumpon, or none.
   enum class Switch : std::uint8_t { None, Off, On };
 
   bool hasStamps = false;  // else the part is empty

@@ -26,10 +26,10 @@ struct BitFigures {
   std::uint64_t t1 = 0;
   std::uint64_t tx = 0;
   std::uint64_t tz = 0;
-  // From 0 to 1 or 1 to 0, also by way of x or z, which then counts once.
-  std::uint64_t tc = 0;  // toggles
-  // 0 x 0 and 1 x 1, but not 0 z 0.
-  std::uint64_t ig = 0;  // excursions through x that came back to the same value
+  // Toggles: from 0 to 1 or 1 to 0; by way of x or z they count once.
+  std::uint64_t tc = 0;
+  // Excursions through x that came back to the same value: 0 x 0 and 1 x 1, but not 0 z 0.
+  std::uint64_t ig = 0;
 
   bool operator==(const BitFigures&) const = default;
 };
@@ -52,8 +52,7 @@ struct ToggleSpan {
   // Ticks; only where there is a toggle.
   std::uint64_t first = 0;
   std::uint64_t last = 0;
-  // From 0 to 1 and back; two toggles are one period.
-  std::uint64_t toggles = 0;
+  std::uint64_t toggles = 0;  // two of them are one period
 };
 
 /// A value that may be kept after the dump is closed. Merged runs have a declaration tree of their
@@ -61,17 +60,15 @@ struct ToggleSpan {
 struct ActivityResult {
   Declarations declarations;
   /// Where the bits of each codeId begin in `bits`, the lowest bit first; one entry more for the
-  /// end. A code has as many as its widest variable; one whose variables have no bits has none.
-  /// Numbers of bits, not bytes.
+  /// end. A code has as many bits as its widest variable, or none.
   std::vector<std::uint64_t> firstBit;
   LargeArray<BitFigures> bits;
-  // The interval that was counted, and how much of it was observed: not what $dumpoff left out.
-  // Clamped to the window; begin and end of the whole span, pauses included.
+  // The interval that was counted, clamped to the window, and how much of it was observed: what
+  // $dumpoff left out is not.
   std::uint64_t firstTick = 0;
   std::uint64_t lastTick = 0;
   std::uint64_t observedTicks = 0;
   std::optional<std::uint64_t> tick;  // femtoseconds; nothing where the dump does not say it
-  // What a user of the figures must know.
   ActivityNotes notes;
   std::vector<ToggleSpan> watched;  // of the signals that were to be watched
 

@@ -5,14 +5,12 @@
 #include <map>
 #include <set>
 #include <string_view>
-#include <tuple>
 #include <utility>
 
 namespace orsa::kesncd {
 
 namespace {
 
-// 1e15 femtoseconds are a second.
 constexpr double kFemtosecondsPerMicrosecond = 1e9;
 
 /// `ticks` is how long the bits were observed, all of them together. Bits and ticks may be more
@@ -92,7 +90,6 @@ ActivityRates RatesOf(const BitFigures& figures, const ActivityResult& result) {
 
 namespace {
 
-/// All bits, not some.
 bool AreAll(const std::vector<bool>& repeated) {
   return std::find(repeated.begin(), repeated.end(), false) == repeated.end();
 }

@@ -18,25 +18,23 @@
 
 namespace orsa::kesncd {
 
-/// Sums over many bits can be more than 64 bits hold: a second in femtoseconds has fifty. More
-/// digits than a compiler's own types print; see WideText.
+/// Sums over many bits can be more than 64 bits hold: a second in femtoseconds alone takes fifty.
+/// WideText prints them.
 __extension__ typedef unsigned __int128 WideCount;
 /// In decimal digits.
 std::string WideText(WideCount count);
 
-/// Figures of several bits together. Rates of sums are means: see ActivityRates. How many bits
-/// there are in the sums.
+/// Figures of several bits together.
 struct ActivitySums {
-  std::uint64_t bits = 0;
+  std::uint64_t bits = 0;  // how many are in the sums
   WideCount t0 = 0, t1 = 0, tx = 0, tz = 0, tc = 0, ig = 0;
 
-  /// Adds figures of more bits.
   void Add(std::span<const BitFigures> figures);
 };
 
 /// What follows from figures; nothing where no time was observed, or where the dump does not say
-/// how long a tick is. Of several bits these are means. Numbers are per bit, so a bus and a wire
-/// can be compared.
+/// how long a tick is. Of several bits these are means per bit, so that a bus and a wire can be
+/// compared.
 struct ActivityRates {
   std::optional<double> freqMhz;     // half the toggles a microsecond
   std::optional<double> toggleRate;  // toggles a microsecond
@@ -51,8 +49,7 @@ ActivityRates RatesOf(const BitFigures& figures, const ActivityResult& result);
 struct SignalRow {
   std::uint32_t variableId;  // in the declarations
   const DumpVariable& variable;
-  // Which bit is called what.
-  BitNames names;
+  BitNames names;                       // of its bits
   std::span<const BitFigures> figures;  // of each bit, the lowest (rightmost) one first
   const std::vector<bool>* repeated;    // bits that have a row already; null for none
 

@@ -1,7 +1,6 @@
 // From a dump's bytes to the activity of its bits.
 #include "activity/activity_run.h"
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 

@@ -18,8 +18,6 @@
 
 #include "activity/activity_part.h"
 #include "activity/activity_result.h"
-#include "activity/activity_window.h"
-#include "activity/code_bits.h"
 #include "free_format/dump_words.h"
 #include "free_format/prepare/prepare.h"
 #include "text/byte_stream.h"
@@ -29,28 +27,27 @@ namespace orsa::kesncd {
 /// Defaults count all of a dump, by one thread, without a limit to memory.
 struct ActivityOptions {
   std::string dump;  // what messages call it
-  // In femtoseconds; a window needs a tick.
-  TimeWindow window;                  // to count in
+  // To count in, in femtoseconds; a window needs a tick.
+  TimeWindow window;
   std::optional<std::uint64_t> tick;  // femtoseconds, for a dump without a time scale
-  // More bits are refused before memory is asked for; see MostBitsInMemory.
-  std::uint64_t mostBits = UINT64_MAX;  // for which there is memory
+  // A dump with more bits is refused before memory is asked for; see MostBitsInMemory.
+  std::uint64_t mostBits = UINT64_MAX;
   /// Picks codes of signals of one bit whose first and last toggles are wanted, each once; where
   /// none is given, nothing is watched. What it throws ends the run. Called once the declarations
   /// are read; the codes that it gives come back as `watched`.
   std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
   // For tests; the result does not depend on it.
   std::size_t block = DumpWords::kBlock;  // bytes that are read at a time
-  // 1 of a source; more are used of a file only, and only where they have memory enough.
-  unsigned jobs = 1;  // threads that may be used to read a file
+  // Threads that may be used to read a file, as far as they have memory enough; a source is read
+  // by one.
+  unsigned jobs = 1;
 };
 
 /// Throws Failure with Unusable for what is no VCD file, declares no variable or has more bits than
 /// there may be, with NothingMatched where nothing of the dump lies in the window. The source is
 /// read once, from front to end.
 ActivityResult CountActivity(ByteSource& dump, const ActivityOptions& options);
-/// The same of a file, with as many threads as there may be, unless codes are watched. The result
-/// does not depend on them. Watching needs the order of toggles over the whole body, which threads
-/// do not have.
+/// The same of a file, with as many threads as there may be. The result does not depend on them.
 ActivityResult CountActivity(ByteFile& file, const ActivityOptions& options);
 
 /// Turns what was counted in a whole body into its activity. Throws as CountActivity does. `items`

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "activity/activity_run.h"
+#include "free_format/prepare/prepare.h"
 #include "text/failure.h"
 #include "vcd/bit_names.h"
 

@@ -7,13 +7,12 @@
 #define KESNCD_ACTIVITY_ACTIVITY_START_H_
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "activity/activity_result.h"
 #include "activity/activity_window.h"
 #include "activity/code_bits.h"
-#include "free_format/prepare/prepare.h"
+#include "free_format/body_window.h"
 #include "vcd/declarations.h"
 
 namespace orsa::kesncd {

@@ -12,8 +12,7 @@
 namespace orsa::kesncd {
 
 /// Calls `visit(name, tally)` for all that a reader of a run's figures is told of the dump. Each
-/// tally has a count, and the line and an example of the first case. The order is that of nothing
-/// else; all are visited.
+/// tally has a count, and the line and an example of the first case. The order has no meaning.
 template <class Result, class Visit>
 void ForEachTally(Result& result, Visit visit) {
   auto& items = result.notes.items;

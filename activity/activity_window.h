@@ -10,21 +10,17 @@
 
 namespace orsa::kesncd {
 
-/// Bounds where both are known; without one, all of the dump up to there. Both bounds are times of
-/// the dump, in ticks.
+/// Both bounds are times of the dump, in ticks; the defaults leave nothing out.
 struct ActivityWindow {
   std::uint64_t begin = 0;
   std::uint64_t end = UINT64_MAX;
 
-  /// Where a time falls in the window: times counted between clamped ones lie in it. `begin` may
-  /// not be after `end`. So the ticks between two times that fall in the window are Clamp(b) -
-  /// Clamp(a).
+  /// The time itself, or the bound that is nearer: of the ticks between a and b, Clamp(b) -
+  /// Clamp(a) are in the window. `begin` may not be after `end`.
   std::uint64_t Clamp(std::uint64_t ticks) const { return std::clamp(ticks, begin, end); }
   /// Whether a toggle at that time counts. What happens at `begin` is the initial value, so that
   /// windows that touch add up.
   bool Counts(std::uint64_t ticks) const { return begin < ticks && ticks <= end; }
-
-  bool operator==(const ActivityWindow&) const = default;
 };
 
 }  // namespace orsa::kesncd

@@ -34,8 +34,8 @@ inline std::uint64_t& TimeAt(BitFigures& figures, unsigned level) {
   return figures.*kTimes[level];
 }
 
-/// Adds figures to others; all but the sums of differences may be meaningless, so they wrap around.
-/// So that parts of sums may be added in any order; see ActivityPart.
+/// Adds figures to others. Times of a part may be below 0 and have wrapped around until all parts
+/// are added; see ActivityPart.
 inline void AddFigures(BitFigures& to, const BitFigures& added) {
   to.t0 += added.t0;
   to.t1 += added.t1;
@@ -45,8 +45,8 @@ inline void AddFigures(BitFigures& to, const BitFigures& added) {
   to.ig += added.ig;
 }
 
-/// A bit's edge in one byte, because every bit of a dump has one. Of a bit that goes on: Take or
-/// Flip. Of a bit whose part before becomes known: Append. A copy is a byte.
+/// A bit's edge in one byte, because every bit of a dump has one. Take and Flip give the bit a
+/// value; Append joins the edges of two neighbouring parts.
 class BitEdge {
  public:
   /// Whether a change of level is a toggle, or the return from an excursion that touched x. At most
@@ -103,17 +103,16 @@ class BitEdge {
   /// a bit that is 0 or 1 now and was seen before.
   void Flip(bool toggles) { bits_ ^= toggles ? kHigh | kKnown : 0U; }
 
-  /// What Take counted on the way from an earlier edge to this one by a single value. For a counter
-  /// that has both edges and wants to know what lay between; `before` is the edge that the value
-  /// was given to.
+  /// What Take counted when a single value made this edge of `before`, for a counter that takes the
+  /// value back.
   Counted CountedSince(BitEdge before) const {
     if (!before.HasKnown()) return {};
     const bool isToggle = known() != before.known();
     return {isToggle, !isToggle && before.IsTouched() && level() < kUnknown};
   }
 
-  /// Goes on as a later edge, which was made without knowing this one, says. What happened between.
-  /// `next` must be seen. Counts what happens at its first known value, if that lies in the window.
+  /// Goes on with the edge of the next part, which was made without knowing this one and has seen a
+  /// value. Gives what happened at its first known value, if that lies in the window.
   Counted Append(BitEdge next) {
     // No known value there: the level goes on, and x may have been given.
     if (!next.HasKnown()) {
@@ -137,16 +136,16 @@ class BitEdge {
 
   bool operator==(const BitEdge&) const = default;
 
-  /// Made of what vectors keep in words of many bits. Of vectors, whose edges are kept bit by bit
-  /// in several words; see vector_counter.h. high and unknown are the level as in ValueWord.
+  /// An edge in parts, of each of which a vector keeps 64 bits in a word; see vector_counter.h.
+  /// `high` and `unknown` are the level as in ValueWord.
   struct Parts {
     bool high, unknown, hasKnown, known, touched, first, touchedBefore, firstCounts;
   };
   static BitEdge Of(const Parts& parts) {
     BitEdge edge;
+    // Of a bit without a known value what would describe one is left 0, so that equal edges have
+    // equal bytes.
     edge.bits_ = static_cast<std::uint8_t>(
-        // What a bit without a known value would say of it is left 0, so that equal edges have
-        // equal bytes.
         (parts.high ? 1U : 0U) | (parts.unknown ? 2U : 0U) | (parts.hasKnown ? kHasKnown : 0U) |
         (parts.hasKnown && parts.known ? kKnown : 0U) | (parts.touched ? kTouched : 0U) |
         (parts.hasKnown && parts.first ? kFirst : 0U) |
@@ -155,8 +154,8 @@ class BitEdge {
     return edge;
   }
 
-  /// All of it as a number, and back: any number is an edge. For databases of parts. Numbers that
-  /// no counting makes do no harm: they are edges with wrong facts.
+  /// The edge as a number and back, for databases of parts. Any number is an edge: one that no
+  /// counting makes gives wrong figures, but does no other harm.
   std::uint8_t ToByte() const { return bits_; }
   static BitEdge FromByte(std::uint8_t bits) {
     BitEdge edge;
@@ -168,9 +167,9 @@ class BitEdge {
   // Bits 0 and 1 are the level; each other bit is one of the questions above.
   static constexpr unsigned kLevel = 3, kHasKnown = 4, kKnown = 8, kTouched = 16, kFirst = 32,
                             kTouchedBefore = 64, kFirstCounts = 128;
-  // What Take leaves alone once there is a first known value.
+  // What Take keeps once there is a first known value.
   static constexpr unsigned kFirsts = kFirst | kTouchedBefore | kFirstCounts;
-  // x that was never given: a known value of 1 without having one says it.
+  // A bit without a value: x, marked by kKnown without kHasKnown, which no value leads to.
   static constexpr std::uint8_t kUnseen = kUnknown | kKnown;
 
   std::uint8_t bits_ = kUnseen;

@@ -10,7 +10,6 @@
 #include "free_format/body_stretch.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"
-#include "text/failure.h"
 
 namespace orsa::kesncd {
 

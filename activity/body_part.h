@@ -5,10 +5,8 @@
 #ifndef KESNCD_ACTIVITY_BODY_PART_H_
 #define KESNCD_ACTIVITY_BODY_PART_H_
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "activity/activity_part.h"
 #include "activity/activity_run.h"

@@ -13,8 +13,7 @@
 
 namespace orsa::kesncd {
 
-/// A taker of ReadBody. The exact counts are those of a window; so are the host's where it gets
-/// one, else they are those of all time.
+/// A taker of ReadBody. The exact counts are those of a window.
 class BothCounters : public TakerPair<ActivityCounter, HostCounting> {
  public:
   /// `codes` has to outlive the counters. `hostWindow` without bounds counts the host's changes

@@ -6,7 +6,6 @@
 // both are what a reading for one kind alone would give.
 #include "activity/both_runs.h"
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -21,8 +20,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-// Of a bit in each thread. It bounds how many threads fit into memory.
-constexpr std::uint64_t kBytesPerBit = 150;  // of both counts
+// What each thread needs for a bit in both counts: it bounds how many threads fit into memory.
+constexpr std::uint64_t kBytesPerBit = 150;
 
 }  // namespace
 
@@ -67,8 +66,7 @@ BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options) {
                     counters.host().TakePart(), tallies, options);
 }
 
-/// The declarations go through both: to the host's run and from there to the exact one. They are
-/// moved, not copied, and stay with the exact one.
+/// The declarations are moved to the host's run and from there to the exact one, where they stay.
 BothRuns FinishBoth(Declarations declarations, ActivityPart activity, HostPart host,
                     const ItemTallies& items, const ActivityOptions& options) {
   BothRuns runs;

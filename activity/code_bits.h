@@ -30,8 +30,7 @@ class CodeBits {
   const std::vector<std::uint64_t>& all() const { return first_; }
 
  private:
-  // One more than codes, the last one being bits().
-  std::vector<std::uint64_t> first_;
+  std::vector<std::uint64_t> first_;  // see all()
 };
 
 }  // namespace orsa::kesncd

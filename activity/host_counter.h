@@ -27,8 +27,7 @@ class HostCounter {
     part_.codes.resize(codes);
     part_.first.resize(codes);
   }
-  /// Goes on from what was counted. So that parts that were counted apart go on as one; see
-  /// HostPart::Add.
+  /// Goes on from what was counted; see HostPart::Add.
   explicit HostCounter(HostPart&& part) : part_(std::move(part)), dumping_(part_.dumping) {}
 
   /// Fetches the code's count before it is needed: in a large dump it is in no cache.
@@ -68,7 +67,6 @@ class HostCounter {
     for (HostPart::Code& code : part_.codes) code.changes = 0;
   }
 
-  /// For looking at what was counted so far.
   const HostPart& part() const { return part_; }
   /// What was counted. The counter is used up. `window` is how far the body was read, which parts
   /// that follow have to know.
@@ -108,8 +106,8 @@ class HostCounter {
 };
 
 /// A taker of ReadBody that counts in a window. Calling order: construct, ReadBody, then Finish for
-/// a whole body, TakePart. A window is the dump's own time where it has no bounds. Not copied:
-/// `body_` refers to `counter_`.
+/// a whole body, TakePart. A window without bounds is all of the dump's time. Not copied: `body_`
+/// refers to `counter_`.
 class HostCounting {
  public:
   HostCounting(std::uint32_t codes, const TickWindow& window)

@@ -28,7 +28,8 @@ struct HostPart {
     std::uint32_t changes = 0;  // kMostChanges at most
     std::uint32_t last = 0;     // the last value's fingerprint; 0: no value yet
   };
-  // What the part's first value of a code was, for the part before it.
+  // How the part's first value of a code counted; whether it repeats the one before is known only
+  // when the part before is added.
   enum class FirstValue : std::uint32_t {
     Uncounted,  // x or z, or dumping was off
     Counted,
@@ -40,17 +41,16 @@ struct HostPart {
     FirstValue kind = FirstValue::Uncounted;
   };
 
-  // Without a window: of the whole stretch.
-  LargeArray<Code> codes;  // by number
-  std::vector<First> first;
+  LargeArray<Code> codes;      // by number
+  std::vector<First> first;    // likewise
   std::uint64_t repeated = 0;  // counted values that repeat the one before
-  // Initial values do not count then.
-  bool opensOff = false;  // the window begins in it while dumping is off
-  DumpingState dumping;   // in the window
+  // The window begins in it while dumping is off: initial values do not count then.
+  bool opensOff = false;
+  DumpingState dumping;  // in the window
   WindowState window;
 
-  /// Whether a part can come next, so that the two add up. For a part of a dump in which no stamp
-  /// begins see BodyPart, which keeps such parts apart.
+  /// Whether the part that comes next adds up with this one. Parts in which no stamp begins are
+  /// kept apart by BodyPart.
   bool CanPrecede(const HostPart& next) const {
     return window.isDumping && next.window.time.stamps > 0 &&
            (window.time.stamps == 0 || window.now < next.window.firstStamp);

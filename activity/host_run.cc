@@ -1,7 +1,6 @@
 // Counting by the rule of hosts: a taker for the body, and what is said about it.
 #include "activity/host_run.h"
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "activity/host_part.h"
-#include "free_format/body_window.h"
+#include "free_format/dump_words.h"
 #include "free_format/prepare/prepare.h"
 #include "text/byte_stream.h"
 #include "vcd/declarations.h"
@@ -26,8 +26,8 @@ struct HostRun {
   std::vector<std::uint32_t> changes;  // by code number, kMostChanges at most
   std::uint64_t firstStamp = 0;        // the span
   std::uint64_t lastStamp = 0;
-  // Doubles, as a host's exported variables are; ticks beyond 2^53 are rounded in them.
-  double firstTick = 0;  // the same, as hosts have it
+  // The same as a host's exported variables have it: doubles, which round ticks beyond 2^53.
+  double firstTick = 0;
   double lastTick = 0;
   double spanTicks = 0;              // exact also where the two ends are too large to be
   std::optional<double> nsPerTick;   // nothing for a dump without a time scale

@@ -20,8 +20,8 @@ namespace {
 /// Numbers of scopes that two runs share, by path. Calling order: NumbersOf for each run; equal
 /// paths get equal numbers. Paths themselves are not made: they would be long.
 class CommonScopes {
-  // By scope of the run.
  public:
+  /// By scope of the run.
   std::vector<std::uint32_t> NumbersOf(const Declarations& declarations) {
     std::vector<std::uint32_t> numbers{Declarations::kDump};
     // A scope comes after the one around it, whose number is known.
@@ -43,7 +43,6 @@ class CommonScopes {
 
 /// A row of one run, ready to be compared.
 struct Measured {
-  // See MeasuredRun for how it is made.
   std::string key;  // equal for rows of equal paths
   bool isModule = false;
   std::uint32_t id = 0;
@@ -77,8 +76,8 @@ class InputToggles {
     });
     for (std::size_t begin = 0, end = 0; begin < byCode.size(); begin = end) {
       const std::uint32_t codeId = variables[byCode[begin]].codeId;
-      // One name only: no port, so nothing comes from elsewhere.
       while (end < byCode.size() && variables[byCode[end]].codeId == codeId) ++end;
+      // With one name only it is no port, so nothing comes from elsewhere.
       if (end - begin > 1) TakeCode(std::span(byCode).subspan(begin, end - begin));
     }
   }
@@ -124,8 +123,7 @@ class InputToggles {
 
   const ActivityResult& result_;
   const std::vector<DumpScope>& scopes_;
-  // Of foreign toggles.
-  std::vector<WideCount> toggles_;
+  std::vector<WideCount> toggles_;     // from outside, by scope
   std::vector<std::uint32_t> marked_;  // by scope, the last code
   std::vector<bool> isRegister_;
 };
@@ -144,7 +142,6 @@ class MeasuredRun {
     // Numbers are shared with the other run.
     const std::vector<std::uint32_t> numbers = scopes.NumbersOf(result.declarations);
     std::vector<std::uint32_t> depths(numbers.size());
-    // In one walk: modules, then signals.
     const std::vector<ActivitySums> modules = rows.ModuleSums();
     const InputToggles inputs(result);
     // Scope 0 is no module.
@@ -182,8 +179,8 @@ class MeasuredRun {
     const WideCount ticks = sums.t0 + sums.t1 + sums.tx + sums.tz;
     // Unobserved rows have no rates; they differ from nothing but known ones.
     if (ticks > 0) {
+      // Ticks are those of all bits together, so this is a mean per bit.
       row.rates.toggles =
-          // Ticks are those of all bits together, so this is a mean per bit.
           static_cast<double>(sums.tc) / (static_cast<double>(ticks) * microseconds_);
       row.rates.high = static_cast<double>(sums.t1) / static_cast<double>(ticks);
       // Of all bits, not per bit: a wide bus weighs more than one wire.
@@ -254,8 +251,8 @@ class Comparison {
     result_.differences.push_back(row);
   }
 
-  /// Of rows that weigh the same the inner one says more, and of a module and its only signal the
-  /// module. Weight, then share; then as the comment above says.
+  /// By weight, then by share. Of equal rows the inner one says more, and of a module and its only
+  /// signal the module.
   static bool IsBefore(const RunDifference& a, const RunDifference& b) {
     if (a.weight != b.weight) return a.weight > b.weight;
     if (a.share != b.share) return a.share > b.share;

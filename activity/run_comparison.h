@@ -19,12 +19,11 @@ namespace orsa::kesncd {
 struct RunDifference {
   enum class Kind : std::uint8_t { Changed, Appeared, Vanished };
 
-  /// Of one of the runs, nothing where it is not known, or where the run does not have it. Means
-  /// over the bits of the row.
+  /// Means over the row's bits in one of the runs; nothing where they are not known, or where the
+  /// run does not have the row.
   struct Rates {
     std::optional<double> toggles;  // a microsecond and bit, or a tick and bit
-    // The share of time at 1, from 0 to 1.
-    std::optional<double> high;
+    std::optional<double> high;     // the share of time at 1, from 0 to 1
   };
 
   Kind kind = Kind::Changed;
@@ -33,11 +32,12 @@ struct RunDifference {
   std::uint32_t depth = 0;  // scopes around it
   Rates before;
   Rates after;
-  // From 0 to 1; 1 where only one run has it.
-  double share = 0;  // by which the rate or the duty differs, of the larger of the two
-  // What rows are sorted by. A row of 100 toggles that lost 50 has 25, one of 50 that lost all has
-  // 50.
-  double weight = 0;  // toggles that came or went, times their share of the row's
+  // By which the rate or the duty differs, of the larger of the two: from 0 to 1, and 1 where only
+  // one run has the row.
+  double share = 0;
+  // What rows are sorted by: toggles that came or went, times their share of the row's. A row of
+  // 100 toggles that lost 50 has 25, one of 50 that lost all has 50.
+  double weight = 0;
 };
 
 /// The counts are of all rows that were compared, also those below the threshold.

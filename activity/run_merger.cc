@@ -10,7 +10,6 @@
 #include <deque>
 #include <numeric>
 #include <string_view>
-#include <tuple>
 
 #include "activity/activity_tallies.h"
 #include "activity/bit_edge.h"
@@ -58,8 +57,7 @@ std::string VariableKey(const DumpVariable& variable) {
   return key.append(BitNames(variable).Base());
 }
 
-/// A bit of a variable as a variable of its own. "data[3]" of data[7:0]; all else as the variable
-/// has it.
+/// A bit of a variable as a variable of its own, such as data[3] of data[7:0].
 DumpVariable BitAlone(const DumpVariable& variable, std::uint32_t bit) {
   const BitNames names(variable);
   DumpVariable alone = variable;

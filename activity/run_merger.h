@@ -11,7 +11,6 @@
 #include <map>
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "activity/activity_result.h"
@@ -58,12 +57,11 @@ class RunMerger {
   ActivityResult Finish();
 
  private:
-  /// The bits of a variable: a code's from an offset on. A slot's figures are `width` bits from
-  /// there on; kNone for no figures yet.
+  /// Where a variable's figures are: as many bits of a code as the variable is wide, from an offset
+  /// on.
   struct Source {
-    std::uint32_t codeId = kNone;
-    // Of a bit that was split off a bus, its place in the code.
-    std::uint32_t offset = 0;
+    std::uint32_t codeId = kNone;  // kNone: no figures yet
+    std::uint32_t offset = 0;      // of a bit that was split off a bus, its place in the code
 
     bool operator==(const Source&) const = default;
   };
@@ -80,7 +78,6 @@ class RunMerger {
   struct Groups {
     std::vector<std::size_t> own, others;
   };
-  // No code.
   static constexpr std::uint32_t kNone = UINT32_MAX;
 
   /// The steps of Add, in the order in which they are called.
@@ -101,14 +98,13 @@ class RunMerger {
   // Figures so far; its declarations have scopes and types, but variables only after Finish.
   ActivityResult sum_;
   std::vector<Slot> slots_;  // the sum's variables
-  // By place in slots_; filled by Split, used up by ReplaceSplit.
-  std::map<std::size_t, std::vector<Slot>> pieces_;  // bits that take a slot's place
-  std::vector<Slot> new_;                            // to come after all slots
-  // Their names.
-  std::vector<std::string> runs_;
+  // Bits that take a slot's place, by place in slots_; filled by Split, used up by ReplaceSplit.
+  std::map<std::size_t, std::vector<Slot>> pieces_;
+  std::vector<Slot> new_;          // to come after all slots
+  std::vector<std::string> runs_;  // their names
   std::vector<BusiestRun> busiest_;
-  // "3/fifo": a scope's number in the sum.
-  std::unordered_map<std::string, std::uint32_t> scopeByPath_;  // parent's number and name
+  // A scope's number in the sum, by its parent's number and its name: "3/fifo".
+  std::unordered_map<std::string, std::uint32_t> scopeByPath_;
   // By text, as runs number their types differently.
   std::unordered_map<std::string, std::uint32_t> typeIds_;
 };

@@ -84,7 +84,7 @@ void ToggleLanes(std::int32_t* times, std::uint8_t* counts, std::uint64_t toggle
     _mm_store_si128(at, _mm_sub_epi8(_mm_load_si128(at), t8));
   }
   const __m128i all = _mm_set1_epi32(ticks);
-  // A byte of ones twice is two of them, twice again four.
+  // A byte of ones twice is two of them, twice again four: as wide as a time.
   const __m128i t16[2] = {_mm_unpacklo_epi8(t8, t8), _mm_unpackhi_epi8(t8, t8)};
   const __m128i r16[2] = {_mm_unpacklo_epi8(r8, r8), _mm_unpackhi_epi8(r8, r8)};
   for (std::size_t half = 0; half < 2; ++half) {
@@ -162,7 +162,7 @@ void AddWeights(std::int32_t* times, const std::array<std::uint64_t, kValues>& v
   for (std::size_t k = 0; k < kValues; ++k) {
     const __m128i set = BytesOf(values[k] >> from);
     const __m128i weight = _mm_set1_epi32(weights[k]);
-    // A byte of ones twice is two of them, twice again four.
+    // As wide as a time, like in ToggleLanes.
     const __m128i low = _mm_unpacklo_epi8(set, set);
     const __m128i high = _mm_unpackhi_epi8(set, set);
     sums[0] = _mm_add_epi32(sums[0], _mm_and_si128(_mm_unpacklo_epi16(low, low), weight));
@@ -324,9 +324,9 @@ void VectorCounter::FlushWord(const Word& word, Small* small, std::uint32_t widt
                               std::uint64_t base, BitFigures* figures) {
   for (std::uint32_t bit = 0; bit < width; ++bit) {
     Small& group = small[bit / kLanes];
-    // Falls less rises, at one tick each, are the level then less the level now. (So what was
-    // counted relative to the base time becomes what it is at times from 0 on. The difference is 0,
-    // 1 or -1, which wraps around as times do.)
+    // Times in the group are relative to the base time: each fall lacks it, each rise has it too
+    // much. Falls less rises are the level then less the level now: 0, 1 or -1, which wraps around
+    // as times do.
     const auto falls = (word.base >> bit & 1) - (word.now.high >> bit & 1);
     const auto time = static_cast<std::uint64_t>(std::int64_t{group.times[bit % kLanes]});
     const std::uint64_t high = time + falls * base;

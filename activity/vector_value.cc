@@ -72,8 +72,8 @@ void AddBit(ValueWord& word, std::size_t place, char c) {
   word.unknown |= static_cast<std::uint64_t>(value == 'x' || value == 'z') << place;
 }
 
-/// Up to 64 characters, the last one in the lowest place. The plain way, for comparison and where
-/// there are no sixteen bytes to load.
+/// Up to 64 characters, the last one in the lowest place. The plain way, for comparison and for
+/// processors without SSE2.
 ValueWord ReadWordPlainly(const char* text, std::size_t length) {
   ValueWord word;
   for (std::size_t i = 0; i < length; ++i) AddBit(word, length - 1 - i, text[i]);
@@ -176,8 +176,8 @@ ValueWord ReadWord(const char* text, std::size_t length) {
 }
 #endif
 
-/// Up to 64 characters of which the last one ends the value; `atLeast` may be read. The plain way
-/// where there is no SSE2. `atLeast` counts from `text` to the end of the value.
+/// Up to 64 characters at `text`, from where `atLeast` characters of the value are left to be read.
+/// The plain way where there is no SSE2.
 ValueWord ReadPart(const char* text, std::size_t length, std::size_t atLeast) {
 #ifdef __SSE2__
   // Enough bytes up to the value's end: no copy is needed.

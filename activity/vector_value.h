@@ -13,15 +13,15 @@
 namespace orsa::kesncd {
 
 /// Up to 64 bits of a value, the rightmost character's in the lowest place of each. A bit is 0 (0,
-/// 0), 1 (1, 0), x (0, 1) or z (1, 1) in `high` and `unknown`. Two planes rather than two bits a
-/// value, so that 64 bits are compared and counted by one operation.
+/// 0), 1 (1, 0), x (0, 1) or z (1, 1) in `high` and `unknown`. So 64 bits are compared and counted
+/// by one operation.
 struct ValueWord {
   std::uint64_t high = 0;
   std::uint64_t unknown = 0;
 
   bool operator==(const ValueWord&) const = default;
 };
-inline constexpr std::size_t kWordBits = 64;  // in one
+inline constexpr std::size_t kWordBits = 64;  // in a ValueWord
 
 /// The words of a variable of `width` bits, the lowest one first, in `words`, which has room for
 /// them. A shorter value is extended on its left with 0 for a leftmost 0 or 1, else with its

@@ -15,8 +15,8 @@ namespace orsa::kesncd {
 template <class Value>
 class WaitingChanges {
  public:
-  /// Adds a change and fetches the memory of its code. Whether all have to be taken now. `memory`
-  /// is where the code's figures are. After true nothing may be added before TakeAll.
+  /// Adds a change and fetches the memory of its code, which is at `memory`. True where TakeAll has
+  /// to come before anything else is added.
   bool Add(std::uint32_t codeId, Value value, const void* memory) {
     __builtin_prefetch(memory, 1);
     changes_[held_++] = {value, codeId};
@@ -27,7 +27,7 @@ class WaitingChanges {
   void LookAtAll(Look look) const {
     for (std::size_t i = 0; i < held_; ++i) look(changes_[i].codeId);
   }
-  /// Calls `take(codeId, value)` for each. In the order in which they came. Afterwards none is
+  /// Calls `take(codeId, value)` for each, in the order in which they came. Afterwards none is
   /// waiting.
   template <class Take>
   void TakeAll(Take take) {
@@ -44,8 +44,7 @@ class WaitingChanges {
   };
 
   std::array<Change, kMost> changes_;
-  // Changes that wait, kMost at most.
-  std::size_t held_ = 0;
+  std::size_t held_ = 0;  // how many wait
 };
 
 }  // namespace orsa::kesncd

@@ -14,6 +14,7 @@
 #include "database/part_tables.h"
 #include "database/profile_tables.h"
 #include "database/schema.h"
+#include "database/table_reader.h"
 #include "vcd/bit_names.h"
 #include "vcd/time_text.h"
 

@@ -14,11 +14,10 @@
 #include "database/facts.h"
 #include "database/sqlite.h"
 #include "database/stored_run.h"
-#include "database/table_reader.h"
 
 namespace orsa::kesncd {
 
-/// Whether a file that begins so is an SQLite database, of whatever. 16 bytes are enough.
+/// Whether a file that begins so is an SQLite database, whatever it holds. 16 bytes are enough.
 bool IsSqlite(std::string_view firstBytes);
 
 /// Calling order: construct; facts and the readings as often as wanted. All throw Failure with
@@ -26,8 +25,7 @@ bool IsSqlite(std::string_view firstBytes);
 /// that of what is read.
 class ActivityDatabase {
  public:
-  /// Messages call the file `name`. Opens the file and reads its facts; `path` is that of a regular
-  /// file.
+  /// Opens a regular file and reads its facts. Messages call it `name`.
   ActivityDatabase(const std::string& path, const std::string& name);
 
   /// Known from construction on.
@@ -40,11 +38,10 @@ class ActivityDatabase {
   StoredRun ReadAll();
   /// What is held of a part of a dump.
   StoredRun ReadPart();
-  /// Equal for parts of the same declarations. For merging parts, which must have been counted in
-  /// dumps with the same declarations.
+  /// Equal for parts that were counted in dumps with the same declarations, as all parts that are
+  /// merged must have been.
   std::uint64_t DeclarationsSum() const;
 
-  // What the constructor does, in this order.
  private:
   void CheckKind();
   void CheckTables();
@@ -62,11 +59,10 @@ class ActivityDatabase {
   void SetHost(HostRun& run);
   void SetExact(ActivityResult& result);
 
-  // For messages.
-  const std::string name_;
+  const std::string name_;  // for messages
   Connection connection_;
-  // The file's size at first; see TableReader.
-  std::uint64_t budget_;  // bytes of texts that the file can still hold
+  // Bytes of texts that the file can still hold, its size at first; see TableReader.
+  std::uint64_t budget_;
   FactsByName byName_;
   const FactReader named_{connection_, byName_};
   StoredFacts facts_;

@@ -30,8 +30,8 @@ std::string BoundedPath(const Declarations& declarations, std::uint32_t scope) {
   if (own.size() > kLongest) return ".../" + own.substr(own.size() - kLongest);
   std::size_t length = 0;
   std::uint32_t top = scope;
+  // Upwards as long as the path stays short enough.
   while (top != Declarations::kDump &&
-         // Upwards as long as the path stays short enough.
          length + declarations.scopes[top].name.size() + 1 <= kLongest + 1) {
     length += declarations.scopes[top].name.size() + 1;
     top = declarations.scopes[top].parent;
@@ -117,8 +117,8 @@ class DatabaseWriter {
       rows.DerivedNumber(id);
       rows.Count(std::uint64_t{scope.parent});
       rows.Text(scope.kind);
-      // The program builds its paths from names; this one is for those who ask in SQL.
       rows.Text(scope.name);
+      // The program builds its paths from names; this one is for those who ask in SQL.
       const std::string path = BoundedPath(declarations_, id);
       rows.DerivedText(path);
       rows.DerivedNumber(places.first[id]);
@@ -198,7 +198,7 @@ class DatabaseWriter {
       }
       rows.EndRow();
     }
-    // Each table's sum is kept as a fact; ActivityDatabase::CheckSum compares it.
+    // Each table's sum is kept as a fact; FactReader::CheckSum compares it.
     facts_["checksum_bit"] = rows.Finish();
   }
 

@@ -7,8 +7,6 @@
 #ifndef KESNCD_DATABASE_PART_PROFILE_TABLES_H_
 #define KESNCD_DATABASE_PART_PROFILE_TABLES_H_
 
-#include <optional>
-
 #include "activity/profile/profile_part.h"
 #include "database/fact_reader.h"
 #include "database/facts.h"

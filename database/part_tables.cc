@@ -3,9 +3,7 @@
 #include "database/part_tables.h"
 
 #include <array>
-#include <string>
 #include <type_traits>
-#include <utility>
 
 #include "database/table_reader.h"
 #include "database/table_writer.h"
@@ -108,7 +106,6 @@ void WriteBits(const ActivityPart& activity, Connection& to, FactsByName& facts)
     }
     ++number;
   }
-  // Read back by the reader after the last row.
   facts["checksum_part_bit"] = rows.Finish();
 }
 
@@ -147,7 +144,6 @@ class PartReader {
     });
     // What follows relies on these, also where a file was made to deceive.
     const PartChoice& choice = part.choice;
-    // A choice of no parts or of parts beyond the last, or an end before its begin, leads nowhere.
     if (choice.first > choice.last || choice.last >= choice.parts || part.begin > part.end) {
       from_.FailCorrupt();
     }
@@ -181,7 +177,6 @@ class PartReader {
       }
       piece.edges[bit] = BitEdge::FromByte(static_cast<std::uint8_t>(rows.Small(UINT8_MAX)));
     }
-    // After the last row, when all was read.
     facts_.CheckSum(rows, "part_bit");
   }
 

@@ -15,14 +15,14 @@
 
 namespace orsa::kesncd {
 
-/// Fills the tables of parts, and adds the part's facts. What was passed over is kept elsewhere.
-/// The tables must be there and empty. Sums over them are facts too ("checksum_part_bit").
+/// Fills the tables of parts, which must be there and empty, and adds the part's facts, sums over
+/// the tables among them ("checksum_part_bit"). What was passed over goes into `tally`, as of whole
+/// runs.
 void WritePartTables(const BodyPart& part, Connection& to, FactsByName& facts);
 
-/// Reads the same back; `codes` are those of the declarations. Throws Failure with Unusable.
-/// `facts` are those of the file, `budget` what its texts may still take (see TableReader). The
-/// result has as many bits and codes as `codes`, however few rows there are; a file that cannot
-/// hold a part throws.
+/// Reads the same back; `codes` are those of the declarations, `facts` those of the file, `budget`
+/// is what its texts may still take (see TableReader). The result has as many bits and codes as
+/// `codes`, however few rows there are. Throws Failure with Unusable.
 BodyPart ReadPartTables(Connection& from, const CodeBits& codes, const FactReader& facts,
                         std::uint64_t& budget);
 

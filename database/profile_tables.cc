@@ -13,7 +13,6 @@
 #include "database/profile_tables.h"
 
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "database/number_list.h"

@@ -33,7 +33,7 @@ class RowSum {
       Add(bytes);
     }
   }
-  /// Not negative, as SQLite has integers. 63 bits.
+  /// 63 bits: SQLite's integers have a sign.
   std::uint64_t value() const { return sum_ >> 1; }
 
  private:

@@ -16,8 +16,7 @@
 
 namespace orsa::kesncd {
 
-/// "KNcd", by which the file is known among SQLite's. In the file's header, where `file` and other
-/// tools look.
+/// "KNcd" in the header of the SQLite file, where `file` and other tools look for what it is.
 inline constexpr std::int32_t kApplicationId = 0x4B4E6364;
 // A program reads its own version only: see ActivityDatabase::CheckKind.
 inline constexpr std::int32_t kSchemaVersion = 1;

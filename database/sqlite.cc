@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <limits>
 #include <new>
-#include <utility>
 
 namespace orsa::kesncd {
 

@@ -6,7 +6,6 @@
 #ifndef KESNCD_DATABASE_SQLITE_H_
 #define KESNCD_DATABASE_SQLITE_H_
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,11 +17,10 @@ struct sqlite3_stmt;
 
 namespace orsa::kesncd {
 
-/// A statement that was compiled. The connection has to outlive it.
 struct StatementEnd {
   void operator()(sqlite3_stmt* statement) const;
 };
-// Ends with the pointer.
+/// A compiled statement, which ends with the pointer.
 using Statement = std::unique_ptr<sqlite3_stmt, StatementEnd>;
 
 /// Calling order: InMemory or ReadOnly; then Run, Prepare and Step as often as wanted. Movable. One
@@ -49,7 +47,7 @@ class Connection {
 
   /// Throws the Failure that SQLite's code stands for.
   [[noreturn]] void Fail(int code) const;
-  /// That what the file holds is not what was written.
+  /// Throws the Failure of a file that does not hold what was written.
   [[noreturn]] void FailCorrupt() const;
 
  private:
@@ -61,10 +59,8 @@ class Connection {
   Connection(std::string name, FailureKind kind) : name_(std::move(name)), kind_(kind) {}
   void Open(const std::string& path, int flags, const char* vfs);
 
-  // For messages.
-  std::string name_;
-  // What failures of this connection are.
-  FailureKind kind_;
+  std::string name_;  // for messages
+  FailureKind kind_;  // of failures of this connection
   std::unique_ptr<sqlite3, Close> handle_;
 };
 

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "database/facts.h"
 #include "database/row_sum.h"
@@ -50,13 +49,11 @@ class TableReader {
  private:
   std::uint64_t TextCount();
 
-  // The connection must outlive the reader, which statements need.
-  Connection& from_;
+  Connection& from_;  // has to outlive the reader
   const Statement select_;
   std::uint64_t& budget_;
   RowSum sum_;
-  // The next one to be read.
-  int column_ = 0;
+  int column_ = 0;  // the next one to be read
 };
 
 }  // namespace orsa::kesncd

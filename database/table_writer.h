@@ -63,9 +63,8 @@ class TableWriter {
   Connection& to_;
   const std::string table_;
   const std::size_t columns_;
-  // Inserts one row, or a full batch of them: that is made when there is one.
-  const Statement one_;
-  Statement batch_;
+  const Statement one_;  // inserts one row
+  Statement batch_;      // inserts a full batch; null before the first
   RowSum sum_;
   std::vector<Cell> cells_;  // of rows that were not sent yet
   std::string texts_;        // in those

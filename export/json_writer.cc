@@ -100,8 +100,8 @@ class JsonWriter : public ResultWriter {
     PassOn(0);
   }
 
-  /// Members of the outermost object stand on lines of their own.
  private:
+  /// Members of the outermost object are on lines of their own.
   void AppendKey(const std::string& key) {
     text_ += hasMembers_ ? ",\n  " : "\n  ";
     hasMembers_ = true;

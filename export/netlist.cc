@@ -39,8 +39,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// What is open at a place in the JSON. As names of the places where something begins; Skipped and
-/// all in it is passed over.
+/// What is open at a place in the JSON.
 enum class Open {
   Outside,
   File,
@@ -151,8 +150,7 @@ class NetlistReader : public nlohmann::json_sax<Json> {
   Netlist netlist_;
   // One entry for each bracket that is open.
   std::vector<Open> open_;
-  // Of the member whose value comes next.
-  std::string key_;  // the last one
+  std::string key_;  // the last one: of the member whose value comes next
   bool sawModules_ = false;
   NetlistBus bus_;  // the port, pin or named net under way
   NetlistCell cell_;

@@ -39,7 +39,7 @@ class TextPool {
 
  private:
   // A deque, since a vector would move them when it grows.
-  std::deque<std::string> texts_;  // their places stay
+  std::deque<std::string> texts_;
   std::unordered_map<std::string_view, std::uint32_t> ids_;
 };
 
@@ -73,17 +73,14 @@ struct NetlistBus {
 struct NetlistCell {
   std::uint32_t name = 0;
   std::uint32_t type = 0;
-  // Its pins are together, from here on.
-  std::uint32_t firstPin = 0;  // in the module's pins
+  std::uint32_t firstPin = 0;  // in the module's pins, where they are together
   std::uint32_t pins = 0;
 };
 
 /// Names are numbers in the netlist's pool; buses and cells refer to `pins` and `bits` by places.
 struct NetlistModule {
-  // The key in "modules".
-  std::uint32_t name = 0;
-  // By the attribute "top".
-  bool isTop = false;             // says so itself
+  std::uint32_t name = 0;         // the key in "modules"
+  bool isTop = false;             // by the attribute "top"
   bool isBlackBox = false;        // only its ports are known: what is of its kind is a cell
   std::uint32_t nets = 0;         // different ones that its bits are connected to
   std::vector<NetlistBus> ports;  // by name

@@ -83,9 +83,9 @@ void JoinedNets::Join(std::uint32_t a, std::uint32_t b) {
 /// Scopes come after those that they are in, so a prefix is always ready.
 DumpNames::DumpNames(const Declarations& declarations, std::uint32_t scope)
     : declarations_(declarations), next_(declarations.variables.size(), 0) {
-  // How deep in the scope that was chosen, for the bounds.
   const std::vector<DumpScope>& scopes = declarations.scopes;
-  std::vector<std::size_t> depths(scopes.size());  // from 1 for the scope itself; 0 outside
+  // From 1 for the scope itself; 0 outside of it, or where names are not looked up.
+  std::vector<std::size_t> depths(scopes.size());
   std::vector<std::string> prefixes(scopes.size());
   // By path the variable that was added last, to link the next one to.
   std::unordered_map<std::string, std::uint32_t> last;
@@ -95,21 +95,21 @@ DumpNames::DumpNames(const Declarations& declarations, std::uint32_t scope)
       depths[id] = 1;
     } else if (const std::size_t outer = depths[parent];
                outer != 0 && outer < kDeepest && prefixes[parent].size() <= kLongestPath) {
-      // Outside of the scope, or deeper or longer than anybody names things.
       depths[id] = outer + 1;
       prefixes[id] = prefixes[parent];
       AppendPart(scopes[id].name, prefixes[id]);
       prefixes[id] += '.';
     } else {
+      // Outside of the scope, or deeper or longer than anybody names things.
       continue;
     }
     // Variables without bits cannot be pins.
     for (const std::uint32_t variableId : scopes[id].variables) {
       const DumpVariable& variable = declarations.variables[variableId];
       if (variable.width == 0 || !TypeHasBits(declarations.TypeOf(variable))) continue;
+      // A path without the index of a bit: "data" for data[3] and data[7:0] alike.
       std::string path = prefixes[id];
       AppendPart(BitNames(variable).Base(), path);
-      // A path without the index of a bit: "data" for data[3] and data[7:0] alike.
       if (path.size() > kLongestPath) continue;
       // Variables are linked by their numbers plus one: 0 ends the list.
       const auto [entry, isNew] = last.try_emplace(path, variableId);

@@ -42,7 +42,7 @@ class JoinedNets {
   std::vector<std::uint32_t> outer_;
 };
 
-/// Which bit of a dump a net is: variableId and bit. `bit` counts from the variable's lowest one.
+/// Which bit of a dump a net is; `bit` counts from the variable's lowest one.
 struct DumpBit {
   std::uint32_t variableId = 0;
   std::uint32_t bit = 0;
@@ -61,8 +61,6 @@ class DumpNames {
   /// The bit of that index, or without one. Several variables of the name: the first that has it.
   /// `index` is what the name has in brackets, `path` the rest.
   std::optional<DumpBit> Find(const std::string& path, std::optional<std::int64_t> index) const;
-  /// Whether anything of that path is there, with any bits.
-  bool Has(const std::string& path) const { return first_.contains(path); }
 
  private:
   const Declarations& declarations_;
@@ -76,10 +74,9 @@ struct PinOptions {
   std::optional<std::uint32_t> scope;  // of the dump that the top module is; found if not given
 };
 
-/// One pin of a cell, or one bit of a wider one. A value that is made anew for each visit. Numbers
-/// of the instance, from 0 for the top module's.
+/// One pin of a cell, or one bit of a wider one. A value that is made anew for each visit.
 struct CellPin {
-  std::uint32_t instance;
+  std::uint32_t instance;             // 0 is the top module's
   std::uint32_t cell;                 // in the instance's module
   std::string name;                   // "A", "D[3]"
   std::optional<BitFigures> figures;  // nothing where the dump does not hold its net
@@ -136,11 +133,9 @@ class NetlistPins {
  private:
   // A module with a place in the design.
   struct Instance {
-    // What the cell is called that stands for it; of the top one the module's name.
     const NetlistModule* module;
-    // The instance around it; of the top one itself.
-    std::uint32_t name;
-    std::uint32_t outer;
+    std::uint32_t name;      // of the cell that it is; of the top one the module's
+    std::uint32_t outer;     // the instance around it; of the top one itself
     std::uint32_t firstNet;  // all nets of the design have numbers in a row
   };
 
@@ -183,8 +178,7 @@ class NetlistPins {
 
   const Netlist& netlist_;
   const ActivityResult& result_;
-  // Of the dump.
-  std::uint32_t scope_ = 0;
+  std::uint32_t scope_ = 0;          // of the dump
   std::vector<Instance> instances_;  // each before those in it, and those of one together
   std::vector<std::uint32_t> nets_;  // by net, the number of the joined one
   // Constants and nets that the dump does not hold have none.

@@ -76,8 +76,7 @@ class PinTree {
 
   const NetlistPins& pins_;
   SaifStream& saif_;
-  // From the outside inwards.
-  std::vector<std::uint32_t> open_;  // instances, without the outermost
+  std::vector<std::uint32_t> open_;  // instances from the outside inwards, without the outermost
   // Of the pin that was written last.
   std::uint32_t instance_ = 0;
   std::uint32_t cell_ = UINT32_MAX;

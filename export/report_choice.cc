@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <iterator>
-#include <numeric>
 #include <utility>
+
+#include "activity/code_bits.h"
+#include "activity/profile/module_shares.h"
 
 namespace orsa::kesncd {
 
@@ -26,7 +28,6 @@ std::vector<ReportSums> SumsOf(const ActivityResult& result, const ModuleShares&
   return sums;
 }
 
-/// For MarkFirst: "still" signals have none.
 bool HasToggles(const ReportSums& sums) {
   return sums.tc > 0;
 }
@@ -192,7 +193,6 @@ void ReportChoice::ListCourses(const ReportSource& source, const ReportLimits& l
 /// A quarter of the room at most for each of the page's four lists; the rest by modules.
 void ReportChoice::ListSignals(const ReportSource& source, const ReportLimits& limits) {
   const std::vector<ReportSignal>& all = source.signals;
-  // Of a module that is not listed no signal is.
   std::vector<std::uint32_t> possible;  // signals of modules that are listed
   for (std::uint32_t at = 0; at < all.size(); ++at) {
     if (modules[places[all[at].module]] == all[at].module) possible.push_back(at);

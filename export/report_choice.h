@@ -10,22 +10,18 @@
 #ifndef KESNCD_EXPORT_REPORT_CHOICE_H_
 #define KESNCD_EXPORT_REPORT_CHOICE_H_
 
-#include <cstddef>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 #include "activity/activity_result.h"
 #include "activity/activity_rows.h"
-#include "activity/profile/module_shares.h"
 #include "activity/profile/profile.h"
 #include "export/report_figures.h"
 
 namespace orsa::kesncd {
 
-/// Sums over bits. Differences of sums add up to sums again, so all may wrap around. "Wrap around":
-/// a code that is in two modules is taken off in the one around both, so a sum under way may be
-/// below 0.
+/// Sums over bits. They may be below 0, wrapped around, until all is added up: a code that is in
+/// two modules is taken off in the one around both.
 struct ReportSums {
   std::uint64_t bits = 0;
   std::uint64_t still = 0;  // bits that never toggle
@@ -36,7 +32,7 @@ struct ReportSums {
   ReportSums& operator+=(const ReportSums& other);
 };
 
-/// A name with the sums over its bits. One row of the page's list of signals. Aliases are rows of
+/// A row of the page's list of signals: a name with the sums over its bits. Aliases are rows of
 /// their own.
 struct ReportSignal {
   std::uint32_t variable = 0;
@@ -44,8 +40,8 @@ struct ReportSignal {
   ReportSums sums;
 };
 
-/// All that the dump has: once a report. Made once, while the choice may be made several times,
-/// with smaller limits each time. Result and profile have to outlive it.
+/// All that the dump has. Made once for a report, while the choice may be made several times, with
+/// smaller limits each time. Result and profile have to outlive it.
 struct ReportSource {
   ReportSource(const ActivityResult& counted, const Profile& windows);
 

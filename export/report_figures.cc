@@ -17,8 +17,6 @@ namespace {
 /// belong.
 class JsonText {
  public:
-  // Text that is JSON already.
-  void Raw(std::string_view text) { text_ += text; }
   // Inside an object, before each value.
   void Key(std::string_view key) {
     Separate();
@@ -73,14 +71,14 @@ class JsonText {
   }
   std::string Take() { return std::move(text_); }
 
-  // Before every value or key but the first one in its bracket, and the value after its key.
  private:
+  /// Before every value or key but the first one in its bracket, and the value after its key.
   void Separate() {
     if (!isFirst_) text_ += ',';
     isFirst_ = false;
   }
-  /// Names need not be UTF-8, and may hold what would end the element that the figures are in. The
-  /// figures stand in a <script> element, which "</script>" in a name would end.
+  /// Names need not be UTF-8. The figures are in a <script> element, which "</script>" in a name
+  /// would end.
   void Quote(std::string_view text) {
     const nlohmann::json quoted = text;
     for (const char c : quoted.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) {

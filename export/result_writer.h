@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -17,9 +16,9 @@
 
 namespace orsa::kesncd {
 
-/// A cell: nothing known, a text, a count, a measured value, or a count that may be a sum of very
-/// many. A value that is no finite number is written as one of which nothing is known. The first
-/// alternative is what a Cell() is: nothing known.
+/// A cell: nothing known, which is what a Cell() is, a text, a count, a measured value, or a count
+/// that may be a sum of very many. A value that is no finite number is written as if nothing were
+/// known.
 using Cell = std::variant<std::monostate, std::string, std::int64_t, double, WideCount>;
 /// A cell for each column of the head, in its order.
 using Row = std::vector<Cell>;

@@ -47,7 +47,7 @@ class SaifTimes {
   /// large that products would not fit.
   SaifTimes(std::uint64_t tickFemtoseconds, std::uint64_t numerator, std::uint64_t denominator);
 
-  /// "10 ps" As TIMESCALE takes it: 1, 10 or 100 of fs, ps, ns or us.
+  /// As TIMESCALE takes it, such as "10 ps": 1, 10 or 100 of fs, ps, ns or us.
   const std::string& unit() const { return unit_; }
   /// The first `ticks` of the observed time in the file's unit. A part of that time is written as
   /// the difference between its end and its begin, so that parts add up whatever the rounding.
@@ -69,9 +69,9 @@ class SaifTimes {
 /// name. SAIF has no backslash of that kind: it escapes brackets only.
 std::string_view SaifBareName(std::string_view name);
 
-/// Whether readers take a bare name. They stop at the first one that they do not, and read nothing
-/// of what follows it. Letters, digits, "_", "$", brackets, "." and "\" after a letter or "_"; and
-/// none of SAIF's own words.
+/// Whether readers take a bare name: a letter or "_", then letters, digits, "_", "$", brackets, "."
+/// and "\", and none of SAIF's own words. They stop at the first name that they do not take, and
+/// read nothing of what follows it.
 bool IsSaifName(std::string_view bareName);
 
 /// Throws Failure with Unusable where the outermost instance cannot be called that. The message
@@ -82,12 +82,11 @@ void CheckSaifRoot(std::string_view bareName);
 /// instances are not escaped: readers expect brackets there as they are.
 std::string SaifNetName(std::string_view bareName);
 
-/// What the head of a file says. Quotes and control characters of the texts are left out. What an
-/// estimator shows of the file; none of it matters to figures.
+/// What the head of a file says, without quotes and control characters. An estimator shows it; none
+/// of it but DURATION matters to figures.
 struct SaifHead {
   std::string design;
-  // From $date: the same dump always gives the same file.
-  std::string date;            // the dump's own
+  std::string date;            // of the dump, so that the same dump always gives the same file
   std::string version;         // of the program
   std::uint64_t observed = 0;  // ticks
 };
@@ -125,11 +124,9 @@ class SaifStream {
   std::ostream& out_;
   const SaifTimes times_;
   const std::uint64_t observed_;
-  std::string text_;  // not written yet
-  // 1 from the start: the outermost bracket is open until Finish.
-  std::size_t depth_ = 1;  // open brackets
-  // Between "(NET" and its bracket.
-  bool inNets_ = false;
+  std::string text_;       // not written yet
+  std::size_t depth_ = 1;  // open brackets, of which the outermost is open until Finish
+  bool inNets_ = false;    // between "(NET" and its bracket
 };
 
 }  // namespace orsa::kesncd

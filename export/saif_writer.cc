@@ -18,9 +18,8 @@ namespace orsa::kesncd {
 
 namespace {
 
-/// What every bit of a group is called up to its first bracket: only names with the same start can
-/// be equal, though one is a bit of a bus and the other an escaped name. "q" for "q[3]", "\q[3] "
-/// and "q": names that differ in it cannot be the same net.
+/// A name up to its first bracket: "q" for "q", "q[3]" and the escaped name "\q[3]". Only names
+/// with the same start can be the same net.
 std::string_view StartOf(const BitNames& names) {
   const std::string_view bare = SaifBareName(names.Base());
   return bare.substr(0, bare.find('['));

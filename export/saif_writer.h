@@ -18,8 +18,7 @@ namespace orsa::kesncd {
 
 /// Defaults write all of a dump as it is.
 struct SaifOptions {
-  // For VERSION in the head.
-  std::string version;                        // of the program
+  std::string version;                        // of the program, for VERSION in the head
   std::uint32_t scope = Declarations::kDump;  // only what is in it and below; kDump for all
   /// The outermost instance is the scope itself, not the top-level scope with the way to it. What
   /// is outside of it is not written. From tb/soc: (INSTANCE soc ...) with it, (INSTANCE tb
@@ -53,10 +52,11 @@ struct SaifReport {
 SaifReport WriteSaif(const ActivityResult& result, const SaifOptions& options, std::ostream& out,
                      std::ostream* unwritten);
 
-/// The head of a file on a result. Throws as WriteSaif does where no file can be on it. For files
-/// whose nets are of another kind, such as pins: see pin_writers.cc.
 struct SaifHead;
 class SaifTimes;
+
+/// The head and the times of a file, also of one whose nets are of another kind, such as pins (see
+/// pin_writers.cc). SaifTimesOf throws as WriteSaif does where there can be no file.
 SaifHead SaifHeadOf(const ActivityResult& result, const SaifOptions& options,
                     const std::string& root);
 SaifTimes SaifTimesOf(const ActivityResult& result, const SaifOptions& options);

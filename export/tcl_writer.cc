@@ -31,7 +31,7 @@ void AppendScopes(const Declarations& declarations, std::uint32_t scope, std::ui
   }
   for (auto step = way.rbegin(); step != way.rend(); ++step) {
     const std::string_view name = declarations.scopes[*step].name;
-    // The backslash of an escaped name is VCD's, not part of it.
+    // Without the backslash of an escaped name, as below.
     path += name.substr(name.front() == '\\' ? 1 : 0);
     path += '/';
   }

@@ -39,8 +39,8 @@ struct TclRates {
 std::string TclElement(std::string_view name);
 
 /// Gathers pins and writes one command for all of equal figures. Calling order: construct, Add as
-/// often as there are pins, Write. A pin costs 32 bytes until then. Keeps no names: the path of a
-/// pin is asked for when it is written. Names would take a hundred bytes a pin.
+/// often as there are pins, Write. A pin costs 32 bytes until then; its name, which would take a
+/// hundred more, is asked for when it is written.
 class TclActivity {
  public:
   /// Throws Failure with Unusable where no rate can be said: nothing observed, or no time scale.

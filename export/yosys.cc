@@ -19,8 +19,9 @@ namespace orsa::kesncd {
 
 namespace {
 
-// A shell's own number for a command that is not there.
-constexpr int kNotFound = 127;  // the status of a process that could not become yosys
+// The status of a process that could not become yosys; a shell's own for a command that is not
+// there.
+constexpr int kNotFound = 127;
 
 /// A process that writes to a pipe. It is waited for in any case, or it would stay as a zombie.
 /// Calling order: construct, Read to the end, Wait.
@@ -36,8 +37,8 @@ class YosysProcess : public ByteSource {
   /// Closes the pipe, which ends a process that still writes, and returns its wait status.
   int Wait();
 
-  // What the child becomes.
  private:
+  /// What the child becomes.
   [[noreturn]] static void Run(const std::string& path, int output);
 
   // The pipe's reading end; -1 once it is closed.

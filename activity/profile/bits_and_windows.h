@@ -43,7 +43,7 @@ inline bool HasRoomFor(const ModuleTree& tree, const ProfileOptions& options) {
   return options.length || KeptSums(tree) + 1 <= options.mostCells / options.parts;
 }
 
-/// Looks at stamps only. A taker of ReadBody. Calling order: construct, ReadBody, then read the
+/// A taker of ReadBody that looks at stamps only. Calling order: construct, ReadBody, then read the
 /// members. With `isFirstEnough` the reading ends at the first stamp, so that a body of many
 /// gigabytes costs no more than its begin.
 class LargestStamp {
@@ -64,8 +64,8 @@ class LargestStamp {
   std::optional<std::uint64_t> largest;
 };
 
-/// What was counted of bits, and by the rule of hosts. Made from a counter, which is used up.
-/// `host` is there for BothCounters only.
+/// What was counted of bits and, by BothCounters only, by the rule of hosts. Made from a counter,
+/// which is used up.
 struct BitParts {
   ActivityPart activity;
   std::optional<HostPart> host;
@@ -96,9 +96,7 @@ class BitsAndWindows : public TakerPair<ToggleWatch<Counter>, ProfileCounter> {
             [&] { return ProfileCounter(start.codes, shares, sums, start.window, windows); }),
         start_(start) {}
 
-  // Both parts are taken out of their counters here, which then count no more: what follows is
-  // added to `parts_`, and the same goes for `next` when it is the one that is added to. The three
-  // add up independently of each other.
+  /// Adds what the next stretch gave. Both bit counters end here: their parts are taken and added.
   void Add(BitsAndWindows& next) {
     parts().Add(start_, std::move(next.parts()));
     this->first().Add(next.first());

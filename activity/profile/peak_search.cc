@@ -12,8 +12,7 @@ __extension__ using Wide = unsigned __int128;
 
 }  // namespace
 
-/// The end of the grain that a time lies in. Rounded up to a whole grain. In 128 bits, as rounding
-/// up may pass 2^64.
+/// The time rounded up to a whole grain. In 128 bits, as that may pass 2^64.
 std::uint64_t PeakSearch::GrainEnd(std::uint64_t ticks) const {
   const Wide end = (Wide{ticks} + grain_ - 1) / grain_ * grain_;
   return end > UINT64_MAX ? UINT64_MAX : static_cast<std::uint64_t>(end);
@@ -72,9 +71,8 @@ void PeakSearch::Slide(std::uint64_t ticks, std::uint64_t toggles) {
   sum_ += toggles;
   // What is too long ago leaves the sum.
   while (now - steps_[first_].ticks >= WholeGrains()) sum_ -= steps_[first_++].toggles;
-  // From time to time the steps that left are thrown away.
+  // Steps that left are thrown away when they are more than half, so each is moved about once.
   if (first_ > steps_.size() / 2) {
-    // Only when they are more than half, so each step is moved about once.
     steps_.erase(steps_.begin(), steps_.begin() + static_cast<std::ptrdiff_t>(first_));
     first_ = 0;
   }

@@ -135,9 +135,9 @@ void ProfileRows::AddUp(const ModuleTree& tree) {
   }
 }
 
-/// `finest_` is how many short windows there may be for each that is asked for. After a
-/// fold at least half of them are in use, so with 16 the last fold makes windows longer than equal
-/// parts by an eighth at most.
+/// `finest_` is how many short windows there may be for each that is asked for. After a fold at
+/// least half of them are in use, so with 16 the last fold makes windows longer than equal parts by
+/// an eighth at most.
 ProfileCounter::ProfileCounter(const CodeBits& codes, const ModuleShares& shares,
                                std::size_t modules, const ActivityWindow& window,
                                const ProfileWindows& windows)

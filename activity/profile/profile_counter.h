@@ -69,8 +69,7 @@ struct ProfileWindows {
   std::uint64_t mostCells = std::uint64_t{1} << 27U;
 };
 
-/// Whether a module has what is in those below it. Both is for shares by both, and gives sums by
-/// owner too.
+/// Whether a module's sums have what is in the modules below it. Both is for ModuleShares::ByBoth.
 enum class ModuleSums { WithBelow, Own, Both };
 
 /// A taker of ReadBody. Calling order: construct, ReadBody, Finish. What was taken from stretches

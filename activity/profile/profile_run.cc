@@ -10,7 +10,6 @@
 // Where a signal cuts time, a stretch may hold more than can be added: one thread reads then.
 #include "activity/profile/profile_run.h"
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -23,7 +22,6 @@
 #include "free_format/body_reader.h"
 #include "free_format/declaration_reader.h"
 #include "free_format/parted_reading.h"
-#include "text/failure.h"
 
 namespace orsa::kesncd {
 

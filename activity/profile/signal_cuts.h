@@ -111,8 +111,8 @@ class SignalCuts {
   bool isGiven_ = false;  // in the step that is open
 };
 
-/// Listens to a clock: a row for each rising edge, which ends at it. Calling order: construct, the
-/// calls of SignalCuts, Finish. A profile of clock cycles: windows whose edges are the clock's.
+/// Listens to a clock and makes a profile whose windows end at its rising edges. Calling order:
+/// construct, the calls of SignalCuts, Finish.
 ///
 /// In a stretch that does not begin the body, the first known level may be a rise, if the stretch
 /// before ended at 0: what toggled up to then, the head, is kept apart until that is known.
@@ -136,8 +136,7 @@ class ClockRows {
   Profile Finish(ModuleTree tree);
 
  private:
-  // No known value.
-  static constexpr unsigned kNone = 2;
+  static constexpr unsigned kNone = 2;  // no known value
 
   void Cut(std::uint64_t ticks);
   void AddOpenings(const std::vector<Opening>& openings, std::size_t row);
@@ -154,8 +153,8 @@ class ClockRows {
   std::vector<std::uint64_t> head_;
 };
 
-/// Listens to a signal and splits what is counted by its values. Calling order as of ClockRows. For
-/// each value the time that it held and what toggled meanwhile. At most 4096 values are kept apart.
+/// Listens to a signal and splits what is counted by its values: for each the time that it held and
+/// what toggled meanwhile. At most 4096 values are kept apart. Calling order as of ClockRows.
 ///
 /// What a stretch that does not begin the body counts before the signal's first value in it belongs
 /// to the value that the stretch before ended with.

@@ -9,10 +9,9 @@ namespace orsa::kesncd {
 
 /// Windows of span / parts ticks each, which need be no whole number. Toggles happen at whole
 /// ticks, so edges rounded down have the same toggles between them as those that are not rounded.
-/// For 10 ticks in 4 parts edges are 0, 2, 5, 7 and 10 (2.5 and 7.5 rounded down). Products need
-/// 128 bits.
+/// For 10 ticks in 4 parts edges are 0, 2, 5, 7 and 10 (2.5 and 7.5 rounded down).
 struct TimeGrid {
-  __extension__ using Wide = unsigned __int128;
+  __extension__ using Wide = unsigned __int128;  // for products
 
   std::uint64_t first = 0;  // where the first window begins
   std::uint64_t span = 1;   // not 0

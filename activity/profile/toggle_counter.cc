@@ -309,7 +309,6 @@ bool ToggleCounter::Restore(const TogglePart& part) {
   return true;
 }
 
-/// Before the first stamp nothing lasts, but what was known is forgotten.
 /// Before the first stamp nothing lasts, but what was known is forgotten. $dumpon while observing
 /// and $dumpoff while not switch nothing.
 void ToggleCounter::Command(Keyword command) {

@@ -15,7 +15,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "activity/activity_window.h"
@@ -80,8 +79,8 @@ struct TogglePart {
 /// observed: the toggles of its openings first, then Follow.
 class ToggleCounter {
  public:
-  /// `modules` is how many modules the shares speak of. `codes` and `shares` have to
-  /// outlive the counter.
+  /// `modules` is how many modules the shares speak of. `codes` and `shares` have to outlive the
+  /// counter.
   ToggleCounter(const CodeBits& codes, const ModuleShares& shares, std::size_t modules,
                 const ActivityWindow& window);
   ToggleCounter(const ToggleCounter&) = delete;
@@ -95,8 +94,8 @@ class ToggleCounter {
   void SectionEnd() {}
   bool IsDone() const { return false; }
 
-  /// Toggles of modules without those below; they may wrap around until they are added up. Own sums
-  /// may be below 0 where a code was taken off a module.
+  /// Toggles of modules without those below. They may be below 0, wrapped around, until they are
+  /// added up: where a code was taken off a module.
   std::vector<std::uint64_t>& Sums() {
     TakeWaiting();
     if (!waitingShared_.empty()) ShareOut();
@@ -189,8 +188,8 @@ class ToggleCounter {
   std::vector<ValueWord> value_;              // of the vector in hand
   WaitingChanges<char> waiting_;
   bool keepsOpenings_ = false;  // until the first pause
-  std::vector<std::uint32_t>
-      unknown_;  // codes with a value in the step, and bits unknown before it
+  // Codes with a value in the step and bits that were unknown before it.
+  std::vector<std::uint32_t> unknown_;
   std::vector<Opening> openings_;
 };
 

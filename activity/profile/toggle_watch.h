@@ -112,8 +112,8 @@ class ToggleWatch {
     }
     counter_.Stamp(ticks);
   }
-  /// Of a dump that pauses only what comes before the first pause is sure to be without a gap.
-  /// Edges on the two sides of a pause are no period apart, so nothing is watched from then on.
+  /// Edges on the two sides of a pause are no period apart, so nothing is watched after the first
+  /// pause.
   void Command(Keyword command) {
     if (command == Keyword::DumpOff) {
       EndStep();
@@ -137,7 +137,7 @@ class ToggleWatch {
     part_.Add(next.part_, window_);
   }
 
-  /// In the order of `codeIds`. To be called once all is read and added.
+  /// In the order of `watched`. To be called once all is read and added.
   std::vector<ToggleSpan> Take() {
     EndStep();
     std::vector<ToggleSpan> spans;

@@ -19,7 +19,6 @@
 #include "cli/exact_figures/exact_options.h"
 #include "cli/exact_figures/parts.h"
 #include "cli/input/database_input.h"
-#include "cli/process/messages.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {
@@ -88,8 +87,8 @@ ExactRun CountScaled(const ExactOptions& options) {
   return run;
 }
 
-/// "3/16" The choice that a text such as "3/16" means: users count parts from 1, PartChoice from 0.
-/// Throws Failure with Unusable for "0/4", "5/4", "3/", "3/16 " and the like.
+/// The choice that a text such as "3/16" means: users count parts from 1, PartChoice from 0. Throws
+/// Failure with Unusable for "0/4", "5/4", "3/", "3/16 " and the like.
 PartChoice PartOf(const std::string& text) {
   PartChoice choice;
   const char* const end = text.data() + text.size();

@@ -2,8 +2,8 @@
 //
 // A dump is read once, with a watch on everything that the strict readers of hosts take otherwise
 // than it was meant: two stamps in a line, values that are too long, digits of an earlier stamp
-// that show. The rules themselves are in free_format/findings; here findings become
-// rows: what was found, how often, where first, how harmful it is, for whom, and what helps.
+// that show. The rules themselves are in free_format/findings; here findings become rows: what was
+// found, how often, where first, how harmful it is, for whom, and what helps.
 //
 // Besides, it proposes what other commands want to know of an unknown dump: a good --top.
 #include <algorithm>
@@ -192,8 +192,8 @@ std::string LastLines(const DumpCheck& check, const std::string& modules) {
          NameOfTop(declarations) + "\n" + modules;
 }
 
-/// What became of the file while it was read is a finding too. A simulator may still write the
-/// dump. Known only when the reading has ended.
+/// What became of the file while it was read is a finding too, known only when the reading has
+/// ended: a simulator may still write the dump.
 void AddChange(FileChange change, std::vector<Finding>& findings) {
   if (change == FileChange::None) return;
   Tally tally;

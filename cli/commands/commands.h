@@ -51,7 +51,7 @@ void AddExtractCommand(CommandLine& line);
 // What several commands take. The functions keep a reference to what they fill in, which therefore
 // has to live as long as the command.
 
-/// Adds --mode of the timing report. 0, 1 or 2: which of a clock's two frequencies counts, as
+/// Adds --mode of the timing report, 0, 1 or 2: which of a clock's two frequencies counts, as
 /// KesNCD::ReadTWR2 takes it.
 void AddModeOption(Command& command, int& mode);
 /// Adds --quiet. It works while the line is parsed already, so that nothing after it makes a
@@ -66,13 +66,13 @@ void AddReadingFlags(Command& command, InputOptions& options);
 void AddJobsOption(Command& command, InputOptions& options);
 /// Adds --begin and --end. Both bounds are inclusive times such as "1.5us", kept in femtoseconds.
 void AddWindowOptions(Command& command, TimeWindow& window);
-/// Adds the dump with all of these.
+/// Adds the dump, --as-is, --quiet, --jobs, --begin and --end.
 void AddFigureOptions(Command& command, FigureOptions& options);
 /// Adds --digits, --wide and -o. For results that are always rows, or whose --format is the
 /// command's own.
 void AddLookOptions(Command& command, OutputOptions& options);
-/// Adds --format and these. How many digits a table shows never changes what CSV and JSON hold:
-/// they keep every digit.
+/// Adds --format, --digits, --wide and -o. Digits are those of a table: CSV and JSON keep every
+/// one.
 void AddOutputOptions(Command& command, OutputOptions& options);
 
 /// Throws Failure for a window that ends before it begins. A window of one instant (--begin equal

@@ -4,7 +4,6 @@
 // stop a block altogether? Both sides may be dumps or databases of them; keeping yesterday's
 // database (1 MB, say) is cheaper than keeping its dump (1 GB).
 #include <memory>
-#include <utility>
 
 #include "activity/run_comparison.h"
 #include "cli/commands/commands.h"
@@ -21,9 +20,8 @@ struct DiffOptions {
   // Read with the options of `before`, such as --jobs.
   InputOptions before;
   std::string after;
-  // Only paths that one of these patterns takes.
   double threshold = 1;  // percent
-  // Names.
+  // Only paths that one of these patterns takes; none: all.
   std::vector<std::string> match;
   // Rows shown; the count of differing ones does not depend on it.
   std::uint64_t limit = UINT64_MAX;
@@ -105,7 +103,7 @@ ExitStatus RunDiff(const DiffOptions& options) {
   const PathFilter filter(options.match);
   // Without a tick rates are per tick and comparable with one another, but no toggles a
   // microsecond: then only the percentage is shown. (CompareRuns refuses two runs of which only one
-  // has a tick.).
+  // has a tick.)
   const bool hasTick = before.exact.tick.has_value();
   std::uint64_t differing = 0;
   for (const RunDifference& row : comparison.differences) {

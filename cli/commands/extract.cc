@@ -97,9 +97,8 @@ void EndNets(const Reached& reached, ResultOutput& result) {
 
 /// Lists the nets that nothing reached: of these nothing is known, while 0 MHz is a net at rest.
 void TellUnmatched(const std::vector<std::string>& names, std::size_t nets,
-                   // Made even if it stays empty: a script that reads the list must not find an
-                   // older one.
                    const ExtractOptions& options) {
+  // Made even if it stays empty: a script that reads the list must not find an older one.
   if (!options.unmatched.empty()) {
     OutputFile file(options.unmatched);
     for (const std::string& name : names) file.Write(name + "\n");
@@ -111,9 +110,9 @@ void TellUnmatched(const std::vector<std::string>& names, std::size_t nets,
                            (options.unmatched.empty() ? "; --unmatched FILE lists them" : ""));
 }
 
-/// Hands the frequencies of the nets that a module has to the analyser. The direct way: counts the
-/// dump, lists the module's signals under design-style names and puts those that are nets into
-/// `analyser.signalFreqs`, where ExtractNCD looks for them. `facts` become the result's.
+/// The direct way: counts the dump, lists the module's signals under design-style names and puts
+/// those that are nets into `analyser.signalFreqs`, where ExtractNCD looks for them. `facts` become
+/// the result's.
 void ExtractDirectly(const ExtractOptions& options, const std::vector<std::string>& nets,
                      KesNCD& analyser, Facts& facts) {
   const Figures figures = ReadFigures(options.figures);

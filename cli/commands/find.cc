@@ -12,7 +12,6 @@
 #include <memory>
 
 #include "cli/commands/commands.h"
-#include "cli/host_figures/host_runs.h"
 #include "cli/input/list_file.h"
 #include "cli/selection/selection.h"
 #include "names/name_index.h"

@@ -44,8 +44,7 @@ constexpr char kLookHelp[] =
 // More would push the next commands off a small terminal.
 constexpr std::size_t kShownInLook = 4;  // signals and findings
 
-/// What a dump's own words say, in one line however they were written. "$version" and "$date" as
-/// the dump has them, words parted by single blanks; either may be missing.
+/// What $version and $date of the dump say, in one line; either may be missing.
 std::string Origin(const Declarations& declarations) {
   std::string text = "value change dump";
   if (!declarations.version.empty()) text += " of " + declarations.version;
@@ -63,10 +62,9 @@ std::string Span(const HostRun& run, const BodyFacts& body) {
          DisplayText(*run.nsPerTick) + " ns";
 }
 
-/// The most active of the variables that `isWanted`, each signal once, by its outermost name, with
-/// its frequency. A frequency needs two changes, so signals with fewer are no candidates. By
-/// outermost name: variables come in the dump's order, where a scope's own mostly stand before
-/// those of the scopes in it, and a code is taken once.
+/// The most active of the variables that `isWanted`, each signal once, with its frequency. The name
+/// is the first in the dump's order, mostly the outermost. A frequency needs two changes, so
+/// signals with fewer are no candidates.
 template <class IsWanted>
 std::string MostActive(const Figures& figures, IsWanted isWanted) {
   std::vector<const DumpVariable*> active;

@@ -122,8 +122,8 @@ StoredRun AddRuns(const MergeOptions& options, RunMerger& merger) {
   }
   SayLacking(merger);
   merged.facts.dump = std::to_string(merged.facts.runs) + " runs";
-  // Hosts count value changes of one dump; a sum of them belongs to no dump.
   merged.facts.program = KESNCD_VERSION;
+  // Hosts count value changes of one dump; a sum of them belongs to no dump.
   merged.facts.hasHost = false;
   merged.exact = merger.Finish();
   // Sums of dumps that declare only reals and events, say.

@@ -64,9 +64,8 @@ constexpr char kPowerHelp[] =
 // The section of a power document that the library reads the rows from.
 constexpr char kConnections[] = "Hierarchical Connections";
 
-/// Names of the records, looked up together. All names of a table are collected first and looked up
-/// in one walk over the declarations; after that each Find is a look into a map. Keeps references:
-/// figures and declarations outlive it.
+/// All names of a table, looked up in one walk over the declarations; after that each Find is a
+/// look into a map. Keeps a reference to the figures, which have to outlive it.
 class DumpLookup : public orsa::kesncd::RecordLookup {
  public:
   DumpLookup(const Figures& figures, std::uint32_t top, bool exact,
@@ -90,7 +89,7 @@ class DumpLookup : public orsa::kesncd::RecordLookup {
     return Find(component + "/" + port, freq) || Find(port, freq);
   }
 
-  // For the column "status". Both want a name of the table: places_ holds no other.
+  // For the column "status". `name` has to be one of the table: places_ holds no other.
   bool IsFound(const std::string& name) const { return !AnswerTo(name).variables.empty(); }
   bool IsAmbiguous(const std::string& name) const { return AnswerTo(name).variables.size() > 1; }
 

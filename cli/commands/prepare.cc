@@ -17,12 +17,12 @@ namespace {
 
 struct PrepareChoices {
   InputOptions input;
+  // `dump` and `chooseTop` of it are set when the command runs.
   PrepareOptions prepare;
-  // See PrepareDump; `dump` and `chooseTop` of it are set when the command runs.
-  std::string output;
   // Empty and "-": standard output.
-  std::string top;
+  std::string output;
   // The scope to put first; empty: scopes keep their order.
+  std::string top;
 };
 
 constexpr char kPrepareHelp[] =

@@ -125,8 +125,8 @@ ExitStatus RunKept(const ProfileChoices& options, ActivityDatabase& database) {
   ProfileOptions counting = ProfileCounting(options);
   // For the remark on windows that were folded when the database was made.
   counting.parts = stored.profile->parts;
-  ProfileRun<Profile> run;
   // The rest is as after a reading: remarks, then rows.
+  ProfileRun<Profile> run;
   run.base = std::move(stored.exact);
   const std::uint32_t scope = counting.scope ? counting.scope(run.base.declarations) : 0;
   run.figures = ProfileIn(stored.profile->profile, run.base.declarations, scope, options.depth);

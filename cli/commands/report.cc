@@ -4,7 +4,6 @@
 // database), findings from a check of it, and clocks and pins from files that belong to the design.
 // It is a fixed text around one JSON value, so the order of the work is: gather all, which may
 // fail, then write the file in one go.
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <unordered_map>
@@ -72,7 +71,6 @@ struct ReportChoices {
 /// leaves figures right is a note.
 ReportFacts::Finding FindingOf(const Finding& finding) {
   const FindingText& text = TextOf(finding.kind);
-  // "error" makes figures of this page wrong, "warning" those of other readers.
   std::string severity = "note";
   if (text.severity == Severity::WrongFigures) {
     severity = text.concerns == Concerns::AllRuns ? "error" : "warning";

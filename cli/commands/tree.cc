@@ -16,7 +16,6 @@
 #include "cli/commands/commands.h"
 #include "cli/host_figures/figures.h"
 #include "cli/selection/selection.h"
-#include "names/scope_search.h"
 
 namespace orsa::kesncd::cli {
 
@@ -46,8 +45,8 @@ constexpr char kTreeHelp[] =
     "several\n"
     "names in a module counts once there. Figures are a host's: changes count as it counts them.\n";
 
-// Columns of a row: of a signal or a module itself, and of a module with all below it. Positions in
-// a Row; the order is that of ResultHead in RunTree.
+// Positions in a Row, in the order of ResultHead in RunTree: of what a signal or a module has
+// itself, and of a module with all below it.
 constexpr std::size_t kOwnChanges = 3;
 constexpr std::size_t kOwnMean = 4;
 constexpr std::size_t kTreeChanges = 7;
@@ -65,7 +64,6 @@ class TreeRows {
         filter_(options.selection.match),
         selected_(options.selection, out) {}
 
-  /// Ends the rows.
   void Finish() { selected_.Finish(); }
 
   /// Writes a scope and those below it, depth first and in the dump's order. No recursion: a
@@ -155,9 +153,8 @@ class TreeRows {
 
   const Figures& figures_;
   const Declarations& declarations_;
-  // By scope, of the scope itself and of its tree.
   const TreeOptions& options_;
-  const ModuleTotals totals_;
+  const ModuleTotals totals_;  // by scope, of the scope itself and of its tree
   const PathFilter filter_;
   SelectedRows selected_;
 };

@@ -14,10 +14,9 @@
 
 namespace orsa::kesncd::cli {
 
-/// The frequencies that a dump's signals of these names have, by name; names that the scope `top`
-/// and those below it do not hold are left out. MHz. The keys of `clocks` are the names, searched
-/// as `kesncd find` does; of an ambiguous one the outermost signal counts. What is not known is
-/// left out.
+/// The frequencies in MHz of a dump's signals, by name. The names are the keys of `clocks`,
+/// searched in the scope `top` and below as `kesncd find` does; of an ambiguous one the outermost
+/// signal counts. What is not found or not known is left out.
 std::map<std::string, double> ClocksInDump(const Figures& figures, std::uint32_t top,
                                            const std::map<std::string, double>& clocks);
 

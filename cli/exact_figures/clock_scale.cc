@@ -1,11 +1,9 @@
 // Finding clocks in a dump, measuring their periods, and comparing them with the design's.
 #include "cli/exact_figures/clock_scale.h"
 
-#include <algorithm>
 #include <cmath>
 #include <unordered_map>
 
-#include "cli/input/list_file.h"
 #include "cli/process/messages.h"
 #include "cli/selection/signal_choice.h"
 #include "names/signal_search.h"
@@ -92,14 +90,14 @@ ClockCheck::ClockCheck(const ClockOptions& options)
 
 std::vector<std::uint32_t> ClockCheck::FindIn(const Declarations& declarations,
                                               const std::string& dump) {
-  std::vector<std::string> names;
   // All together, in one walk over the declarations.
+  std::vector<std::string> names;
   for (const DesignClock& clock : clocks_) names.push_back(clock.signal);
   const SignalSearch search(declarations, Declarations::kDump, true, names);
   std::vector<std::uint32_t> codes;
   std::unordered_map<std::uint32_t, std::size_t> places;  // by code, in `codes`
   for (std::size_t i = 0; i < clocks_.size(); ++i) {
-    // From here on, of each clock: is it there, once, with one bit?
+    // Is the clock there, once, with one bit?
     const std::vector<std::uint32_t>& variables = search.Answer(i).variables;
     std::string fault;
     if (variables.empty() && clocks_[i].isVirtual) continue;

@@ -22,8 +22,8 @@ struct ClockOptions {
   std::string sdc;    // file of constraints
 };
 
-/// The clock that "clk=2ns" says. Throws Failure with Unusable. "NAME=PERIOD", cut at the last "=",
-/// as escaped names may hold one. The error names what was given.
+/// The clock that a text such as "clk=2ns" says. It is cut at the last "=", as escaped names may
+/// hold one. Throws Failure with Unusable, which names what was given.
 DesignClock DesignClockOf(const std::string& text);
 
 /// By how much times of the dump are to be stretched. A quotient of whole numbers, since SAIF's
@@ -45,8 +45,8 @@ struct ClockScale {
 /// dump. Without --clock and --sdc nothing is watched, and ScaleOf gives the factor 1.
 class ClockCheck {
  public:
-  /// Reads the constraints. Throws Failure with Unusable. The constraints are read whole; a file
-  /// without clocks is said, as it is most likely the wrong one.
+  /// Reads the constraints. Throws Failure with Unusable. A file without clocks is said, as it is
+  /// most likely the wrong one.
   explicit ClockCheck(const ClockOptions& options);
 
   /// The identifier codes of the clocks, to be watched. Throws Failure with NothingMatched where no
@@ -74,9 +74,8 @@ class ClockCheck {
 
   bool scales_ = false;  // to the first clock
   // First the one of --clock, if it is given, then those of the constraints.
-  std::vector<DesignClock> clocks_;  // of the design
-  // Path of the constraints; empty for none.
-  std::string sdc_;
+  std::vector<DesignClock> clocks_;
+  std::string sdc_;  // path of the constraints; empty for none
   std::vector<Found> found_;
 };
 

@@ -16,10 +16,10 @@
 
 namespace orsa::kesncd::cli {
 
-/// Adds what says which rows there are and how they are written. --per, --scope, --sort, --limit,
+/// Adds what says which rows there are and how they are written: --per, --scope, --sort, --limit,
 /// --match, --format, --digits, --wide and -o.
 void AddExactChoices(Command& command, ExactOptions& options);
-/// Adds what files for estimators can be told. --strip, --root, --unwritten, --time-unit,
+/// Adds what files for estimators can be told: --strip, --root, --unwritten, --time-unit,
 /// --netlist, --netlist-top, --unmatched and --require.
 void AddEstimatorOptions(Command& command, ExactOptions& options);
 

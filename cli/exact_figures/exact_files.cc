@@ -37,8 +37,7 @@ class StreamFile {
 
  private:
   OutputFile file_;
-  // After the file below it, and destroyed before it.
-  SinkStream stream_;
+  SinkStream stream_;  // writes into file_, so it is made after it and destroyed before
 };
 
 /// In place, since a StreamFile cannot be moved: its parts refer to one another.
@@ -129,7 +128,6 @@ void WriteSaifFile(const ExactRun& run, const ExactOptions& options, const Netli
   MakeWhereAsked(options.unwritten, unwritten);
   std::ostream* const list = unwritten ? &unwritten->stream() : nullptr;
   SaifReport report;
-  // Scope and patterns have chosen the pins already, in PinOptions.
   if (pins != nullptr) {
     report = WritePinSaif(*pins, run.result, saif, file.stream(), list);
   } else {

@@ -89,10 +89,10 @@ StoredRun ReadExactRun(const ExactInput& options) {
   // Null for a dump. A database that is corrupt throws.
   const std::unique_ptr<ActivityDatabase> database = OpenDatabase(options.input, options.window);
   StoredRun run;
+  // Windows that are named have to be those of the database; of windows that are not, any will do,
+  // and none will do too.
   if (!database) {
     run = CountRun(options);
-    // Windows that are named have to be those of the database; of windows that are not, any will
-    // do, and none will do too.
   } else if (options.profile && !options.profile->IsAny()) {
     run = ReadWithProfile(*database, NameOf(options.input), *options.profile);
   } else {

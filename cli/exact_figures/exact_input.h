@@ -13,7 +13,6 @@
 
 namespace orsa::kesncd::cli {
 
-/// A window and `watch` are for dumps; see ReadExactRun for databases.
 struct ExactInput {
   InputOptions input;
   // In femtoseconds; a database is taken only if it holds the same one.
@@ -21,13 +20,13 @@ struct ExactInput {
   bool wantsHost = false;  // the hosts' figures too, from the same reading
   /// Of what windows a profile is wanted; needs the hosts' figures.
   std::optional<WindowsAsked> profile;
-  /// See ActivityOptions. A database does not hold when signals toggled: who gives one takes care.
+  /// See ActivityOptions. Not for a database, which does not hold when all signals toggled.
   std::function<std::vector<std::uint32_t>(const Declarations&)> watch;
 };
 
-/// Reads the figures and says what a user must know about them. Throws Failure. A database is taken
-/// for the dump where it is given as one. Remarks are the same for both. In the result `host` is
-/// set only where it was wanted or the database has it.
+/// Reads the figures of a dump, or those that a database holds, and says what a user must know
+/// about them. Throws Failure. In the result `host` is set only where it was wanted or the database
+/// has it.
 StoredRun ReadExactRun(const ExactInput& options);
 
 /// Rates that are missing in every row want a reason, which this says on standard error; nothing

@@ -1,5 +1,4 @@
 // Exact activity as rows: of bits, of signals, of modules, or of the pins of a netlist's cells.
-#ifndef KESNCD_CLI_EXACT_FIGURES_EXACT_ROWS_H_
 //
 // Columns of bits and pins, then those of signals and modules, which are sums with means:
 //
@@ -8,6 +7,7 @@
 //
 // Times are in the dump's ticks and never scaled; rates are per bit and microsecond, scaled by
 // --clock.
+#ifndef KESNCD_CLI_EXACT_FIGURES_EXACT_ROWS_H_
 #define KESNCD_CLI_EXACT_FIGURES_EXACT_ROWS_H_
 
 #include "cli/exact_figures/exact_options.h"
@@ -16,7 +16,7 @@
 
 namespace orsa::kesncd::cli {
 
-/// Whether a pattern matches a signal, with or without its range. "data" and "data[7:0]" both take
+/// Whether a pattern matches a signal, with or without its range: "data" and "data[7:0]" both take
 /// the signal data[7:0], "data[[]3]" only a bit of it. `scopePath` is empty outside every scope.
 bool TakesSignal(const PathFilter& filter, const std::string& scopePath,
                  const DumpVariable& variable);

@@ -4,8 +4,6 @@
 // windows that it was made with, for any scope and depth; other windows need the dump.
 #include "cli/exact_figures/kept_profile.h"
 
-#include <utility>
-
 #include "text/failure.h"
 #include "vcd/time_text.h"
 

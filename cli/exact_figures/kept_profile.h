@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "activity/profile/profile_run.h"
+#include "activity/profile/profile.h"
 #include "database/database_reader.h"
 
 namespace orsa::kesncd::cli {

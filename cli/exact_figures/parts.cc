@@ -176,7 +176,7 @@ std::vector<PartFile> InOrder(const std::vector<std::string>& paths) {
 /// it: if not, both are read again as one.
 class PartSum {
  public:
-  // Where to read stretches again; by default where the first part says the dump was.
+  /// `dump` is where to read stretches again; empty: where the first part says the dump was.
   PartSum(const PartFile& first, std::string dump) : first_(first), dump_(std::move(dump)) {
     if (dump_.empty()) dump_ = first.facts.dump;
   }
@@ -258,7 +258,7 @@ class PartSum {
     return ReadProfiledPart(dump, choice, options).part;
   }
 
-  /// Reads several parts from the dump, as one. The dump must be the one that was counted.
+  /// Reads several parts as one, from the dump, which must be the one that was counted.
   BodyPart ReadAgain(const PartChoice& choice, const PartFile& file) {
     const std::string why =
         NameOf(*file.facts.part, file.path) + " cannot be told from what comes before it, and ";
@@ -277,8 +277,7 @@ class PartSum {
     }
   }
 
-  // For the first part's facts, which the sum takes over.
-  const PartFile& first_;
+  const PartFile& first_;  // whose facts the sum takes over
   std::string dump_;
   Declarations declarations_;
   std::optional<BodyPart> sum_;        // of all parts before the last one
@@ -290,7 +289,7 @@ class PartSum {
 PartRun CountProfiled(ByteFile& dump, const InputOptions& input, const PartChoice& choice,
                       const WindowsAsked& asked) {
   PartWindows windows;
-  windows.parts = asked.parts != 0 ? asked.parts : kUsualParts;
+  windows.parts = asked.PartsOrUsual();
   windows.length = asked.length;
   const ActivityOptions counting = OptionsFor(input.dump);
   InputOptions quiet = input;

@@ -1,9 +1,9 @@
 // Parts of a dump that jobs on several machines count, and their sum.
-#ifndef KESNCD_CLI_EXACT_FIGURES_PARTS_H_
 //
 // On a cluster, job K of N runs `kesncd activity dump.vcd --part K/N -o K.kact`, then one more runs
 // `kesncd merge *.kact`. Every job finds the same cuts by itself, so jobs need no common plan; the
 // sum is to the last tick what one reading gives.
+#ifndef KESNCD_CLI_EXACT_FIGURES_PARTS_H_
 #define KESNCD_CLI_EXACT_FIGURES_PARTS_H_
 
 #include <optional>
@@ -19,8 +19,8 @@ namespace orsa::kesncd::cli {
 
 /// Counts one part of a dump. Throws Failure. Reads the declarations and the part's stretch, so of
 /// N jobs each reads about 1/N of the file. The result is complete but for figures, which only the
-/// whole has: `part` holds what adding up needs.
-/// With toggles over time by `windows`, where these are asked for.
+/// whole has: `part` holds what adding up needs, with toggles over time by `windows` where these
+/// are asked for.
 StoredRun ReadPart(const InputOptions& input, const PartChoice& choice,
                    const std::optional<WindowsAsked>& windows);
 

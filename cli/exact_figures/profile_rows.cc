@@ -15,7 +15,6 @@
 #include "activity/activity_rows.h"
 #include "cli/output/path_ending.h"
 #include "text/failure.h"
-#include "text/number.h"
 #include "vcd/time_text.h"
 
 namespace orsa::kesncd::cli {
@@ -43,8 +42,8 @@ std::string TimeOf(std::uint64_t ticks, const ActivityResult& base) {
   return TimeText(femtoseconds);
 }
 
-/// A table shows times in units; programs get ticks. So a table's times can be pasted as options,
-/// and a program's times compared.
+/// A table shows times in units, which can be pasted as options; programs get ticks, which they can
+/// compare.
 Cell TimeCell(std::uint64_t ticks, const ActivityResult& base, bool isTable) {
   return isTable ? Cell(TimeOf(ticks, base)) : Cell(WideCount{ticks});
 }
@@ -147,8 +146,7 @@ class ToggleColumns {
   const ActivityResult& base_;
   const bool isTable_;
   const std::uint64_t most_;
-  // In the dump's order.
-  std::vector<std::uint32_t> shown_;  // modules
+  std::vector<std::uint32_t> shown_;  // modules, in the dump's order
   std::vector<std::string> paths_;    // of these
   std::size_t hidden_ = 0;
 };
@@ -227,7 +225,6 @@ ExitStatus WriteProfile(const ProfileRun<Profile>& run, const ProfileSubject& su
 /// Rows are in the order of values, as a table of states is read.
 ExitStatus WriteSplit(const ProfileRun<ValueSplit>& run, const ProfileSubject& subject,
                       const OutputOptions& output) {
-  // As above, but rows are values.
   const auto& [base, split, right] = run;
   std::vector<std::uint64_t> totals(split.modules.size());
   std::uint64_t most = 0;

@@ -27,7 +27,7 @@ namespace orsa::kesncd::cli {
 /// What rows are of.
 struct ProfileSubject {
   std::string dump;    // what messages call it
-  std::string cut;     // how time is cut, a word for programs: "parts", "length", "clock", "value"
+  std::string cut;     // how time is cut, a word for programs: "part", "length", "clock", "value"
   std::string signal;  // that cuts it; may be empty
 };
 

@@ -8,7 +8,6 @@
 #include "cli/input/sdc_clocks.h"
 #include "cli/input/timing_report.h"
 #include "cli/process/messages.h"
-#include "cli/selection/scope_choice.h"
 #include "cli/selection/signal_choice.h"
 #include "kesncd/kesncd.h"
 #include "names/signal_search.h"
@@ -17,8 +16,8 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// 1e9 fs is a microsecond, the period of 1 MHz.
-constexpr double kMegahertzPeriod = 1e9;  // in femtoseconds
+// The period of 1 MHz, a microsecond, in femtoseconds.
+constexpr double kMegahertzPeriod = 1e9;
 // More would be dividers and gates of clocks, far down in the design.
 constexpr std::size_t kMostByName = 12;
 
@@ -40,8 +39,7 @@ std::optional<double> FrequencyOf(const ToggleSpan& span, const ActivityResult& 
 
 }  // namespace
 
-ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing)
-    : sdc_(sdc), timing_(timing) {
+ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing) {
   if (!sdc.empty()) {
     for (const DesignClock& clock : SdcClocksOf(sdc)) {
       // SdcClocksOf gives no clock without a period, so this divides by no 0.

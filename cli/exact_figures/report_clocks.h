@@ -23,16 +23,16 @@ namespace orsa::kesncd::cli {
 /// activity is.
 class ReportClocks {
  public:
-  /// Those that are called like clocks.
+  /// Without constraints and timing report: signals that are called like clocks.
   ReportClocks() = default;
   /// Reads constraints and a timing report, of which either may be an empty path. Throws Failure
   /// with Unusable. Clocks of both, in this order. A report's clock without a frequency is kept: it
   /// may still run.
   ReportClocks(const std::string& sdc, const std::string& timing);
 
-  /// The identifier codes of the clocks, to be watched. Says which clocks the dump does not have.
-  /// For ActivityOptions::watch, each code once. Without constraints and timing report signals of
-  /// one bit are taken that look like clocks by their names, twelve at most.
+  /// The identifier codes of the clocks, each once, for ActivityOptions::watch. Says which clocks
+  /// the dump does not have. Without any clock of constraints and timing report signals of one bit
+  /// are taken that look like clocks by their names, twelve at most.
   std::vector<std::uint32_t> FindIn(const Declarations& declarations, const std::string& dump);
 
   /// With the frequency in the dump where it is known. `result.watched` is that of FindIn's codes.
@@ -57,9 +57,6 @@ class ReportClocks {
   /// Adds clocks and their codes for want of better ones.
   void FindByName(const Declarations& declarations, std::vector<std::uint32_t>& codes);
 
-  // Paths, as the constructor got them.
-  std::string sdc_;
-  std::string timing_;
   bool isByName_ = true;
   std::vector<Clock> clocks_;
 };

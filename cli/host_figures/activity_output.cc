@@ -48,7 +48,7 @@ void ActivityText::Add(const std::string& signal, double frequency) {
   // As the library writes them: with a decimal point whatever the locale.
   constexpr int kDecimals = 6;
   // 309 digits, a point and six decimals are the longest.
-  std::array<char, 400> number{};  // of the largest double with its decimals
+  std::array<char, 400> number{};
   const char* const end =
       std::to_chars(number.begin(), number.end(), frequency, std::chars_format::fixed, kDecimals)
           .ptr;

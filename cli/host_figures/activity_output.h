@@ -11,7 +11,6 @@
 #ifndef KESNCD_CLI_HOST_FIGURES_ACTIVITY_OUTPUT_H_
 #define KESNCD_CLI_HOST_FIGURES_ACTIVITY_OUTPUT_H_
 
-#include <optional>
 #include <string>
 
 namespace orsa::kesncd::cli {

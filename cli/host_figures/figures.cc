@@ -4,14 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <unordered_map>
 
 #include "cli/host_figures/host_runs.h"
 #include "cli/input/database_input.h"
 #include "cli/input/reading_threads.h"
 #include "cli/process/messages.h"
 #include "names/frequency.h"
-#include "names/scope_search.h"
 #include "text/failure.h"
 
 namespace orsa::kesncd::cli {

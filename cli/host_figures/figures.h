@@ -28,8 +28,7 @@ struct FigureOptions {
 
 /// A value; nothing in it refers to the dump, which is closed by then.
 struct Figures {
-  // See NameOf.
-  std::string dump;  // what messages call it
+  std::string dump;  // what messages call it; see NameOf
   // Declarations, changes by identifier code and the span.
   HostRun run;
   // Read by the library's hierarchical run: unknown figures are a host's then, such as 0 or a
@@ -60,8 +59,8 @@ Figures FiguresOfTree(const std::string& dump, const orsa::kesncd::VmodHier& roo
 /// cli/selection/scope_choice.h, which this calls.
 std::uint32_t ChosenScope(const Figures& figures, const std::string& text);
 
-/// Says which module was proposed, where none was given. A user who named no module must know which
-/// one the figures are of.
+/// Says which module was proposed where none was given: a user must know which one the figures are
+/// of.
 void SayProposedTop(const Figures& figures, const std::string& given, std::uint32_t scope);
 
 /// What messages call a scope. The variables outside every scope have a name too, which no scope
@@ -75,8 +74,8 @@ std::vector<std::string> ModulesWithVariables(const Declarations& declarations);
 /// out in every row, the paths of a corrupt or hostile dump would be out of all proportion to it.
 std::string RowPath(const Declarations& declarations, std::uint32_t scope);
 
-/// The facts that results begin with. What JSON results carry beside their rows: dump, top,
-/// timescale_ns, start_tick, end_tick and figures, which is "host".
+/// What JSON results carry beside their rows: dump, top, timescale_ns, start_tick, end_tick and
+/// figures, which is "host".
 Facts RunFacts(const Figures& figures, const std::string& top);
 
 }  // namespace orsa::kesncd::cli

@@ -19,14 +19,14 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// The status with which the reader ends its process; none of the program's own. Callers of the
-// reader rely on the number; see ParseVcdFile.
+// The status with which the reader ends its process (see ParseVcdFile); none of the program's own.
 constexpr int kBadTimeScale = 4;
 
 struct Closer {
   void operator()(std::FILE* file) const { (void)std::fclose(file); }
 };
 
+/// Turns away what the reader prints, as long as the object lives.
 class SilentOutput {
  public:
   // All three calls may fail in a process that is out of descriptors; the words then show, which is

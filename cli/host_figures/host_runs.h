@@ -27,8 +27,8 @@ void ReadTree(orsa::kesncd::KesNCD& analyser, DumpInput& input);
 void ReadFlat(orsa::kesncd::KesNCD& analyser, DumpInput& input,
               const std::set<std::string>& signals, const std::string& top);
 
-/// All names that a dump declares. What a flat run without a selection of the user's is given,
-/// since the library takes none but the names that it is told (and those with an index).
+/// All names that a dump declares, for a flat run without a selection of the user's: the library
+/// takes none but the names that it is told (and those with an index).
 std::set<std::string> AllNames(const DumpInput& input);
 
 /// The library's message for a dump, with what helps after it. A module that was never met is

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <utility>
 
-#include "cli/process/exit_status.h"
+#include "text/failure.h"
 
 namespace orsa::kesncd::cli {
 
@@ -37,8 +37,7 @@ class PipeSink : public ByteSink {
         bytes.remove_prefix(static_cast<std::size_t>(written));
       } else if (errno == EPIPE) {
         throw Unwanted();
-      } else if (errno != EINTR) {
-        // A signal that does not end the program.
+      } else if (errno != EINTR) {  // which is a signal that does not end the program
         throw Failure(FailureKind::Unusable, std::string("a pipe: ") + std::strerror(errno));
       }
     }
@@ -77,9 +76,9 @@ DumpFeed::~DumpFeed() {
 void DumpFeed::Run(const std::function<void(ByteSink&)>& write, int writeEnd) noexcept {
   try {
     PipeSink sink(writeEnd);
-    // Nobody reads any more, which is as good as the end.
     write(sink);
   } catch (const Unwanted&) {
+    // Nobody reads any more, which is as good as the end.
   } catch (...) {
     failure_ = std::current_exception();
   }

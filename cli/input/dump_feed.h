@@ -15,10 +15,9 @@
 
 namespace orsa::kesncd::cli {
 
-/// A pipe with a thread of its own that fills it. The library opens `path`, reads as far as it
-/// likes and then `Finish` is called. Nothing is stored on a disk, and no file can come to stand
-/// beside the path. Calling order: construct, let the library open path() once and read, Finish.
-/// Without Finish the destructor ends the thread and what it threw is forgotten.
+/// A pipe with a thread of its own that fills it. Calling order: construct, let the library open
+/// path() once and read, Finish. Without Finish the destructor ends the thread and what it threw is
+/// forgotten.
 class DumpFeed {
  public:
   /// Starts `write` at once. What it writes goes to the pipe; it runs in the new thread, so it must

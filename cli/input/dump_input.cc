@@ -33,8 +33,8 @@ bool ShowsProgress(const InputOptions& options) {
   return !options.quiet && IsTerminal(kErrors);
 }
 
-// Of a stream, which cannot be read twice. Few designs' declarations are longer, while a short
-// packed file may hold no end of comments. 256 MiB.
+// Bytes that are kept of a stream, which cannot be read twice. Few designs' declarations are
+// longer, while a short packed file may hold no end of comments.
 constexpr std::size_t kMostKept = std::size_t{1} << 28;
 
 /// Keeps what is read of a source, so that it can be read again. For the header of a stream: what
@@ -113,8 +113,8 @@ class WatchedSource : public ByteSource {
 
 /// A plain file whose parts are read at the same time.
 class PlainFile : public ByteFile {
-  // `isShown`: with a progress line of its own, as the bytes do not pass through a source.
  public:
+  /// `isShown`: with a progress line of its own, as the bytes do not pass through a source.
   PlainFile(std::shared_ptr<WatchedFile> file, const std::string& name, bool isShown)
       : file_(std::move(file)) {
     if (isShown) line_.emplace(name, size());
@@ -139,8 +139,8 @@ class PlainFile : public ByteFile {
   std::uint64_t done_ = 0;  // bytes of all parts
 };
 
-/// A file that can be opened twice and read anywhere. Standard input cannot: it may stand behind
-/// its file's start.
+/// A file that can be opened twice and read anywhere. Standard input cannot: a part of it may have
+/// been read already.
 bool IsRegularFile(const InputOptions& options) {
   std::error_code ignored;
   return options.dump != "-" && std::filesystem::is_regular_file(options.dump, ignored);
@@ -165,7 +165,7 @@ UnpackedSource OpenDump(const InputOptions& options) {
   if (std::filesystem::is_directory(options.dump, ignored)) {
     throw Failure(FailureKind::Unusable, options.dump + ": is a directory");
   }
-  // Opened once; whether it is one of the known kinds is told by its first bytes.
+  // Its first bytes tell what kind of file it is.
   const std::string name = NameOf(options);
   const auto file = std::make_shared<WatchedFile>(options.dump, name);
   // As many as a database's, the longest, needs.

@@ -79,10 +79,8 @@ class DumpInput {
   const InputOptions options_;
   const Passing passing_;
   const std::string name_;
-  // Which packing was taken off, "" for none.
-  std::string_view packing_;
-  // Of the whole dump; taken away by Read.
-  std::unique_ptr<ByteSource> bytes_;
+  std::string_view packing_;           // that was taken off, "" for none
+  std::unique_ptr<ByteSource> bytes_;  // of the whole dump; taken away by Read
   Declarations declarations_;
   std::string headerFailure_;  // why there are no declarations
 };

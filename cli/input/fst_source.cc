@@ -17,8 +17,9 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// A shell's own number for a command that is not there.
-constexpr int kNotFound = 127;  // the status of a process that could not become fst2vcd
+// The status of a process that could not become fst2vcd; a shell's own for a command that is not
+// there.
+constexpr int kNotFound = 127;
 
 /// The process lives from construction to the end of its output, or to the destructor.
 class FstSource : public ByteSource {
@@ -41,8 +42,7 @@ class FstSource : public ByteSource {
   }
 
   const std::string name_;
-  // Where VCD comes from.
-  int input_ = -1;  // the pipe's end
+  int input_ = -1;  // the pipe's end, where VCD comes from
   pid_t process_ = -1;
   bool isOver_ = false;
 };
@@ -86,7 +86,6 @@ void FstSource::Run(int file, int output) {
 
 int FstSource::Wait() {
   int status = 0;
-  // Not -1 as in "any child": only this one.
   while (process_ > 0 && waitpid(process_, &status, 0) < 0 && errno == EINTR) {
   }
   process_ = -1;

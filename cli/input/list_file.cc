@@ -16,8 +16,7 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// A list of all names of the largest designs; a device or a small packed file may have no end. 1
-// GiB.
+// 1 GiB holds all names of the largest designs; a device or a small packed file may have no end.
 constexpr std::size_t kLongest = std::size_t{1} << 30;
 
 /// Keeps what is written to it; `text` is taken when all is there.

@@ -50,8 +50,8 @@ class TextByPath {
   int file_;
 };
 
-/// A table's text with the lines that start with "#" left blank, so that lines keep their numbers.
-/// Read by the library's own CSV reader afterwards, whose messages name lines.
+/// A table's text with the lines that start with "#" left blank, so that lines keep the numbers
+/// that messages of the library's CSV reader name.
 std::string WithoutComments(const std::string& text);
 
 }  // namespace orsa::kesncd::cli

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <memory>
 #include <string_view>
 
 #include "cli/input/dump_input.h"

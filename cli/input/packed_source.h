@@ -43,8 +43,7 @@ class PackedSource : public ByteSource {
  private:
   const std::unique_ptr<ByteSource> packed_;
   const std::string name_;
-  // One block, read into again and again.
-  std::vector<char> block_;
+  std::vector<char> block_;  // read into again and again
 };
 
 }  // namespace orsa::kesncd::cli

@@ -35,10 +35,9 @@ class ReadAheadSource : public ByteSource {
   // 256 KiB a block and 2 MiB in all: with less the threads would wait for one another more often.
   static constexpr std::size_t kBlockBytes = std::size_t{1} << 18;
   static constexpr std::size_t kBlocks = 8;
-  // How many of the bytes are good; a block is never handed over empty.
   struct Block {
     std::vector<char> bytes;
-    std::size_t held = 0;
+    std::size_t held = 0;  // how many of them are good; never 0 when it is handed over
   };
 
   /// The thread's work.
@@ -46,19 +45,16 @@ class ReadAheadSource : public ByteSource {
 
   const std::unique_ptr<ByteSource> source_;
   std::array<Block, kBlocks> blocks_;
-  // Only of the thread that reads.
-  std::size_t given_ = 0;  // of the block that is handed out
-  // Under the mutex: blocks by number, which stand in the array one after the other.
+  // Bytes of the open block that were given; only for who calls Read.
+  std::size_t given_ = 0;
+  // Guards all that follows but the thread.
   std::mutex mutex_;
   std::condition_variable changed_;
-  // How many blocks were filled, ever.
+  // Blocks that were filled and used up, ever; those between wait, kBlocks at most.
   std::size_t filled_ = 0;
-  // How many of them were used up; filled_ - emptied_ are waiting, kBlocks at most.
   std::size_t emptied_ = 0;
-  // The destructor wants the thread to end.
-  bool isUnwanted_ = false;
-  // The thread fills no more, at the end or after a failure.
-  bool isOver_ = false;
+  bool isUnwanted_ = false;  // the destructor wants the thread to end
+  bool isOver_ = false;      // the thread fills no more, at the end or after a failure
   // Thrown to the reader after the last block that was filled.
   std::exception_ptr failure_;
   // Last of all members: it starts in the constructor and uses the others.

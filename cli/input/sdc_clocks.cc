@@ -76,8 +76,8 @@ class Commands {
     return endsCommand;
   }
 
-  /// A line that ends in a backslash goes on with the next one. "\<newline>" is a blank between
-  /// words, and one inside a word with braces or quotes.
+  /// A line that ends in a backslash goes on with the next one: the two characters are a blank,
+  /// between words or inside braces or quotes.
   void TakeEscaped(char c) {
     word_ += c == '\n' ? ' ' : c;
     if (c == '\n' && depth_ == 0 && !isQuoted_) EndWord();
@@ -101,8 +101,7 @@ class Commands {
   }
 
   Words words_;
-  // The word that is being read.
-  std::string word_;
+  std::string word_;  // that is being read
   // Open braces and brackets. 64 bits: a hostile file may be nothing else.
   std::int64_t depth_ = 0;
   bool isQuoted_ = false;
@@ -229,9 +228,9 @@ SdcClocks ReadSdcClocks(std::string_view text) {
     for (std::size_t i = 1; words->front() == "set_units" && i + 1 < words->size(); ++i) {
       if ((*words)[i] != "-time") continue;
       // "-time ps" and "-time 1ps" are both written.
-      const std::string text_ = Bare((*words)[i + 1]);
-      const bool hasNumber = text_.find_first_of("0123456789") == 0;
-      const std::optional<std::uint64_t> known = Femtoseconds(hasNumber ? text_ : "1" + text_);
+      const std::string written = Bare((*words)[i + 1]);
+      const bool hasNumber = written.find_first_of("0123456789") == 0;
+      const std::optional<std::uint64_t> known = Femtoseconds(hasNumber ? written : "1" + written);
       if (!known) found.units.Add(0, "");
       unit = known.value_or(unit);
     }

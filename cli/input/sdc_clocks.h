@@ -20,15 +20,12 @@
 
 namespace orsa::kesncd::cli {
 
-/// A clock and its period in the design. Ready to be compared with a dump: the period in the unit
-/// that dumps are measured in.
+/// A clock and its period in the design.
 struct DesignClock {
-  // What -name says, else the signal.
-  std::string name;
+  std::string name;          // what -name says, else the signal
   std::string signal;        // what carries it: a port's name, mostly its own
   std::uint64_t period = 0;  // femtoseconds
-  // For messages: "2ns".
-  std::string periodText;
+  std::string periodText;    // for messages: "2ns"
   // Created without a signal, for constraints of inputs and outputs: no dump need have it.
   bool isVirtual = false;
 };

@@ -80,8 +80,8 @@ class Bzip2Source : public PackedSource {
   ~Bzip2Source() override { (void)BZ2_bzDecompressEnd(&state_); }
 
   std::size_t Read(char* to, std::size_t most) override {
-    const auto room = static_cast<unsigned>(std::min<std::size_t>(most, kBlock));
     // bzip2 counts room in 32 bits.
+    const auto room = static_cast<unsigned>(std::min<std::size_t>(most, kBlock));
     state_.next_out = to;
     state_.avail_out = room;
     while (state_.avail_out == room) {

@@ -7,11 +7,11 @@
 
 #include "text/byte_stream.h"
 
+namespace orsa::kesncd::cli {
+
 /// Each takes over the packed source and gives its plain bytes. Throws std::bad_alloc where there
 /// is no memory; reading throws Failure with Unusable for bytes that are corrupt or cut off, which
 /// messages call `name`.
-namespace orsa::kesncd::cli {
-
 std::unique_ptr<ByteSource> MakeXzSource(std::unique_ptr<ByteSource> packed,
                                          const std::string& name);
 std::unique_ptr<ByteSource> MakeBzip2Source(std::unique_ptr<ByteSource> packed,

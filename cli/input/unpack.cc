@@ -5,7 +5,6 @@
 #include <zstd.h>
 
 #include <algorithm>
-#include <array>
 
 #include "cli/input/packed_source.h"
 #include "cli/input/tight_packing.h"

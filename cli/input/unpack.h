@@ -10,13 +10,12 @@
 
 namespace orsa::kesncd::cli {
 
-/// A source with what it holds already: "gzip", "zstd", "xz", "bzip2" or "fst", or nothing for
-/// plain bytes. Move-only; may be kept as long as wanted.
+/// The plain bytes of a dump, and what is known of where they come from.
 struct UnpackedSource {
   std::unique_ptr<ByteSource> bytes;
+  /// "gzip", "zstd", "xz", "bzip2" or "fst"; nothing for plain bytes.
   std::string_view packing;
-  /// What became of the file, once it was read to its end; null where nobody looked. The value
-  /// changes when the end of the file is met.
+  /// What became of the file, from when it was read to its end; null where nobody looks.
   std::shared_ptr<const FileChange> change;
   /// The same bytes where they stand in a plain file, to be read instead of `bytes`. Null for what
   /// is packed, comes through a pipe or is FST.

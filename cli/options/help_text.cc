@@ -9,8 +9,7 @@ namespace {
 
 // 26 characters for an option and its value, two blanks before the help.
 constexpr std::size_t kColumn = 28;  // where the second column starts
-// Lines are shorter than this.
-constexpr std::size_t kWidth = 80;
+constexpr std::size_t kWidth = 80;   // lines are shorter
 
 /// A text broken at blanks, its lines after the first indented to the second column.
 std::string Wrapped(const std::string& text) {

@@ -21,12 +21,12 @@ std::string HelpOf(const CommandLine& line);
 /// options.
 std::string HelpOf(const CommandLine& line, const Command& command);
 
-/// "-o, --output FILE" Of an operand "NAME..." where it may be repeated; an optional value shows as
-/// "[=FILE]".
+/// "-o, --output FILE", where the value may be left out "[=FILE]"; of an operand that may be
+/// repeated "NAME...".
 std::string OptionText(const Option& option);
 
-/// The option's help with what it must be and its default. "(required)", "(optional)" or "(default:
-/// 4)". Also used by the man page, so that both say the same.
+/// The option's help with "(required)", "(optional)" or "(default: 4)" after it. Also used by the
+/// man page, so that both say the same.
 std::string HelpWithDefault(const Option& option);
 
 /// "[OPTION]... --nets FILE DUMP [NAME]...", without the command's name. Required options are

@@ -56,7 +56,6 @@ std::string Join(const std::vector<std::string>& parts, const std::string& separ
   return text;
 }
 
-/// Everything in `help` after the first line keeps its line breaks.
 Command::Command(std::string name, const std::string& help)
     : name_(std::move(name)), summary_(help.substr(0, help.find('\n'))) {
   if (summary_.size() < help.size()) text_ = help.substr(summary_.size() + 1);
@@ -78,9 +77,8 @@ Option& Command::Add(const std::string& flags, const std::string& value, const s
   return (flags.empty() ? operands_ : options_).emplace_back(std::move(option));
 }
 
-/// Listed in the help like any other.
+/// Listed in the help like any other; ParseWords and the parser's Take look for it themselves.
 Option& Command::AddAnswered(const std::string& flags, const std::string& help) {
-  // ParseWords and the parser's Take look for it themselves.
   return Add(flags, "", help, [](const std::string&) {});
 }
 
@@ -174,10 +172,6 @@ Option& Command::AddWord(const std::string& flags, std::vector<std::string> word
 }
 
 /// Operands are options without flags.
-Option& Command::AddOperand(const std::string& name, std::string& target, const std::string& help) {
-  return AddText("", name, target, help);
-}
-
 Option& Command::AddFileOperand(const std::string& name, std::string& target,
                                 const std::string& help) {
   return AddFile("", name, target, help);

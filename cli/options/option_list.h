@@ -37,8 +37,8 @@ std::string Join(const std::vector<std::string>& parts, const std::string& separ
 struct Option {
   std::vector<std::string> flags;  // "-o", "--output"
   std::string argument;            // what its value is called; empty when it takes none
-  // Of the value, such as "bar|box": these are also what shells complete.
-  std::vector<std::string> choices;  // the values it may have, where they are few
+  // The values it may have, where they are few: these are also what shells complete.
+  std::vector<std::string> choices;
   std::string help;
   std::string initial;     // what holds where it is not given; empty where the help says it
   bool isFile = false;     // its value is the path of a file
@@ -46,9 +46,9 @@ struct Option {
   bool repeats = false;    // it may come again, for one more value
   bool alsoAlone = false;  // its value may be left out, and stands after "=" only
   bool isHelp = false;     // asks for the command's help and nothing else
-  /// Takes a value, an empty one where none was given. Throws Failure with a reason, such as "-1 is
-  /// no whole number from 0", that the parser puts the option's name before. What an option does;
-  /// it may be called several times where `repeats`, in the order of the words.
+  /// What the option does: takes a value, an empty one where none was given. Called once for each,
+  /// in the order of the words, where `repeats`. Throws Failure with a reason, such as "-1 is no
+  /// whole number from 0", that the parser puts the option's name before.
   std::function<void(const std::string&)> take;
 
   /// What messages call it: its longest flag, or the operand's name.
@@ -134,7 +134,6 @@ class Command {
 
   /// Operands are taken in the order in which they are added; one that takes all that are left
   /// comes last.
-  Option& AddOperand(const std::string& name, std::string& target, const std::string& help);
   Option& AddFileOperand(const std::string& name, std::string& target, const std::string& help);
   /// All operands that are left, of which there may be none.
   Option& AddOperands(const std::string& name, std::vector<std::string>& target,
@@ -146,9 +145,8 @@ class Command {
   const std::string& summary() const { return summary_; }
   const std::string& text() const { return text_; }
   const std::deque<Option>& options() const { return options_; }
-  /// `flag` with its hyphens, as in `flags`.
   const std::deque<Option>& operands() const { return operands_; }
-  /// The option that a flag belongs to; null for none.
+  /// The option that a flag, with its hyphens, belongs to; null for none.
   const Option* OptionOf(const std::string& flag) const;
   /// All flags of its options.
   std::vector<std::string> Flags() const;
@@ -169,12 +167,10 @@ class Command {
   Option& AddWord(const std::string& flags, std::vector<std::string> words, const std::string& help,
                   std::function<void(std::size_t)> choose);
 
-  // "flat"; of the program "kesncd".
-  std::string name_;
+  std::string name_;  // "flat"; of the program "kesncd"
   // The help's first line, without a full stop: --help lists it, the man page adds one.
   std::string summary_;
-  // The rest, from the line after the summary on.
-  std::string text_;
+  std::string text_;            // the rest
   std::deque<Option> options_;  // what is added stays where it is
   std::deque<Option> operands_;
 };

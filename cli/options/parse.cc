@@ -110,12 +110,12 @@ void AddTo(CLI::App& app, const Option& option) {
 /// The words as CLI11 takes them, last first. It would take the next word for the value of
 /// "--top=", which a script writes whose variable is empty.
 std::vector<std::string> LastFirst(const Command& command, const std::vector<std::string>& words) {
-  // After "--" every word is an operand, also "--top=".
   std::vector<std::string> reversed;
+  // After "--" every word is an operand, also "--top=".
   bool onlyOperands = false;
   for (const std::string& word : words) {
-    // Only "--option=" needs help: "--option=value" and "--option value" are taken as they are.
     onlyOperands = onlyOperands || word == "--";
+    // Only "--option=" needs help: "--option=value" and "--option value" are taken as they are.
     const Option* const option = onlyOperands || !word.ends_with("=")
                                      ? nullptr
                                      : command.OptionOf(word.substr(0, word.size() - 1));
@@ -190,8 +190,8 @@ std::function<ExitStatus()> Printing(std::string text) {
   };
 }
 
-/// A word that names a file rather than a command: one that is there, or one with an ending.
-/// "sim.vcd", "dumps/sim", "-"; "sim" only where a file of that name is there.
+/// A word that names a file rather than a command: "sim.vcd", "dumps/sim", "-"; "sim" only where a
+/// file of that name is there.
 bool IsFileName(const std::string& word) {
   if (word.starts_with("-")) return word == "-";
   std::error_code ignored;
@@ -209,9 +209,9 @@ const Command& CommandOf(const CommandLine& line, const std::string& name) {
   for (const Command& command : line.commands) {
     if (command.name() == line.commandOfFiles && IsFileName(name)) return command;
   }
-  const std::string meant = Meant(name, names);
-  // A slip of a command's name is likelier than a file that is missing.
   if (name.starts_with("-")) RefuseLine(name + " is no option");
+  // A slip of a command's name is likelier than a file that is missing.
+  const std::string meant = Meant(name, names);
   RefuseLine(name + " is no command" + (meant.empty() ? ", and no such file is there" : meant));
 }
 

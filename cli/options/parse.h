@@ -13,12 +13,11 @@
 
 #include "cli/options/option_list.h"
 
-/// Calling order: MakeCommandLine, ParseWords, then what it returned, once.
 namespace orsa::kesncd::cli {
 
-/// Gives the words' values to the options that they name, and what is to be done then: the
-/// command's work, or printing help or the version. Throws Failure with Unusable, before anything
-/// was done, for words that mean nothing.
+/// Gives the words' values to the options that they name, and returns what is to be done then,
+/// once: the command's work, or printing help or the version. Throws Failure with Unusable, before
+/// anything was done, for words that mean nothing.
 ///
 /// An option's value is the next word, or stands after "=" ("-oFILE" after a single letter);
 /// options and operands mix; after "--" every word is an operand, and "-" always is. The line must

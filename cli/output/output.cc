@@ -23,7 +23,6 @@ std::unique_ptr<ResultWriter> MakeWriter(const OutputOptions& options, const Res
                                          ByteSink& out) {
   switch (ChosenFormat(options.format, options.path, RowFormats(), Format::Table)) {
     case Format::Csv:
-      // RFC 4180.
       return MakeCsvWriter(head, out);
     case Format::Json:
       return MakeJsonWriter(head, out);
@@ -49,9 +48,8 @@ std::string NameOf(const std::string& output) {
   return output.empty() || output == "-" ? "standard output" : output;
 }
 
-/// Files that one descriptor reads and another writes are one file too. As in "kesncd prepare - <
-/// x.vcd >> x.vcd". PlaceOf gives a stream its descriptor, by which two streams are told apart;
-/// here that must not count.
+/// A file that one descriptor reads and another writes is one file too, as in "kesncd prepare - <
+/// x.vcd >> x.vcd": the descriptor, by which two streams are told apart, must not count.
 bool IsInput(const Place& output, const Place& input) {
   Place byName = output;
   byName.descriptor = -1;
@@ -104,8 +102,7 @@ void ResultOutput::End(const ResultTail& tail) {
 }
 
 void CheckOutputs(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs) {
-  // Of the outputs that were looked at so far.
-  std::vector<Place> places;
+  std::vector<Place> places;  // of the outputs that were looked at so far
   for (const std::string& output : outputs) {
     const Place place = PlaceOf(output);
     for (const std::string& input : inputs) {

@@ -10,12 +10,12 @@
 
 namespace orsa::kesncd::cli {
 
-/// Packs what is written to it, then once Finish. The bytes do not depend on the hour. Calling
-/// order: construct, Write any number of times, Finish once. What is written without Finish is cut
-/// off, and every reader says so. Throws std::bad_alloc; what the sink throws passes through.
+/// Packs what is written to it. The bytes do not depend on the hour. Calling order: construct,
+/// Write any number of times, Finish once. What is written without Finish is cut off, and every
+/// reader says so. Throws std::bad_alloc; what the sink throws passes through.
 class GzipSink : public ByteSink {
-  // The sink is the caller's and must outlive the packer; it is not ended by Finish.
  public:
+  /// The sink is the caller's and must outlive the packer; it is not ended by Finish.
   explicit GzipSink(ByteSink& to);
   ~GzipSink() override;
 

@@ -9,8 +9,8 @@
 
 namespace orsa::kesncd::cli {
 
-/// The end of "x.CSV.gz" is "csv", packed. Of a path without one, as "-" is, it is empty. Endings
-/// are in small letters, so x.SAIF is x.saif.
+/// The end of "x.CSV.gz" is "csv", packed: endings are in small letters. Of a path without one, as
+/// "-" is, it is empty.
 struct PathEnding {
   std::string format;
   bool isPacked = false;
@@ -36,7 +36,7 @@ Format ChosenFormat(const std::optional<Format>& asked, const std::string& path,
     if (word == ending) return format;
     words.push_back(word);
   }
-  /// No such format here; perhaps it is one of another command's.
+  // No such format here; perhaps it is one of another command's.
   RefuseOtherEnding(path, words);
   return otherwise;
 }

@@ -1,7 +1,7 @@
 // A sink of bytes as a standard stream, for writers of activity formats that take one.
 //
-// SAIF and Tcl are written with operator<<, hundreds of megabytes of small pieces. A stream
-// of the standard library swallows exceptions of its buffer; this one is set up to pass them on.
+// SAIF and Tcl are written with operator<<, hundreds of megabytes of small pieces. A stream of the
+// standard library swallows exceptions of its buffer; this one is set up to pass them on.
 #ifndef KESNCD_CLI_OUTPUT_SINK_STREAM_H_
 #define KESNCD_CLI_OUTPUT_SINK_STREAM_H_
 

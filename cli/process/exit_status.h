@@ -13,8 +13,8 @@ namespace orsa::kesncd::cli {
 enum class ExitStatus {
   Done = 0,
   NothingMatched = 1,  // the work was done, but nothing of what was asked for is in the input
-  // The same number as NothingMatched: something was found that a user should look at.
-  Findings = 1,      // of `check`
+  // Of `check` and `diff`, the same number: something was found that a user should look at.
+  Findings = 1,
   Unusable = 2,      // wrong use, or an input that cannot be read
   OutputFailed = 3,  // the result could not be written
   ReaderGone = 141,  // nobody wants the rest, as after "| head": what a shell shows for SIGPIPE

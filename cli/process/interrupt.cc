@@ -14,7 +14,6 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// A shell shows 130 for Ctrl-C: 128 + SIGINT.
 constexpr int kSignalled = 128;         // added to a signal's number, as shells do
 constexpr std::size_t kMostFiles = 16;  // that any command writes at a time
 

@@ -13,8 +13,9 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-// Set while the command line is parsed, before any thread is started.
-bool isQuiet = false;  // of this process: remarks come from many places
+// Of the process, as remarks come from many places. Set while the command line is parsed, before
+// any thread is started.
+bool isQuiet = false;
 
 }  // namespace
 

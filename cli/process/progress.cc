@@ -17,8 +17,8 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 500ms;
 // Between two changes of the line, and between two looks of ReadingWatch.
 constexpr auto kBetween = 200ms;
-// Characters, so that name and figures fit on 80 columns.
-constexpr std::size_t kNameShown = 40;  // its end
+// Characters of a name's end, so that name and figures fit on 80 columns.
+constexpr std::size_t kNameShown = 40;
 constexpr double kMega = 1e6;
 constexpr double kPercent = 100;
 

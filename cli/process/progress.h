@@ -56,8 +56,7 @@ class ProgressLine {
   const Clock::time_point start_ = Clock::now();
   // When the line may change next.
   Clock::time_point next_;
-  // Characters of the text that the terminal shows; 0: none.
-  std::size_t columns_ = 0;  // of what stands there
+  std::size_t columns_ = 0;  // characters that the terminal shows
 };
 
 /// Passes a source's bytes on and shows how many there were. Owns the source. The bytes are counted

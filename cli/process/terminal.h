@@ -10,9 +10,8 @@ namespace orsa::kesncd::cli {
 /// texts are made harmless, and a binary database is refused.
 bool IsTerminal(int file);
 
-/// The text in bold where the stream leads to a terminal that shows it, and nobody asked by
-/// NO_COLOR or TERM=dumb to leave texts as they are. The text as it is, or between the terminal's
-/// codes for bold. NO_COLOR counts with any value but an empty one.
+/// The text between the terminal's codes for bold where the stream leads to a terminal that has
+/// them; else, and where NO_COLOR (unless it is empty) or TERM=dumb asks for that, as it is.
 std::string Bold(int file, const std::string& text);
 
 }  // namespace orsa::kesncd::cli

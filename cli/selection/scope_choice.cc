@@ -34,6 +34,23 @@ void SayWhichOf(const std::string& dump, const Declarations& declarations,
                    declarations.ShortPathOf(chosen) + ", not " + ShortList(others));
 }
 
+/// Throws Failure with NothingMatched: "x.vcd: no scope sco; did you mean tb/soc?", or with a list
+/// of scopes where nothing is near.
+[[noreturn]] void FailUnknownScope(const std::string& dump, const Declarations& declarations,
+                                   const std::string& text) {
+  std::vector<std::string> near = NearScopes(declarations, text);
+  // Nothing that looks like it: the scopes that could be chosen help more than a bare refusal. A
+  // hundred are enough for the list, which shows twelve and counts the rest.
+  std::string hint = "; did you mean " + ShortList(near) + "?";
+  if (near.empty()) {
+    for (std::uint32_t i = 1; i < declarations.scopes.size() && near.size() < 100; ++i) {
+      if (!declarations.scopes[i].variables.empty()) near.push_back(declarations.ShortPathOf(i));
+    }
+    hint = "; its modules are " + ShortList(near);
+  }
+  throw Failure(FailureKind::NothingMatched, dump + ": no scope " + text + hint);
+}
+
 }  // namespace
 
 std::uint32_t OnlyScope(const std::string& dump, const Declarations& declarations,
@@ -41,7 +58,6 @@ std::uint32_t OnlyScope(const std::string& dump, const Declarations& declaration
   // Before any search: "/" means this also where a scope is called so.
   if (text == "/") return Declarations::kDump;
   const std::vector<std::uint32_t> scopes = FindScopes(declarations, text);
-  // Does not return.
   if (scopes.empty()) FailUnknownScope(dump, declarations, text);
   if (scopes.size() == 1) return scopes.front();
   std::vector<std::string> paths;
@@ -62,21 +78,6 @@ std::uint32_t ChosenScope(const std::string& dump, const Declarations& declarati
   const std::uint32_t chosen = BestOf(declarations, scopes);
   SayWhichOf(dump, declarations, scopes, text, chosen);
   return chosen;
-}
-
-void FailUnknownScope(const std::string& dump, const Declarations& declarations,
-                      const std::string& text) {
-  std::vector<std::string> near = NearScopes(declarations, text);
-  // Nothing that looks like it: the scopes that could be chosen help more than a bare refusal. A
-  // hundred are enough for the list, which shows twelve and counts the rest.
-  std::string hint = "; did you mean " + ShortList(near) + "?";
-  if (near.empty()) {
-    for (std::uint32_t i = 1; i < declarations.scopes.size() && near.size() < 100; ++i) {
-      if (!declarations.scopes[i].variables.empty()) near.push_back(declarations.ShortPathOf(i));
-    }
-    hint = "; its modules are " + ShortList(near);
-  }
-  throw Failure(FailureKind::NothingMatched, dump + ": no scope " + text + hint);
 }
 
 /// A message must not fill a screen, however many scopes a dump has.

@@ -30,14 +30,8 @@ std::uint32_t OnlyScope(const std::string& dump, const Declarations& declaration
 std::uint32_t ChosenScope(const std::string& dump, const Declarations& declarations,
                           const std::string& text);
 
-/// Throws Failure with NothingMatched that no scope is called so, and what may have been meant. The
-/// message: "x.vcd: no scope sco; did you mean tb/soc?", or with a list of scopes where nothing is
-/// near.
-[[noreturn]] void FailUnknownScope(const std::string& dump, const Declarations& declarations,
-                                   const std::string& text);
-
-/// The first of many names for a message, and how many more there are. "a, b, c and 17 more",
-/// twelve at most.
+/// The first of many names for a message, twelve at most, and how many more there are: "a, b, c and
+/// 17 more".
 std::string ShortList(const std::vector<std::string>& names);
 
 }  // namespace orsa::kesncd::cli

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 #include "names/name_order.h"
 #include "text/failure.h"

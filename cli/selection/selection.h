@@ -21,9 +21,8 @@ enum class SortBy { Nothing, Toggles, Rate, Name };
 
 /// What --sort, --limit and --match say; together: match first, then sort, then cut.
 struct SelectionOptions {
-  // Rows at most.
   SortBy sort = SortBy::Nothing;
-  std::uint64_t limit = UINT64_MAX;
+  std::uint64_t limit = UINT64_MAX;  // rows at most
   // Patterns of which one has to match; see PathGlob for what they may hold.
   std::vector<std::string> match;
 };
@@ -34,8 +33,8 @@ void AddSelectionOptions(Command& command, SelectionOptions& options);
 /// The patterns that names are to match; none of them: every name does. Made once for a command,
 /// then asked for each row.
 class PathFilter {
-  // Patterns are taken apart here, so that asking costs no more than comparing.
  public:
+  /// Takes the patterns apart, so that asking costs no more than comparing.
   explicit PathFilter(const std::vector<std::string>& patterns);
 
   /// Whether every name passes, so that a caller may save itself making paths.
@@ -66,10 +65,9 @@ class SelectedRows {
   SelectedRows(const SelectionOptions& options, ResultOutput& out)
       : sort_(options.sort), limit_(options.limit), out_(out) {}
 
-  /// Whether a row of those figures may still get into the result: what makes it may be left out
-  /// otherwise. Costs no more than a comparison: a caller asks this before it makes paths and
-  /// texts. May be true for a row that is dropped later, never false for one that belongs to the
-  /// result.
+  /// Whether a row of those figures may still get into the result: it costs no more than a
+  /// comparison, so that a caller need not make paths and texts of the others. May be true for a
+  /// row that is dropped later, never false for one that belongs to the result.
   bool Wants(std::optional<double> toggles, std::optional<double> rate) const;
   /// The row has a cell for each column of the output. It may be written at once, later or never.
   void Add(const SortKeys& keys, const Row& row);
@@ -79,10 +77,8 @@ class SelectedRows {
  private:
   // A row that waits, with what it is compared by.
   struct Kept {
-    // Toggles or rate; minus infinity where that is not known.
-    double key;
-    // Only for the order by name, else empty.
-    std::string name;
+    double key;        // toggles or rate; minus infinity where that is not known
+    std::string name;  // only for the order by name, else empty
     Row row;
   };
 

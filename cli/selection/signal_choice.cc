@@ -13,10 +13,9 @@ namespace orsa::kesncd::cli {
 
 namespace {
 
-/// Variables called so without their range: a user who means a whole bus need not give it. Each
-/// signal once, by its first name. "data" or "soc/data" for the dump's "data[7:0]". SignalSearch
-/// takes "data" for a name of its own and a bit's name, but not for a bus as a whole, so this comes
-/// after it found nothing.
+/// Variables called so without their range, "data" or "soc/data" for the dump's "data[7:0]", each
+/// signal once, by its first name. SignalSearch does not take "data" for a bus as a whole, so this
+/// comes after it found nothing.
 std::vector<std::uint32_t> FindWithoutRange(const Declarations& declarations,
                                             const std::string& text) {
   // Scopes of the text, if it has any, are compared as the end of the path below.

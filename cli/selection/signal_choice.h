@@ -16,12 +16,12 @@ namespace orsa::kesncd::cli {
 
 /// The one variable that a text means, as `kesncd find` takes names, or without a bus's range.
 /// Throws Failure with NothingMatched where there is none with bits, or where there are several,
-/// with their paths. The reference is into `declarations`. "Bits" leaves out reals, strings and
-/// events as well as variables whose width is no positive number.
+/// with their paths. Reals, strings, events and variables whose width is no positive number have no
+/// bits. The reference is into `declarations`.
 const DumpVariable& OnlySignal(const std::string& dump, const Declarations& declarations,
                                const std::string& text);
 
-/// The paths of variables, for a message. As ShortList shows them.
+/// The paths of variables for a message, as ShortList shows them.
 std::string PathsOf(const std::vector<std::uint32_t>& variables, const Declarations& declarations);
 
 /// Whether a designer says by a signal's name that it is a clock. "clk" or "clock" anywhere in the

@@ -313,9 +313,9 @@
       this.sums = Model.sumsIn(this.model, this.stretch.from, this.stretch.to);
       this.drawStretch();
       if (!this.timeline) return;
-      // What is drawn must be said where it is not what was asked for.
       const holder = this.courseHolder();
       this.timeline.draw(holder, this.stretch);
+      // What is drawn must be said where it is not what was asked for.
       if (holder !== this.focus) {
         element('timeline-summary').textContent =
           `${Text.name(this.focus.path)} has no course of its own: what is drawn is that of ` +
@@ -371,9 +371,9 @@
       report.drawTime();
     };
     addEventListener('resize', () => {
-      // With the next frame, when the new width is settled.
       if (document.body.clientWidth === width) return;
       width = document.body.clientWidth;
+      // With the next frame, when the new width is settled.
       requestAnimationFrame(redraw);
     });
     element('print').addEventListener('click', () => print());

@@ -8,7 +8,8 @@
 //     value: (row) => row.toggles, text: (row) => '1,234' }
 //
 // `key` is the column's name in CSV, `when` (optional) says whether it is there at present, `bar`
-// shades a cell by its share of the largest value, `csvOnly` keeps it off the page.
+// shades a cell by its share of the largest value, `name` marks the row's heading, `hint` explains
+// the title, `csvOnly` keeps the column off the page.
 /* exported Table */
 /* global Text */
 'use strict';
@@ -57,8 +58,8 @@ const Table = (() => {
   }
 
   class View {
-    // columns: {key, title, hint, value(row), text(row), name, bar, csvOnly}; rows() gives all
-    // rows; what is the field's word for them; open(row) is called for a click on a name.
+    // `columns` are as above; `rows()` gives all rows, `what` is the word for them, `searched(row)`
+    // the text in which a search looks; `open(row)` is called for a click on a name.
     constructor(section, { what, columns, rows, searched, open, fileName, order }) {
       Object.assign(this, { what, columns, rows, searched, open, fileName, order });
       // Words of the search, in small letters; all must occur.
@@ -115,12 +116,12 @@ const Table = (() => {
 
     // All rows that the search leaves, in order.
     found() {
-      // Copied, as sorting would change the caller's list.
       const { words, searched } = this;
       const matches = (row) => {
         const text = toSearched(searched(row));
         return words.every((word) => text.includes(word));
       };
+      // Copied, as sorting would change the caller's list.
       const rows = words.length === 0 ? [...this.rows()] : this.rows().filter(matches);
       const column = this.columns.find(({ key }) => key === this.order.key);
       // Values are computed once a row, not once a comparison.
