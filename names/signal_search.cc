@@ -131,7 +131,8 @@ void SignalSearch::AddText(std::uint32_t scopeText, char kind, std::string_view 
 
 void SignalSearch::AddBit(std::uint32_t scopeText, char kind, std::string_view base,
                           std::int64_t bit, const Reading& reading) {
-  bits_[KeyOf(scopeText, kind, base)].readings.emplace_back(bit, reading);
+  const Reading ofBit{reading.query, reading.level, true};
+  bits_[KeyOf(scopeText, kind, base)].readings.emplace_back(bit, ofBit);
   expected_[SecretTextHash{}(base) % kFilterBits] = true;
 }
 
@@ -246,6 +247,7 @@ bool SignalSearch::Enter(const Reading& reading, bool isWhole, std::uint32_t var
   if (level < query.level) {
     query = {};
     query.level = level;
+    query.answer.isBit = reading.isBit;
   }
   // A variable of the same signal: the outermost one stands for it.
   if (std::find(query.codes.begin(), query.codes.end(), codeId) != query.codes.end()) return true;

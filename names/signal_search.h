@@ -27,6 +27,7 @@ struct SignalAnswer {
   // Indices; of each code the outermost variable only.
   std::vector<std::uint32_t> variables;  // outermost first; several: the name is ambiguous
   std::uint64_t more = 0;                // further ones that were not kept
+  bool isBit = false;                    // the name is that of one bit in the variables' ranges
 };
 
 /// The names are looked up together, in one walk of the tree: the time is in proportion to the
@@ -58,6 +59,7 @@ class SignalSearch {
   struct Reading {
     std::uint32_t query;
     std::uint32_t level;
+    bool isBit = false;
   };
   /// Readings as a bit of a range, by the bit's number. `next` leads past readings that need no
   /// further answer. A name that has enough answers is not looked at for the rest of the walk; a

@@ -84,7 +84,7 @@ ClockCheck::ClockCheck(const ClockOptions& options)
   if (scales_) clocks_.push_back(DesignClockOf(options.clock));
   if (sdc_.empty()) return;
   const std::vector<DesignClock> clocks = SdcClocksOf(sdc_);
-  if (clocks.empty()) Remark(sdc_, "it creates no clock with a period");
+  if (clocks.empty()) Remark(sdc_, "no create_clock with a period");
   clocks_.insert(clocks_.end(), clocks.begin(), clocks.end());
 }
 

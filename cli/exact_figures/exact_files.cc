@@ -176,8 +176,13 @@ ExitStatus ReportPins(const ExactRun& run, const ExactOptions& options, const Ne
                        (wantsHint ? "; --unmatched FILE lists the others" : ""));
   // 0 without --require.
   if (percent >= options.require) return ExitStatus::Done;
-  Say(run.dump, RoundedText(percent, 4) + " % of the pins reached are less than the " +
-                    RoundedText(options.require, 4) + " % that --require asks for");
+  // As many digits as it takes to tell the two apart.
+  int digits = 4;
+  while (digits < 17 && RoundedText(percent, digits) == RoundedText(options.require, digits)) {
+    ++digits;
+  }
+  Say(run.dump, RoundedText(percent, digits) + " % of the pins reached are less than the " +
+                    RoundedText(options.require, digits) + " % that --require asks for");
   return ExitStatus::NothingMatched;
 }
 

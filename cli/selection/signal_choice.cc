@@ -42,6 +42,7 @@ const DumpVariable& OnlySignal(const std::string& dump, const Declarations& decl
   // Exact: letter case counts.
   const SignalSearch search(declarations, Declarations::kDump, true, {text});
   std::vector<std::uint32_t> found = search.Answer(0).variables;
+  const bool isBit = search.Answer(0).isBit;
   if (found.empty()) found = FindWithoutRange(declarations, text);
   std::string fault;
   if (found.empty()) {
@@ -49,7 +50,9 @@ const DumpVariable& OnlySignal(const std::string& dump, const Declarations& decl
   } else if (found.size() > 1) {
     fault = text + " means several signals: " + PathsOf(found, declarations);
   } else if (const DumpVariable& signal = declarations.variables[found.front()];
-             signal.width > 0 && TypeHasBits(declarations.TypeOf(signal))) {
+             signal.width > 1 && isBit) {
+    fault = text + " is one bit of " + declarations.ShortPathOf(signal) + ": name all of it";
+  } else if (signal.width > 0 && TypeHasBits(declarations.TypeOf(signal))) {
     // A real or an event may be the only one that is called so; that is worth another message.
     return signal;
   } else {

@@ -16,8 +16,9 @@ namespace orsa::kesncd::cli {
 
 /// The one variable that a text means, as `kesncd find` takes names, or without a bus's range.
 /// Throws Failure with NothingMatched where there is none with bits, or where there are several,
-/// with their paths. Reals, strings, events and variables whose width is no positive number have no
-/// bits. The reference is into `declarations`.
+/// with their paths, and for one bit of a bus, as figures are those of the whole. Reals, strings,
+/// events and variables whose width is no positive number have no bits. The reference is into
+/// `declarations`.
 const DumpVariable& OnlySignal(const std::string& dump, const Declarations& declarations,
                                const std::string& text);
 

@@ -158,7 +158,9 @@ TickWindow WindowInTicks(const TimeWindow& window, std::optional<std::uint64_t> 
   if (!window.begin && !window.end) return {};
   if (!tick) {
     throw Failure(FailureKind::Unusable,
-                  name + ": has no time scale, which a window needs; --timescale gives one");
+                  name +
+                      ": has no time scale, which a window needs; kesncd prepare "
+                      "--timescale gives one");
   }
   TickWindow ticks;
   // BEGIN between two ticks: the later one is the first inside.

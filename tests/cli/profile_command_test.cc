@@ -66,6 +66,7 @@ kesncd profile d.vcd --window 0 => 2 =>  => kesncd: --window and --peak: 0 is no
 kesncd profile d.vcd --window 1ps -q => 2 =>  => kesncd: d.vcd: a window of less than a tick .*\n
 kesncd profile flat.vcd --window 1ns -q => 2 =>  => kesncd: flat.vcd: has no time scale, .*\n
 kesncd profile flat.vcd -q --format csv --windows 1 | tr -d '\r' => 0 => begin,end,observed,toggles,toggles_per_us\n0,5,5,1,\n
+kesncd profile d.vcd --by 'state[0]' -q => 1 =>  => kesncd: d.vcd: state\[0\] is one bit of .*: name all of it\n
 kesncd profile d.vcd --clock state -q => 1 =>  => kesncd: d.vcd: state is no signal of one bit\n
 kesncd profile d.vcd --clock '' => 2 =>  => kesncd: --clock: an empty text is no signal\n.*\n
 kesncd profile long.vcd --peak 10ns >/dev/null => 0 =>  => kesncd: long.vcd: .* second reading, which no time of an option reaches.*\n
