@@ -330,10 +330,6 @@ void ActivityDatabase::SetExact(ActivityResult& result) {
   ReadBits(result);
 }
 
-ActivityResult ActivityDatabase::ReadExact() {
-  return ReadAll().exact;
-}
-
 /// Reads no bits, which are most of the file.
 HostRun ActivityDatabase::ReadHost() {
   RefusePart();

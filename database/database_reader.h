@@ -30,7 +30,6 @@ class ActivityDatabase {
 
   /// Known from construction on.
   const StoredFacts& facts() const { return facts_; }
-  ActivityResult ReadExact();
   /// Throws too where there are no figures of hosts. For `flat`, `tree` and `find`: a merged
   /// database has none.
   HostRun ReadHost();

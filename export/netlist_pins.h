@@ -195,8 +195,6 @@ SaifReport WritePinSaif(const NetlistPins& pins, const ActivityResult& result,
 /// Paths begin below the top module: "fifo/_07_/A".
 void WritePinTcl(const NetlistPins& pins, const ActivityResult& result, const TclRates& rates,
                  std::ostream& out);
-/// Rows of "path,t0,t1,tx,tz,tc,ig", the path being "fifo/_07_/A".
-void WritePinCsv(const NetlistPins& pins, std::ostream& out);
 /// The paths of the pins that were not reached, each on a line.
 void WriteUnreached(const NetlistPins& pins, std::ostream& out);
 

@@ -83,14 +83,6 @@ class PinTree {
   bool inCell_ = false;
 };
 
-/// Quoted where it has to be: cells may be called anything.
-std::string CsvField(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
-  return quoted + '"';
-}
-
 }  // namespace
 
 /// See WriteSaif for nets; what differs is where names come from.
@@ -153,21 +145,6 @@ void WritePinTcl(const NetlistPins& pins, const ActivityResult& result, const Tc
     pins.AppendCellPath(instance, cell, path);
     path += '/';
     path += pins.PinNameAt(instance, cell, index);
-  });
-}
-
-/// Without rates: a table for programs that compute their own.
-void WritePinCsv(const NetlistPins& pins, std::ostream& out) {
-  out << "path,t0,t1,tx,tz,tc,ig\r\n";
-  pins.ForEachPin([&](const CellPin& pin) {
-    if (!pin.figures) return;
-    const BitFigures& figures = *pin.figures;
-    out << CsvField(PathOf(pins, pin));
-    for (const std::uint64_t figure :
-         {figures.t0, figures.t1, figures.tx, figures.tz, figures.tc, figures.ig}) {
-      out << ',' << std::to_string(figure);
-    }
-    out << "\r\n";
   });
 }
 

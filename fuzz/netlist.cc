@@ -42,9 +42,7 @@ void CheckInput(std::string_view bytes) {
     TextSource json(std::string(bytes), kPiece);
     const Netlist netlist = ReadNetlist(json, "n");
     const NetlistPins pins(netlist, Result(), {});
-    std::ostringstream rows;
     std::ostringstream unreached;
-    WritePinCsv(pins, rows);
     WriteUnreached(pins, unreached);
     std::uint64_t seen = 0;
     pins.ForEachPin([&](const CellPin& pin) {

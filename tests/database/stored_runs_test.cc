@@ -275,7 +275,7 @@ TEST(StoredRuns, OfAForgerDoNoHarm) {
   const std::string bytes = Written(RunOf(SmallDump(kDesign), random));
   const auto figures = [](ActivityDatabase& database) {
     (void)database.ReadHost();
-    return FiguresText(database.ReadExact());
+    return FiguresText(database.ReadAll().exact);
   };
   const std::string as =
       "a/d[1] 5 15 0 0 1 0, a/d[0] 0 20 0 0 0 0, a/b/e[1] 5 15 0 0 1 0, "

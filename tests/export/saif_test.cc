@@ -82,6 +82,20 @@ Files FilesOf(const ActivityResult& result) {
       {"saif", saif.str()}, {"unwritten", unwritten.str()}, {"tcl", tcl.str()}, {"report", report}};
 }
 
+/// "fifo/_07_/A 10 20 0 0 1 0": each pin that was reached, its times and toggles.
+std::string PinRowsOf(const NetlistPins& pins) {
+  std::ostringstream rows;
+  pins.ForEachPin([&](const CellPin& pin) {
+    if (!pin.figures) return;
+    std::string path;
+    pins.AppendCellPath(pin, path);
+    const BitFigures& f = *pin.figures;
+    rows << path << "/" << pin.name << " " << f.t0 << " " << f.t1 << " " << f.tx << " " << f.tz
+         << " " << f.tc << " " << f.ig << "\n";
+  });
+  return rows.str();
+}
+
 /// Where a netlist says to which pins figures go.
 Files PinFilesOf(const ActivityResult& result, const std::string& json) {
   TextSource source(json, 4096);
@@ -90,16 +104,14 @@ Files PinFilesOf(const ActivityResult& result, const std::string& json) {
   std::ostringstream saif;
   std::ostringstream unwritten;
   std::ostringstream tcl;
-  std::ostringstream csv;
   std::ostringstream unreached;
   const std::string report = ReportText(WritePinSaif(pins, result, Options(), saif, &unwritten));
   WritePinTcl(pins, result, Rates(), tcl);
-  WritePinCsv(pins, csv);
   WriteUnreached(pins, unreached);
   return {{"saif", saif.str()},
           {"unwritten", unwritten.str()},
           {"tcl", tcl.str()},
-          {"csv", csv.str()},
+          {"pins", PinRowsOf(pins)},
           {"unreached", unreached.str()},
           {"report", result.declarations.PathOf(pins.scope()) + ": reached " +
                          std::to_string(pins.reached()) + " of " + std::to_string(pins.pins()) +

@@ -1,6 +1,6 @@
 // The stand-alone host with the shared library, as a program has them.
-#include "host/design_data.h"
 #include "host/standalone/standalone_host.h"
+#include "host/design_data.h"
 
 #include "tests/support/testing.h"
 
