@@ -9,23 +9,13 @@
 #include <immintrin.h>
 #endif
 
+#include "text/number.h"
 #include "vcd/plain_lines.h"
 #include "vcd/value_alphabet.h"
 
 namespace orsa::kesncd {
 
 namespace {
-
-/// The characters at `text` as one integer of that many bytes, the first one lowest.
-template <class Integer>
-std::uint64_t Load(const char* text) {
-  Integer bytes = 0;
-  std::memcpy(&bytes, text, sizeof bytes);
-  if constexpr (std::endian::native == std::endian::big) {
-    return sizeof bytes == 8 ? __builtin_bswap64(bytes) : __builtin_bswap32(bytes);
-  }
-  return bytes;
-}
 
 /// Whether eight characters are all 0 or 1, which differ in their lowest bit only.
 bool AreBinary(std::uint64_t characters) {
@@ -42,14 +32,14 @@ std::uint64_t LowestBits(std::uint64_t characters) {
 /// the same characters give the same bits twice.
 bool ReadShortBinary(const char* text, std::size_t length, std::uint64_t& bits) {
   if (length >= 8) {
-    const std::uint64_t first = Load<std::uint64_t>(text);
-    const std::uint64_t last = Load<std::uint64_t>(text + length - 8);
+    const std::uint64_t first = LoadBytes<std::uint64_t>(text);
+    const std::uint64_t last = LoadBytes<std::uint64_t>(text + length - 8);
     bits = LowestBits(first) << (length - 8) | LowestBits(last);
     return AreBinary(first) && AreBinary(last);
   }
   if (length >= 4) {
-    const std::uint64_t both = Load<std::uint32_t>(text) | Load<std::uint32_t>(text + length - 4)
-                                                               << 32;
+    const std::uint64_t both = std::uint64_t{LoadBytes<std::uint32_t>(text)} |
+                               std::uint64_t{LoadBytes<std::uint32_t>(text + length - 4)} << 32;
     const std::uint64_t eight = LowestBits(both);
     bits = eight >> 4 << (length - 4) | (eight & 0xF);
     return AreBinary(both);

@@ -4,11 +4,13 @@
 #define KESNCD_DATABASE_ROW_SUM_H_
 
 #include <algorithm>
-#include <bit>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+
+#include "text/number.h"
 
 namespace orsa::kesncd {
 
@@ -27,10 +29,9 @@ class RowSum {
     Add(std::uint64_t{text.size()});
     for (std::size_t i = 0; i < text.size(); i += sizeof(std::uint64_t)) {
       // The last bytes are filled up with zeros.
-      std::uint64_t bytes = 0;
-      std::memcpy(&bytes, text.data() + i, std::min(sizeof bytes, text.size() - i));
-      if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
-      Add(bytes);
+      std::array<char, sizeof(std::uint64_t)> bytes{};
+      std::memcpy(bytes.data(), text.data() + i, std::min(bytes.size(), text.size() - i));
+      Add(LoadBytes<std::uint64_t>(bytes.data()));
     }
   }
   /// 63 bits: SQLite's integers have a sign.

@@ -9,12 +9,12 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <vector>
 
 #include "free_format/slot_watch.h"
 #include "text/byte_stream.h"
+#include "text/number.h"
 #include "vcd/plain_lines.h"
 #include "vcd/tally.h"
 
@@ -122,9 +122,7 @@ class DumpWords {
 /// short, and a loop over their few characters would be predicted wrong at the end of each.
 inline std::size_t DumpWords::ShortLength(const char* word) {
   constexpr std::uint64_t kOnes = 0x0101010101010101U;
-  std::uint64_t bytes = 0;
-  std::memcpy(&bytes, word, sizeof bytes);
-  if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
+  const auto bytes = LoadBytes<std::uint64_t>(word);
   // The difference has the highest bit set for a byte below '!', which borrows. The borrow may
   // spoil the bits of the bytes after it, but the lowest bit set is that of the first such byte.
   const std::uint64_t blanks = (bytes - kOnes * '!') & ~bytes & kOnes * 0x80;

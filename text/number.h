@@ -3,8 +3,10 @@
 #ifndef KESNCD_TEXT_NUMBER_H_
 #define KESNCD_TEXT_NUMBER_H_
 
+#include <bit>
 #include <clocale>
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 namespace orsa::kesncd {
@@ -43,6 +45,22 @@ std::string ShortestText(double value);
 /// Appends that text, or a whole number's digits: a row of a million needs no text of its own.
 void AppendShortest(std::string& to, double value);
 void AppendDigits(std::string& to, std::uint64_t number);
+
+/// The bytes at `bytes` as a number of 4 or 8 bytes, the first one lowest on every machine. Texts
+/// are looked through, hashed and compared so many bytes at a time.
+template <class Number>
+Number LoadBytes(const char* bytes) {
+  static_assert(sizeof(Number) == 4 || sizeof(Number) == 8);
+  Number number = 0;
+  std::memcpy(&number, bytes, sizeof number);
+  if constexpr (std::endian::native == std::endian::little) {
+    return number;
+  } else if constexpr (sizeof number == 4) {
+    return __builtin_bswap32(number);
+  } else {
+    return __builtin_bswap64(number);
+  }
+}
 
 /// The value rounded to so many significant digits, without an exponent where a reader could still
 /// tell the size: "33.33", "0.0005". For figures that a person reads. `digits` is 1 to 17: a double

@@ -4,9 +4,11 @@
 
 #include <sys/random.h>
 
-#include <bit>
+#include <array>
 #include <chrono>
 #include <cstring>
+
+#include "text/number.h"
 
 namespace orsa::kesncd {
 
@@ -39,10 +41,9 @@ struct SipState {
 
 /// Up to eight bytes as a number, the first one lowest on every machine, as SipHash reads them.
 std::uint64_t LoadBlock(const char* bytes, std::size_t length) {
-  std::uint64_t block = 0;
-  if (length > 0) std::memcpy(&block, bytes, length);  // an empty text may have no bytes at all
-  if constexpr (std::endian::native == std::endian::big) block = __builtin_bswap64(block);
-  return block;
+  std::array<char, sizeof(std::uint64_t)> block{};
+  if (length > 0) std::memcpy(block.data(), bytes, length);  // an empty text may have none at all
+  return LoadBytes<std::uint64_t>(block.data());
 }
 
 /// Never waits: a program started at boot must not hang for a hash.

@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
@@ -20,6 +19,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "text/number.h"
 #include "text/secret_hash.h"
 
 namespace orsa::kesncd {
@@ -127,9 +127,7 @@ class CodeTable {
 /// The bytes of a code of up to eight as one integer, the first one lowest, zeros after the last.
 /// Eight bytes are read.
 inline std::uint64_t CodeCells::Load(const char* code, std::size_t length) {
-  std::uint64_t bytes = 0;
-  std::memcpy(&bytes, code, sizeof bytes);
-  if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap64(bytes);
+  const auto bytes = LoadBytes<std::uint64_t>(code);
   return length < kLongestPacked ? bytes & ((std::uint64_t{1} << 8 * length) - 1) : bytes;
 }
 
@@ -155,10 +153,7 @@ inline std::size_t CodeCells::SlotOf(std::uint64_t key) const {
 inline std::size_t CodeCells::PlaceOf(const char* code, std::size_t length) {
   // A mask for each length costs less than a copy of so many bytes.
   static constexpr std::uint32_t kMasks[] = {0, 0xFF, 0xFFFF, 0xFFFFFF};
-  std::uint32_t bytes = 0;
-  std::memcpy(&bytes, code, sizeof bytes);
-  if constexpr (std::endian::native == std::endian::big) bytes = __builtin_bswap32(bytes);
-  return bytes & kMasks[length];
+  return LoadBytes<std::uint32_t>(code) & kMasks[length];
 }
 
 inline std::uint32_t* CodeCells::LookPlain(const char* code, std::size_t length) {
