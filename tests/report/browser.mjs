@@ -13,9 +13,7 @@ const KEYS = {
 };
 
 async function startDriver() {
-  const driver = spawn('chromedriver', ['--port=0'], {
-    stdio: ['ignore', 'pipe', 'inherit'],
-  });
+  const driver = spawn('chromedriver', ['--port=0'], { stdio: ['ignore', 'pipe', 'inherit'] });
   for await (const line of createInterface({ input: driver.stdout })) {
     const port = /started successfully on port (\d+)/.exec(line)?.[1];
     if (port) return { driver, address: `http://127.0.0.1:${port}` };
@@ -106,9 +104,7 @@ export class Browser {
   async type(css, text) {
     const element = await this.find(css);
     await this.call('POST', `/element/${element}/clear`);
-    await this.call('POST', `/element/${element}/value`, {
-      text: KEYS[text] ?? text,
-    });
+    await this.call('POST', `/element/${element}/value`, { text: KEYS[text] ?? text });
   }
 
   async press(key) {
@@ -117,9 +113,7 @@ export class Browser {
       { type: 'keyDown', value },
       { type: 'keyUp', value },
     ];
-    await this.call('POST', '/actions', {
-      actions: [{ type: 'key', id: 'keys', actions }],
-    });
+    await this.call('POST', '/actions', { actions: [{ type: 'key', id: 'keys', actions }] });
   }
 
   // Drags along an element, from one share of its width to another.
@@ -142,9 +136,7 @@ export class Browser {
       at(to),
       { type: 'pointerUp', button: 0 },
     ];
-    await this.call('POST', '/actions', {
-      actions: [{ type: 'pointer', id: 'mouse', actions }],
-    });
+    await this.call('POST', '/actions', { actions: [{ type: 'pointer', id: 'mouse', actions }] });
   }
 
   async messages() {
