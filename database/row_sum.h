@@ -4,10 +4,8 @@
 #define KESNCD_DATABASE_ROW_SUM_H_
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "text/number.h"
@@ -28,10 +26,8 @@ class RowSum {
   void Add(std::string_view text) {
     Add(std::uint64_t{text.size()});
     for (std::size_t i = 0; i < text.size(); i += sizeof(std::uint64_t)) {
-      // The last bytes are filled up with zeros.
-      std::array<char, sizeof(std::uint64_t)> bytes{};
-      std::memcpy(bytes.data(), text.data() + i, std::min(bytes.size(), text.size() - i));
-      Add(LoadBytes<std::uint64_t>(bytes.data()));
+      const std::size_t left = text.size() - i;
+      Add(LoadBytes<std::uint64_t>(text.data() + i, std::min(sizeof(std::uint64_t), left)));
     }
   }
   /// 63 bits: SQLite's integers have a sign.

@@ -3,8 +3,10 @@
 #ifndef KESNCD_TEXT_NUMBER_H_
 #define KESNCD_TEXT_NUMBER_H_
 
+#include <array>
 #include <bit>
 #include <clocale>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -60,6 +62,14 @@ Number LoadBytes(const char* bytes) {
   } else {
     return __builtin_bswap64(number);
   }
+}
+
+/// The same of the first `count` bytes, as if zeros came after them.
+template <class Number>
+Number LoadBytes(const char* bytes, std::size_t count) {
+  std::array<char, sizeof(Number)> held{};
+  if (count > 0) std::memcpy(held.data(), bytes, count);  // an empty text may have none at all
+  return LoadBytes<Number>(held.data());
 }
 
 /// The value rounded to so many significant digits, without an exponent where a reader could still

@@ -4,9 +4,7 @@
 
 #include <sys/random.h>
 
-#include <array>
 #include <chrono>
-#include <cstring>
 
 #include "text/number.h"
 
@@ -39,13 +37,6 @@ struct SipState {
   }
 };
 
-/// Up to eight bytes as a number, the first one lowest on every machine, as SipHash reads them.
-std::uint64_t LoadBlock(const char* bytes, std::size_t length) {
-  std::array<char, sizeof(std::uint64_t)> block{};
-  if (length > 0) std::memcpy(block.data(), bytes, length);  // an empty text may have none at all
-  return LoadBytes<std::uint64_t>(block.data());
-}
-
 /// Never waits: a program started at boot must not hang for a hash.
 SecretKey DrawKey() {
   SecretKey key;
@@ -73,9 +64,9 @@ std::uint64_t KeyedHash(std::string_view text, const SecretKey& key) {
   constexpr std::size_t kBlock = sizeof(std::uint64_t);
   const std::size_t whole = text.size() / kBlock * kBlock;
   for (std::size_t at = 0; at < whole; at += kBlock) {
-    state.Take(LoadBlock(text.data() + at, kBlock));
+    state.Take(LoadBytes<std::uint64_t>(text.data() + at));
   }
-  const std::uint64_t rest = LoadBlock(text.data() + whole, text.size() - whole);
+  const std::uint64_t rest = LoadBytes<std::uint64_t>(text.data() + whole, text.size() - whole);
   // The length in the highest byte keeps texts apart that differ in NUL bytes at the end only.
   state.Take(rest | static_cast<std::uint64_t>(text.size()) << 56);
   state.c ^= 0xFF;

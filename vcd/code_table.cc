@@ -2,7 +2,6 @@
 #include "vcd/code_table.h"
 
 #include <algorithm>
-#include <array>
 #include <new>
 #include <utility>
 
@@ -34,10 +33,8 @@ void CodeCells::ReservePlaces(std::size_t longest) {
 }
 
 std::uint64_t CodeCells::Pack(std::string_view code) {
-  // Load reads eight bytes whatever the length, so a shorter code is copied to where it may.
-  std::array<char, kReadAhead> bytes{};
-  code.copy(bytes.data(), bytes.size());
-  return Load(bytes.data(), code.size());
+  // Load would read eight bytes whatever the length.
+  return LoadBytes<std::uint64_t>(code.data(), code.size());
 }
 
 std::uint32_t* CodeCells::Find(std::string_view code) {
