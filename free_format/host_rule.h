@@ -4,6 +4,7 @@
 #ifndef KESNCD_FREE_FORMAT_HOST_RULE_H_
 #define KESNCD_FREE_FORMAT_HOST_RULE_H_
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -101,7 +102,14 @@ class DumpingTime {
 };
 
 /// "12.5 % of the span; 3 repeated values counted". The span is more than 0 ticks.
-std::string OffText(const DumpingTime& dumping, std::uint64_t spanTicks, std::uint64_t repeated);
+inline std::string OffText(const DumpingTime& dumping, std::uint64_t spanTicks,
+                           std::uint64_t repeated) {
+  const double share = static_cast<double>(dumping.OffTicks()) / static_cast<double>(spanTicks);
+  // To a tenth of a percent, without the locale's decimal point.
+  const std::int64_t tenths = std::llround(1000 * share);
+  return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " % of the span; " +
+         std::to_string(repeated) + " repeated values counted";
+}
 
 }  // namespace orsa::kesncd
 

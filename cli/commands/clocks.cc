@@ -9,7 +9,7 @@
 
 #include "cli/commands/commands.h"
 #include "cli/exact_figures/clock_comparison.h"
-#include "cli/input/timing_report.h"
+#include "cli/input/list_file.h"
 #include "kesncd/kesncd.h"
 
 namespace orsa::kesncd::cli {
@@ -40,14 +40,13 @@ constexpr char kClocksHelp[] =
 /// Fills `analyser.clockFreqs`, MHz by net or port. A report without such rows leaves it empty,
 /// which the caller reports; a report that cannot be read throws Failure with Unusable.
 void ReadClocks(orsa::kesncd::KesNCD& analyser, const ClocksOptions& options) {
-  PassTimingReport(options.report, [&](const std::string& path) {
-    analyser.twrFile = path;
-    if (options.earlierReader) {
-      analyser.ReadTWR(options.mode);
-    } else {
-      analyser.ReadTWR2(options.mode);
-    }
-  });
+  const TextByPath report(ReadText(options.report));
+  analyser.twrFile = report.path();
+  if (options.earlierReader) {
+    analyser.ReadTWR(options.mode);
+  } else {
+    analyser.ReadTWR2(options.mode);
+  }
 }
 
 /// Reads the dump and gives the frequency of each clock that it holds. Clocks without a name in the

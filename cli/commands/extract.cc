@@ -19,7 +19,6 @@
 #include "cli/exact_figures/clock_comparison.h"
 #include "cli/host_figures/host_runs.h"
 #include "cli/input/list_file.h"
-#include "cli/input/timing_report.h"
 #include "host/standalone/standalone_host.h"
 #include "kesncd/kesncd.h"
 #include "names/flat_map.h"
@@ -160,10 +159,9 @@ void ReadAsHost(const ExtractOptions& options, KesNCD& analyser, Facts& facts) {
 /// dump did not give.
 void ReadReport(const ExtractOptions& options, KesNCD& analyser) {
   if (options.timing.empty()) return;
-  PassTimingReport(options.timing, [&](const std::string& path) {
-    analyser.SetTWRFileOn(true);
-    analyser.SetTWRFile(path, options.mode);
-  });
+  const TextByPath report(ReadText(options.timing));
+  analyser.SetTWRFileOn(true);
+  analyser.SetTWRFile(report.path(), options.mode);
 }
 
 /// The order matters: the report and the nets are small and checked before the dump is read, and

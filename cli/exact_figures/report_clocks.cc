@@ -6,7 +6,6 @@
 
 #include "cli/input/list_file.h"
 #include "cli/input/sdc_clocks.h"
-#include "cli/input/timing_report.h"
 #include "cli/process/messages.h"
 #include "cli/selection/signal_choice.h"
 #include "kesncd/kesncd.h"
@@ -51,10 +50,9 @@ ReportClocks::ReportClocks(const std::string& sdc, const std::string& timing) {
   if (timing.empty()) return;
   // The library's own reader of timing reports; 0 is the lower of constraint and achieved.
   orsa::kesncd::KesNCD analyser;
-  PassTimingReport(timing, [&](const std::string& path) {
-    analyser.twrFile = path;
-    analyser.ReadTWR2(0);
-  });
+  const TextByPath report(ReadText(timing));
+  analyser.twrFile = report.path();
+  analyser.ReadTWR2(0);
   for (const auto& [name, mhz] : analyser.clockFreqs) {
     // Below 0 is the library's word for "not said".
     clocks_.push_back({name, name, mhz >= 0 ? std::optional(mhz) : std::nullopt, "timing report"});

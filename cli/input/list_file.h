@@ -28,7 +28,8 @@ std::string ReadText(ByteSource& source, const std::string& name);
 /// where it may be part of one.
 std::vector<std::string> ReadNames(const std::string& path);
 
-/// A text that the library can open by a path: what it reads is not where the user's file is. The
+/// A text that the library can open by a path: what it reads is not where the user's file is, and
+/// of a report that cannot be read to its end it would take what it got for all of it. The
 /// path is good as long as the object lives, and only while this process does. The text is in
 /// memory, not on a disk.
 class TextByPath {
