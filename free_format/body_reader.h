@@ -53,7 +53,7 @@ class PlainLineTaker {
   }
   {
     // With few codes all that they need is in the cache already.
-    if (codes_.size() < kManyCodes) return end;
+    if (codes_.size() < CodeTable::kLarge) return end;
     const char* const stop = std::min(end, chunk + kAhead);
     CodeInLine* last = found_.data();
     // First all codes are found, then all their numbers are fetched, and only then is a number
@@ -94,9 +94,6 @@ class PlainLineTaker {
   }
 
  private:
-  // The numbers of so many codes, four bytes each, and what a taker keeps of them exceed the caches
-  // that are quick to reach.
-  static constexpr std::uint32_t kManyCodes = 1 << 15;
   // A number of bytes, a multiple of the scan's chunk of 64.
   static constexpr std::ptrdiff_t kAhead = 512;
 

@@ -11,9 +11,9 @@ namespace orsa::kesncd {
 
 CodeCells::CodeCells(std::size_t longestDirect)
     : longestDirect_(longestDirect), salt_(ProcessKey().low), packed_(64) {
-  // Places for one character less than the longest: those for two take 132 kilobytes, and a dump
-  // with few signals needs no others. Those for three are 33 megabytes of addresses.
-  ReservePlaces(std::max<std::size_t>(longestDirect, 2) - 1);
+  // Places for two characters take 132 kilobytes, and a dump with few signals needs no others.
+  // Those for four are 69 megabytes of addresses.
+  ReservePlaces(std::min<std::size_t>(std::max<std::size_t>(longestDirect, 2) - 1, 2));
 }
 
 /// Makes places for codes of up to `longest` characters, more than there are.
@@ -32,6 +32,13 @@ void CodeCells::ReservePlaces(std::size_t longest) {
   places_ = places;
 }
 
+/// The place of a packed code, or a number past the table.
+std::size_t CodeCells::PlaceOfKey(std::uint64_t key) {
+  constexpr std::size_t kNowhere = SIZE_MAX;
+  if ((key & kNotAscii) != 0 || key > UINT32_MAX) return kNowhere;
+  return key < kPlacesOfThree ? key : PlaceOfFour(static_cast<std::uint32_t>(key));
+}
+
 std::uint64_t CodeCells::Pack(std::string_view code) {
   // Load would read eight bytes whatever the length.
   return LoadBytes<std::uint64_t>(code.data(), code.size());
@@ -43,10 +50,11 @@ std::uint32_t* CodeCells::Find(std::string_view code) {
     return found == longCodes_.end() ? nullptr : &found->second;
   }
   const std::uint64_t key = Pack(code);
-  if (IsDirect(key)) {
-    // Its place need not exist yet.
-    if (key >= places_ || (AddedWord(key) & AddedBit(key)) == 0) return nullptr;
-    return &direct_[key];
+  const std::size_t place = PlaceOfKey(key);
+  if (place < Places(longestDirect_)) {
+    // The place need not exist yet.
+    if (place >= places_ || (AddedWord(place) & AddedBit(place)) == 0) return nullptr;
+    return &direct_[place];
   }
   Slot& slot = packed_[SlotOf(key)];
   return slot.key != 0 ? &slot.cell : nullptr;
@@ -67,12 +75,13 @@ CodeCells::Added CodeCells::Add(std::string_view code) {
     return {&longCodes_.emplace(code, 0).first->second, true};
   }
   const std::uint64_t key = Pack(code);
-  if (IsDirect(key)) {
+  const std::size_t place = PlaceOfKey(key);
+  if (place < Places(longestDirect_)) {
     // Straight to the largest size: growing twice would copy the places twice.
-    if (key >= places_) ReservePlaces(longestDirect_);
-    const bool isNew = (AddedWord(key) & AddedBit(key)) == 0;
-    AddedWord(key) |= AddedBit(key);
-    return {&direct_[key], isNew};
+    if (place >= places_) ReservePlaces(longestDirect_);
+    const bool isNew = (AddedWord(place) & AddedBit(place)) == 0;
+    AddedWord(place) |= AddedBit(place);
+    return {&direct_[place], isNew};
   }
   // Looked for before growing, so that repeated codes never grow the table.
   if (std::uint32_t* const cell = Find(code); cell != nullptr) return {cell, false};
@@ -89,7 +98,7 @@ void CodeCells::Fetch(std::string_view code) const {
   if (code.size() > kLongestPacked) return;
   const std::uint64_t key = Pack(code);
   // Neighbouring codes of direct places are in the cache already.
-  if (!IsDirect(key)) __builtin_prefetch(&packed_[StartOf(key)]);
+  if (PlaceOfKey(key) >= Places(longestDirect_)) __builtin_prefetch(&packed_[StartOf(key)]);
 }
 
 void CodeCells::Grow() {
@@ -104,7 +113,16 @@ std::uint32_t CodeTable::Add(std::string_view code) {
   const auto [cell, isNew] = cells_.Add(code);
   // Cells hold the number and one, so that a cell of zero, as Look gives for a code that was not
   // added, reads as kNone.
-  if (isNew) *cell = ++size_;
+  if (isNew) {
+    // Of its own, since eight bytes are read.
+    std::array<char, CodeCells::kReadAhead> bytes{};
+    code.copy(bytes.data(), bytes.size());
+    const std::uint32_t order = OrderOf(bytes.data(), code.size());
+    if (size_ == 0) first_ = order;
+    isInOrder_ = isInOrder_ && order != kNone && order - first_ == size_;
+    *cell = ++size_;
+    isComputed_ = isInOrder_ && size_ >= large_;
+  }
   return *cell - 1;
 }
 

@@ -1,13 +1,15 @@
 // Identifier codes and what is kept for each: a number, or a count of changes.
 //
 // A dump names a code on every change, so finding its cell takes constant time and allocates
-// nothing. Simulators number their codes through, and nearly always in up to three printable
-// characters: those index a table directly, so that neighbours in a dump's header are neighbours
-// there. Longer ones of up to eight bytes are looked up as one integer, the rest as texts.
+// nothing. Simulators number their codes through, so nearly all have up to three printable
+// characters, and the next millions a fourth: those index a table directly, so that neighbours in a
+// dump's header are neighbours there. Other ones of up to eight bytes are looked up as one integer,
+// the rest as texts.
 #ifndef KESNCD_VCD_CODE_TABLE_H_
 #define KESNCD_VCD_CODE_TABLE_H_
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -31,10 +33,10 @@ class CodeCells {
  public:
   /// Bytes that are read from the start of a code, however short it is, where a call says so.
   static constexpr std::size_t kReadAhead = sizeof(std::uint64_t);
-  // Places for four characters would be eight gigabytes.
-  static constexpr std::size_t kLongestDirect = 3;
+  // Of those of four only the ones that simulators give first have places, see kFourths.
+  static constexpr std::size_t kLongestDirect = 4;
 
-  /// Codes of up to `longestDirect` characters, 3 at most, index the table directly; tests ask for
+  /// Codes of up to `longestDirect` characters, 4 at most, index the table directly; tests ask for
   /// fewer. Which way a code takes makes no difference to its cell.
   explicit CodeCells(std::size_t longestDirect = kLongestDirect);
 
@@ -46,8 +48,8 @@ class CodeCells {
   Added Add(std::string_view code);
   /// The cell of a code that was added; null for others.
   std::uint32_t* Find(std::string_view code);
-  /// The same, but may also give a cell to a code of up to three characters that was not added:
-  /// one that is zero unless the caller changed it. Reads kReadAhead bytes.
+  /// The same, but may also give a cell to a code of up to four characters that was not added: one
+  /// that is zero unless the caller changed it. Reads kReadAhead bytes.
   const std::uint32_t* Look(const char* code, std::size_t length) const;
   /// The same for a code of bytes below 128 only, as the fast scan of a dump's body finds them.
   std::uint32_t* LookPlain(const char* code, std::size_t length);
@@ -70,20 +72,25 @@ class CodeCells {
   };
   // A code of up to eight bytes is an integer without loss, zeros after its end: codes hold no NUL.
   static constexpr std::size_t kLongestPacked = sizeof(std::uint64_t);
-  // Of a packed code: any bit of a fourth byte or beyond, and the highest bit of the first three.
-  static constexpr std::uint64_t kNotDirect = 0xFFFFFFFFFF808080U;
+  // Of a packed code: the highest bit of the first four bytes. ASCII has none of them.
+  static constexpr std::uint64_t kNotAscii = 0x80808080U;
+  // Places for codes of up to three ASCII characters. The last byte's highest bit needs no places.
+  static constexpr std::size_t kPlacesOfThree = std::size_t{1} << 23U;
+  // Characters that a code of four may end with to have a place: "!" and the ones after it. The
+  // first character changes fastest, so these are the 3.3 million codes after those of three.
+  static constexpr std::size_t kFourths = 4;
+  static constexpr std::uint32_t kPlacesOfAFourth = std::uint32_t{1} << 21U;
 
-  // Places for codes of up to `longest` ASCII characters. The last byte is below 128, so its
-  // highest bit needs no places.
+  // Places for codes of up to `longest` ASCII characters.
   static constexpr std::size_t Places(std::size_t longest) {
+    if (longest > 3) return kPlacesOfThree + kFourths * kPlacesOfAFourth;
     return std::size_t{1} << (8 * longest - 1);
   }
   static std::size_t PlaceOf(const char* code, std::size_t length);
+  static std::size_t PlaceOfFour(std::uint32_t code);
+  static std::size_t PlaceOfKey(std::uint64_t key);
   static std::uint64_t Load(const char* code, std::size_t length);
   static std::uint64_t Pack(std::string_view code);
-  bool IsDirect(std::uint64_t key) const {
-    return (key & kNotDirect) == 0 && key < Places(longestDirect_);
-  }
   std::size_t StartOf(std::uint64_t key) const;
   std::size_t SlotOf(std::uint64_t key) const;
   std::uint32_t* LookFurther(const char* code, std::size_t length);
@@ -107,21 +114,40 @@ class CodeCells {
 };
 
 /// Codes by number, in the order in which they are added.
+///
+/// Most simulators number codes through in the order in which they declare them: "!" to "~", "!!",
+/// "\"!" and so on. Where all codes that were added follow one another like this, a code's number
+/// can be computed from its characters, and a change need not wait for the memory of a large table.
+/// To look into a small one takes less.
 class CodeTable {
  public:
   static constexpr std::uint32_t kNone = UINT32_MAX;
+  // The numbers of so many codes, four bytes each, exceed the caches that are quick to reach.
+  static constexpr std::uint32_t kLarge = 1 << 15;
+
+  CodeTable() = default;
+  /// Computes numbers from `large` codes on; tests ask for fewer.
+  explicit CodeTable(std::uint32_t large) : large_(large) {}
 
   /// The code's number; a new code gets the next one.
   std::uint32_t Add(std::string_view code);
   /// The code's number or kNone. CodeCells::kReadAhead bytes may be read from the code's start.
   std::uint32_t Find(std::string_view code) const;
   /// Fetches what Find of a code will look at.
-  void Fetch(const char* code, std::size_t length) const { cells_.FetchLook(code, length); }
+  void Fetch(const char* code, std::size_t length) const {
+    if (!isComputed_) cells_.FetchLook(code, length);
+  }
   std::uint32_t size() const { return size_; }
 
  private:
+  static std::uint32_t OrderOf(const char* code, std::size_t length);
+
   CodeCells cells_;  // one more than the code's number; 0 for none
   std::uint32_t size_ = 0;
+  std::uint32_t large_ = kLarge;
+  bool isInOrder_ = true;
+  bool isComputed_ = false;  // codes are in order, and many
+  std::uint32_t first_ = 0;  // the first code's OrderOf
 };
 
 /// The bytes of a code of up to eight as one integer, the first one lowest, zeros after the last.
@@ -156,9 +182,20 @@ inline std::size_t CodeCells::PlaceOf(const char* code, std::size_t length) {
   return LoadBytes<std::uint32_t>(code) & kMasks[length];
 }
 
+/// The place of a code of four ASCII characters, or a number past the table. Seven bits of each
+/// character: places of eight, as shorter codes have, would be spread over twice the memory.
+inline std::size_t CodeCells::PlaceOfFour(std::uint32_t code) {
+  const std::uint32_t pairs = (code & 0x007F007FU) | (code & 0x7F007F00U) >> 1U;
+  const std::uint32_t packed = (pairs & 0x3FFFU) | (pairs >> 2U & 0x0FFFC000U);
+  // Of a last character before "!" the difference wraps around, past the table.
+  const std::uint32_t fromFirst = packed - std::uint32_t{'!'} * kPlacesOfAFourth;
+  return kPlacesOfThree + fromFirst;
+}
+
 inline std::uint32_t* CodeCells::LookPlain(const char* code, std::size_t length) {
-  if (length <= kLongestDirect) [[likely]] {
-    const std::size_t place = PlaceOf(code, length);
+  if (length <= 4) [[likely]] {
+    const std::size_t place =
+        length < 4 ? PlaceOf(code, length) : PlaceOfFour(LoadBytes<std::uint32_t>(code));
     if (place < places_) [[likely]]
       return &direct_[place];
     // Such codes have places once one of them is added: none was. In a dump of which one module is
@@ -169,24 +206,22 @@ inline std::uint32_t* CodeCells::LookPlain(const char* code, std::size_t length)
 }
 
 inline void CodeCells::FetchLook(const char* code, std::size_t length) const {
-  const std::size_t place = PlaceOf(code, std::min(length, kLongestDirect));
-  if (length <= kLongestDirect && place < places_) [[likely]] {
+  if (length > kLongestPacked) return;
+  const std::size_t place =
+      length < 4 ? PlaceOf(code, length) : PlaceOfFour(LoadBytes<std::uint32_t>(code));
+  if (length <= 4 && place < places_) [[likely]] {
     __builtin_prefetch(&direct_[place], 1);
-  } else if (length <= kLongestPacked) {
+  } else {
     __builtin_prefetch(&packed_[StartOf(Load(code, length))]);
   }
 }
 
 inline const std::uint32_t* CodeCells::Look(const char* code, std::size_t length) const {
-  if (length <= kLongestDirect) [[likely]] {
-    const std::size_t place = PlaceOf(code, length);
-    // A byte of 128 or more would lead to another code's place, or past the table.
-    const bool isDirect = (place & kNotDirect) == 0;
-    if (place < places_ && isDirect) [[likely]]
-      return &direct_[place];
-    if (place < Places(longestDirect_) && isDirect) return nullptr;
-  }
-  return const_cast<CodeCells*>(this)->LookFurther(code, length);  // which changes nothing
+  // A byte of 128 or more would lead to another code's place, or past the table.
+  const bool isDirect = length <= 4 && (Load(code, length) & kNotAscii) == 0;
+  if (isDirect) [[likely]]
+    return const_cast<CodeCells*>(this)->LookPlain(code, length);  // which changes nothing
+  return const_cast<CodeCells*>(this)->LookFurther(code, length);
 }
 
 template <class Take>
@@ -203,7 +238,32 @@ void CodeCells::ForEach(Take take) {
   for (auto& [code, cell] : longCodes_) take(cell);
 }
 
+/// Which code this is of those that simulators give, from 0 for "!"; kNone for one that is none of
+/// them or has over four characters. Eight bytes are read.
+inline std::uint32_t CodeTable::OrderOf(const char* code, std::size_t length) {
+  constexpr std::uint32_t kOnes = 0x01010101U;
+  constexpr std::uint32_t kCharacters = '~' - '!' + 1;
+  // How many shorter codes there are.
+  static constexpr std::array<std::uint32_t, 5> kShorter{
+      0, 0, kCharacters, kCharacters + kCharacters * kCharacters,
+      kCharacters + kCharacters * (kCharacters + kCharacters * kCharacters)};
+  if (length - 1 >= 4) return kNone;
+  // Characters that are not there count as "!", the digit 0.
+  const std::uint32_t absent = length < 4 ? ~std::uint32_t{0} << 8 * length : 0;
+  const std::uint32_t bytes = (LoadBytes<std::uint32_t>(code) & ~absent) | (kOnes * '!' & absent);
+  const std::uint32_t digits = bytes - kOnes * '!';
+  // The highest bit of a byte is set for what is below "!" in the difference, or in a byte after
+  // it, and for "\x7F" in the sum.
+  if (((bytes | digits | (bytes + kOnes)) & kOnes * 0x80) != 0) return kNone;
+  const std::uint32_t pairs = (digits & 0x00FF00FFU) + kCharacters * (digits >> 8U & 0x00FF00FFU);
+  return (pairs & 0xFFFFU) + kCharacters * kCharacters * (pairs >> 16U) + kShorter[length];
+}
+
 inline std::uint32_t CodeTable::Find(std::string_view code) const {
+  if (isComputed_) {
+    const std::uint32_t number = OrderOf(code.data(), code.size()) - first_;
+    return number < size_ ? number : kNone;
+  }
   const std::uint32_t* const cell = cells_.Look(code.data(), code.size());
   return cell == nullptr ? kNone : *cell - 1;
 }

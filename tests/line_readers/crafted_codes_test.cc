@@ -108,11 +108,12 @@ TEST_F(CraftedCodes, DeclaredAgainAndAgainGoToEachScopeFromThenOn) {
 }
 
 TEST_F(CraftedCodes, CellsAreFoundHoweverLongTheCode) {
-  for (const std::size_t longestDirect : {1U, 2U, 3U}) {
+  for (const std::size_t longestDirect : {1U, 2U, 3U, 4U}) {
     CodeCells cells(longestDirect);
     std::vector<std::string> codes{""};
     for (std::size_t i = 0; codes.size() < 4000; ++i) {
-      for (const char c : {'!', '~', '\x7F', '\x80', '\xFF', 'a'}) codes.push_back(codes[i] + c);
+      for (const char c : {'!', '~', '$', '\x7F', '\x80', '\xFF', '\x1'})
+        codes.push_back(codes[i] + c);
     }
     for (std::uint32_t i = 0; i < codes.size(); ++i) {
       ASSERT_EQ(cells.Find(codes[i]), nullptr);

@@ -240,5 +240,57 @@ TEST(CodeTable, NumbersCodesAsAMapDoes) {
   }
 }
 
+/// The code that simulators give after so many others.
+std::string CodeInOrder(std::uint32_t number) {
+  std::string code;
+  for (std::int64_t left = number; left >= 0; left = left / 94 - 1) {
+    code += static_cast<char>('!' + left % 94);
+  }
+  return code;
+}
+
+// Numbers that are computed are those that a table would give, also of codes that were not added,
+// and after the first code that breaks the order.
+TEST(CodeTable, NumbersCodesInOrderAsAnyOthers) {
+  const std::uint32_t fours = 94 + 94 * 94 + 94 * 94 * 94;
+  for (const std::uint32_t first : {0U, 1U, 93U, 94 * 95 - 2U, fours - 3, 2 * fours}) {
+    CodeTable table(100);
+    std::map<std::string, std::uint32_t> expected;
+    const auto check = [&](const std::string& code) {
+      const std::string inDump = code + "\n1!zzzzzzzz";
+      const auto known = expected.find(code);
+      ASSERT_EQ(table.Find({inDump.data(), code.size()}),
+                known == expected.end() ? CodeTable::kNone : known->second)
+          << code;
+    };
+    const auto add = [&](const std::string& code) {
+      const auto number = static_cast<std::uint32_t>(expected.size());
+      ASSERT_EQ(table.Add(code), expected.try_emplace(code, number).first->second);
+    };
+    const auto checkAll = [&] {
+      for (std::uint32_t i = first > 5 ? first - 5 : 0; i < first + 400; ++i) {
+        const std::string code = CodeInOrder(i);
+        check(code);
+        check(code + "!");
+        // Characters that simulators do not give must not pass for others.
+        for (const char odd : {'\x1', '\x7F', '\x80', '\xFF'}) {
+          for (std::size_t at = 0; at < code.size(); ++at)
+            check(std::string(code).replace(at, 1, 1, odd));
+        }
+      }
+      check("");
+      check("!!!!!");
+    };
+    checkAll();
+    for (std::uint32_t i = 0; i < 200; ++i) add(CodeInOrder(first + i));
+    add(CodeInOrder(first + 7));
+    checkAll();
+    add(CodeInOrder(first + 300));
+    add("\x7F");
+    add(CodeInOrder(first + 200));
+    checkAll();
+  }
+}
+
 }  // namespace
 }  // namespace orsa::kesncd
