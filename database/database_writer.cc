@@ -109,12 +109,10 @@ class DatabaseWriter {
   }
 
   void WriteScopes() {
-    TableWriter rows(to_, "scope", 7);
+    TableWriter rows(to_, "scope", 6, RowNumbers::FromZero);
     const ScopePlaces places(declarations_.scopes);
     for (std::uint32_t id = 0; id < declarations_.scopes.size(); ++id) {
       const DumpScope& scope = declarations_.scopes[id];
-      // Numbers of rows follow one another; the reader checks that.
-      rows.DerivedNumber(id);
       rows.Count(std::uint64_t{scope.parent});
       rows.Text(scope.kind);
       rows.Text(scope.name);
@@ -130,11 +128,10 @@ class DatabaseWriter {
 
   /// Where each code's bits are, and how often hosts counted it.
   void WriteCodes() {
-    TableWriter rows(to_, "code", 4);
+    TableWriter rows(to_, "code", 3, RowNumbers::FromZero);
     const std::vector<std::uint64_t>& first = run_.exact.firstBit;
     // One entry more than codes.
     for (std::size_t id = 0; id + 1 < first.size(); ++id) {
-      rows.DerivedNumber(static_cast<std::int64_t>(id));
       rows.Count(first[id]);
       rows.Count(first[id + 1] - first[id]);
       // NULL for a database without figures of hosts.
@@ -152,7 +149,7 @@ class DatabaseWriter {
     // By the number of the type, so that texts are compared once.
     std::vector<bool> typeHasBits;
     for (const std::string& type : declarations_.types) typeHasBits.push_back(TypeHasBits(type));
-    TableWriter rows(to_, "signal", 13);
+    TableWriter rows(to_, "signal", 12, RowNumbers::FromZero);
     for (std::uint32_t id = 0; id < declarations_.variables.size(); ++id) {
       // Reals have a width too, but no bits.
       const DumpVariable& variable = declarations_.variables[id];
@@ -165,7 +162,6 @@ class DatabaseWriter {
   /// Written are what the declarations need; derived are what views need to name bits.
   void WriteSignal(std::uint32_t id, std::uint32_t bits, bool isRepeated, TableWriter& rows) {
     const DumpVariable& variable = declarations_.variables[id];
-    rows.DerivedNumber(id);
     rows.Count(std::uint64_t{variable.scope});
     rows.Count(std::uint64_t{variable.codeId});
     rows.Text(declarations_.TypeOf(variable));
@@ -189,10 +185,9 @@ class DatabaseWriter {
 
   /// The bits of all codes, by number: code.first_bit leads here.
   void WriteBits() {
-    TableWriter rows(to_, "bit", 7);
+    TableWriter rows(to_, "bit", 6, RowNumbers::FromZero);
     for (std::size_t id = 0; id < run_.exact.bits.size(); ++id) {
       const BitFigures& bit = run_.exact.bits[id];
-      rows.DerivedNumber(static_cast<std::int64_t>(id));
       for (const std::uint64_t count : {bit.t0, bit.t1, bit.tx, bit.tz, bit.tc, bit.ig}) {
         rows.Count(count);
       }
@@ -220,10 +215,8 @@ class DatabaseWriter {
 
   /// What the hosts' reading said, in its order.
   void WriteHostRemarks() {
-    TableWriter rows(to_, "host_remark", 2);
-    std::int64_t id = 0;
+    TableWriter rows(to_, "host_remark", 1, RowNumbers::FromZero);
     for (const std::string& remark : run_.host.remarks) {
-      rows.DerivedNumber(id++);
       rows.Text(remark);
       rows.EndRow();
     }

@@ -26,10 +26,8 @@ namespace {
 // Windows touch, so each edge is written twice, for those who ask in SQL; the reader checks that
 // they meet.
 void WriteWindows(const Profile& profile, Connection& to, FactsByName& facts) {
-  TableWriter rows(to, "time_window", 4);
+  TableWriter rows(to, "time_window", 3, RowNumbers::FromZero);
   for (std::size_t window = 0; window < profile.windows(); ++window) {
-    // The place in the lists. Readers check it by counting, so it takes no part in the sum.
-    rows.DerivedNumber(static_cast<std::int64_t>(window));
     rows.Count(profile.edges[window]);
     rows.Count(profile.edges[window + 1]);
     rows.Count(profile.observed[window]);

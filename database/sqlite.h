@@ -42,6 +42,8 @@ class Connection {
   /// Takes the next row of a statement; false where there is none left. Also executes a statement
   /// without rows, for which it returns false.
   bool Step(sqlite3_stmt* statement) const;
+  /// For calls that only one place needs. Stays the connection's.
+  sqlite3* handle() const { return handle_.get(); }
   /// The bytes of a database in memory, which are there until it changes or goes.
   std::string_view Bytes();
 

@@ -2,8 +2,6 @@
 //
 // Each value goes to SQLite and into the sum over the table, which the reader makes again. So what
 // is written and what is read back cannot differ without being noticed.
-//
-// Rows are sent by dozens: to begin and end a statement takes SQLite as long as a row.
 #ifndef KESNCD_DATABASE_TABLE_WRITER_H_
 #define KESNCD_DATABASE_TABLE_WRITER_H_
 
@@ -12,19 +10,29 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "database/gathered_rows.h"
 #include "database/row_sum.h"
 #include "database/sqlite.h"
 
 namespace orsa::kesncd {
+
+/// Who numbers the rows of a table.
+enum class RowNumbers : std::uint8_t {
+  // Nobody, or a number is a value like the others.
+  None,
+  // SQLite: 0, 1, 2 and so on, in a column before the values. It need not look then where a row
+  // belongs.
+  FromZero,
+};
 
 /// Calling order: for each row all its values from the left to the right, then EndRow; Finish. What
 /// the program does not read back is Derived and takes no part in the sum. Texts are copied.
 class TableWriter {
  public:
   /// `columns` is how many values each row has; the table must be there.
-  TableWriter(Connection& to, const std::string& table, std::size_t columns);
+  TableWriter(Connection& to, const std::string& table, std::size_t columns,
+              RowNumbers numbers = RowNumbers::None);
 
   /// As an integer where SQLite has one for it, else as a text.
   void Count(std::uint64_t count);
@@ -45,29 +53,14 @@ class TableWriter {
   std::uint64_t sum() const { return sum_.value(); }
 
  private:
-  enum class CellKind : std::uint8_t { Null, Integer, Text, Blob };
-  struct Cell {
-    CellKind kind = CellKind::Null;
-    std::int64_t number = 0;  // an integer
-    std::size_t at = 0;       // of a text or a blob, in texts_
-    std::size_t size = 0;
-  };
-
-  std::string InsertOf(std::size_t rows) const;
-  void AddInteger(std::int64_t number);
-  void AddText(std::string_view text);
-  void SendAll();
-  void Send(sqlite3_stmt* insert, const Cell* cells, std::size_t count);
-  void Bind(sqlite3_stmt* insert, int place, const Cell& cell) const;
+  void Send();
 
   Connection& to_;
-  const std::string table_;
-  const std::size_t columns_;
-  const Statement one_;  // inserts one row
-  Statement batch_;      // inserts a full batch; null before the first
+  // Rows that were not sent yet. Before the statements, which select from them.
+  GatheredRows rows_;
+  Statement first_;  // sends the first row; null where it goes as the others do, or is gone
+  Statement further_;
   RowSum sum_;
-  std::vector<Cell> cells_;  // of rows that were not sent yet
-  std::string texts_;        // in those
 };
 
 }  // namespace orsa::kesncd
