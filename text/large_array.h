@@ -8,6 +8,7 @@
 #endif
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -31,7 +32,36 @@ inline void AskForLargePages(void* memory, std::size_t bytes) {
 #endif
 }
 
-/// Memory as the usual allocator gives it, but large blocks ask the system for large pages.
+/// `bytes`, a multiple of a large page, at the begin of one; null where there is no memory. Always
+/// fresh from the system: memory that a program has used before is in small pages and stays there.
+inline void* NewLargePages(std::size_t bytes) {
+#ifdef __linux__
+  // A large page more, since the system aligns to small ones only; what lies around is given back.
+  void* const mapped =
+      mmap(nullptr, bytes + kLargePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapped == MAP_FAILED) return nullptr;
+  const auto past = reinterpret_cast<std::uintptr_t>(mapped) % kLargePage;
+  char* const memory = static_cast<char*>(mapped) + (kLargePage - past);
+  (void)munmap(mapped, kLargePage - past);
+  if (past > 0) (void)munmap(memory + bytes, past);
+  AskForLargePages(memory, bytes);
+  return memory;
+#else
+  return std::aligned_alloc(kLargePage, bytes);
+#endif
+}
+
+/// Gives back what NewLargePages gave.
+inline void DropLargePages(void* memory, std::size_t bytes) {
+#ifdef __linux__
+  (void)munmap(memory, bytes);
+#else
+  (void)bytes;
+  std::free(memory);
+#endif
+}
+
+/// Memory as the usual allocator gives it, but large blocks are in large pages.
 template <class T>
 struct LargePages {
   using value_type = T;
@@ -46,25 +76,28 @@ struct LargePages {
     if (bytes < kWorthIt) {
       return static_cast<T*>(::operator new (bytes, std::align_val_t{alignof(T)}));
     }
-    const std::size_t whole = (bytes + kLargePage - 1) / kLargePage * kLargePage;
-    void* const memory = std::aligned_alloc(kLargePage, whole);
+    void* const memory = NewLargePages(WholePages(bytes));
     if (memory == nullptr) throw std::bad_alloc();
-    AskForLargePages(memory, whole);
     return static_cast<T*>(memory);
   }
   void deallocate(T* memory, std::size_t count) {
-    if (count * sizeof(T) < kWorthIt) {
+    const std::size_t bytes = count * sizeof(T);
+    if (bytes < kWorthIt) {
       ::operator delete (memory, std::align_val_t{alignof(T)});
     } else {
-      std::free(memory);
+      DropLargePages(memory, WholePages(bytes));
     }
   }
 
   bool operator==(const LargePages& /*other*/) const { return true; }
 
  private:
-  // Four pages: the last one may be used in part only.
-  static constexpr std::size_t kWorthIt = 4 * kLargePage;
+  // Two pages: the last one may be used in part only.
+  static constexpr std::size_t kWorthIt = 2 * kLargePage;
+
+  static std::size_t WholePages(std::size_t bytes) {
+    return (bytes + kLargePage - 1) / kLargePage * kLargePage;
+  }
 };
 
 template <class T>
