@@ -13,17 +13,19 @@
 namespace orsa::kesncd {
 
 /// A code without bits (a real, an event) keeps the kind kNoBits, and its changes are dropped.
-ActivityCounter::ActivityCounter(const CodeBits& codes, const ActivityWindow& window)
+ActivityCounter::ActivityCounter(const CodeBits& codes, const ActivityWindow& window,
+                                 std::shared_ptr<CodeLines> lines)
     : bits_(codes),
       window_(window),
-      codes_(codes.codes()),
+      codes_(codes.codes(), std::move(lines)),
       figures_(codes.bits()),
       vectors_(step_) {
   std::size_t widest = 1;
   for (std::uint32_t codeId = 0; codeId < codes.codes(); ++codeId) {
     const std::uint32_t width = codes.Width(codeId);
-    if (width == 1) codes_[codeId].kind = kScalar;
-    if (width > 1) codes_[codeId].kind = vectors_.Add(codes.First(codeId), width);
+    std::uint32_t& kind = codes_[codeId].kind;
+    kind = width == 1 ? kScalar : kNoBits;
+    if (width > 1) kind = vectors_.Add(codes.First(codeId), width);
     widest = std::max<std::size_t>(widest, width);
   }
   value_.resize((widest + kWordBits - 1) / kWordBits);
@@ -219,24 +221,36 @@ void ActivityCounter::CorrectFront(std::uint32_t codeId) {
   }
 }
 
+/// Calls `take(codeId, code)` for each code with a value in the open stretch. Where these are many
+/// they are not looked up in the order in which they came, which would wait for each one's memory.
+template <class Take>
+void ActivityCounter::ForEachSeen(Take take) {
+  if (seen_.size() < codes_.size() / 8) {
+    for (const std::uint32_t codeId : seen_) take(codeId, codes_[codeId]);
+    return;
+  }
+  for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {
+    if (codes_[codeId].step != 0) take(codeId, codes_[codeId]);
+  }
+}
+
 /// Adds a time to that of each seen bit's level.
 void ActivityCounter::AddToLevels(std::uint64_t ticks) {
-  for (const std::uint32_t codeId : seen_) {
-    Code& code = codes_[codeId];
+  ForEachSeen([&](std::uint32_t codeId, const Code& code) {
     if (code.kind == kScalar) {
       TimeAt(figures_[bits_.First(codeId)], code.edge.level()) += ticks;
     } else {
       vectors_.AddToLevels(code.kind, ticks, figures_.data());
     }
-  }
+  });
 }
 
 /// From here on no bit has a value. Vectors forget theirs by Begin, which comes next for each.
 void ActivityCounter::EndStretch() {
-  for (const std::uint32_t codeId : seen_) {
-    codes_[codeId].step = 0;
-    codes_[codeId].edge = {};
-  }
+  ForEachSeen([](std::uint32_t /*codeId*/, Code& code) {
+    code.step = 0;
+    code.edge = {};
+  });
   seen_.clear();
 }
 
@@ -247,15 +261,14 @@ ObservedPiece ActivityCounter::TakePiece(bool goesOn) {
   ObservedPiece piece;
   if (seen_.empty() && place_ != Place::Tail) return piece;
   piece.edges.resize(bits_.bits());
-  for (const std::uint32_t codeId : seen_) {
-    Code& code = codes_[codeId];
+  ForEachSeen([&](std::uint32_t codeId, const Code& code) {
     BitEdge* const edges = &piece.edges[bits_.First(codeId)];
     if (code.kind == kScalar) {
       *edges = code.edge;
     } else {
       vectors_.Leave(code.kind, figures_.data(), edges);
     }
-  }
+  });
   // Scalars counted beside their edges; now their toggles join the other figures, in the places
   // that CodeBits gives to all bits.
   for (std::uint32_t codeId = 0; codeId < codes_.size(); ++codeId) {

@@ -13,6 +13,7 @@
 #define KESNCD_ACTIVITY_ACTIVITY_COUNTER_H_
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -20,6 +21,7 @@
 #include "activity/activity_part.h"
 #include "activity/activity_window.h"
 #include "activity/bit_edge.h"
+#include "activity/code_array.h"
 #include "activity/code_bits.h"
 #include "activity/vector_counter.h"
 #include "activity/vector_value.h"
@@ -36,8 +38,9 @@ namespace orsa::kesncd {
 /// `seen_` is walked through when a piece is taken.
 class ActivityCounter {
  public:
-  /// `codes` has to outlive the counter.
-  ActivityCounter(const CodeBits& codes, const ActivityWindow& window);
+  /// `codes` has to outlive the counter. `lines` are those of counters that take the same changes.
+  ActivityCounter(const CodeBits& codes, const ActivityWindow& window,
+                  std::shared_ptr<CodeLines> lines = nullptr);
   ActivityCounter(const ActivityCounter&) = delete;
   ActivityCounter& operator=(const ActivityCounter&) = delete;
 
@@ -93,6 +96,8 @@ class ActivityCounter {
   void BeginTime(std::uint64_t ticks);
   void StopObserving();
   void StartObserving();
+  template <class Take>
+  void ForEachSeen(Take take);
   void AddToLevels(std::uint64_t ticks);
   void EndStretch();
   ObservedPiece TakePiece(bool goesOn);
@@ -104,7 +109,7 @@ class ActivityCounter {
   CountedStep step_;
   bool isObserving_ = true;
   Place place_ = Place::Front;
-  LargeArray<Code> codes_;
+  CodeArray<Code> codes_;
   std::vector<std::uint32_t> seen_;  // codes with a value in the open stretch
   LargeArray<BitFigures> figures_;   // of all bits; plain toggles of scalars are added at the end
   VectorCounter vectors_;

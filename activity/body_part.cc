@@ -136,7 +136,8 @@ PartRun ReadPart(ByteFile& file, const PartChoice& choice, const ActivityOptions
     ReadWithWindows(dump, start, cuts, *windows, part);
   } else {
     // Exact figures of the window, hosts' figures of all time: see BothCounters.
-    BothCounters counters(start.codes, start.window);
+    BothCounters counters(start.codes, start.window,
+                          std::make_shared<CodeLines>(start.codes.codes()));
     ReadChosen(dump, start.result.declarations, cuts, counters, part);
     part.activity = counters.activity().TakePart();
     part.host = counters.host().TakePart();

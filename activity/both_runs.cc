@@ -21,7 +21,7 @@ namespace orsa::kesncd {
 namespace {
 
 // What each thread needs for a bit in both counts: it bounds how many threads fit into memory.
-constexpr std::uint64_t kBytesPerBit = 150;
+constexpr std::uint64_t kBytesPerBit = 180;
 
 }  // namespace
 
@@ -34,7 +34,8 @@ BothRuns CountBoth(ByteFile& file, const ActivityOptions& options) {
   std::optional<HostPart> host;
   // A pair of counters for each stretch; all of them live until the last one is read.
   const auto make = [&] {
-    return std::make_unique<BothCounters>(codes, start.window, start.ticks);
+    return std::make_unique<BothCounters>(codes, start.window,
+                                          std::make_shared<CodeLines>(codes.codes()), start.ticks);
   };
   // The first stretch's counts become the whole; a later stretch adds to both kinds, so that they
   // always are of the same part of the dump.
@@ -57,7 +58,8 @@ BothRuns CountBoth(ByteFile& file, const ActivityOptions& options) {
 BothRuns CountBoth(ByteSource& dump, const ActivityOptions& options) {
   DumpWords words(dump, options.block, options.block / 4);
   ActivityStart start(ReadDeclarations(words, options.dump), options);
-  BothCounters counters(start.codes, start.window, start.ticks);
+  BothCounters counters(start.codes, start.window, std::make_shared<CodeLines>(start.codes.codes()),
+                        start.ticks);
   DumpItems items(words, start.result.declarations);
   ReadBody(items, counters);
   const ItemTallies tallies = items.tallies();

@@ -8,9 +8,11 @@
 #define KESNCD_ACTIVITY_HOST_COUNTER_H_
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <utility>
 
+#include "activity/code_array.h"
 #include "activity/host_part.h"
 #include "free_format/body_window.h"
 #include "free_format/host_rule.h"
@@ -23,15 +25,16 @@ namespace orsa::kesncd {
 /// a code.
 class HostCounter {
  public:
-  explicit HostCounter(std::uint32_t codes) {
-    part_.codes.resize(codes);
+  explicit HostCounter(std::uint32_t codes, std::shared_ptr<CodeLines> lines)
+      : codes_(codes, std::move(lines)) {
     part_.first.resize(codes);
   }
   /// Goes on from what was counted; see HostPart::Add.
-  explicit HostCounter(HostPart&& part) : part_(std::move(part)), dumping_(part_.dumping) {}
+  explicit HostCounter(HostPart&& part)
+      : part_(std::move(part)), codes_(std::move(part_.codes)), dumping_(part_.dumping) {}
 
   /// Fetches the code's count before it is needed: in a large dump it is in no cache.
-  void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&part_.codes[codeId], 1); }
+  void Fetch(std::uint32_t codeId) const { __builtin_prefetch(&codes_[codeId], 1); }
   void Scalar(std::uint32_t codeId, char value) {
     // Without branches: which value a signal gets next cannot be predicted. '0' and '1' are the
     // smallest of the characters that arrive here.
@@ -64,7 +67,7 @@ class HostCounter {
     dumping_.Open(ticks, isDumping);
     if (isDumping) return;
     part_.opensOff = true;
-    for (HostPart::Code& code : part_.codes) code.changes = 0;
+    for (std::size_t codeId = 0; codeId < codes_.size(); ++codeId) codes_[codeId].changes = 0;
   }
 
   const HostPart& part() const { return part_; }
@@ -73,6 +76,7 @@ class HostCounter {
   HostPart TakePart(const WindowState& window) {
     part_.dumping = dumping_.state();
     part_.window = window;
+    part_.codes = codes_.Take();
     return std::move(part_);
   }
 
@@ -80,7 +84,7 @@ class HostCounter {
   /// Counts a value where `counts` is 1. A count stays in reach of its limit. `value` is a
   /// character or a fingerprint, never 0.
   void Count(std::uint32_t codeId, std::uint32_t value, std::uint32_t counts) {
-    HostPart::Code& code = part_.codes[codeId];
+    HostPart::Code& code = codes_[codeId];
     // The first value of a code: a part that comes before must know whether it repeats that part's
     // last.
     if (code.last == 0) [[unlikely]]
@@ -95,12 +99,12 @@ class HostCounter {
   }
   /// One value at most: what was remembered before is forgotten.
   void Remember(std::uint32_t codeId, std::uint32_t value, std::uint32_t counts) {
-    if (part_.codes[codeId].last == 0) part_.first[codeId] = {value, HostPart::FirstValue::Initial};
-    part_.codes[codeId] = {counts, value};
+    if (codes_[codeId].last == 0) part_.first[codeId] = {value, HostPart::FirstValue::Initial};
+    codes_[codeId] = {counts, value};
   }
 
-  // Memory is as the part wants it, so that taking it costs nothing.
-  HostPart part_;
+  HostPart part_;  // but for its codes
+  CodeArray<HostPart::Code> codes_;
   // Whether values count now, and for how long they did not.
   DumpingTime dumping_;
 };
@@ -110,8 +114,10 @@ class HostCounter {
 /// refers to `counter_`.
 class HostCounting {
  public:
-  HostCounting(std::uint32_t codes, const TickWindow& window)
-      : counter_(codes), body_(window, counter_) {}
+  /// `lines` are those of counters that take the same changes.
+  HostCounting(std::uint32_t codes, const TickWindow& window,
+               std::shared_ptr<CodeLines> lines = nullptr)
+      : counter_(codes, std::move(lines)), body_(window, counter_) {}
   /// Goes on from what was counted in the same window. For a part to which a stamp or an end has to
   /// be told still; see HostPart::Add and FinishHostRun.
   HostCounting(HostPart&& part, const TickWindow& window)

@@ -42,7 +42,7 @@ struct HostPart {
   };
 
   LargeArray<Code> codes;      // by number
-  std::vector<First> first;    // likewise
+  LargeArray<First> first;     // likewise
   std::uint64_t repeated = 0;  // counted values that repeat the one before
   // The window begins in it while dumping is off: initial values do not count then.
   bool opensOff = false;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@
 #include "activity/activity_counter.h"
 #include "activity/activity_start.h"
 #include "activity/both_counters.h"
+#include "activity/code_array.h"
 #include "activity/profile/profile_counter.h"
 #include "activity/profile/profile_run.h"
 #include "activity/profile/toggle_watch.h"
@@ -86,15 +88,13 @@ struct BitParts {
 template <class Counter>
 class BitsAndWindows : public TakerPair<ToggleWatch<Counter>, ProfileCounter> {
  public:
-  /// `more` is what a counter is made of beside the codes and the window of `start`.
+  /// `more` is what a counter is made of beside the codes, the window of `start` and their memory.
   template <class... More>
   BitsAndWindows(const ActivityStart& start, const std::vector<std::uint32_t>& watched,
                  const ModuleShares& shares, std::size_t sums, const ProfileWindows& windows,
                  const More&... more)
-      : TakerPair<ToggleWatch<Counter>, ProfileCounter>(
-            [&] { return ToggleWatch<Counter>(watched, start.codes, start.window, more...); },
-            [&] { return ProfileCounter(start.codes, shares, sums, start.window, windows); }),
-        start_(start) {}
+      : BitsAndWindows(std::make_shared<CodeLines>(start.codes.codes()), start, watched, shares,
+                       sums, windows, more...) {}
 
   /// Adds what the next stretch gave. Both bit counters end here: their parts are taken and added.
   void Add(BitsAndWindows& next) {
@@ -112,6 +112,19 @@ class BitsAndWindows : public TakerPair<ToggleWatch<Counter>, ProfileCounter> {
   ProfileCounter& windows() { return this->second(); }
 
  private:
+  template <class... More>
+  BitsAndWindows(const std::shared_ptr<CodeLines>& lines, const ActivityStart& start,
+                 const std::vector<std::uint32_t>& watched, const ModuleShares& shares,
+                 std::size_t sums, const ProfileWindows& windows, const More&... more)
+      : TakerPair<ToggleWatch<Counter>, ProfileCounter>(
+            [&] {
+              return ToggleWatch<Counter>(watched, start.codes, start.window, lines, more...);
+            },
+            [&] {
+              return ProfileCounter(start.codes, shares, sums, start.window, windows, lines);
+            }),
+        start_(start) {}
+
   const ActivityStart& start_;
   std::optional<BitParts> parts_;
 };

@@ -82,7 +82,11 @@ class ModuleShares::Walk {
         tree_(tree),
         typeHasBits_(TypesWithBits(declarations)),
         places_(declarations.scopes.size()),
-        seen_(declarations.codes.size(), kNone) {}
+        seen_(declarations.codes.size(), kNone) {
+    // Nearly as many as there are variables: a code with several names is the exception.
+    names_.reserve(declarations.variables.size());
+    found_.reserve(declarations.variables.size());
+  }
 
   // The scopes around the one that is reached are the stack of the walk: those at a smaller depth
   // are still the right ones, as a scope comes right after the one around it or after others in
@@ -203,6 +207,7 @@ ModuleShares ModuleShares::ByOwner(const Declarations& declarations, const CodeB
                                    const ModuleTree& tree) {
   const std::vector<bool> typeHasBits = TypesWithBits(declarations);
   std::vector<Found> found;
+  found.reserve(codes.codes());
   // Modules come before those in them, so the first of equal depth is the first in the dump.
   std::vector<std::uint32_t> owners(codes.codes(), ModuleTree::kOutside);
   for (std::uint32_t module = 0; module < tree.size(); ++module) {
@@ -228,6 +233,7 @@ ModuleShares ModuleShares::ByBoth(const Declarations& declarations, const CodeBi
   const ModuleShares byOwner = ByOwner(declarations, codes, tree);
   const auto modules = static_cast<std::uint32_t>(tree.size());
   std::vector<Found> found;
+  found.reserve(codes.codes());
   for (std::uint32_t codeId = 0; codeId < codes.codes(); ++codeId) {
     const std::span<const ModuleShare> names = byName.Of(codeId);
     const std::span<const ModuleShare> owner = byOwner.Of(codeId);

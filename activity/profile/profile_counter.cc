@@ -140,8 +140,8 @@ void ProfileRows::AddUp(const ModuleTree& tree) {
 /// an eighth at most.
 ProfileCounter::ProfileCounter(const CodeBits& codes, const ModuleShares& shares,
                                std::size_t modules, const ActivityWindow& window,
-                               const ProfileWindows& windows)
-    : toggles_(codes, shares, modules, window),
+                               const ProfileWindows& windows, std::shared_ptr<CodeLines> lines)
+    : toggles_(codes, shares, modules, window, std::move(lines)),
       windows_(windows),
       rows_(windows.dump, modules, windows.mostCells),
       finest_(std::clamp<std::uint64_t>(windows.mostCells / modules / windows.parts, 1, kFinest)) {
@@ -223,7 +223,12 @@ void ProfileCounter::Add(ProfileCounter& next) {
   // First what only both together know: whether a bit's first known value in the next stretch
   // differs from its last one here. Openings come in the order of time, so windows only go on. Then
   // the sums that the next stretch made alone, and its state at its end.
-  for (const Opening& opening : next.toggles_.Openings()) {
+  const std::vector<Opening>& openings = next.toggles_.Openings();
+  // Openings are in the order of time, so codes are in none: their memory is fetched ahead.
+  constexpr std::size_t kAhead = 16;
+  for (std::size_t i = 0; i < openings.size(); ++i) {
+    const Opening& opening = openings[i];
+    if (i + kAhead < openings.size()) toggles_.Fetch(openings[i + kAhead].codeId);
     const std::uint64_t window = WindowOf(toggles_.window().Clamp(opening.ticks));
     if (window != window_) rows_.Take(toggles_.Sums(), window_);
     window_ = window;

@@ -81,7 +81,8 @@ class ProfileCounter {
  public:
   /// What it is given besides windows has to outlive it.
   ProfileCounter(const CodeBits& codes, const ModuleShares& shares, std::size_t modules,
-                 const ActivityWindow& window, const ProfileWindows& windows);
+                 const ActivityWindow& window, const ProfileWindows& windows,
+                 std::shared_ptr<CodeLines> lines = nullptr);
 
   void Fetch(std::uint32_t codeId) const { toggles_.Fetch(codeId); }
   void Scalar(std::uint32_t codeId, char value) { toggles_.Scalar(codeId, value); }

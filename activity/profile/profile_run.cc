@@ -30,8 +30,8 @@ namespace {
 // What a taker of one thread keeps of each declared bit, about: it bounds how many threads fit into
 // memory, and nothing else depends on it.
 constexpr std::uint64_t kBytesPerBit = 64;  // of toggles, with what a stretch begins with
-constexpr std::uint64_t kBytesPerBitWithActivity = 200;
-constexpr std::uint64_t kBytesPerBitWithBoth = 240;
+constexpr std::uint64_t kBytesPerBitWithActivity = 220;
+constexpr std::uint64_t kBytesPerBitWithBoth = 250;
 constexpr std::uint64_t kBytesPerSum = 16;  // of a module, beside those in rows
 
 /// What all kinds of runs share. Calling order: construct, make a taker, Read or ReadParts, End.

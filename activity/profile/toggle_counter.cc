@@ -38,11 +38,11 @@ bool IsShared(std::span<const ModuleShare> shares) {
 /// Decides once for each code how it is counted. A code that no module wants has no memory but its
 /// entry, which says that.
 ToggleCounter::ToggleCounter(const CodeBits& codes, const ModuleShares& shares, std::size_t modules,
-                             const ActivityWindow& window)
+                             const ActivityWindow& window, std::shared_ptr<CodeLines> lines)
     : bits_(codes),
       shares_(shares),
       window_(window),
-      codes_(codes.codes()),
+      codes_(codes.codes(), std::move(lines)),
       sums_(modules),
       sharedPlaces_(codes.codes(), kNotShared) {
   std::size_t widest = 1;

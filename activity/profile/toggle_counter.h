@@ -14,16 +14,17 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "activity/activity_window.h"
 #include "activity/bit_edge.h"
+#include "activity/code_array.h"
 #include "activity/code_bits.h"
 #include "activity/profile/module_shares.h"
 #include "activity/vector_value.h"
 #include "activity/waiting_changes.h"
-#include "text/large_array.h"
 #include "vcd/dump_keywords.h"
 #include "vcd/value_alphabet.h"
 
@@ -80,9 +81,9 @@ struct TogglePart {
 class ToggleCounter {
  public:
   /// `modules` is how many modules the shares speak of. `codes` and `shares` have to outlive the
-  /// counter.
+  /// counter. `lines` are those of counters that take the same changes.
   ToggleCounter(const CodeBits& codes, const ModuleShares& shares, std::size_t modules,
-                const ActivityWindow& window);
+                const ActivityWindow& window, std::shared_ptr<CodeLines> lines = nullptr);
   ToggleCounter(const ToggleCounter&) = delete;
   ToggleCounter& operator=(const ToggleCounter&) = delete;
 
@@ -179,7 +180,7 @@ class ToggleCounter {
   std::uint64_t step_ = 1;
   std::uint64_t stretch_ = 1;  // the step that observation began with
   std::uint64_t counts_ = 0;   // 1 where the step's toggles lie in the window
-  LargeArray<Code> codes_;
+  CodeArray<Code> codes_;
   std::vector<Word> words_;
   std::vector<std::uint64_t> sums_;
   std::vector<std::uint32_t> sharedPlaces_;  // by code, in shared_, or kNotShared
