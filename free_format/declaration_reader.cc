@@ -304,6 +304,11 @@ std::string DeclarationReader::NewName() {
 }
 
 std::uint32_t DeclarationReader::TypeId(std::string_view type) {
+  // Most variables have the type of the one before.
+  if (!result_.variables.empty()) {
+    const DumpVariable& last = result_.variables.back();
+    if (result_.TypeOf(last) == type) return last.typeId;
+  }
   const auto [place, isNew] =
       typeIds_.try_emplace(std::string(type), static_cast<std::uint32_t>(result_.types.size()));
   if (isNew) result_.types.emplace_back(type);
