@@ -144,12 +144,18 @@ class RowText {
 
 constexpr const char* kFigures = ", bits, toggles, ig, t0, t1, tx, tz, toggle_rate, high FROM ";
 
+// One code with three names of two widths, in two modules.
+constexpr const char* kWidths =
+    "$timescale 1 ns $end $scope module tb $end $var wire 4 ! low $end $scope module u $end\n"
+    "$var wire 4 ! low $end $var wire 8 ! all $end $upscope $end $upscope $end\n"
+    "$enddefinitions $end #0 b00000000 ! #5 b11110101 ! #9 b00000001 ! #12\n";
+
 TEST(StoredRuns, AnswerInSqlWhatTheRowsSay) {
   const TempDir dir;
   std::mt19937 random(2);
   for (int round = 0; round < 60; ++round) {
     SCOPED_TRACE(round);
-    const StoredRun run = RunOf(RandomText(random), random);
+    const StoredRun run = RunOf(round == 0 ? kWidths : RandomText(random), random);
     const Declarations& declarations = run.exact.declarations;
     const ActivityRows rows(run.exact);
     Sql sql(dir.Write("f", Written(run)));
