@@ -259,7 +259,7 @@ inline std::uint32_t CodeTable::OrderOf(const char* code, std::size_t length) {
   return (pairs & 0xFFFFU) + kCharacters * kCharacters * (pairs >> 16U) + kShorter[length];
 }
 
-inline std::uint32_t CodeTable::Find(std::string_view code) const {
+[[gnu::always_inline]] inline std::uint32_t CodeTable::Find(std::string_view code) const {
   if (isComputed_) {
     const std::uint32_t number = OrderOf(code.data(), code.size()) - first_;
     return number < size_ ? number : kNone;
