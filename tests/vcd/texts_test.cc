@@ -146,6 +146,11 @@ TEST(BitNames, CountOnFromIndicesOfAnyLength) {
     Wide value = static_cast<Wide>(random() >> 2) * random();
     for (std::size_t cut = random() % 30; cut > 0; --cut) value /= 10;
     if (random() % 3 == 0) value -= value % 1000;  // where taking off one changes many digits
+    if (random() % 9 == 0) {                       // where adding one makes the number longer
+      value = 1;
+      for (std::size_t digits = 19 + random() % 15; digits > 0; --digits) value *= 10;
+      value -= 1 + random() % 1000;
+    }
     return value % 2 == 0 ? value : -value;
   };
   for (int trial = 0; trial < 20000; ++trial) {
