@@ -286,6 +286,7 @@ TEST(CodeTable, NumbersCodesInOrderAsAnyOthers) {
     add(CodeInOrder(first + 7));
     checkAll();
     add(CodeInOrder(first + 300));
+    checkAll();
     add("\x7F");
     add(CodeInOrder(first + 200));
     checkAll();
