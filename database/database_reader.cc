@@ -243,13 +243,8 @@ void ActivityDatabase::ReadSignals(const std::vector<std::uint64_t>& firstBit,
   declarations.timescale = named_.TextOf("timescale");
   declarations.tick = named_.OptionalCountOf("tick_fs");
   declarations.ended = named_.CountOf("declarations_ended", 1) == 1;
-}
-
-/// Codes are only counted from here on: any texts will do for them.
-void ActivityDatabase::CountCodes(ActivityResult& result) const {
-  for (std::size_t i = 1; i < result.firstBit.size(); ++i) {
-    (void)result.declarations.codes.Add(std::to_string(i));
-  }
+  // Codes are only counted from here on.
+  declarations.codes.AddUnnamed(static_cast<std::uint32_t>(firstBit.size() - 1));
 }
 
 void ActivityDatabase::ReadTallies(ActivityResult& result) {
@@ -346,25 +341,31 @@ HostRun ActivityDatabase::ReadHost() {
   return run;
 }
 
-StoredRun ActivityDatabase::ReadPart() {
-  if (!facts_.part) {
-    throw Failure(FailureKind::Unusable, name_ + ": holds a whole run, not a part of a dump");
-  }
-  StoredRun run;
-  run.facts = facts_;
-  Declarations& declarations = run.exact.declarations;
+/// Codes and bits have to fit together in a file that a stranger made.
+void ActivityDatabase::ReadPartDeclarations(StoredRun& run) {
   ReadCodes(run.exact.firstBit, run.host.changes);
   // Before memory is asked for.
   if (run.exact.firstBit.back() > MostBitsInMemory()) {
     throw Failure(FailureKind::Unusable, name_ + ": has more bits than the memory holds");
   }
-  ReadScopes(declarations);
-  ReadSignals(run.exact.firstBit, declarations);
+  ReadScopes(run.exact.declarations);
+  ReadSignals(run.exact.firstBit, run.exact.declarations);
+}
+
+StoredRun ActivityDatabase::ReadPart(const CodeBits* known) {
+  if (!facts_.part) {
+    throw Failure(FailureKind::Unusable, name_ + ": holds a whole run, not a part of a dump");
+  }
+  StoredRun run;
+  run.facts = facts_;
+  std::optional<CodeBits> own;
+  if (known == nullptr) {
+    ReadPartDeclarations(run);
+    known = &own.emplace(run.exact.declarations);
+    if (own->all() != run.exact.firstBit) connection_.FailCorrupt();
+  }
   ReadTallies(run.exact);
-  CountCodes(run.exact);
-  const CodeBits codes(declarations);
-  if (codes.all() != run.exact.firstBit) connection_.FailCorrupt();
-  run.part = ReadPartTables(connection_, codes, named_, budget_);
+  run.part = ReadPartTables(connection_, *known, named_, budget_);
   if (facts_.partWindows) run.part.profile = ReadPartProfile(connection_, named_, budget_);
   run.part.items = std::move(run.exact.notes.items);
   return run;
@@ -377,7 +378,6 @@ StoredRun ActivityDatabase::ReadAll() {
   ReadCodes(run.exact.firstBit, run.host.changes);
   ReadScopes(run.exact.declarations);
   ReadSignals(run.exact.firstBit, run.exact.declarations);
-  CountCodes(run.exact);
   SetExact(run.exact);
   if (facts_.hasHost) SetHost(run.host);
   if (facts_.hasProfile) {

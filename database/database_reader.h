@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "activity/code_bits.h"
 #include "database/fact_reader.h"
 #include "database/facts.h"
 #include "database/sqlite.h"
@@ -35,8 +36,9 @@ class ActivityDatabase {
   HostRun ReadHost();
   /// Both, as they were written. `host` has figures only if facts().hasHost says so.
   StoredRun ReadAll();
-  /// What is held of a part of a dump.
-  StoredRun ReadPart();
+  /// What is held of a part of a dump. `known` are the codes of another part with the same
+  /// DeclarationsSum: declarations are not read again then, the result has none.
+  StoredRun ReadPart(const CodeBits* known = nullptr);
   /// Equal for parts that were counted in dumps with the same declarations, as all parts that are
   /// merged must have been.
   std::uint64_t DeclarationsSum() const;
@@ -51,7 +53,7 @@ class ActivityDatabase {
   void ReadCodes(std::vector<std::uint64_t>& firstBit, std::vector<std::uint32_t>& changes);
   void ReadScopes(Declarations& declarations);
   void ReadSignals(const std::vector<std::uint64_t>& firstBit, Declarations& declarations);
-  void CountCodes(ActivityResult& result) const;
+  void ReadPartDeclarations(StoredRun& run);
   void ReadTallies(ActivityResult& result);
   void ReadBits(ActivityResult& result);
   void ReadHostRemarks(HostRun& run);

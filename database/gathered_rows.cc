@@ -119,7 +119,7 @@ struct GatheredRows::Module {
   }
 
   /// Without xCreate: the table is there as soon as the module is.
-  static sqlite3_module Make() {
+  static constexpr sqlite3_module Make() {
     sqlite3_module module{};
     module.xConnect = Connect;
     module.xBestIndex = BestIndex;
@@ -137,7 +137,7 @@ struct GatheredRows::Module {
 
 GatheredRows::GatheredRows(Connection& of, std::string table, std::size_t columns)
     : of_(of), table_(std::move(table)), columns_(columns) {
-  static const sqlite3_module kModule = Module::Make();
+  static constexpr sqlite3_module kModule = Module::Make();
   const int code = sqlite3_create_module(of_.handle(), table_.c_str(), &kModule, this);
   if (code != SQLITE_OK) of_.Fail(code);
 }

@@ -23,9 +23,12 @@ std::uint64_t TableReader::TextCount() {
 /// The type is that of the value, not of the column: SQLite lets any value into any column.
 std::uint64_t TableReader::Count(std::uint64_t most) {
   std::uint64_t count = 0;
-  const int type = sqlite3_column_type(select_.get(), column_);
+  // Found once: a large database has tens of millions of values. Of a connection that one thread
+  // uses this is allowed.
+  sqlite3_value* const value = sqlite3_column_value(select_.get(), column_);
+  const int type = sqlite3_value_type(value);
   if (type == SQLITE_INTEGER) {
-    const sqlite3_int64 number = sqlite3_column_int64(select_.get(), column_);
+    const sqlite3_int64 number = sqlite3_value_int64(value);
     if (number < 0) from_.FailCorrupt();
     count = static_cast<std::uint64_t>(number);
   } else if (type == SQLITE_TEXT) {
@@ -51,8 +54,9 @@ std::optional<std::uint64_t> TableReader::OptionalCount() {
 
 /// Any 64 bits are right here; the sum over the table tells whether they are the ones written.
 std::uint64_t TableReader::Signed() {
-  if (sqlite3_column_type(select_.get(), column_) != SQLITE_INTEGER) from_.FailCorrupt();
-  const auto sum = static_cast<std::uint64_t>(sqlite3_column_int64(select_.get(), column_++));
+  sqlite3_value* const value = sqlite3_column_value(select_.get(), column_++);
+  if (sqlite3_value_type(value) != SQLITE_INTEGER) from_.FailCorrupt();
+  const auto sum = static_cast<std::uint64_t>(sqlite3_value_int64(value));
   sum_.Add(sum);
   return sum;
 }
@@ -86,11 +90,10 @@ Fact TableReader::Value() {
 
 /// Without it a row that was taken out of a table would make all rows after it another's.
 void TableReader::Place(std::uint64_t expected) {
-  const bool isPlace =
-      sqlite3_column_type(select_.get(), column_) == SQLITE_INTEGER &&
-      static_cast<std::uint64_t>(sqlite3_column_int64(select_.get(), column_)) == expected;
+  sqlite3_value* const value = sqlite3_column_value(select_.get(), column_++);
+  const bool isPlace = sqlite3_value_type(value) == SQLITE_INTEGER &&
+                       static_cast<std::uint64_t>(sqlite3_value_int64(value)) == expected;
   if (!isPlace) from_.FailCorrupt();
-  ++column_;
 }
 
 }  // namespace orsa::kesncd

@@ -131,6 +131,9 @@ class CodeTable {
 
   /// The code's number; a new code gets the next one.
   std::uint32_t Add(std::string_view code);
+  /// Adds so many codes of which only the numbers are known; Find finds none of them. In place of
+  /// Add.
+  void AddUnnamed(std::uint32_t count) { size_ += count; }
   /// The code's number or kNone. CodeCells::kReadAhead bytes may be read from the code's start.
   std::uint32_t Find(std::string_view code) const;
   /// Fetches what Find of a code will look at.

@@ -9,6 +9,7 @@
 
 #include "activity/activity_run.h"
 #include "activity/both_runs.h"
+#include "activity/code_bits.h"
 #include "activity/profile/profile_sum.h"
 #include "cli/exact_figures/kept_profile.h"
 #include "cli/exact_figures/profile_reading.h"
@@ -183,10 +184,11 @@ class PartSum {
 
   /// `file` is the next one in the dump's order.
   void Add(const PartFile& file) {
-    StoredRun run = ActivityDatabase(file.path, file.path).ReadPart();
+    // Declarations are the same in all, so those of the first part do.
+    StoredRun run = ActivityDatabase(file.path, file.path).ReadPart(codes_ ? &*codes_ : nullptr);
     if (!last_) {
-      // The first part. Declarations are the same in all, so the first ones do.
       declarations_ = std::move(run.exact.declarations);
+      codes_.emplace(declarations_);
       last_ = std::move(run.part);
     } else if (!last_->CanPrecede(run.part)) {
       // Time does not grow at the cut, or a comment goes across it: from the start of the last part
@@ -196,7 +198,7 @@ class PartSum {
     } else if (run.part.IsEmpty()) {
       // No stamp begins in it: its stretch is part of the one before, so the last part stays the
       // last.
-      last_->Add(CodeBits(declarations_), std::move(run.part));
+      last_->Add(*codes_, std::move(run.part));
     } else {
       Keep();
       last_ = std::move(run.part);
@@ -234,7 +236,7 @@ class PartSum {
     if (!sum_) {
       sum_ = std::move(last_);
     } else {
-      sum_->Add(CodeBits(declarations_), std::move(*last_));
+      sum_->Add(*codes_, std::move(*last_));
     }
     last_.reset();
   }
@@ -280,6 +282,7 @@ class PartSum {
   const PartFile& first_;  // whose facts the sum takes over
   std::string dump_;
   Declarations declarations_;
+  std::optional<CodeBits> codes_;      // of these
   std::optional<BodyPart> sum_;        // of all parts before the last one
   std::optional<BodyPart> last_;       // which the next one may have to be read with
   std::optional<ProfileSum> profile_;  // of the parts in `sum_`
