@@ -71,10 +71,11 @@ struct GatheredRows::Module {
   }
   /// There is one way to read the rows: from the first to the last.
   static int BestIndex(sqlite3_vtab* /*table*/, sqlite3_index_info* /*plan*/) { return SQLITE_OK; }
-  static int Open(sqlite3_vtab* /*table*/, sqlite3_vtab_cursor** cursor) {
-    auto* const made = new (std::nothrow) Cursor{};
-    *cursor = made;
-    return made == nullptr ? SQLITE_NOMEM : SQLITE_OK;
+  static int Open(sqlite3_vtab* /*table*/, sqlite3_vtab_cursor** cursor) try {
+    *cursor = new Cursor{};
+    return SQLITE_OK;
+  } catch (const std::bad_alloc&) {
+    return SQLITE_NOMEM;
   }
   static int Close(sqlite3_vtab_cursor* cursor) {
     delete static_cast<Cursor*>(cursor);
