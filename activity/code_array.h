@@ -7,7 +7,6 @@
 #define KESNCD_ACTIVITY_CODE_ARRAY_H_
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -46,8 +45,7 @@ class CodeLines {
 /// A T for each code, by number.
 template <class T>
 class CodeArray {
-  // An element's place is then a shift away.
-  static_assert(std::has_single_bit(sizeof(T)) && std::is_trivially_copyable_v<T>);
+  static_assert(std::is_trivially_copyable_v<T>);
 
  public:
   /// In `lines`, unless they are null or full. They stay as long as an array is in them.
@@ -55,7 +53,7 @@ class CodeArray {
       : lines_(std::move(lines)),
         size_(codes),
         first_(lines_ != nullptr ? lines_->Take(sizeof(T), alignof(T)) : nullptr),
-        shift_(std::countr_zero(CodeLines::kBytes)) {
+        stride_(CodeLines::kBytes) {
     if (first_ == nullptr) {
       Own(LargeArray<T>(codes));
     } else {
@@ -84,17 +82,15 @@ class CodeArray {
     own_ = std::move(own);
     size_ = own_.size();
     first_ = reinterpret_cast<std::byte*>(own_.data());
-    shift_ = std::countr_zero(sizeof(T));
+    stride_ = sizeof(T);
   }
-  T* At(std::size_t codeId) const {
-    return reinterpret_cast<T*>(first_ + (codeId << static_cast<unsigned>(shift_)));
-  }
+  T* At(std::size_t codeId) const { return reinterpret_cast<T*>(first_ + codeId * stride_); }
 
   std::shared_ptr<CodeLines> lines_;
   LargeArray<T> own_;
   std::size_t size_ = 0;
   std::byte* first_ = nullptr;
-  int shift_ = 0;
+  std::size_t stride_ = 0;  // bytes from one element to the next
 };
 
 }  // namespace orsa::kesncd

@@ -60,10 +60,13 @@ std::uint32_t* CodeCells::Find(std::string_view code) {
   return slot.key != 0 ? &slot.cell : nullptr;
 }
 
-/// Finds the cell of a code that has no place of its own yet or never has one.
+/// Finds the cell of a code that is not one of up to three ASCII characters, or has no place yet.
 std::uint32_t* CodeCells::LookFurther(const char* code, std::size_t length) {
   if (length > kLongestPacked) return Find({code, length});
-  Slot& slot = packed_[SlotOf(Load(code, length))];
+  const std::uint64_t key = Load(code, length);
+  const std::size_t place = PlaceOfKey(key);
+  if (place < places_) return &direct_[place];
+  Slot& slot = packed_[SlotOf(key)];
   return slot.key != 0 ? &slot.cell : nullptr;
 }
 

@@ -196,35 +196,45 @@ inline std::size_t CodeCells::PlaceOfFour(std::uint32_t code) {
 }
 
 inline std::uint32_t* CodeCells::LookPlain(const char* code, std::size_t length) {
-  if (length <= 4) [[likely]] {
-    const std::size_t place =
-        length < 4 ? PlaceOf(code, length) : PlaceOfFour(LoadBytes<std::uint32_t>(code));
+  // The places of four are more arithmetic, and most dumps have none.
+  if (length <= 3) [[likely]] {
+    const std::size_t place = PlaceOf(code, length);
     if (place < places_) [[likely]]
       return &direct_[place];
     // Such codes have places once one of them is added: none was. In a dump of which one module is
     // counted, most changes may be of these.
     if (place < Places(longestDirect_)) return nullptr;
+  } else if (length == 4) {
+    const std::size_t place = PlaceOfFour(LoadBytes<std::uint32_t>(code));
+    if (place < places_) return &direct_[place];
   }
   return LookFurther(code, length);
 }
 
 inline void CodeCells::FetchLook(const char* code, std::size_t length) const {
-  if (length > kLongestPacked) return;
-  const std::size_t place =
-      length < 4 ? PlaceOf(code, length) : PlaceOfFour(LoadBytes<std::uint32_t>(code));
-  if (length <= 4 && place < places_) [[likely]] {
+  std::size_t place = places_;
+  if (length <= 3) {
+    place = PlaceOf(code, length);
+  } else if (length == 4) {
+    place = PlaceOfFour(LoadBytes<std::uint32_t>(code));
+  }
+  if (place < places_) [[likely]] {
     __builtin_prefetch(&direct_[place], 1);
-  } else {
+  } else if (length <= kLongestPacked) {
     __builtin_prefetch(&packed_[StartOf(Load(code, length))]);
   }
 }
 
 inline const std::uint32_t* CodeCells::Look(const char* code, std::size_t length) const {
-  // A byte of 128 or more would lead to another code's place, or past the table.
-  const bool isDirect = length <= 4 && (Load(code, length) & kNotAscii) == 0;
-  if (isDirect) [[likely]]
-    return const_cast<CodeCells*>(this)->LookPlain(code, length);  // which changes nothing
-  return const_cast<CodeCells*>(this)->LookFurther(code, length);
+  if (length <= 3) [[likely]] {
+    const std::size_t place = PlaceOf(code, length);
+    // A byte of 128 or more would lead to another code's place, or past the table.
+    const bool isAscii = (place & kNotAscii) == 0;
+    if (place < places_ && isAscii) [[likely]]
+      return &direct_[place];
+    if (place < Places(longestDirect_) && isAscii) return nullptr;
+  }
+  return const_cast<CodeCells*>(this)->LookFurther(code, length);  // which changes nothing
 }
 
 template <class Take>
