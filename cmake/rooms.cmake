@@ -1,9 +1,9 @@
 # A room is a folder of sources that keeps no state of its own: it computes from values and
 # parameters. It is a static library, hidden in whatever links it, and links only the rooms that it
 # may include. Usage: kesncd_room(NAME SOURCES... ROOMS OTHER... ALONE SOURCES... COLD)
-# Sources with a loop over the body of a dump stand under ALONE: they are compiled by themselves also
-# where others are joined, since a compiler inlines less into a loop in a long source, and optimised
-# as far as a release asks for. The other sources of a COLD room run once a signal or once a run;
+# Sources with a loop over the body of a dump, or over all values of a database, stand under ALONE:
+# they are compiled by themselves also where others are joined, since a compiler inlines less into a
+# loop in a long source, and optimised as far as a release asks for. The other sources of a COLD room run once a signal or once a run;
 # optimising them further takes a fifth of the time of a build.
 function(kesncd_room name)
   cmake_parse_arguments(room "COLD" "" "ROOMS;ALONE" ${ARGN})
