@@ -3,8 +3,8 @@
 # may include. Usage: kesncd_room(NAME SOURCES... ROOMS OTHER... ALONE SOURCES... COLD)
 # Sources with a loop over the body of a dump, or over all values of a database, stand under ALONE:
 # they are compiled by themselves also where others are joined, since a compiler inlines less into a
-# loop in a long source, and optimised as far as a release asks for. The other sources of a COLD room run once a signal or once a run;
-# optimising them further takes a fifth of the time of a build.
+# loop in a long source, and optimised as far as a release asks for. The other sources of a COLD room
+# run once a signal or once a run; optimising them further takes a fifth of the time of a build.
 function(kesncd_room name)
   cmake_parse_arguments(room "COLD" "" "ROOMS;ALONE" ${ARGN})
   add_library(kesncd-room-${name} STATIC ${room_UNPARSED_ARGUMENTS} ${room_ALONE})

@@ -13,7 +13,7 @@ CodeCells::CodeCells(std::size_t longestDirect)
     : longestDirect_(longestDirect), salt_(ProcessKey().low), packed_(64) {
   // Places for two characters take 132 kilobytes, and a dump with few signals needs no others.
   // Those for four are 69 megabytes of addresses.
-  ReservePlaces(std::min<std::size_t>(std::max<std::size_t>(longestDirect, 2) - 1, 2));
+  ReservePlaces(longestDirect > 2 ? 2 : 1);
 }
 
 /// Makes places for codes of up to `longest` characters, more than there are.
@@ -117,10 +117,9 @@ std::uint32_t CodeTable::Add(std::string_view code) {
   // Cells hold the number and one, so that a cell of zero, as Look gives for a code that was not
   // added, reads as kNone.
   if (isNew) {
-    // Of its own, since eight bytes are read.
-    std::array<char, CodeCells::kReadAhead> bytes{};
-    code.copy(bytes.data(), bytes.size());
-    const std::uint32_t order = OrderOf(bytes.data(), code.size());
+    const auto bytes =
+        LoadBytes<std::uint32_t>(code.data(), std::min(code.size(), sizeof(std::uint32_t)));
+    const std::uint32_t order = OrderOf(bytes, code.size());
     if (size_ == 0) first_ = order;
     isInOrder_ = isInOrder_ && order != kNone && order - first_ == size_;
     *cell = ++size_;

@@ -100,10 +100,10 @@ class CodeCells {
   std::uint32_t& AddedWord(std::size_t place) const { return direct_[places_ + place / 32]; }
   static std::uint32_t AddedBit(std::size_t place) { return std::uint32_t{1} << place % 32; }
 
-  // A code's bytes are its place as a number, the first one lowest, as simulators number their
-  // codes; gathering the places closer would cost each change more than the gaps between them do.
-  // There are places for the longest of them only once one is added, and then pages that no code
-  // uses take no memory.
+  // Of up to three characters the bytes are the place as a number, the first one lowest, as
+  // simulators number their codes; gathering these places closer would cost each change more than
+  // the gaps between them do. Those of four come after them, see PlaceOfFour. There are places for
+  // the longest of them only once one is added, and then pages that no code uses take no memory.
   std::unique_ptr<std::uint32_t[], Release> direct_;
   std::size_t places_ = 0;
   std::size_t longestDirect_;
@@ -143,7 +143,7 @@ class CodeTable {
   std::uint32_t size() const { return size_; }
 
  private:
-  static std::uint32_t OrderOf(const char* code, std::size_t length);
+  static std::uint32_t OrderOf(std::uint32_t code, std::size_t length);
 
   CodeCells cells_;  // one more than the code's number; 0 for none
   std::uint32_t size_ = 0;
@@ -252,8 +252,9 @@ void CodeCells::ForEach(Take take) {
 }
 
 /// Which code this is of those that simulators give, from 0 for "!"; kNone for one that is none of
-/// them or has over four characters. Eight bytes are read.
-inline std::uint32_t CodeTable::OrderOf(const char* code, std::size_t length) {
+/// them or has over four characters. `code` is its first four bytes as a number, of which those
+/// after its end may be any.
+inline std::uint32_t CodeTable::OrderOf(std::uint32_t code, std::size_t length) {
   constexpr std::uint32_t kOnes = 0x01010101U;
   constexpr std::uint32_t kCharacters = '~' - '!' + 1;
   // How many shorter codes there are.
@@ -263,7 +264,7 @@ inline std::uint32_t CodeTable::OrderOf(const char* code, std::size_t length) {
   if (length - 1 >= 4) return kNone;
   // Characters that are not there count as "!", the digit 0.
   const std::uint32_t absent = length < 4 ? ~std::uint32_t{0} << 8 * length : 0;
-  const std::uint32_t bytes = (LoadBytes<std::uint32_t>(code) & ~absent) | (kOnes * '!' & absent);
+  const std::uint32_t bytes = (code & ~absent) | (kOnes * '!' & absent);
   const std::uint32_t digits = bytes - kOnes * '!';
   // The highest bit of a byte is set for what is below "!" in the difference, or in a byte after
   // it, and for "\x7F" in the sum.
@@ -272,9 +273,11 @@ inline std::uint32_t CodeTable::OrderOf(const char* code, std::size_t length) {
   return (pairs & 0xFFFFU) + kCharacters * kCharacters * (pairs >> 16U) + kShorter[length];
 }
 
+// Always inlined: the compiler leaves it out of line otherwise, which every change would pay for.
 [[gnu::always_inline]] inline std::uint32_t CodeTable::Find(std::string_view code) const {
   if (isComputed_) {
-    const std::uint32_t number = OrderOf(code.data(), code.size()) - first_;
+    const auto bytes = LoadBytes<std::uint32_t>(code.data());
+    const std::uint32_t number = OrderOf(bytes, code.size()) - first_;
     return number < size_ ? number : kNone;
   }
   const std::uint32_t* const cell = cells_.Look(code.data(), code.size());

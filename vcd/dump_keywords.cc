@@ -48,8 +48,8 @@ bool IsAnyLetter(char c) {
 
 Keyword KeywordOf(std::string_view word) {
   if (word.size() < 2 || word.front() != '$') return Keyword::None;
-  // A walk over the rows costs nothing: words that begin with "$" are rare in a body. As they are
-  // usually spelt first, which is the quicker comparison: a header may have millions.
+  // A walk over the rows costs nothing: words that begin with "$" are rare in a body. First
+  // as keywords are usually spelt, which is the quicker comparison: a header may have millions.
   for (const Row& row : kRows) {
     if (word == row.word) return row.keyword;
   }
